@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+// A PROJ directory of any size for a benchmark, made from the definitions of data/proj: the definitions are taken in
+// turn under new codes, so that every code is bound for itself. Removed with the object.
+class ProjDirectory {
+public:
+    static constexpr unsigned int FIRST_CODE = 100000;
+
+    explicit ProjDirectory(unsigned int size) : count(size) {
+        char name[] = "/tmp/coordtrans-benchmark-XXXXXX";
+        path = mkdtemp(name);
+        writeDefinitions(readDefinitions());
+    }
+    ~ProjDirectory() { std::filesystem::remove_all(path); }
+    ProjDirectory(const ProjDirectory&) = delete;
+    ProjDirectory& operator=(const ProjDirectory&) = delete;
+
+    const std::string& getPath() const { return path; }
+    std::string code(unsigned int i) const { return std::to_string(FIRST_CODE + i % count); }
+
+private:
+    static std::vector<std::string> readDefinitions() {
+        std::ifstream file(COORDTRANS_SOURCE_DIR "/data/proj/epsg");
+        std::vector<std::string> definitions;
+        for (std::string line; std::getline(file, line);)
+            if (line[0] == '<' && line.find("geocent") == std::string::npos)
+                definitions.push_back(line.substr(line.find('>') + 1));
+        return definitions;
+    }
+
+    void writeDefinitions(const std::vector<std::string>& definitions) const {
+        std::ofstream epsg(path + "/epsg");
+        std::ofstream axisOrder(path + "/epsg-axisorder.csv");
+        for (unsigned int i = 0; i < count; ++i) {
+            epsg << "<" << code(i) << ">" << definitions[i % definitions.size()] << "\n";
+            axisOrder << code(i) << (i % 2 == 0 ? ";en\n" : ";ne\n");
+        }
+    }
+
+    unsigned int count;
+    std::string path;
+};

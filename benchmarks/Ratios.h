@@ -1,0 +1,68 @@
+#pragma once
+
+#include <algorithm>
+#include <benchmark/benchmark.h>
+#include <cmath>
+#include <cstdio>
+#include <map>
+#include <string>
+#include <vector>
+
+// Machines are noisy, so figures are ratios between benchmarks of one run: each the median of interleaved
+// repetitions of the one over that of the other.
+class Ratios : public benchmark::ConsoleReporter {
+public:
+    // Prints, after the run, the ratios of every benchmark "CASE/subject" to "CASE/baseline".
+    void compare(const std::string& subject, const std::string& baseline) { pairs.emplace_back(subject, baseline); }
+
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& run : runs)
+            if (run.aggregate_name == "median") medians[run.run_name.function_name] = run.GetAdjustedCPUTime();
+        ConsoleReporter::ReportRuns(runs);
+    }
+
+    void Finalize() override {
+        for (const auto& [subject, baseline] : pairs) print(subject, baseline);
+    }
+
+private:
+    void print(const std::string& subject, const std::string& baseline) const {
+        double logarithms = 0;
+        double largest = 0;
+        int count = 0;
+        std::printf("\n%s / %s\n", subject.c_str(), baseline.c_str());
+        for (const auto& [name, median] : medians) {
+            const std::size_t slash = name.rfind('/');
+            if (name.substr(slash + 1) != subject) continue;
+            const auto other = medians.find(name.substr(0, slash + 1) + baseline);
+            if (other == medians.end()) continue;
+            const double ratio = median / other->second;
+            std::printf("  %-24s %6.3f   (%.1f ns / %.1f ns)\n", name.substr(0, slash).c_str(), ratio, median,
+                        other->second);
+            logarithms += std::log(ratio);
+            largest = std::max(largest, ratio);
+            ++count;
+        }
+        if (count > 0) std::printf("  geometric mean %.3f, largest %.3f\n", std::exp(logarithms / count), largest);
+    }
+
+    std::vector<std::pair<std::string, std::string>> pairs;
+    std::map<std::string, double> medians;
+};
+
+// Runs everything registered: interleaved, repeated, medians compared.
+inline int runAndCompare(int argc, char** argv, Ratios& ratios) {
+    std::vector<char*> arguments(argv, argv + argc);
+    std::string interleaved = "--benchmark_enable_random_interleaving=true";
+    std::string repetitions = "--benchmark_repetitions=9";
+    std::string minTime = "--benchmark_min_time=0.05";
+    std::string aggregates = "--benchmark_display_aggregates_only=true";
+    for (std::string* argument : {&interleaved, &repetitions, &minTime, &aggregates})
+        arguments.insert(arguments.begin() + 1, argument->data());
+    int count = static_cast<int>(arguments.size());
+    benchmark::Initialize(&count, arguments.data());
+    if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 2;
+    benchmark::RunSpecifiedBenchmarks(&ratios);
+    benchmark::Shutdown();
+    return 0;
+}

@@ -1,0 +1,185 @@
+// What does a point cost, against PROJ called directly and against GDAL?
+
+#include <benchmark/benchmark.h>
+#include <memory>
+#include <proj.h>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "CoordinateTransformation/CoordinateTransformation.h"
+#include "benchmarks/Ratios.h"
+
+#if defined(COORDTRANS_HAVE_GDAL)
+#include <ogr_spatialref.h>
+#endif
+
+using namespace CoordinateTransformation;
+
+namespace {
+
+struct Point {
+    double x;
+    double y;
+};
+
+// A pair of CRS with the area its points are drawn from, in the units and in east-north order of the source, and
+// the PROJ operation that the library makes for it.
+struct Case {
+    const char* source;
+    const char* target;
+    Point southWest;
+    Point northEast;
+    const char* operation;
+    PJ_DIRECTION direction;
+};
+
+constexpr Case CASES[] = {
+    {"25832", "4326", {280000, 5235000}, {920000, 6100000}, "+proj=utm +zone=32 +ellps=GRS80 +units=m", PJ_INV},
+    {"4326", "25832", {6, 47}, {15, 55}, "+proj=utm +zone=32 +ellps=GRS80 +units=m", PJ_FWD},
+    {"25832",
+     "3857",
+     {280000, 5235000},
+     {920000, 6100000},
+     "+proj=pipeline +step +inv +proj=utm +zone=32 +ellps=GRS80 +units=m +step +proj=webmerc +units=m +ellps=WGS84",
+     PJ_FWD},
+    {"31467",
+     "25832",
+     {3280000, 5235000},
+     {3920000, 6100000},
+     "+proj=pipeline +step +inv +proj=tmerc +lat_0=0 +lon_0=9 +k=1 +x_0=3500000 +y_0=0 +ellps=bessel +units=m "
+     "+step +proj=cart +a=6377397.155 +b=6356078.962818189 +step +proj=helmert +convention=position_vector +x=598.1 "
+     "+y=73.7 +z=418.2 +rx=0.202 +ry=0.045 +rz=-2.455 +s=6.7 +step +inv +proj=cart +a=6378137 +b=6356752.314140356 "
+     "+step +proj=utm +zone=32 +ellps=GRS80 +units=m",
+     PJ_FWD},
+    {"4326", "3857", {-180, -80}, {180, 80}, "+proj=webmerc +units=m +ellps=WGS84", PJ_FWD},
+    {"2154",
+     "4326",
+     {100000, 6050000},
+     {1200000, 7110000},
+     "+proj=lcc +lat_0=46.5 +lon_0=3 +lat_1=49 +lat_2=44 +x_0=700000 +y_0=6600000 +ellps=GRS80 +units=m",
+     PJ_INV},
+};
+
+constexpr double RADIANS_PER_DEGREE = 0.017453292519943295;
+
+std::vector<Point> drawPoints(const Case& pair) {
+    std::mt19937_64 random(4326);
+    std::uniform_real_distribution<double> x(pair.southWest.x, pair.northEast.x);
+    std::uniform_real_distribution<double> y(pair.southWest.y, pair.northEast.y);
+    std::vector<Point> points(1024);
+    for (Point& point : points) point = {x(random), y(random)};
+    return points;
+}
+
+template <typename Transform>
+void transformAll(benchmark::State& state, const std::vector<Point>& points, Transform transform) {
+    std::size_t next = 0;
+    for (auto _ : state) {
+        Point point = points[next++ % points.size()];
+        transform(point.x, point.y);
+        benchmark::DoNotOptimize(point);
+    }
+}
+
+void measureLibrary(benchmark::State& state, const CrsConfig& config, const Case& pair) {
+    const Crs source = config.getCreator().createFromName(pair.source, true, true);
+    const Crs target = config.getCreator().createFromName(pair.target, true, true);
+    std::vector<Point> points = drawPoints(pair);
+    if (!source->isAxisOrderEastNorthOrLonLat())
+        for (Point& point : points) std::swap(point.x, point.y);
+    const AbstractCrs* const from = source.get();
+    const AbstractCrs* const to = target.get();
+    transformAll(state, points, [from, to](double& x, double& y) { from->transformTo(to, x, y); });
+}
+
+// The library turns degrees into radians too, so the direct call is given its angles in radians, and gives them.
+void measureProj(benchmark::State& state, const Case& pair) {
+    PJ_CONTEXT* const context = proj_context_create();
+    PJ* const operation = proj_create(context, pair.operation);
+    std::vector<Point> points = drawPoints(pair);
+    if (std::string(pair.source) == "4326")
+        for (Point& point : points) point = {point.x * RADIANS_PER_DEGREE, point.y * RADIANS_PER_DEGREE};
+    transformAll(state, points, [operation, &pair](double& x, double& y) {
+        const PJ_COORD moved = proj_trans(operation, pair.direction, proj_coord(x, y, 0, HUGE_VAL));
+        x = moved.xy.x;
+        y = moved.xy.y;
+    });
+    proj_destroy(operation);
+    proj_context_destroy(context);
+}
+
+void measureProjCrsToCrs(benchmark::State& state, const Case& pair) {
+    PJ_CONTEXT* const context = proj_context_create();
+    PJ* const found = proj_create_crs_to_crs(context, ("EPSG:" + std::string(pair.source)).c_str(),
+                                             ("EPSG:" + std::string(pair.target)).c_str(), nullptr);
+    PJ* const operation = proj_normalize_for_visualization(context, found);
+    transformAll(state, drawPoints(pair), [operation](double& x, double& y) {
+        const PJ_COORD moved = proj_trans(operation, PJ_FWD, proj_coord(x, y, 0, HUGE_VAL));
+        x = moved.xy.x;
+        y = moved.xy.y;
+    });
+    proj_destroy(operation);
+    proj_destroy(found);
+    proj_context_destroy(context);
+}
+
+#if defined(COORDTRANS_HAVE_GDAL)
+void measureGdal(benchmark::State& state, const Case& pair) {
+    OGRSpatialReference source;
+    OGRSpatialReference target;
+    source.importFromEPSG(std::stoi(pair.source));
+    target.importFromEPSG(std::stoi(pair.target));
+    source.SetAxisMappingStrategy(OAMS_TRADITIONAL_GIS_ORDER);
+    target.SetAxisMappingStrategy(OAMS_TRADITIONAL_GIS_ORDER);
+    const std::unique_ptr<OGRCoordinateTransformation> transformation(
+        OGRCreateCoordinateTransformation(&source, &target));
+    transformAll(state, drawPoints(pair),
+                 [&transformation](double& x, double& y) { transformation->Transform(1, &x, &y); });
+}
+#endif
+
+void registerCase(const CrsConfig& config, const Case& pair) {
+    const std::string name = std::string(pair.source) + ">" + pair.target + "/";
+    const auto add = [&name](const char* variant, auto measure) {
+        benchmark::RegisterBenchmark((name + variant).c_str(), measure);
+    };
+    add("library", [&config, pair](benchmark::State& state) { measureLibrary(state, config, pair); });
+    add("proj_trans", [pair](benchmark::State& state) { measureProj(state, pair); });
+    add("crs_to_crs", [pair](benchmark::State& state) { measureProjCrsToCrs(state, pair); });
+#if defined(COORDTRANS_HAVE_GDAL)
+    add("gdal", [pair](benchmark::State& state) { measureGdal(state, pair); });
+#endif
+}
+
+// Code-compatible: no lock, no PROJ call.
+void measureCompatible(benchmark::State& state, const CrsConfig& config) {
+    const Crs source = config.getCreator().createFromName("CRS:84", true, true);
+    const Crs target = config.getCreator().createFromName("4979", true, true);
+    const AbstractCrs* const from = source.get();
+    const AbstractCrs* const to = target.get();
+    transformAll(state, drawPoints(CASES[4]), [from, to](double& x, double& y) {
+        double z = x;
+        from->transformTo(to, x, y, z);
+        benchmark::DoNotOptimize(z);
+    });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::unique_ptr<CrsConfig> config(CrsConfig::createConfigFromId("proj4"));
+    config->setConfigProperty("Proj4ConfigDir", COORDTRANS_SOURCE_DIR "/data/proj");
+    for (const char* code : {"4326", "4979", "25832", "3857", "31467", "2154", "CRS:84"})
+        config->addCrsConfigData(CrsConfigData(code));
+    config->init();
+
+    Ratios ratios;
+    for (const Case& pair : CASES) registerCase(*config, pair);
+    benchmark::RegisterBenchmark("4326>4979 with axis exchange/library",
+                                 [&config](benchmark::State& state) { measureCompatible(state, *config); });
+    ratios.compare("library", "proj_trans");
+    ratios.compare("library", "crs_to_crs");
+    ratios.compare("library", "gdal");
+    return runAndCompare(argc, argv, ratios);
+}

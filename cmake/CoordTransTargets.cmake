@@ -1,0 +1,127 @@
+# The functions by which the folders name their sources and tests.
+
+# Warnings are errors, for the targets of this project only: the target is never exported.
+add_library(coordtrans_developer INTERFACE)
+if(COORDTRANS_DEVELOPER)
+  target_compile_options(coordtrans_developer INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+endif()
+
+# The path of a point runs through five sources; inlining across them spares a third of what the library adds to
+# PROJ. A static library stays as it is, for users with other compilers. Whatever links the objects needs it too.
+include(CheckIPOSupported)
+check_ipo_supported(RESULT coordtrans_ipo_supported OUTPUT ignored LANGUAGES CXX)
+function(coordtrans_optimise_across_sources target)
+  if(COORDTRANS_INTERPROCEDURAL AND coordtrans_ipo_supported AND BUILD_SHARED_LIBS)
+    set_target_properties(${target} PROPERTIES INTERPROCEDURAL_OPTIMIZATION_RELEASE ON
+                                               INTERPROCEDURAL_OPTIMIZATION_RELWITHDEBINFO ON)
+  endif()
+endfunction()
+
+function(coordtrans_configure_objects)
+  coordtrans_optimise_across_sources(coordtrans_objects)
+  set_target_properties(
+    coordtrans_objects
+    PROPERTIES POSITION_INDEPENDENT_CODE ON
+               CXX_VISIBILITY_PRESET hidden
+               VISIBILITY_INLINES_HIDDEN ON
+               CXX_EXTENSIONS OFF)
+  target_compile_features(coordtrans_objects PUBLIC cxx_std_17)
+  target_include_directories(
+    coordtrans_objects
+    PUBLIC ${PROJECT_SOURCE_DIR}/include
+    PRIVATE ${PROJECT_SOURCE_DIR})
+  target_compile_definitions(
+    coordtrans_objects
+    PUBLIC $<$<NOT:$<BOOL:${BUILD_SHARED_LIBS}>>:COORDTRANS_STATIC>
+    PRIVATE COORDTRANS_BUILDING $<$<BOOL:${COORDTRANS_RELEASE_URN_ORIGINAL}>:COORDTRANS_RELEASE_URN_ORIGINAL>)
+  # Calls inside the library need not go through the symbol table that a host could interpose.
+  target_compile_options(coordtrans_objects PRIVATE -fno-semantic-interposition)
+  target_link_libraries(
+    coordtrans_objects
+    PUBLIC Boost::headers
+    PRIVATE coordtrans_developer PROJ::proj Boost::filesystem Boost::system Threads::Threads)
+endfunction()
+
+# Adds sources of the current folder to the library.
+function(coordtrans_sources)
+  target_sources(coordtrans_objects PRIVATE ${ARGN})
+endfunction()
+
+function(coordtrans_add_library)
+  add_library(CoordinateTransformation $<TARGET_OBJECTS:coordtrans_objects>)
+  add_library(CoordinateTransformation::CoordinateTransformation ALIAS CoordinateTransformation)
+  set_target_properties(CoordinateTransformation PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION
+                                                                                       ${PROJECT_VERSION_MAJOR})
+  coordtrans_optimise_across_sources(CoordinateTransformation)
+  target_compile_features(CoordinateTransformation PUBLIC cxx_std_17)
+  target_include_directories(
+    CoordinateTransformation PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+                                    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  target_compile_definitions(CoordinateTransformation
+                             PUBLIC $<$<NOT:$<BOOL:${BUILD_SHARED_LIBS}>>:COORDTRANS_STATIC>)
+  target_link_libraries(
+    CoordinateTransformation
+    PUBLIC Boost::headers
+    PRIVATE PROJ::proj Boost::filesystem Boost::system Threads::Threads)
+endfunction()
+
+# coordtrans_add_test_program(NAME [INTERNAL] SOURCES...): one GoogleTest program, each of its tests a ctest
+# test in a process of its own. INTERNAL programs reach internal headers; the others use the built library.
+function(coordtrans_add_test_program name)
+  if(NOT COORDTRANS_BUILD_TESTS)
+    return()
+  endif()
+  cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNAL" "" "")
+  find_package(GTest REQUIRED)
+  add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
+  target_link_libraries(${name} PRIVATE coordtrans_developer GTest::gmock GTest::gtest_main)
+  target_compile_definitions(${name} PRIVATE COORDTRANS_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+  if(arg_INTERNAL)
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
+    target_link_libraries(${name} PRIVATE $<TARGET_OBJECTS:coordtrans_objects> Boost::headers Boost::filesystem
+                                          Boost::system PROJ::proj Threads::Threads)
+    target_compile_features(${name} PRIVATE cxx_std_17)
+    coordtrans_optimise_across_sources(${name})
+    target_compile_definitions(
+      ${name} PRIVATE COORDTRANS_BUILDING $<$<NOT:$<BOOL:${BUILD_SHARED_LIBS}>>:COORDTRANS_STATIC>
+                      $<$<BOOL:${COORDTRANS_RELEASE_URN_ORIGINAL}>:COORDTRANS_RELEASE_URN_ORIGINAL>)
+  else()
+    target_link_libraries(${name} PRIVATE CoordinateTransformation)
+  endif()
+  include(GoogleTest)
+  gtest_discover_tests(
+    ${name}
+    DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT 120 ENVIRONMENT
+               "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/leaks.supp:print_suppressions=0")
+  foreach(source IN LISTS arg_UNPARSED_ARGUMENTS)
+    file(REAL_PATH ${source} path BASE_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR})
+    set_property(GLOBAL APPEND PROPERTY COORDTRANS_TEST_SOURCES ${path})
+  endforeach()
+endfunction()
+
+# No test can be silently off: a *_test.cpp that no program names stops the configuration.
+function(coordtrans_require_registered_tests)
+  get_property(registered GLOBAL PROPERTY COORDTRANS_TEST_SOURCES)
+  foreach(
+    folder
+    platform
+    errors
+    text
+    crs
+    proj
+    creation
+    config
+    tools
+    examples
+    benchmarks
+    fuzz
+    tests)
+    file(GLOB_RECURSE found CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${folder}/*_test.cpp)
+    foreach(path IN LISTS found)
+      if(NOT path IN_LIST registered)
+        message(FATAL_ERROR "${path} is not registered with coordtrans_add_test_program")
+      endif()
+    endforeach()
+  endforeach()
+endfunction()

@@ -1,0 +1,75 @@
+# Read by ./check --all: the checks that look at sources rather than run them.
+
+SOURCE_FOLDERS="include platform errors text crs proj creation config tools examples benchmarks fuzz tests"
+
+sources() {
+    # shellcheck disable=SC2086
+    find $SOURCE_FOLDERS -name "$1" | sort
+}
+
+fail() {
+    printf '%s\n' "$*" >&2
+    exit 1
+}
+
+check_format() {
+    say "Formatting"
+    { sources '*.h' && sources '*.cpp'; } | xargs clang-format --dry-run -Werror
+}
+
+# includes FOLDER PATTERN: the lines by which sources of the folder, tests aside, include what matches.
+includes() { grep -rnE --include='*.h' --include='*.cpp' --exclude='*_test.cpp' "#include \"($2)/" "$1" || true; }
+
+# A folder includes internal headers only of itself and of the folders to its left.
+check_layers() {
+    say "Layers"
+    local found=""
+    found+=$(includes platform 'errors|text|crs|proj|creation|config|tests')
+    found+=$(includes errors 'text|crs|proj|creation|config|tests')
+    found+=$(includes text 'crs|proj|creation|config|tests')
+    found+=$(includes crs 'proj|creation|config|tests')
+    # A CRS takes its axis order from the table that the creator loads.
+    found+=$(includes proj 'creation|config|tests' | grep -v '^proj/Proj4Crs.cpp:.*"creation/AxisOrderTable.h"' || true)
+    found+=$(includes creation 'config|tests')
+    found+=$(includes config 'tests')
+    found+=$(includes include 'platform|errors|text|crs|proj|creation|config|tests')
+    found+=$(includes tools 'platform|errors|text|crs|proj|creation|config')
+    found+=$(includes examples 'platform|errors|text|crs|proj|creation|config|tests')
+    # Only the classic interface knows PROJ.
+    found+=$(grep -rnE --include='*.h' --include='*.cpp' '#include <proj(/|\.h)' include platform errors text crs \
+        creation config proj | grep -v '^proj/classic/' || true)
+    [ -z "$found" ] || fail "$found"
+}
+
+check_headers() {
+    say "Header self-containment"
+    local header
+    for header in $(sources '*.h'); do
+        printf '#include "%s"\n' "${header#include/}" | g++ -std=c++17 -Wall -Wextra -Wpedantic -Wconversion -Wshadow \
+            -Werror -I. -Iinclude -x c++ -fsyntax-only - || fail "$header does not compile alone"
+    done
+}
+
+# The translation of platform faults against the real Windows headers. Folders that need no Boost can be checked so.
+check_windows_branch() {
+    say "Windows branch (mingw-w64)"
+    find platform errors text -name '*.cpp' ! -name '*_test.cpp' -print0 | xargs -0 \
+        x86_64-w64-mingw32-g++-posix -std=c++17 -Wall -Wextra -Werror -I. -Iinclude -DCOORDTRANS_BUILDING -fsyntax-only
+}
+
+check_tidy() {
+    say "clang-tidy"
+    find platform errors text crs proj creation config -name '*.cpp' ! -name '*_test.cpp' -print0 |
+        xargs -0 -n 1 -P "$(nproc)" clang-tidy -p build/release --quiet --warnings-as-errors='*' 2>build/tidy.log ||
+        fail "clang-tidy found something; see above and build/tidy.log"
+}
+
+# Everything once more with the other compiler, as the next standard.
+check_clang() {
+    say "Building with clang++ as C++20 (log: build/clang.log)"
+    if ! { cmake --preset release -B build/clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_CXX_STANDARD=20 \
+        -DCMAKE_BUILD_TYPE=Debug && cmake --build build/clang; } >build/clang.log 2>&1; then
+        tail -n 30 build/clang.log >&2
+        exit 1
+    fi
+}

@@ -1,0 +1,54 @@
+# Read by the commands of the repository: puts the packages that a build needs on the machine.
+
+BUILD_PACKAGES="g++ cmake ninja-build libproj-dev proj-data libboost-dev libboost-filesystem-dev libboost-system-dev"
+TEST_PACKAGES="libgtest-dev libgmock-dev libbenchmark-dev"
+ANALYSIS_PACKAGES="git clang clang-format clang-tidy g++-mingw-w64-x86-64-posix"
+
+say() { printf '\n== %s\n' "$*"; }
+
+missing_packages() {
+    local package
+    for package in "$@"; do
+        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || printf '%s ' "$package"
+    done
+}
+
+run_as_root() {
+    if [ "$(id -u)" = 0 ]; then
+        "$@"
+    else
+        sudo -n "$@"
+    fi
+}
+
+# Installs what is missing through apt, where that is allowed; otherwise says what to install.
+require_packages() {
+    local missing log
+    command -v dpkg-query >/dev/null || { say "Not a Debian system; taking for granted: $*"; return; }
+    missing=$(missing_packages "$@")
+    [ -z "$missing" ] && return
+    say "Installing $missing"
+    log=$(mktemp)
+    # shellcheck disable=SC2086
+    if ! { run_as_root apt-get update -qq && run_as_root env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -y -qq --no-install-recommends $missing; } >"$log" 2>&1; then
+        tail -n 5 "$log" >&2
+        printf '%s\n' "Cannot install packages here. As root: apt-get install --no-install-recommends $missing" >&2
+        exit 2
+    fi
+    rm -f "$log"
+}
+
+# build PRESET [TARGET...]: configures and builds, quietly unless it fails.
+build() {
+    local preset=$1 log
+    shift
+    log=build/$preset.log
+    mkdir -p build
+    say "Building $preset (log: $log)"
+    if ! { cmake --preset "$preset" && cmake --build "build/$preset" ${1:+--target "$@"}; } >"$log" 2>&1; then
+        grep -nE 'error|Error|FAILED|warning' "$log" | head -n 30 >&2 || true
+        tail -n 30 "$log" >&2
+        exit 1
+    fi
+}

@@ -1,0 +1,96 @@
+#include "CoordinateTransformation/CrsConfig.h"
+
+#include <boost/property_tree/xml_parser.hpp>
+
+#include "CoordinateTransformation/AbstractCrs.h"
+#include "CoordinateTransformation/CrsCreator.h"
+#include "CoordinateTransformation/CrsNotConfigured.h"
+
+namespace CoordinateTransformation {
+
+namespace {
+
+using boost::property_tree::ptree;
+
+// Adds the children of the first top-level `container` whose names are listed.
+void addEntries(CrsConfig& config, const ptree& document, const char* container,
+                const std::set<std::string>& entryNames) {
+    const auto found = document.get_child_optional(container);
+    if (!found) return;
+    for (const ptree::value_type& child : *found)
+        if (entryNames.count(child.first) != 0) config.addCrsConfigData(CrsConfigData(child));
+}
+
+const AbstractCrs* find(const std::map<std::string, const AbstractCrs*>& cache, const std::string& key,
+                        bool throwIfMissing) {
+    const auto entry = cache.find(key);
+    if (entry != cache.end()) return entry->second;
+    if (throwIfMissing) throw CrsNotConfigured(key);
+    return nullptr;
+}
+
+}  // namespace
+
+CrsConfig::CrsConfig() : configuredCrs(new std::list<CrsConfigData>), creator(nullptr), initialised(false) {}
+
+CrsConfig::~CrsConfig() {
+    cleanCodeAndIdentifierCache();
+    delete configuredCrs;
+    delete creator;
+}
+
+void CrsConfig::configure(std::istringstream& document) {
+    ptree tree;
+    boost::property_tree::read_xml(document, tree);
+    addEntries(*this, tree, "CrsConfiguration", {"CRS"});
+    addEntries(*this, tree, "SRSList", {"SRS", "EPSGCode"});
+}
+
+bool CrsConfig::addCrsConfigData(const CrsConfigData& entry) {
+    for (const CrsConfigData& present : *configuredCrs)
+        if (present.sameIdentifierOrAliases(entry)) return false;
+    configuredCrs->push_back(entry);
+    return true;
+}
+
+void CrsConfig::merge(CrsConfig& other) {
+    for (const CrsConfigData& entry : *configuredCrs) other.addCrsConfigData(entry);
+    if (other.initialised) other.reinit();
+    for (const CrsConfigData& entry : *other.configuredCrs) addCrsConfigData(entry);
+    if (initialised) reinit();
+}
+
+bool CrsConfig::isCrsConfigured(const unsigned int& code) const {
+    return configuredCodes.count(static_cast<int>(code)) != 0;
+}
+
+bool CrsConfig::isCrsConfigured(const std::string& name) const { return nameCache.count(name) != 0; }
+
+void CrsConfig::setConfigProperty(const std::string& key, const std::string& value) {
+    configProperties.emplace(key, value);
+}
+
+std::string CrsConfig::getConfigProperty(const std::string& key) const {
+    const auto property = configProperties.find(key);
+    return property == configProperties.end() ? std::string() : property->second;
+}
+
+const AbstractCrs* CrsConfig::getFromNameCache(const std::string& name, bool throwIfMissing) const {
+    return find(nameCache, name, throwIfMissing);
+}
+
+const AbstractCrs* CrsConfig::getFromCodeCache(const std::string& key, bool throwIfMissing) const {
+    return find(codeCache, key, throwIfMissing);
+}
+
+void CrsConfig::cleanCodeAndIdentifierCache() {
+    while (!codeCache.empty()) {
+        delete codeCache.begin()->second;
+        codeCache.erase(codeCache.begin());
+    }
+    nameCache.clear();
+    for (const AbstractCrs* const crs : ownedByNameOnly) delete crs;
+    ownedByNameOnly.clear();
+}
+
+}  // namespace CoordinateTransformation

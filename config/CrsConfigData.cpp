@@ -1,0 +1,103 @@
+#include "CoordinateTransformation/CrsConfigData.h"
+
+#include <algorithm>
+#include <locale>
+#include <sstream>
+
+namespace CoordinateTransformation {
+
+namespace {
+
+using boost::property_tree::ptree;
+
+constexpr char CRS_84[] = "CRS:84";
+constexpr char IDENTIFIER_OF_CRS_84[] = "EPSG:4326";
+
+boost::optional<std::string> readText(const ptree& element, const char* path) {
+    return element.get_optional<std::string>(path);
+}
+
+// The property tree's typed access, in the classic locale: a host's global locale would admit grouped digits.
+template <typename T, typename Field>
+void readAttribute(const ptree& element, const char* path, Field& field) {
+    std::istringstream stream(readText(element, path).value_or(""));
+    stream.imbue(std::locale::classic());
+    T value{};
+    boost::property_tree::customize_stream<char, std::char_traits<char>, T>::extract(stream, value);
+    if (!stream.fail() && stream.get() == std::char_traits<char>::eof()) field = value;
+}
+
+void readAxisOrder(const ptree& element, boost::optional<bool>& eastNorth) {
+    const boost::optional<std::string> axisOrder = readText(element, "<xmlattr>.axisOrder");
+    if (axisOrder == std::string("EN")) eastNorth = true;
+    if (axisOrder == std::string("NE")) eastNorth = false;
+}
+
+bool isDecimalDigit(char character) { return character >= '0' && character <= '9'; }
+
+}  // namespace
+
+const int CrsConfigData::DEFAULT_NUMBER_OF_PLACES_DEGREE;
+const int CrsConfigData::DEFAULT_NUMBER_OF_PLACES_METER;
+
+CrsConfigData::CrsConfigData(const std::string& name, std::string mapToEpsgCode) {
+    if (name == CRS_84) {
+        becomeCrs84();
+    } else if (!mapToEpsgCode.empty()) {
+        alias = name;
+        identifier = withEpsgPrefix(mapToEpsgCode);
+    } else {
+        // As given: callers of this constructor pass identifiers, documents pass codes.
+        identifier = name;
+    }
+}
+
+CrsConfigData::CrsConfigData(std::pair<const std::string, ptree> element) {
+    const ptree& entry = element.second;
+    const std::string& text = entry.data();
+    if (text == CRS_84) {
+        becomeCrs84();
+        return;
+    }
+    const boost::optional<std::string> mapToEpsgCode = readText(entry, "<xmlattr>.mapToEpsgCode");
+    if (mapToEpsgCode) alias = text;
+    identifier = withEpsgPrefix(mapToEpsgCode.value_or(text));
+    readAttribute<std::int32_t>(entry, "<xmlattr>.numberOfDecimalPlaces", numberOfDecimalPlaces);
+    readAttribute<bool>(entry, "<xmlattr>.suppressDuplicatCoordinates", preventDoubleCoordinateOutput);
+    readAxisOrder(entry, axisOrderEastNorthOrLonLat);
+}
+
+std::string CrsConfigData::getIdentifier() const { return identifier; }
+
+std::string CrsConfigData::getAlias() const { return alias; }
+
+std::string CrsConfigData::getAliasOrIdentifier() const { return isMapped() ? alias : identifier; }
+
+boost::optional<bool> CrsConfigData::getAxisOrderEastNorthOrLonLat() const { return axisOrderEastNorthOrLonLat; }
+
+boost::optional<int> CrsConfigData::getNumberOfDecimalPlaces() const { return numberOfDecimalPlaces; }
+
+bool CrsConfigData::getPreventDoubleCoordinateOutput() const { return preventDoubleCoordinateOutput; }
+
+bool CrsConfigData::isMapped() const { return !alias.empty(); }
+
+bool CrsConfigData::sameIdentifierOrAliases(const CrsConfigData& other) const {
+    return identifier == other.identifier && alias == other.alias;
+}
+
+// The whole identifier is upper-cased, by the global locale: names in server configurations rely on it.
+std::string CrsConfigData::withEpsgPrefix(const std::string& code) {
+    std::string upper = code;
+    const std::locale global;
+    std::transform(upper.begin(), upper.end(), upper.begin(),
+                   [&global](char character) { return std::toupper(character, global); });
+    return !upper.empty() && isDecimalDigit(upper.front()) ? "EPSG:" + upper : upper;
+}
+
+void CrsConfigData::becomeCrs84() {
+    alias = CRS_84;
+    identifier = IDENTIFIER_OF_CRS_84;
+    axisOrderEastNorthOrLonLat = true;
+}
+
+}  // namespace CoordinateTransformation

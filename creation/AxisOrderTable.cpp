@@ -1,0 +1,63 @@
+#include "creation/AxisOrderTable.h"
+
+#include <boost/filesystem/operations.hpp>
+#include <fstream>
+
+#include "CoordinateTransformation/Misconfigured.h"
+#include "QSHelpers/ConversionError.h"
+#include "QSHelpers/FileNotFoundException.h"
+#include "creation/CsvRow.h"
+#include "text/NumericText.h"
+
+namespace CoordinateTransformation {
+
+namespace {
+
+constexpr char CELL_SEPARATOR = ';';
+
+unsigned int readCode(const std::string& cell, const std::string& place) {
+    try {
+        return QSHelpers::convertTextToNumeric<unsigned int>(cell, true, true);
+    } catch (const QSHelpers::ConversionError&) {
+        throw Misconfigured(place + cell + " is not a valid EPSG code");
+    }
+}
+
+bool readEastNorth(const std::string& cell, const std::string& place) {
+    const std::string axisOrder = QSHelpers::trimWhitespace(cell, QSHelpers::TRIM_BOTH);
+    if (axisOrder != "en" && axisOrder != "ne")
+        throw Misconfigured(place + "only the values \"en\" or \"ne\" are allowed");
+    return axisOrder == "en";
+}
+
+void addRow(const CsvRow& row, const std::string& place) {
+    if (row.size() != 2)
+        throw Misconfigured(place + "row does contain less or more than two elements which are separated with a \"" +
+                            CELL_SEPARATOR + "\" character");
+    const bool eastNorth = readEastNorth(row[1], place);
+    axisOrderTable.emplace(readCode(row[0], place), eastNorth);
+}
+
+}  // namespace
+
+std::map<unsigned int, bool> axisOrderTable;
+bool searchPathSet = false;
+
+// line = code ";" ( "en" | "ne" ) "\n"
+void loadAxisOrderTable(const std::string& path) {
+    if (!axisOrderTable.empty()) return;
+    std::ifstream file(path);
+    if (!file) throw Misconfigured("Unable to open AxisOrder file \"" + path + "\"");
+    // Operators' tools know the first line as line 2, so the count goes up before a row is looked at.
+    unsigned int line = 1;
+    for (CsvRowIterator row(file, CELL_SEPARATOR); row != CsvRowIterator(); ++row)
+        addRow(*row, "Error in AxisOrder configuration file \"" + path + "\", line " +
+                         QSHelpers::convertNumericToText(++line) + ": ");
+}
+
+void requireRegularFile(const std::string& path) {
+    if (!boost::filesystem::is_regular_file(path))
+        throw QSHelpers::FileNotFoundException("File \"" + path + "\" not found!\"");
+}
+
+}  // namespace CoordinateTransformation

@@ -1,0 +1,159 @@
+#include "CoordinateTransformation/CrsCreator.h"
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+
+#include "CoordinateTransformation/CrsNotConfigured.h"
+#include "CoordinateTransformation/CrsUnknownSyntaxOrAlias.h"
+#include "CoordinateTransformation/FatalSubsystemError.h"
+#include "QSHelpers/ConversionError.h"
+#include "creation/CrsNameSyntax.h"
+#include "text/NumericText.h"
+
+namespace CoordinateTransformation {
+
+namespace {
+
+using QSHelpers::ConversionError;
+
+unsigned int readCode(const std::string& text) {
+    return QSHelpers::convertTextToNumeric<unsigned int>(text, true, true);
+}
+
+double readScaleFactor(const std::string& text) { return QSHelpers::convertTextToNumeric<double>(text, false, false); }
+
+// A text that is no number means that the name is in another spelling.
+std::optional<unsigned int> codeIfNumber(const std::optional<std::string>& text) {
+    if (!text) return std::nullopt;
+    try {
+        return readCode(*text);
+    } catch (const ConversionError&) {
+        return std::nullopt;
+    }
+}
+
+// The object that a URN or URL is first turned into; only a copy of it is handed on.
+AbstractCrs* createUrnOriginal(const CrsCreator& creator, const OgcUrnTexts& texts) {
+    const unsigned int second = texts.secondCode.empty() ? 0 : readCode(texts.secondCode);
+    return creator.createFromCode(readCode(texts.firstCode), second, true);
+}
+
+// Hosts keep addresses of the originals they are given by their own createFromCode, so the original stays
+// unless the build says otherwise.
+void finishWithUrnOriginal(AbstractCrs* original) {
+#if defined(COORDTRANS_RELEASE_URN_ORIGINAL)
+    delete original;
+#else
+    static_cast<void>(original);
+#endif
+}
+
+// Fields separated by ";"; a text has one field more than separators.
+class SpecialTextFields {
+public:
+    explicit SpecialTextFields(const std::string& fields) : text(fields) {}
+
+    std::optional<std::string> next() {
+        if (position > text.size()) return std::nullopt;
+        const std::size_t end = std::min(text.find(';', position), text.size());
+        std::string field = text.substr(position, end - position);
+        position = end + 1;
+        return field;
+    }
+
+private:
+    const std::string& text;
+    std::size_t position = 0;
+};
+
+}  // namespace
+
+CrsCreator::~CrsCreator() = default;
+
+Crs CrsCreator::createFromName(const std::string& name, bool throwOnFailure, bool checkAllowed) const {
+    if (const AbstractCrs* const pooled = getFromNameCache(name, false)) return Crs(pooled);
+    std::unique_ptr<AbstractCrs> created(recognise(name));
+    if (created == nullptr) {
+        if (throwOnFailure) throw CrsUnknownSyntaxOrAlias(name);
+        return Crs(NullConstruction());
+    }
+    if (checkAllowed && !isCrsAllowed(created.get())) {
+        created.reset();
+        if (throwOnFailure) throw CrsNotConfigured(name);
+        return Crs(NullConstruction());
+    }
+    return Crs(created.release());
+}
+
+AbstractCrs* CrsCreator::recognise(const std::string& name) const {
+    if (AbstractCrs* const crs = createFromURN(name)) return crs;
+    if (AbstractCrs* const crs = createFromURL(name)) return crs;
+    if (AbstractCrs* const crs = createFromGML(name)) return crs;
+    if (AbstractCrs* const crs = createFromEPSG(name, true)) return crs;
+    return createFromCrsURN_WFS_1_1(name);
+}
+
+AbstractCrs* CrsCreator::createFromURN(const std::string& name) const {
+    const std::optional<std::size_t> body = skipOgcUrnHead(name);
+    return body ? createFromOgcUrn(name, *body) : nullptr;
+}
+
+AbstractCrs* CrsCreator::createFromURL(const std::string& name) const {
+    const std::optional<std::size_t> body = skipOgcUrlHead(name);
+    return body ? createFromOgcUrn(name, *body) : nullptr;
+}
+
+AbstractCrs* CrsCreator::createFromOgcUrn(const std::string& name, std::size_t startPos) const {
+    const std::optional<OgcUrnTexts> texts = parseOgcUrnBody(name, startPos);
+    if (!texts) return nullptr;
+    AbstractCrs* const original = createUrnOriginal(*this, *texts);
+    if (original == nullptr) return nullptr;
+    std::unique_ptr<AbstractCrs> crs(original->copy());
+    finishWithUrnOriginal(original);
+    crs->setEpsgVersion(texts->version);
+    return crs.release();
+}
+
+AbstractCrs* CrsCreator::createFromGML(const std::string& name) const {
+    const std::optional<unsigned int> code = codeIfNumber(parseGmlReference(name));
+    if (!code) return nullptr;
+    std::unique_ptr<AbstractCrs> crs(createFromCode(*code, 0, true));
+    // Responses echo the request's own spelling.
+    if (crs != nullptr) crs->setAlias(name);
+    return crs.release();
+}
+
+AbstractCrs* CrsCreator::createFromEPSG(const std::string& name, bool standardAxisOrder) const {
+    const std::optional<EpsgNameTexts> texts = parseEpsgName(name);
+    if (!texts) return nullptr;
+    const std::optional<unsigned int> first = codeIfNumber(texts->firstCode);
+    const std::optional<unsigned int> second = texts->secondCode ? codeIfNumber(texts->secondCode) : 0U;
+    return first && second ? createFromCode(*first, *second, standardAxisOrder) : nullptr;
+}
+
+AbstractCrs* CrsCreator::createFromCrsURN_WFS_1_1(const std::string& name) const {
+    const std::optional<unsigned int> code = codeIfNumber(parseWfs11Urn(name));
+    return code ? createFromCode(*code, 0, true) : nullptr;
+}
+
+// text = name ";" ( "EN" | "NE" ) ";" primary scale factor [ ";" secondary scale factor ] [ ";" ignored ]
+AbstractCrs* CrsCreator::createFromSpecialTextFormat(const std::string& text) const {
+    SpecialTextFields fields(text);
+    std::unique_ptr<AbstractCrs> crs(getFromNameCache(fields.next().value(), true)->copy());
+    const std::optional<std::string> axisOrder = fields.next();
+    if (axisOrder) crs->setAxisOrderEastNorthOrLonLat(*axisOrder == "EN");
+    const std::optional<std::string> primaryScale = fields.next();
+    if (!primaryScale) {
+        // The copy stays unreleased, on purpose: a host may have kept its address.
+        static_cast<void>(crs.release());
+        if (text.empty()) throw FatalSubsystemError("114");
+        return nullptr;
+    }
+    crs->setPrimaryScaleFactor(readScaleFactor(*primaryScale));
+    if (const std::optional<std::string> secondaryScale = fields.next())
+        crs->setSecCompoundScaleFactor(readScaleFactor(*secondaryScale));
+    return crs.release();
+}
+
+}  // namespace CoordinateTransformation

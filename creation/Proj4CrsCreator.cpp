@@ -1,0 +1,104 @@
+#include "CoordinateTransformation/Proj4CrsCreator.h"
+
+#include <boost/filesystem/operations.hpp>
+#include <boost/filesystem/path.hpp>
+#include <cstdlib>
+
+#include "CoordinateTransformation/CrsConfig.h"
+#include "CoordinateTransformation/Misconfigured.h"
+#include "CoordinateTransformation/Proj4Crs.h"
+#include "QSHelpers/FileNotFoundException.h"
+#include "creation/AxisOrderTable.h"
+#include "creation/ProjError.h"
+#include "proj/Proj4Transformer.h"
+#include "proj/classic/ClassicProj.h"
+
+namespace CoordinateTransformation {
+
+namespace {
+
+constexpr char DIRECTORY_PROPERTY[] = "Proj4ConfigDir";
+constexpr char DIRECTORY_VARIABLE[] = "QUARVELSRV_PROJ4_CONF_DIR";
+constexpr char BUILT_IN_DIRECTORY[] = "/opt/quarvelserver/share/proj4";
+constexpr char INIT_FILE[] = "epsg";
+constexpr char AXIS_ORDER_FILE[] = "epsg-axisorder.csv";
+
+constexpr unsigned int UNKNOWN_OR_DEFAULT_CODE = 0;
+constexpr unsigned int DEFAULT_SECONDARY_CODE = 1;
+
+std::string chooseDirectory(const std::string& property) {
+    std::string directory = property;
+    if (directory.empty()) {
+        const char* const variable = std::getenv(DIRECTORY_VARIABLE);
+        if (variable != nullptr) directory = variable;
+    }
+    if (directory.empty()) directory = BUILT_IN_DIRECTORY;
+    // Cannot fire while the built-in directory is not empty.
+    if (directory.empty()) throw Misconfigured("Required Property Proj4ConfigDir not set");
+    return directory;
+}
+
+void requireDirectory(const std::string& directory) {
+    if (!boost::filesystem::is_directory(directory))
+        throw Misconfigured("Configured Proj4 directory \"" + directory + "\" not found!");
+}
+
+void loadFiles(const boost::filesystem::path& directory) {
+    try {
+        requireRegularFile((directory / INIT_FILE).string());
+        const std::string axisOrderFile = (directory / AXIS_ORDER_FILE).string();
+        requireRegularFile(axisOrderFile);
+        loadAxisOrderTable(axisOrderFile);
+    } catch (const QSHelpers::FileNotFoundException& missing) {
+        throw Misconfigured(missing.what());
+    }
+}
+
+void setSearchPath(const std::string& directory) {
+    const char* directories[] = {directory.c_str()};
+    ClassicProj::pj_set_searchpath(1, directories);
+    requireNoProjError(*ClassicProj::pj_get_errno_ref(), directory);
+}
+
+}  // namespace
+
+Proj4CrsCreator::Proj4CrsCreator(const CrsConfig& crsConfig) : transformer(theProj4Transformer), config(&crsConfig) {}
+
+Proj4CrsCreator::~Proj4CrsCreator() = default;
+
+const AbstractCrs* Proj4CrsCreator::getFromNameCache(const std::string& name, bool throwIfMissing) const {
+    return config->getFromNameCache(name, throwIfMissing);
+}
+
+const AbstractCrs* Proj4CrsCreator::getFromCodeCache(const std::string& key, bool throwIfMissing) const {
+    return config->getFromCodeCache(key, throwIfMissing);
+}
+
+AbstractCrs* Proj4CrsCreator::createFromCode(unsigned int primary, unsigned int secondary,
+                                             bool standardAxisOrder) const {
+    return new Proj4Crs(*this, *transformer, primary, secondary, standardAxisOrder);
+}
+
+AbstractCrs* Proj4CrsCreator::createDefault() const {
+    return new Proj4Crs(*this, *transformer, UNKNOWN_OR_DEFAULT_CODE, DEFAULT_SECONDARY_CODE, false);
+}
+
+AbstractCrs* Proj4CrsCreator::createUnknown() const {
+    return new Proj4Crs(*this, *transformer, UNKNOWN_OR_DEFAULT_CODE, 0, false);
+}
+
+void Proj4CrsCreator::init() {
+    const std::string property = config->getConfigProperty(DIRECTORY_PROPERTY);
+    if (searchPathSet) return;
+    const std::string directory = chooseDirectory(property);
+    requireDirectory(directory);
+    loadFiles(directory);
+    setSearchPath(directory);
+    searchPathSet = true;
+}
+
+bool Proj4CrsCreator::isCrsAllowed(const AbstractCrs* crs) const {
+    return config->isCrsConfigured(crs->getPrimaryCode());
+}
+
+}  // namespace CoordinateTransformation

@@ -1,0 +1,254 @@
+// How the creator settles the PROJ directory.
+
+#include <boost/filesystem/exception.hpp>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+
+#include "CoordinateTransformation/CrsConfig.h"
+#include "CoordinateTransformation/Misconfigured.h"
+#include "CoordinateTransformation/Proj4CrsCreator.h"
+#include "creation/FreshProj4Settings.h"
+#include "creation/TemporaryDirectory.h"
+
+namespace CoordinateTransformation {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+constexpr char BUILT_IN_DIRECTORY[] = "/opt/quarvelserver/share/proj4";
+
+class Proj4CrsCreatorInitTest : public testing::Test {
+protected:
+    // A code that nothing in this process has bound yet.
+    static unsigned int newCode() {
+        static unsigned int last = 910000;
+        return ++last;
+    }
+    // A directory that serves: its files know `code` alone, in east-north order.
+    std::string givenDirectoryFor(unsigned int code) {
+        const std::string name = std::to_string(code);
+        temporary.givenDirectory(name);
+        temporary.givenFile(name + "/epsg", "<" + name + "> +proj=longlat +datum=WGS84 +no_defs <>\n");
+        temporary.givenFile(name + "/epsg-axisorder.csv", name + ";en\n");
+        return temporary.path(name);
+    }
+    std::string givenDirectoryOf(const std::string& epsg, const std::string& axisOrders) {
+        temporary.givenDirectory("proj");
+        temporary.givenFile("proj/epsg", epsg);
+        temporary.givenFile("proj/epsg-axisorder.csv", axisOrders);
+        return temporary.path("proj");
+    }
+
+    static void init(const std::string& property) {
+        CrsConfig config;
+        config.setConfigProperty("Proj4ConfigDir", property);
+        Proj4CrsCreator(config).init();
+    }
+    static void initWithoutProperty() {
+        const CrsConfig config;
+        Proj4CrsCreator(config).init();
+    }
+    template <typename Init>
+    static void expectMisconfigured(Init initialise, const std::string& message) {
+        try {
+            initialise();
+            ADD_FAILURE() << "initialised";
+        } catch (const Misconfigured& error) {
+            EXPECT_EQ(error.getDetailedMessage(), message);
+            EXPECT_EQ(error.getServiceExceptionCode(), "qvConfigurationError");
+        }
+        EXPECT_FALSE(searchPathSet);
+    }
+    static void expectMisconfiguredBy(const std::string& property, const std::string& message) {
+        expectMisconfigured([&] { init(property); }, message);
+    }
+    static void expectSettledFor(unsigned int code) {
+        EXPECT_TRUE(searchPathSet);
+        EXPECT_THAT(axisOrderTable, ElementsAre(Pair(code, true)));
+        EXPECT_TRUE(isKnownToProj(code));
+    }
+    static bool isKnownToProj(unsigned int code) {
+        const CrsConfig config;
+        try {
+            const std::unique_ptr<AbstractCrs> crs(Proj4CrsCreator(config).createFromCode(code, 0, true));
+            return crs != nullptr;
+        } catch (const Misconfigured&) {
+            return false;
+        }
+    }
+    static std::string directoryNotFound(const std::string& directory) {
+        return "Configured Proj4 directory \"" + directory + "\" not found!";
+    }
+    static std::string fileNotFound(const std::string& path) { return "File \"" + path + "\" not found!\""; }
+
+    FreshProj4Settings settings;
+    TemporaryDirectory temporary;
+};
+
+TEST_F(Proj4CrsCreatorInitTest, DoesNothingUntilItIsCalled) {
+    FreshProj4Settings::givenEnvironment(givenDirectoryFor(newCode()));
+    const CrsConfig config;
+    const Proj4CrsCreator creator(config);
+    EXPECT_FALSE(searchPathSet);
+    EXPECT_THAT(axisOrderTable, IsEmpty());
+}
+
+TEST_F(Proj4CrsCreatorInitTest, TakesThePropertyBeforeTheEnvironment) {
+    const unsigned int code = newCode();
+    FreshProj4Settings::givenEnvironment(givenDirectoryFor(newCode()));
+    init(givenDirectoryFor(code));
+    expectSettledFor(code);
+}
+
+TEST_F(Proj4CrsCreatorInitTest, DoesNotFallBackFromAPropertyThatDoesNotServe) {
+    FreshProj4Settings::givenEnvironment(givenDirectoryFor(newCode()));
+    expectMisconfiguredBy(temporary.path("missing"), directoryNotFound(temporary.path("missing")));
+}
+
+TEST_F(Proj4CrsCreatorInitTest, TakesTheEnvironmentWithoutAProperty) {
+    const unsigned int code = newCode();
+    FreshProj4Settings::givenEnvironment(givenDirectoryFor(code));
+    initWithoutProperty();
+    expectSettledFor(code);
+}
+
+TEST_F(Proj4CrsCreatorInitTest, TakesTheEnvironmentForAnEmptyProperty) {
+    const unsigned int code = newCode();
+    FreshProj4Settings::givenEnvironment(givenDirectoryFor(code));
+    init("");
+    expectSettledFor(code);
+}
+
+TEST_F(Proj4CrsCreatorInitTest, DoesNotFallBackFromAnEnvironmentThatDoesNotServe) {
+    FreshProj4Settings::givenEnvironment(temporary.path("missing"));
+    expectMisconfigured(initWithoutProperty, directoryNotFound(temporary.path("missing")));
+}
+
+TEST_F(Proj4CrsCreatorInitTest, TakesTheBuiltInDirectoryWithoutBoth) {
+    ASSERT_FALSE(std::filesystem::exists(BUILT_IN_DIRECTORY)) << "this test needs a machine without the server";
+    expectMisconfigured(initWithoutProperty, directoryNotFound(BUILT_IN_DIRECTORY));
+    FreshProj4Settings::givenEnvironment("");
+    expectMisconfigured(initWithoutProperty, directoryNotFound(BUILT_IN_DIRECTORY));
+    expectMisconfiguredBy("", directoryNotFound(BUILT_IN_DIRECTORY));
+}
+
+TEST_F(Proj4CrsCreatorInitTest, ReportsWhatIsNoDirectory) {
+    const std::string file = temporary.givenFile("file", "");
+    const std::string dangling = temporary.givenSymlink("dangling", temporary.path("missing"));
+    for (const std::string& property : {temporary.path("missing"), file, file + "/below", dangling, std::string(" ")})
+        expectMisconfiguredBy(property, directoryNotFound(property));
+}
+
+TEST_F(Proj4CrsCreatorInitTest, AcceptsALinkToADirectory) {
+    const unsigned int code = newCode();
+    init(temporary.givenSymlink("link", givenDirectoryFor(code)));
+    expectSettledFor(code);
+}
+
+TEST_F(Proj4CrsCreatorInitTest, AcceptsADirectoryWithBlanksAndOtherLetters) {
+    const unsigned int code = newCode();
+    const std::string odd = temporary.path("proj \xC3\xA9;*");
+    std::filesystem::rename(givenDirectoryFor(code), odd);
+    init(odd);
+    expectSettledFor(code);
+}
+
+TEST_F(Proj4CrsCreatorInitTest, ReportsAMissingInitFileFirst) {
+    const std::string directory = temporary.givenDirectory("proj");
+    expectMisconfiguredBy(directory, fileNotFound(directory + "/epsg"));
+    temporary.givenFile("proj/epsg-axisorder.csv", "4326;ne\n");
+    expectMisconfiguredBy(directory, fileNotFound(directory + "/epsg"));
+    temporary.givenDirectory("proj/epsg");
+    expectMisconfiguredBy(directory, fileNotFound(directory + "/epsg"));
+    EXPECT_THAT(axisOrderTable, IsEmpty());
+}
+
+TEST_F(Proj4CrsCreatorInitTest, ReportsAMissingAxisOrderFile) {
+    const std::string directory = temporary.givenDirectory("proj");
+    temporary.givenFile("proj/epsg", "");
+    expectMisconfiguredBy(directory, fileNotFound(directory + "/epsg-axisorder.csv"));
+    temporary.givenDirectory("proj/epsg-axisorder.csv");
+    expectMisconfiguredBy(directory, fileNotFound(directory + "/epsg-axisorder.csv"));
+}
+
+TEST_F(Proj4CrsCreatorInitTest, LetsTheFaultOfAMalformedAxisOrderFilePass) {
+    const std::string directory = givenDirectoryOf("", "4326;NE\n");
+    const std::string message = "Error in AxisOrder configuration file \"" + directory +
+                                "/epsg-axisorder.csv\", line 2: only the values \"en\" or \"ne\" are allowed";
+    expectMisconfiguredBy(directory, message);
+    expectMisconfiguredBy(directory, message);
+}
+
+TEST_F(Proj4CrsCreatorInitTest, GoesOnWithThePartialTableOfAMalformedAxisOrderFile) {
+    const std::string directory = givenDirectoryOf("", "4326;ne\nabc;en\n");
+    expectMisconfiguredBy(directory, "Error in AxisOrder configuration file \"" + directory +
+                                         "/epsg-axisorder.csv\", line 3: abc is not a valid EPSG code");
+    init(directory);
+    EXPECT_TRUE(searchPathSet);
+    EXPECT_THAT(axisOrderTable, ElementsAre(Pair(4326, false)));
+}
+
+TEST_F(Proj4CrsCreatorInitTest, LetsFailuresOfTheFileSystemPass) {
+    const std::string loop = temporary.givenSymlink("loop", temporary.path("loop"));
+    EXPECT_THROW(init(loop), boost::filesystem::filesystem_error);
+    temporary.givenDirectory("proj");
+    temporary.givenSymlink("proj/epsg", loop);
+    EXPECT_THROW(init(temporary.path("proj")), boost::filesystem::filesystem_error);
+    EXPECT_FALSE(searchPathSet);
+}
+
+TEST_F(Proj4CrsCreatorInitTest, RepeatsItsChecksAfterAFailure) {
+    const unsigned int code = newCode();
+    const std::string directory = temporary.path(std::to_string(code));
+    expectMisconfiguredBy(directory, directoryNotFound(directory));
+    expectMisconfiguredBy(directory, directoryNotFound(directory));
+    givenDirectoryFor(code);
+    init(directory);
+    expectSettledFor(code);
+}
+
+TEST_F(Proj4CrsCreatorInitTest, ResolvesTheDirectoryAnewAfterAFailure) {
+    const unsigned int code = newCode();
+    expectMisconfiguredBy(temporary.path("missing"), directoryNotFound(temporary.path("missing")));
+    init(givenDirectoryFor(code));
+    expectSettledFor(code);
+}
+
+TEST_F(Proj4CrsCreatorInitTest, StaysWithTheFirstDirectory) {
+    const unsigned int first = newCode();
+    const unsigned int second = newCode();
+    init(givenDirectoryFor(first));
+    init(givenDirectoryFor(second));
+    EXPECT_FALSE(isKnownToProj(second));
+    expectSettledFor(first);
+}
+
+TEST_F(Proj4CrsCreatorInitTest, ChecksNothingOnceTheDirectoryIsSettled) {
+    const unsigned int code = newCode();
+    const std::string directory = givenDirectoryFor(code);
+    init(directory);
+    std::filesystem::remove_all(directory);
+    EXPECT_NO_THROW(init(directory));
+    EXPECT_NO_THROW(init(temporary.path("missing")));
+    EXPECT_NO_THROW(initWithoutProperty());
+    EXPECT_TRUE(searchPathSet);
+    EXPECT_THAT(axisOrderTable, ElementsAre(Pair(code, true)));
+}
+
+TEST_F(Proj4CrsCreatorInitTest, OutlivesTheCreatorThatSettledTheDirectory) {
+    const unsigned int code = newCode();
+    {
+        const std::unique_ptr<CrsConfig> config(CrsConfig::createConfigFromId("proj4"));
+        config->setConfigProperty("Proj4ConfigDir", givenDirectoryFor(code));
+        config->init();
+    }
+    expectSettledFor(code);
+}
+
+}  // namespace
+}  // namespace CoordinateTransformation

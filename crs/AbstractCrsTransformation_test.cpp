@@ -1,0 +1,137 @@
+#include <functional>
+#include <gtest/gtest.h>
+#include <memory>
+#include <vector>
+
+#include "CoordinateTransformation/AbstractCrs.h"
+#include "CoordinateTransformation/CoordTransformer.h"
+#include "CoordinateTransformation/TransExecException.h"
+#include "crs/AbstractCrsFixture.h"
+
+namespace CoordinateTransformation {
+namespace {
+
+// Notes what it is called with and moves the point.
+class RecordingTransformer : public CoordTransformer {
+public:
+    struct Call {
+        AbstractCrs const* source;
+        AbstractCrs const* target;
+        double* x;
+        double* y;
+        double* z;
+        double xGiven;
+        double yGiven;
+    };
+
+    void transformCoordinates(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y,
+                              double* z) const override {
+        calls.push_back({source, target, &x, &y, z, x, y});
+        x += 100;
+        y += 200;
+        if (z != nullptr) *z += 300;
+    }
+
+    mutable std::vector<Call> calls;
+};
+
+class AbstractCrsTransformationTest : public AbstractCrsTest {
+protected:
+    BareCrs givenCrsOf(CoordTransformer const& crsTransformer, unsigned int code) const {
+        BareCrs crs(creator, crsTransformer);
+        crs.primaryCode = code;
+        return crs;
+    }
+
+    RecordingTransformer recorder;
+    RecordingTransformer otherRecorder;
+    double x = 1;
+    double y = 2;
+    double z = 3;
+};
+
+TEST_F(AbstractCrsTransformationTest, HandsASpatialPointToItsTransformer) {
+    const BareCrs source = givenCrsOf(recorder, 25832);
+    const BareCrs target = givenCrsOf(otherRecorder, 27700);
+    source.transformTo(&target, x, y, z);
+    ASSERT_EQ(recorder.calls.size(), 1U);
+    const auto& call = recorder.calls.front();
+    EXPECT_EQ(call.source, &source);
+    EXPECT_EQ(call.target, &target);
+    EXPECT_EQ(call.x, &x);
+    EXPECT_EQ(call.y, &y);
+    EXPECT_EQ(call.z, &z);
+    EXPECT_EQ(call.xGiven, 1);
+    EXPECT_EQ(call.yGiven, 2);
+    EXPECT_EQ(x, 101);
+    EXPECT_EQ(y, 202);
+    EXPECT_EQ(z, 303);
+    EXPECT_TRUE(otherRecorder.calls.empty());
+}
+
+TEST_F(AbstractCrsTransformationTest, HandsAFlatPointOnWithoutAHeight) {
+    const BareCrs source = givenCrsOf(recorder, 25832);
+    const BareCrs target = givenCrsOf(otherRecorder, 27700);
+    source.transformTo(&target, x, y);
+    ASSERT_EQ(recorder.calls.size(), 1U);
+    const auto& call = recorder.calls.front();
+    EXPECT_EQ(call.source, &source);
+    EXPECT_EQ(call.target, &target);
+    EXPECT_EQ(call.x, &x);
+    EXPECT_EQ(call.y, &y);
+    EXPECT_EQ(call.z, nullptr);
+    EXPECT_EQ(x, 101);
+    EXPECT_EQ(y, 202);
+    EXPECT_EQ(z, 3);
+}
+
+TEST_F(AbstractCrsTransformationTest, LeavesItToTheTransformerWhetherToCalculate) {
+    const BareCrs source = givenCrsOf(recorder, 25832);
+    BareCrs target = givenCrsOf(recorder, 25832);
+    target.setAxisOrderEastNorthOrLonLat(false);
+    source.transformTo(&target, x, y, z);
+    EXPECT_EQ(x, 2);
+    EXPECT_EQ(y, 1);
+    EXPECT_EQ(z, 3);
+    EXPECT_TRUE(recorder.calls.empty());
+}
+
+TEST_F(AbstractCrsTransformationTest, KeepsItsTransformerInAnAssignmentAndGivesItToACopy) {
+    BareCrs assigned = givenCrsOf(recorder, 25832);
+    const BareCrs target = givenCrsOf(otherRecorder, 27700);
+    static_cast<AbstractCrs&>(assigned) = givenCrsOf(otherRecorder, 31467);
+    assigned.transformTo(&target, x, y);
+    EXPECT_EQ(recorder.calls.size(), 1U);
+    const std::unique_ptr<AbstractCrs> copied(assigned.copy());
+    copied->transformTo(&target, x, y, z);
+    EXPECT_EQ(recorder.calls.size(), 2U);
+    EXPECT_TRUE(otherRecorder.calls.empty());
+}
+
+class FailingTransformer : public CoordTransformer {
+public:
+    void transformCoordinates(AbstractCrs const*, AbstractCrs const*, double&, double&, double*) const override {
+        throw TransExecException("tolerance condition error");
+    }
+};
+
+TEST_F(AbstractCrsTransformationTest, PassesOnAFailureOfItsTransformer) {
+    const FailingTransformer failing;
+    const BareCrs source = givenCrsOf(failing, 25832);
+    const BareCrs target = givenCrsOf(recorder, 27700);
+    const std::function<void()> transformations[] = {
+        [&] { source.transformTo(&target, x, y, z); },
+        [&] { source.transformTo(&target, x, y); },
+    };
+    for (const auto& transform : transformations) {
+        try {
+            transform();
+            ADD_FAILURE() << "no failure";
+        } catch (TransExecException const& failure) {
+            EXPECT_STREQ(failure.what(), "tolerance condition error");
+        }
+    }
+}
+
+}  // namespace
+}  // namespace CoordinateTransformation

@@ -1,0 +1,79 @@
+#include "CoordinateTransformation/Crs.h"
+
+namespace CoordinateTransformation {
+
+// Exists for the class layout alone; an empty handle is made with NullConstruction.
+Crs::Crs() { throw; }
+
+Crs::Crs(NullConstruction) {}
+
+Crs::Crs(AbstractCrs* owned) : crs(owned) {}
+
+Crs::Crs(AbstractCrs const* borrowed) : crs(const_cast<AbstractCrs*>(borrowed)), holdingConst(borrowed != nullptr) {}
+
+Crs::Crs(Crs const& other) : holdingConst(other.holdingConst) { slurp(other); }
+
+Crs::Crs(Crs&& other) noexcept : crs(other.crs), holdingConst(other.holdingConst) { other.crs = nullptr; }
+
+Crs::~Crs() { deleteNonConstCrs(); }
+
+Crs& Crs::operator=(Crs const& other) {
+    if (this == &other) return *this;
+    deleteNonConstCrs();
+    holdingConst = other.holdingConst;
+    slurp(other);
+    return *this;
+}
+
+Crs& Crs::operator=(Crs&& other) noexcept {
+    if (this == &other) return *this;
+    deleteNonConstCrs();
+    crs = other.crs;
+    holdingConst = other.holdingConst;
+    other.crs = nullptr;
+    return *this;
+}
+
+Crs& Crs::operator=(AbstractCrs const* borrowed) {
+    deleteNonConstCrs();
+    crs = const_cast<AbstractCrs*>(borrowed);
+    if (borrowed != nullptr) holdingConst = true;
+    return *this;
+}
+
+void Crs::operator=(AbstractCrs* owned) {
+    if (owned == crs) return;
+    deleteNonConstCrs();
+    crs = owned;
+    holdingConst = false;
+}
+
+AbstractCrs* Crs::mod() { return crs == nullptr ? nullptr : getModifiableCopy(); }
+
+void Crs::forceDim2D() {
+    if (crs->getDim() != 2) getModifiableCopy()->forceDim2D();
+}
+
+void Crs::forceWmsAxisOrder() {
+    if (!crs->isWmsAxisOrder()) getModifiableCopy()->forceWmsAxisOrder();
+}
+
+AbstractCrs* Crs::getModifiableCopy() {
+    if (holdingConst) {
+        crs = crs->copy();
+        holdingConst = false;
+    }
+    return crs;
+}
+
+void Crs::deleteNonConstCrs() {
+    if (!holdingConst) delete crs;
+}
+
+// Empties the handle first: a copy that fails must not leave it with what the caller has released.
+void Crs::slurp(Crs const& other) {
+    crs = nullptr;
+    if (other.crs != nullptr) crs = other.holdingConst ? other.crs : other.crs->copy();
+}
+
+}  // namespace CoordinateTransformation

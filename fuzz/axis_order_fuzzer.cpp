@@ -1,0 +1,14 @@
+// Axis-order files: rows of cells, none of which holds a separator.
+
+#include "creation/CsvRow.h"
+#include "fuzz/Input.h"
+
+using CoordinateTransformation::CsvRowIterator;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    std::istringstream rows(Fuzz::text(data, size));
+    for (CsvRowIterator row(rows, ';'); row != CsvRowIterator(); ++row)
+        for (std::size_t i = 0; i < row->size(); ++i)
+            Fuzz::require((*row)[i].find_first_of(";\n") == std::string::npos);
+    return 0;
+}

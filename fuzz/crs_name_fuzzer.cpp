@@ -1,0 +1,42 @@
+// Names: whatever is accepted is written in forms that name the same codes again; whatever is refused is refused
+// with an exception of the family or std::out_of_range.
+
+#include <stdexcept>
+
+#include "fuzz/Input.h"
+
+using namespace CoordinateTransformation;
+
+namespace {
+
+void requireSameCodes(const CrsCreator& creator, const AbstractCrs& crs, const std::string& name) {
+    const Crs again = creator.createFromName(name, true, false);
+    Fuzz::require(again->getPrimaryCode() == crs.getPrimaryCode());
+    Fuzz::require(again->getSecCompoundCode() == crs.getSecCompoundCode());
+}
+
+void writeAndReadAgain(const CrsCreator& creator, const AbstractCrs& crs) {
+    const QuarvelSrv::SrsFormattingOptions urn{"6.12", "", 0};
+    const QuarvelSrv::SrsFormattingOptions url{"0", "", 2};
+    requireSameCodes(creator, crs, crs.getAliasOrIdentifier(false));
+    requireSameCodes(creator, crs, crs.getAliasOrAsOgcURN(&urn, false));
+    requireSameCodes(creator, crs, crs.getAliasOrAsOgcURN(&url, false));
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const CrsCreator& creator = Fuzz::configuration().getCreator();
+    try {
+        const Crs crs = creator.createFromName(Fuzz::text(data, size), true, false);
+        // The default CRS has no form that names it, and a vertical part needs its dimension.
+        if (crs->getPrimaryCode() != 0 && (crs->getSecCompoundCode() == 0 || crs->getDim() == 3) &&
+            crs->getPrimaryCode() != 4979)
+            writeAndReadAgain(creator, *crs.get());
+    } catch (const structured_exception& refused) {
+        Fuzz::require(*refused.what() != '\0');
+    } catch (const std::out_of_range&) {
+        // A compound identifier whose second prefix is missing.
+    }
+    return 0;
+}

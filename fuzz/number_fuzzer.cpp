@@ -1,0 +1,38 @@
+// Numbers: a code that is accepted is written as digits that read as the same code; a double that is accepted reads,
+// written with 15 digits, as itself within their precision.
+
+#include <cmath>
+
+#include "fuzz/Input.h"
+#include "text/NumericText.h"
+
+using namespace QSHelpers;
+
+namespace {
+
+template <typename Read>
+void acceptOrRefuse(Read read) {
+    try {
+        read();
+    } catch (const ConversionError& refused) {
+        Fuzz::require(*refused.what() != '\0');
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string text = Fuzz::text(data, size);
+    acceptOrRefuse([&text] {
+        const auto code = convertTextToNumeric<unsigned int>(text, true, true);
+        Fuzz::require(convertTextToNumeric<unsigned int>(convertNumericToText(code), true, true) == code);
+    });
+    acceptOrRefuse([&text] { convertTextToNumeric<unsigned int>(text, false, false); });
+    acceptOrRefuse([&text] {
+        const auto number = convertTextToNumeric<double>(text, false, false);
+        Fuzz::require(std::isfinite(number));
+        const auto again = convertTextToNumeric<double>(convertNumericToText(number, -1, false), false, false);
+        Fuzz::require(std::fabs(again - number) <= 1e-14 * std::fabs(number) || std::fabs(number) < 1e-300);
+    });
+    return 0;
+}

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <cstddef>
+
+#include "CoordinateTransformation/AbstractCrs.h"
+#include "CoordinateTransformation/Export.h"
+
+namespace CoordinateTransformation {
+
+class CrsConfig;
+
+/// Selects the constructor of an empty Crs handle.
+struct NullConstruction {};
+
+/// A handle to a CRS that it either owns or borrows; a borrowed CRS belongs to a cache and is never changed
+/// or deleted through the handle: the first modification makes a private copy (copy-on-write).
+///
+/// Threads: a handle is used by one thread at a time; the borrowed CRS behind it may be shared by many.
+///
+/// An owned CRS belongs to exactly one handle; a borrowed one outlives it. Copying a handle that borrows
+/// copies no CRS, copying one that owns copies the CRS.
+class COORDTRANS_EXPORT Crs {
+public:
+    /// An empty handle.
+    explicit Crs(NullConstruction);
+    /// Takes ownership of `owned`, which may be null.
+    Crs(AbstractCrs* owned);
+    /// Borrows `borrowed`; an empty handle when it is null.
+    Crs(AbstractCrs const* borrowed);
+    Crs(Crs const& other);
+    /// Leaves `other` empty.
+    Crs(Crs&& other) noexcept;
+    virtual ~Crs();
+
+    Crs& operator=(Crs const& other);
+    /// Leaves `other` empty.
+    Crs& operator=(Crs&& other) noexcept;
+    /// Releases what was owned and borrows `borrowed`; null empties the handle.
+    Crs& operator=(AbstractCrs const* borrowed);
+    /// Releases what was owned and takes ownership of `owned`. Nothing happens when `owned` is the CRS held
+    /// already, even if it is borrowed.
+    void operator=(AbstractCrs* owned);
+
+    /// The CRS held, or null; never copies.
+    AbstractCrs const* get() const { return crs; }
+    AbstractCrs const* operator->() const { return crs; }
+    operator AbstractCrs const*() { return crs; }
+    operator AbstractCrs const*() const { return crs; }
+    /// The CRS for modification, copied first when borrowed; null for an empty handle.
+    AbstractCrs* mod();
+    operator AbstractCrs*() { return mod(); }
+    /// Whether the handle holds a CRS. Not const on purpose: were it const, `if (handle)` on a modifiable
+    /// handle would choose the conversion that copies.
+    operator bool() { return crs != nullptr; }
+    /// Identity, not equality.
+    bool operator==(AbstractCrs const* other) const { return crs == other; }
+    bool operator!=(AbstractCrs const* other) const { return crs != other; }
+    // The conversions would make these comparisons ambiguous.
+    bool operator==(AbstractCrs* other) const { return crs == other; }
+    bool operator!=(AbstractCrs* other) const { return crs != other; }
+    bool operator==(std::nullptr_t) const { return crs == nullptr; }
+    bool operator!=(std::nullptr_t) const { return crs != nullptr; }
+    /// Whether the CRS is borrowed.
+    bool isHoldingConst() const { return holdingConst; }
+    /// True for an empty handle and for the unknown CRS; false for the default CRS.
+    bool isNotSetOrUnknown() const { return crs == nullptr || crs->isUnknown(); }
+
+    /// Reduces the CRS to two dimensions, on a private copy, only where that changes it.
+    /// REQUIRES: the handle is not empty.
+    void forceDim2D();
+    /// Puts easting or longitude first, on a private copy, only where that changes the CRS.
+    /// REQUIRES: the handle is not empty.
+    void forceWmsAxisOrder();
+
+private:
+    friend class CrsConfig;
+
+    Crs();
+    AbstractCrs* getModifiableCopy();
+    void deleteNonConstCrs();
+    void slurp(Crs const& other);
+
+    // Held as modifiable whether owned or borrowed; holdingConst forbids writing through it.
+    AbstractCrs* crs = nullptr;
+    bool holdingConst = false;
+};
+
+}  // namespace CoordinateTransformation

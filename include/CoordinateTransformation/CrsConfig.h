@@ -1,0 +1,111 @@
+#pragma once
+
+#include <list>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "CoordinateTransformation/CrsConfigData.h"
+#include "CoordinateTransformation/CrsPool.h"
+#include "CoordinateTransformation/Export.h"
+
+namespace CoordinateTransformation {
+
+class AbstractCrs;
+class Crs;
+class CrsCreator;
+
+/// The server's configuration of the CRS it offers, and after `init` the pool of ready CRS objects under every
+/// name that a request may use for them.
+///
+/// Threads: built, configured and initialised by one thread; afterwards the lookups only read and may be
+/// shared. Nothing may run beside `configure`, `addCrsConfigData`, `setConfigProperty`, `merge` and a
+/// re-initialisation.
+///
+/// Owns its entries, its creator and its cached CRS objects. HAZARD: a copy is shallow, it shares all of them
+/// with its source and both would release them, so only one of a source and its copies may ever be destroyed.
+class COORDTRANS_EXPORT CrsConfig : public CrsPool {
+public:
+    /// The configuration for the subsystem that the environment variable "USE_COORD_TRANSFORMATION_SUBSYSTEM"
+    /// names, for "proj4" when it is not set. The caller owns it. Misconfigured for any other name.
+    static CrsConfig* createDefaultConfigOrFromEnvVar();
+    /// A configuration with its creator, for `id` "proj4". The caller owns it. Misconfigured for any other id.
+    static CrsConfig* createConfigFromId(const std::string& id);
+
+    CrsConfig();
+    CrsConfig(const CrsConfig&) = default;
+    CrsConfig& operator=(const CrsConfig&) = default;
+
+    /// The CRS registered under exactly `name`; borrowed until the caches are emptied. When there is none:
+    /// CrsNotConfigured if `throwIfMissing`, else null.
+    const AbstractCrs* getFromNameCache(const std::string& name, bool throwIfMissing) const override;
+    /// The same by code key ("4326", "31467*5783").
+    const AbstractCrs* getFromCodeCache(const std::string& key, bool throwIfMissing) const override;
+    virtual ~CrsConfig();
+    /// Initialises the creator, resolves every entry and fills the caches. Misconfigured without a creator and
+    /// for an entry whose identifier no recogniser accepts; failures of the creator pass through. What was
+    /// registered before a failure stays registered.
+    virtual void init();
+
+    /// Takes the creator over, unless there is one already; an ignored creator remains the caller's.
+    void injectCreator(CrsCreator* crsCreator);
+    /// REQUIRES: a creator has been injected.
+    const CrsCreator& getCreator() const { return *creator; }
+
+    /// Appends the entries of an XML fragment: "CRS" elements of "CrsConfiguration", then "SRS" and "EPSGCode"
+    /// elements of "SRSList". Raises the XML reader's own error for a malformed fragment, and adds nothing.
+    void configure(std::istringstream& document);
+    /// Appends a copy of `entry`. False, and nothing changes, when an entry with the same identifier and the
+    /// same alias is there already. The caches learn of it at the next initialisation.
+    bool addCrsConfigData(const CrsConfigData& entry);
+    /// Makes both configurations hold the union of their entries; each that was initialised is initialised
+    /// anew, with its failures.
+    void merge(CrsConfig& other);
+    /// The entries themselves, in insertion order.
+    const std::list<CrsConfigData>* getConfiguredCrs() const { return configuredCrs; }
+    /// Codes, identifiers and aliases of the configured CRS; empty before `init`.
+    const std::set<std::string> getConfiguredCrsIdentifiers() const { return configuredCrsIdentifiers; }
+    /// Whether `code` is the primary code of a configured CRS; false before `init`.
+    bool isCrsConfigured(const unsigned int& code) const;
+    /// Whether a CRS is registered under exactly `name`; false before `init`.
+    bool isCrsConfigured(const std::string& name) const;
+
+    /// Sets a property that is not set yet; the first value stays.
+    void setConfigProperty(const std::string& key, const std::string& value);
+    /// The value, or an empty text for a property that was never set.
+    std::string getConfigProperty(const std::string& key) const;
+
+protected:
+    /// Empties caches and sets and initialises anew. Stays marked initialised when that fails.
+    void reinit();
+    /// Registers `crs`, which it takes over, under its code key and all its names. A key that is taken keeps
+    /// its CRS.
+    void cacheLongNameAndCode(const AbstractCrs* crs);
+    /// Empties the two caches and releases their CRS objects; the sets of codes and identifiers stay.
+    void cleanCodeAndIdentifierCache();
+
+private:
+    using CrsByName = std::map<std::string, const AbstractCrs*>;
+
+    void registerEntry(const CrsConfigData& entry);
+    void registerAlias(const CrsConfigData& entry, const Crs& crs);
+    void cacheCrsNamedByUrn(const std::string& head, const std::string& primary, const std::string& twinHead,
+                            const std::string& suffix);
+    void cacheByName(const AbstractCrs* crs, const std::vector<std::string>& names);
+    bool insertNames(const AbstractCrs* crs, const std::vector<std::string>& names);
+
+    std::list<CrsConfigData>* configuredCrs;
+    CrsCreator* creator;
+    std::map<std::string, std::string> configProperties;
+    std::set<int> configuredCodes;
+    std::set<std::string> configuredCrsIdentifiers;
+    CrsByName codeCache;
+    CrsByName nameCache;
+    // What only nameCache refers to.
+    std::vector<const AbstractCrs*> ownedByNameOnly;
+    bool initialised;
+};
+
+}  // namespace CoordinateTransformation

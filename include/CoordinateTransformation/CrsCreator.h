@@ -1,0 +1,76 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "CoordinateTransformation/AbstractCrs.h"
+#include "CoordinateTransformation/Crs.h"
+#include "CoordinateTransformation/CrsPool.h"
+#include "CoordinateTransformation/Export.h"
+
+namespace CoordinateTransformation {
+
+/// Turns CRS names into CRS objects: looks a name up in the pool, then tries one recogniser per spelling. A
+/// concrete creator makes the objects and says which of them the server offers.
+///
+/// Threads: the const operations keep no state and may run concurrently as far as the concrete creator's do.
+///
+/// Recognisers return a new object that the caller owns, or null when the spelling is not theirs. Keywords
+/// are compared case-sensitively and whole; only the authority may be "EPSG" or "epsg". Nothing is trimmed.
+/// Has no state; a copy copies nothing.
+class COORDTRANS_EXPORT CrsCreator : public CrsPool {
+public:
+    CrsCreator() = default;
+    CrsCreator(const CrsCreator&) = default;
+    CrsCreator& operator=(const CrsCreator&) = default;
+    virtual ~CrsCreator();
+
+    /// The CRS that `name` names. A name that the pool holds gives a handle that borrows the shared object,
+    /// whatever `checkAllowed` says; a name that a recogniser accepts one that owns a new object.
+    ///
+    /// \param throwOnFailure raise CrsUnknownSyntaxOrAlias for a name that nobody accepts and CrsNotConfigured
+    ///   for one that the server does not offer; without it both give an empty handle.
+    /// \param checkAllowed refuse a new CRS that the server does not offer.
+    ///
+    /// Whatever `throwOnFailure` says: QSHelpers::ConversionError for a URN or URL whose code is not a
+    /// number, std::out_of_range for "EPSG:4326*5783" (the second prefix is missing), Misconfigured for a
+    /// code that cannot be bound.
+    virtual Crs createFromName(const std::string& name, bool throwOnFailure, bool checkAllowed) const;
+    /// A new CRS for the codes; `secondary` 0 means not compound. With `standardAxisOrder` it has the EPSG
+    /// axis order and the dimension of its codes.
+    virtual AbstractCrs* createFromCode(unsigned int primary, unsigned int secondary, bool standardAxisOrder) const = 0;
+    /// Prepares the creator; called once, on one thread, before any CRS is made.
+    virtual void init() = 0;
+    /// A new default CRS.
+    virtual AbstractCrs* createDefault() const = 0;
+    /// A new unknown CRS.
+    virtual AbstractCrs* createUnknown() const = 0;
+    /// "EPSG:4326", "EPSG:27700*EPSG:5701", "4326" (at most 13 characters) or "27700*5701". Null when a code
+    /// is not a number; std::out_of_range when the text after "*" is shorter than the prefix.
+    virtual AbstractCrs* createFromEPSG(const std::string& name, bool standardAxisOrder) const;
+    /// The text of AbstractCrs::getAsText; its first field must be a name that the pool holds, else
+    /// CrsNotConfigured. Null for a text of fewer than three fields, QSHelpers::ConversionError for a scale
+    /// factor that is not a number.
+    virtual AbstractCrs* createFromSpecialTextFormat(const std::string& text) const;
+    /// The part of an OGC URN or URL from "def" on, beginning at `startPos` of `name`.
+    /// QSHelpers::ConversionError for a code that is not a number.
+    virtual AbstractCrs* createFromOgcUrn(const std::string& name, std::size_t startPos) const;
+    /// "urn:ogc:def:crs:EPSG:6.12:4326" or "urn:x-ogc:...", simple or compound.
+    virtual AbstractCrs* createFromURN(const std::string& name) const;
+    /// "http:" and the OGC definitions host, then as createFromOgcUrn; simple or compound.
+    virtual AbstractCrs* createFromURL(const std::string& name) const;
+
+protected:
+    /// Whether the server offers `crs`.
+    virtual bool isCrsAllowed(const AbstractCrs* crs) const = 0;
+    /// "urn:EPSG:geographicCRS:4326". Null when the code is not a number.
+    virtual AbstractCrs* createFromCrsURN_WFS_1_1(const std::string& name) const;
+    /// Any text with "epsg.xml#" before the code; the CRS takes the whole name as its alias. Null when the
+    /// code is not a number.
+    virtual AbstractCrs* createFromGML(const std::string& name) const;
+
+private:
+    AbstractCrs* recognise(const std::string& name) const;
+};
+
+}  // namespace CoordinateTransformation

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "CoordinateTransformation/Export.h"
+#include "CoordinateTransformation/TransformationException.h"
+
+namespace CoordinateTransformation {
+
+/// A CRS that the library understands but the server does not offer.
+class COORDTRANS_EXPORT CrsNotConfigured : public TransformationException {
+public:
+    /// \param name the CRS as the caller named it; becomes part of the message.
+    explicit CrsNotConfigured(std::string name);
+    CrsNotConfigured(const CrsNotConfigured& other);
+    ~CrsNotConfigured() override;
+    CrsNotConfigured& operator=(const CrsNotConfigured& other);
+
+    /// "qvCrsUnavailable".
+    std::string getServiceExceptionCode() const override;
+};
+
+}  // namespace CoordinateTransformation

@@ -1,0 +1,15 @@
+#pragma once
+
+/// Marks what the library exports. A program that links the static library defines COORDTRANS_STATIC;
+/// the CMake targets and the pkg-config file do so by themselves.
+#if defined(COORDTRANS_STATIC)
+#define COORDTRANS_EXPORT
+#elif defined(_WIN32)
+#if defined(COORDTRANS_BUILDING)
+#define COORDTRANS_EXPORT __declspec(dllexport)
+#else
+#define COORDTRANS_EXPORT __declspec(dllimport)
+#endif
+#else
+#define COORDTRANS_EXPORT __attribute__((visibility("default")))
+#endif

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+#include "CoordinateTransformation/Export.h"
+#include "CoordinateTransformation/TransformationException.h"
+
+namespace CoordinateTransformation {
+
+/// An internal fault of the library that should be reported as a bug. Service exception code
+/// "qvUnexpectedException".
+class COORDTRANS_EXPORT FatalSubsystemError : public TransformationException {
+public:
+    /// \param errorCode text that tells where the fault was found; ends the message.
+    explicit FatalSubsystemError(std::string errorCode = "");
+    FatalSubsystemError(const FatalSubsystemError& other);
+    ~FatalSubsystemError() override;
+    FatalSubsystemError& operator=(const FatalSubsystemError& other);
+};
+
+}  // namespace CoordinateTransformation

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+
+#include "CoordinateTransformation/Export.h"
+#include "CoordinateTransformation/TransformationException.h"
+
+namespace CoordinateTransformation {
+
+/// The configuration, the PROJ directory or one of its files does not allow what was asked; the message names
+/// the file, line or value.
+class COORDTRANS_EXPORT Misconfigured : public TransformationException {
+public:
+    /// \param text the message.
+    explicit Misconfigured(std::string text);
+    Misconfigured(const Misconfigured& other);
+    ~Misconfigured() override;
+    Misconfigured& operator=(const Misconfigured& other);
+
+    /// "qvConfigurationError".
+    std::string getServiceExceptionCode() const override;
+};
+
+}  // namespace CoordinateTransformation

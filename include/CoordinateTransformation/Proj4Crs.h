@@ -1,0 +1,47 @@
+#pragma once
+
+#include "CoordinateTransformation/AbstractCrs.h"
+#include "CoordinateTransformation/Export.h"
+
+namespace CoordinateTransformation {
+
+/// A CRS bound to a PROJ projection object through its primary code. All objects of one primary code share
+/// one PROJ object, made at first use and kept until the process ends.
+///
+/// Threads: may be made on any thread; otherwise as AbstractCrs.
+///
+/// Does not own the PROJ object. Assignment between Proj4Crs objects carries the binding over; assignment
+/// through AbstractCrs copies the codes and leaves the target bound to its previous code.
+class COORDTRANS_EXPORT Proj4Crs : public AbstractCrs {
+public:
+    /// Misconfigured when the primary code is not in PROJ's "epsg" file.
+    Proj4Crs(CrsCreator const& crsCreator, CoordTransformer const& crsTransformer, unsigned int primary,
+             unsigned int secondary, bool applyEpsgStandards);
+    Proj4Crs(Proj4Crs const& other);
+
+    AbstractCrs* copy() const override;
+    ~Proj4Crs() override;
+    /// 111319.4907931134 (one degree on the WGS 84 equator) for a geographic CRS, 1.0 for any other, whose
+    /// unit is always taken as the metre.
+    double getUnitEquivalentInM() const override;
+    bool isCartesian() const override;
+    bool isGeographic() const override;
+    using AbstractCrs::operator=;
+    Proj4Crs& operator=(Proj4Crs const& other);
+    /// 4979 has three dimensions, a compound CRS two and one, any other two.
+    void setDimFromCodes() override;
+    void setCode(unsigned int primary, unsigned int secondary, bool applyEpsgStandards) override;
+    void setEpsgStandardAxisOrder() override;
+    void setCustomProperties(unsigned int primary, unsigned int secondary, bool eastNorthOrLonLat, double primaryScale,
+                             double secCompoundScale) override;
+
+    /// The PROJ projection object; not owned, null only while binding fails.
+    void* getProjDef() const { return projDef; }
+
+private:
+    void initProj4();
+
+    void* projDef = nullptr;
+};
+
+}  // namespace CoordinateTransformation

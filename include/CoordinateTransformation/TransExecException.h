@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+#include "CoordinateTransformation/Export.h"
+#include "CoordinateTransformation/TransformationException.h"
+
+namespace CoordinateTransformation {
+
+/// A point could not be transformed. Service exception code "qvUnexpectedException". The only class of the
+/// library that asks for a reserve buffer.
+class COORDTRANS_EXPORT TransExecException : public TransformationException {
+public:
+    /// \param text the message, from the transformer PROJ's own text for the failure.
+    explicit TransExecException(std::string text = "Transformation of coordinates failed");
+    TransExecException(const TransExecException& other);
+    ~TransExecException() override;
+    TransExecException& operator=(const TransExecException& other);
+};
+
+}  // namespace CoordinateTransformation

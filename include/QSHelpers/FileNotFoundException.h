@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+#include "CoordinateTransformation/Export.h"
+#include "QSHelpers/Exception.h"
+
+namespace QSHelpers {
+
+/// A file that must exist does not, or is not a regular file; the message holds its path.
+class COORDTRANS_EXPORT FileNotFoundException : public Exception {
+public:
+    /// \param text the message.
+    explicit FileNotFoundException(std::string text);
+    FileNotFoundException(const FileNotFoundException& other);
+    ~FileNotFoundException() override;
+    FileNotFoundException& operator=(const FileNotFoundException& other);
+
+    /// The message.
+    const char* what() const noexcept override;
+    /// "qvFileNotFound".
+    std::string getServiceExceptionCode() const override;
+};
+
+}  // namespace QSHelpers

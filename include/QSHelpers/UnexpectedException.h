@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+#include "CoordinateTransformation/Export.h"
+#include "QSHelpers/Exception.h"
+
+namespace QSHelpers {
+
+/// An operation was asked for something it cannot give, such as the URL of an unknown CRS.
+class COORDTRANS_EXPORT UnexpectedException : public Exception {
+public:
+    /// \param text the message.
+    explicit UnexpectedException(std::string text);
+    UnexpectedException(const UnexpectedException& other);
+    ~UnexpectedException() override;
+    UnexpectedException& operator=(const UnexpectedException& other);
+
+    /// The message.
+    const char* what() const noexcept override;
+    /// "qvUnexpectedException".
+    std::string getServiceExceptionCode() const override;
+};
+
+}  // namespace QSHelpers

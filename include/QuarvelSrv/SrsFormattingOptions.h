@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+namespace QuarvelSrv {
+
+/// How a response of the server wants a CRS written; read by AbstractCrs::getAliasOrAsOgcURN.
+struct SrsFormattingOptions {
+    /// When not empty, written as the EPSG dataset version in place of the CRS's own.
+    std::string version;
+    /// When not empty, the whole output is this prefix followed by the code.
+    std::string codePrefix;
+    /// 2 = OGC http URL; every other value = OGC URN.
+    int style = 0;
+};
+
+}  // namespace QuarvelSrv

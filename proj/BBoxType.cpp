@@ -1,0 +1,7 @@
+#include "CoordinateTransformation/BBoxType.h"
+
+namespace CoordinateTransformation {
+
+BBoxType::~BBoxType() = default;
+
+}  // namespace CoordinateTransformation

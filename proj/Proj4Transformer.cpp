@@ -1,0 +1,42 @@
+#include "proj/Proj4Transformer.h"
+
+#include <mutex>
+#include <new>
+#include <utility>
+
+#include "CoordinateTransformation/Misconfigured.h"
+#include "CoordinateTransformation/Proj4Crs.h"
+#include "CoordinateTransformation/TransExecException.h"
+#include "proj/Proj4Locks.h"
+#include "proj/classic/ClassicProj.h"
+
+namespace CoordinateTransformation {
+
+namespace {
+
+ClassicProj::projPJ projectionOf(AbstractCrs const* crs) {
+    // Only creators of this library make a CRS that carries this transformer, so the type needs no check. The
+    // CRS that is missing has no identifier to name.
+    if (crs == nullptr) throw Misconfigured("No PROJ4 definition for CRS  found");
+    return static_cast<ClassicProj::projPJ>(static_cast<Proj4Crs const*>(crs)->getProjDef());
+}
+
+}  // namespace
+
+Proj4Transformer* theProj4Transformer = new (std::nothrow) Proj4Transformer;
+
+// PROJ takes easting first. The result is exchanged before the error is looked at: a caller that catches the
+// failure finds the values in the order it has always found them.
+void Proj4Transformer::transformCoordinates(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y,
+                                            double* z) const {
+    const std::lock_guard<std::mutex> guard(proj4TransformLock);
+    const ClassicProj::projPJ from = projectionOf(source);
+    const ClassicProj::projPJ to = projectionOf(target);
+    const bool sourceEastNorth = source->isAxisOrderEastNorthOrLonLat();
+    const int error = sourceEastNorth ? ClassicProj::pj_transform(from, to, 1, 1, &x, &y, z)
+                                      : ClassicProj::pj_transform(from, to, 1, 1, &y, &x, z);
+    if (sourceEastNorth != target->isAxisOrderEastNorthOrLonLat()) std::swap(x, y);
+    if (error != 0) throw TransExecException(ClassicProj::pj_strerrno(error));
+}
+
+}  // namespace CoordinateTransformation

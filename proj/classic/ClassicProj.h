@@ -1,0 +1,41 @@
+#pragma once
+
+// PROJ's classic interface, with its classic meaning, on the installed PROJ.
+namespace ClassicProj {
+
+struct Definition;
+struct Context;
+
+// A CRS definition. Made once, never released, found valid by PROJ when it was made.
+using projPJ = Definition*;
+// Carries the error number of the definitions made with it.
+using projCtx = Context*;
+
+projCtx pj_ctx_alloc();
+void pj_ctx_free(projCtx context);
+
+// The CRS of a definition text such as "+init=epsg:25832" or "+proj=utm +zone=32 +datum=WGS84". Parameters
+// that stand before those of the init file win over them. Null, with the reason in the error number, when the
+// init file has no such code or PROJ cannot make the projection. Thread-safe.
+projPJ pj_init_plus_ctx(projCtx context, const char* definition);
+
+// Whether coordinates of the CRS are longitude and latitude. A constant of the object: needs no lock.
+int pj_is_latlong(projPJ definition);
+
+// Transforms `count` points, the i-th at index i * offset; `z` may be null. Longitude/latitude in radians,
+// other coordinates in the unit of their definition, in the order of its "+axis". Returns 0, or PROJ's error
+// number for the first point that fails, which then keeps its values; the points before it are transformed.
+//
+// REQUIRES: calls do not overlap.
+int pj_transform(projPJ source, projPJ target, long count, int offset, double* x, double* y, double* z);
+
+// PROJ's text for an error number, null for 0. Valid for the life of the process. Thread-safe.
+const char* pj_strerrno(int error);
+
+// The error number of the last pj_set_searchpath or of the last definition made without a context.
+int* pj_get_errno_ref();
+
+// The directories in which init files and grids are looked for, before PROJ's own. Not while other calls run.
+void pj_set_searchpath(int count, const char** paths);
+
+}  // namespace ClassicProj

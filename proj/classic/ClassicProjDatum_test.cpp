@@ -1,0 +1,281 @@
+// What pj_transform does to a point where the datums of two CRS meet.
+
+#include <gtest/gtest.h>
+#include <proj.h>
+
+#include "proj/classic/ClassicProj.h"
+#include "proj/classic/TestCrs.h"
+#include "proj/classic/TestFiles.h"
+#include "tests/support/GroupingLocale.h"
+
+namespace ClassicProj {
+namespace {
+
+using namespace TestSupport;
+
+const std::string WORLD = "+proj=longlat +datum=WGS84";
+const std::string WORLD_GEOCENTRIC = "+proj=geocent +datum=WGS84";
+const Point HERE{9, 50, 100};
+
+// A datum by its definition, with the figure and the shift that it stands for.
+struct ShiftedDatum {
+    const char* name;
+    const char* definition;
+    Figure figure;
+    Shift shift;
+};
+
+void PrintTo(const ShiftedDatum& datum, std::ostream* stream) { *stream << datum.definition; }
+
+// Within 0.1 mm: between GRS 80 and WGS 84 the geocentric steps are one to PROJ.
+constexpr double TENTH_OF_A_MILLIMETRE = 1e-4;
+
+class DatumShiftTest : public testing::TestWithParam<ShiftedDatum> {
+protected:
+    void SetUp() override { searchOnlyIn({}); }
+    const std::string definition = GetParam().definition;
+};
+
+TEST_P(DatumShiftTest, MovesPointsToWgs84) {
+    const Point expected = shifted(GetParam().shift, geocentric(GetParam().figure, HERE));
+    const Point actual = moved("+proj=longlat " + definition, WORLD_GEOCENTRIC, HERE);
+    EXPECT_LT(distance(actual, expected), TENTH_OF_A_MILLIMETRE) << actual << expected;
+}
+
+TEST_P(DatumShiftTest, MovesPointsFromWgs84) {
+    const Point expected = shiftedBack(GetParam().shift, geocentric(WGS84, HERE));
+    const Point actual = moved(WORLD, "+proj=geocent " + definition, HERE);
+    EXPECT_LT(distance(actual, expected), TENTH_OF_A_MILLIMETRE) << actual << expected;
+}
+
+TEST_P(DatumShiftTest, MovesPointsBetweenGeographicCrs) {
+    const Point there = moved("+proj=longlat " + definition, WORLD, HERE);
+    const Point expected = shifted(GetParam().shift, geocentric(GetParam().figure, HERE));
+    EXPECT_LT(distance(geocentric(WGS84, there), expected), TENTH_OF_A_MILLIMETRE) << there;
+}
+
+TEST_P(DatumShiftTest, TakesAMissingHeightForZero) {
+    const std::string geographic = "+proj=longlat " + definition;
+    const Point flat = moved(geographic, WORLD, {9, 50, -1}, Heights::WITHOUT);
+    const Point expected = moved(geographic, WORLD, {9, 50, 0});
+    EXPECT_EQ(flat.x, expected.x);
+    EXPECT_EQ(flat.y, expected.y);
+    EXPECT_EQ(flat.z, -1);
+}
+
+// proj.org, "Geodetic datums" of PROJ 7.
+INSTANTIATE_TEST_SUITE_P(
+    Named, DatumShiftTest,
+    testing::Values(
+        ShiftedDatum{"GGRS87", "+datum=GGRS87", GRS80, {-199.87, 74.79, 246.62}},
+        ShiftedDatum{"Carthage", "+datum=carthage", CLARKE_1880_IGN, {-263, 6, 431}},
+        ShiftedDatum{
+            "Hermannskogel", "+datum=hermannskogel", BESSEL, {577.326, 90.129, 463.919, 5.137, 1.474, 5.297, 2.4232}},
+        ShiftedDatum{
+            "Ireland1965", "+datum=ire65", AIRY_MODIFIED, {482.530, -130.596, 564.557, -1.042, -0.214, -0.631, 8.15}},
+        ShiftedDatum{
+            "NewZealand1949", "+datum=nzgd49", INTERNATIONAL, {59.47, -5.04, 187.44, 0.47, -0.1, 1.024, -4.5993}},
+        ShiftedDatum{
+            "GreatBritain1936", "+datum=OSGB36", AIRY, {446.448, -125.157, 542.060, 0.1502, 0.2470, 0.8421, -20.4894}}),
+    [](const auto& datum) { return std::string(datum.param.name); });
+
+INSTANTIATE_TEST_SUITE_P(
+    ByParameters, DatumShiftTest,
+    testing::Values(
+        ShiftedDatum{"Three", "+ellps=bessel +towgs84=674.374,15.056,405.346", BESSEL, {674.374, 15.056, 405.346}},
+        ShiftedDatum{"Seven",
+                     "+ellps=bessel +towgs84=598.1,73.7,418.2,0.202,0.045,-2.455,6.7",
+                     BESSEL,
+                     {598.1, 73.7, 418.2, 0.202, 0.045, -2.455, 6.7}},
+        ShiftedDatum{"One", "+ellps=bessel +towgs84=600", BESSEL, {600}},
+        ShiftedDatum{"Four", "+ellps=bessel +towgs84=600,70,400,5", BESSEL, {600, 70, 400, 5}},
+        ShiftedDatum{"OnlyAScale", "+ellps=intl +towgs84=0,0,0,0,0,0,20", INTERNATIONAL, {0, 0, 0, 0, 0, 0, 20}},
+        ShiftedDatum{"AllZeroOnAnotherEllipsoid", "+ellps=bessel +towgs84=0,0,0", BESSEL, {}},
+        ShiftedDatum{
+            "OfAnEllipsoidByItsAxes", "+a=6378206.4 +b=6356583.8 +towgs84=-8,160,176", CLARKE_1866, {-8, 160, 176}},
+        ShiftedDatum{"BesideADatum", "+datum=GGRS87 +towgs84=1,2,3", GRS80, {1, 2, 3}}),
+    [](const auto& datum) { return std::string(datum.param.name); });
+
+TEST(DatumShiftBetweenTwoTest, GoesThroughWgs84) {
+    const Shift german{598.1, 73.7, 418.2, 0.202, 0.045, -2.455, 6.7};
+    const Shift british{446.448, -125.157, 542.060, 0.1502, 0.2470, 0.8421, -20.4894};
+    const Point expected = shiftedBack(british, shifted(german, geocentric(BESSEL, HERE)));
+    const Point actual = moved("+proj=longlat +ellps=bessel +towgs84=598.1,73.7,418.2,0.202,0.045,-2.455,6.7",
+                               "+proj=geocent +datum=OSGB36", HERE);
+    EXPECT_LT(distance(actual, expected), TENTH_OF_A_MILLIMETRE) << actual << expected;
+}
+
+TEST(DatumShiftBetweenTwoTest, ReadsItsNumbersInAnyLocale) {
+    const GroupingLocale locale;
+    const Point expected = shifted({1674.5, 0.25, 0}, geocentric(INTERNATIONAL, HERE));
+    const Point actual = moved("+proj=longlat +ellps=intl +towgs84=1674.5,0.25,0", WORLD_GEOCENTRIC, HERE);
+    EXPECT_LT(distance(actual, expected), TENTH_OF_A_MILLIMETRE) << actual << expected;
+}
+
+// Where nothing is shifted, longitude, latitude and height stay as they are, whatever the ellipsoids.
+class NoDatumShiftTest : public testing::TestWithParam<std::pair<const char*, const char*>> {};
+
+TEST_P(NoDatumShiftTest, LeavesGeographicCoordinatesAlone) {
+    const std::string left = std::string("+proj=longlat ") + GetParam().first;
+    const std::string right = std::string("+proj=longlat ") + GetParam().second;
+    expectNear(moved(left, right, HERE), HERE, ANGLE_TOLERANCE);
+    expectNear(moved(right, left, HERE), HERE, ANGLE_TOLERANCE);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, NoDatumShiftTest,
+    testing::Values(std::pair("+ellps=bessel", "+datum=WGS84"), std::pair("+ellps=bessel", "+ellps=WGS84"),
+                    std::pair("+ellps=bessel", "+ellps=bessel +towgs84=598.1,73.7,418.2"),
+                    std::pair("+ellps=intl", "+ellps=bessel +nadgrids=BETA2007.gsb"),
+                    std::pair("+R=6371000", "+datum=WGS84"), std::pair("+datum=WGS84", "+datum=NAD83"),
+                    std::pair("+datum=WGS84", "+ellps=GRS80 +towgs84=0,0,0,0,0,0,0"),
+                    std::pair("+ellps=bessel +towgs84=1,2,3", "+ellps=bessel +towgs84=1,2,3,0,0,0,0"),
+                    std::pair("+datum=potsdam", "+ellps=bessel +nadgrids=@BETA2007.gsb"),
+                    std::pair("+ellps=WGS84 +nadgrids=@null", "+datum=WGS84"),
+                    std::pair("+ellps=bessel +nadgrids=@null", "+datum=WGS84"),
+                    std::pair("+ellps=bessel +nadgrids=@missing.gsb", "+datum=WGS84"),
+                    std::pair("+datum=NAD27", "+datum=WGS84")));
+
+// PROJ keeps the shifts of a grid in single precision.
+constexpr double GRID_TOLERANCE = 1e-10;
+
+// Shifts in arc-seconds, positive to the north and to the east, of a node of each grid and of the middle of one
+// of its meshes, where the shift is the mean of four nodes; read from the files, whose format keeps them to the west.
+struct GridShift {
+    const char* name;
+    const char* definition;
+    double longitude;
+    double latitude;
+    double eastward;
+    double northward;
+};
+
+void PrintTo(const GridShift& shift, std::ostream* stream) { *stream << shift.name; }
+
+class GridShiftTest : public testing::TestWithParam<GridShift> {
+protected:
+    void SetUp() override { searchOnlyIn({}); }
+
+    const std::string gridded = std::string("+proj=longlat ") + GetParam().definition;
+    const Point unshifted{GetParam().longitude, GetParam().latitude, 100};
+    const Point shiftedByGrid{GetParam().longitude + GetParam().eastward / 3600,
+                              GetParam().latitude + GetParam().northward / 3600, 100};
+};
+
+TEST_P(GridShiftTest, MovesPointsToWgs84) {
+    expectNear(moved(gridded, WORLD, unshifted), shiftedByGrid, GRID_TOLERANCE);
+}
+
+TEST_P(GridShiftTest, MovesPointsFromWgs84) {
+    expectNear(moved(WORLD, gridded, shiftedByGrid), unshifted, GRID_TOLERANCE);
+}
+
+constexpr double MESH_EASTWARD = -(3.761898994445801 + 3.6774001121520996 + 3.766439914703369 + 3.6811320781707764) / 4;
+constexpr double MESH_NORTHWARD = -(4.133027076721191 + 4.135500907897949 + 4.172945022583008 + 4.175432205200195) / 4;
+
+INSTANTIATE_TEST_SUITE_P(
+    All, GridShiftTest,
+    testing::Values(GridShift{"Germany", "+ellps=bessel +nadgrids=BETA2007.gsb", 9, 50, -3.761898994445801,
+                              -4.133027076721191},
+                    GridShift{"BetweenNodes", "+ellps=bessel +nadgrids=BETA2007.gsb", 8 + 55.0 / 60, 50.05,
+                              MESH_EASTWARD, MESH_NORTHWARD},
+                    GridShift{"Potsdam", "+datum=potsdam", 9, 50, -3.761898994445801, -4.133027076721191},
+                    GridShift{"France", "+a=6378249.2 +b=6356515 +nadgrids=ntf_r93.gsb", 4, 47, -2.276331901550293,
+                              -0.1858759969472885},
+                    GridShift{"WithoutAnOptionalGrid", "+ellps=bessel +nadgrids=@missing.gsb,BETA2007.gsb", 9, 50,
+                              -3.761898994445801, -4.133027076721191},
+                    GridShift{"BeforeAShift", "+ellps=bessel +nadgrids=BETA2007.gsb +towgs84=600,70,400", 9, 50,
+                              -3.761898994445801, -4.133027076721191},
+                    GridShift{"BeforeTheNullGrid", "+ellps=bessel +nadgrids=BETA2007.gsb,null", 9, 50,
+                              -3.761898994445801, -4.133027076721191},
+                    GridShift{"BesideTheNullGrid", "+ellps=bessel +nadgrids=BETA2007.gsb,null", -60, -30, 0, 0}),
+    [](const auto& shift) { return std::string(shift.param.name); });
+
+TEST(GridShiftBesideHelmertTest, MeetsItOnWgs84) {
+    const Point onWgs84{9 - 3.761898994445801 / 3600, 50 - 4.133027076721191 / 3600, 100};
+    const Point expected =
+        shiftedBack({446.448, -125.157, 542.060, 0.1502, 0.2470, 0.8421, -20.4894}, geocentric(WGS84, onWgs84));
+    const Point actual =
+        moved("+proj=longlat +ellps=bessel +nadgrids=BETA2007.gsb", "+proj=geocent +datum=OSGB36", HERE);
+    EXPECT_LT(distance(actual, expected), TENTH_OF_A_MILLIMETRE) << actual << expected;
+}
+
+class GridFileTest : public testing::Test {
+protected:
+    void TearDown() override { searchOnlyIn({}); }
+    static int error(const std::string& source, Point point) { return move(source, WORLD, point); }
+
+    const TemporaryDirectory directory;
+};
+
+TEST_F(GridFileTest, IsLookedForInTheSearchDirectories) {
+    std::filesystem::copy_file(std::string(proj_grid_info("BETA2007.gsb").filename), directory.file("own.gsb"));
+    searchOnlyIn({directory.name()});
+    const Point there = moved("+proj=longlat +ellps=bessel +nadgrids=own.gsb", WORLD, HERE);
+    expectNear(there, {9 - 3.761898994445801 / 3600, 50 - 4.133027076721191 / 3600, 100}, GRID_TOLERANCE);
+}
+
+TEST_F(GridFileTest, IsAnErrorWhenItIsMissing) {
+    EXPECT_NE(error("+proj=longlat +ellps=bessel +nadgrids=missing.gsb", HERE), 0);
+    EXPECT_NE(error("+proj=longlat +ellps=bessel +nadgrids=missing.gsb,BETA2007.gsb", HERE), 0);
+    EXPECT_EQ(error("+proj=longlat +ellps=bessel +nadgrids=@missing.gsb", HERE), 0);
+}
+
+TEST_F(GridFileTest, IsAnErrorWhenItIsNoGrid) {
+    directory.write("broken.gsb", "no grid at all");
+    searchOnlyIn({directory.name()});
+    EXPECT_NE(error("+proj=longlat +ellps=bessel +nadgrids=broken.gsb", HERE), 0);
+}
+
+TEST_F(GridFileTest, IsAnErrorForAPointOutsideOfIt) {
+    for (const Point& point : {Point{-60, -30, 0}, Point{9, 60, 0}, Point{0, 50, 0}})
+        EXPECT_NE(error("+proj=longlat +ellps=bessel +nadgrids=BETA2007.gsb", point), 0) << point;
+}
+
+// Heights of the geoid above the ellipsoid: a node of the file, and the middle of one of its meshes.
+constexpr double GEOID = 48.23596954345703;
+constexpr double GEOID_OF_MESH = (48.23596954345703 + 48.36968994140625 + 48.243072509765625 + 48.287841796875) / 4;
+const std::string GEOID_GRID = " +geoidgrids=egm96_15.gtx";
+
+class GeoidTest : public testing::TestWithParam<Move> {
+protected:
+    void SetUp() override { searchOnlyIn({}); }
+};
+
+TEST_P(GeoidTest, MovesHeights) {
+    expectNear(moved(GetParam().source, GetParam().target, GetParam().from), GetParam().to, ANGLE_TOLERANCE);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, GeoidTest,
+    testing::Values(
+        Move{"OfTheSource", WORLD + GEOID_GRID, WORLD, HERE, {9, 50, 100 + GEOID}},
+        Move{"OfTheTarget", WORLD, WORLD + GEOID_GRID, HERE, {9, 50, 100 - GEOID}},
+        Move{"OfBoth", WORLD + GEOID_GRID, WORLD + GEOID_GRID + " +pm=1", HERE, {8, 50, 100}},
+        Move{"BetweenNodes", WORLD + GEOID_GRID, WORLD, {9.125, 50.125, 0}, {9.125, 50.125, GEOID_OF_MESH}},
+        Move{"InTheGulfOfGuinea", WORLD + GEOID_GRID, WORLD, {0, 0, 0}, {0, 0, 17.161579132080078}},
+        Move{"OnTheSouthernHemisphere", WORLD + GEOID_GRID, WORLD, {-60, -30, 0}, {-60, -30, 17.788869857788086}},
+        Move{"BehindThePrimeMeridian", WORLD + GEOID_GRID + " +pm=4", WORLD, {5, 50, 100}, {9, 50, 100 + GEOID}},
+        Move{"InVerticalUnits", WORLD + GEOID_GRID + " +vunits=km", WORLD, {9, 50, 0.1}, {9, 50, 100 + GEOID}},
+        Move{"WithoutAnOptionalGrid", WORLD + " +geoidgrids=@missing.gtx", WORLD, HERE, HERE},
+        Move{"BehindAnOptionalGrid",
+             WORLD + " +geoidgrids=@missing.gtx,egm96_15.gtx",
+             WORLD,
+             HERE,
+             {9, 50, 100 + GEOID}}),
+    nameOfMove);
+
+TEST(GeoidOfFlatPointsTest, HasNoMeaning) {
+    const Point there = moved(WORLD + GEOID_GRID, WORLD, {9, 50, 7}, Heights::WITHOUT);
+    expectNear(there, {9, 50, 7}, ANGLE_TOLERANCE);
+}
+
+TEST(GeoidOfFlatPointsTest, MayEvenBeMissing) {
+    Point point = HERE;
+    const std::string missing = WORLD + " +geoidgrids=missing.gtx";
+    EXPECT_EQ(move(missing, WORLD, point, Heights::WITHOUT), 0);
+    EXPECT_NE(move(missing, WORLD, point, Heights::WITH), 0);
+}
+
+}  // namespace
+}  // namespace ClassicProj

@@ -1,0 +1,287 @@
+// What each parameter of a definition means to pj_transform.
+
+#include <gtest/gtest.h>
+
+#include "proj/classic/ClassicProj.h"
+#include "proj/classic/TestCrs.h"
+#include "proj/classic/TestFiles.h"
+
+namespace ClassicProj {
+namespace {
+
+using namespace TestSupport;
+
+// On a sphere the Mercator projection can be worked out by hand; no datum stands in the way.
+constexpr double RADIUS = 6371000;
+const std::string SPHERE = "+R=6371000 ";
+const std::string LONG_LAT = "+proj=longlat " + SPHERE;
+const std::string MERCATOR = "+proj=merc " + SPHERE;
+
+constexpr double LONGITUDE = 9;
+constexpr double LATITUDE = 50;
+const double EASTING = RADIUS * LONGITUDE * RADIANS;
+const double NORTHING = RADIUS * mercatorNorthing(LATITUDE);
+
+const Point HERE{LONGITUDE, LATITUDE, 100};
+const Point THERE{EASTING, NORTHING, 100};
+
+constexpr double US_FOOT = 1200.0 / 3937.0;
+constexpr double FOOT = 0.3048;
+
+double dms(double degrees, double minutes, double seconds) { return degrees + minutes / 60 + seconds / 3600; }
+
+class ParameterTest : public testing::TestWithParam<Move> {
+protected:
+    void SetUp() override { searchOnlyIn({}); }
+};
+
+TEST_P(ParameterTest, HasItsClassicMeaning) {
+    const Move& row = GetParam();
+    const bool toAngles = pj_is_latlong(define(row.target)) != 0;
+    expectNear(moved(row.source, row.target, row.from), row.to, toAngles ? ANGLE_TOLERANCE : LENGTH_TOLERANCE);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Projection, ParameterTest,
+    testing::Values(Move{"LongLat", LONG_LAT, MERCATOR, HERE, THERE},
+                    Move{"LatLong", "+proj=latlong +R=6371000", MERCATOR, HERE, THERE},
+                    Move{"LonLat", "+proj=lonlat +R=6371000", MERCATOR, HERE, THERE},
+                    Move{"LatLon", "+proj=latlon +R=6371000", MERCATOR, HERE, THERE},
+                    Move{"Mercator", MERCATOR, LONG_LAT, THERE, HERE},
+                    Move{"Lon0OfLongLat", LONG_LAT + "+lon_0=9", LONG_LAT + "+lon_0=-20", HERE, HERE},
+                    Move{"X0OfLongLat", LONG_LAT + "+x_0=9 +k=2", LONG_LAT + "+y_0=5", HERE, HERE},
+                    Move{"UnitsOfLongLat", LONG_LAT + "+units=km", LONG_LAT, HERE, HERE},
+                    Move{"Lon0OfMercator", LONG_LAT, MERCATOR + "+lon_0=9", HERE, {0, NORTHING, 100}}),
+    nameOfMove);
+
+INSTANTIATE_TEST_SUITE_P(
+    PrimeMeridian, ParameterTest,
+    testing::Values(
+        Move{"OfTheSource", LONG_LAT + "+pm=2.5", LONG_LAT, {9, 50, 1}, {11.5, 50, 1}},
+        Move{"OfTheTarget", LONG_LAT, LONG_LAT + "+pm=2.5", {9, 50, 1}, {6.5, 50, 1}},
+        Move{"OfBoth",
+             LONG_LAT + "+pm=paris",
+             LONG_LAT + "+pm=ferro",
+             {9, 50, 1},
+             {9 + dms(2, 20, 14.025) + dms(17, 40, 0), 50, 1}},
+        Move{"InDegreesAndMinutes", LONG_LAT + "+pm=17d40w", LONG_LAT, {9, 50, 1}, {9 - dms(17, 40, 0), 50, 1}},
+        Move{"OfAProjectedTarget", LONG_LAT, MERCATOR + "+pm=9", HERE, {0, NORTHING, 100}},
+        Move{"OfAProjectedSource", MERCATOR + "+pm=9", LONG_LAT, {0, NORTHING, 100}, HERE},
+        Move{"BesideLon0", LONG_LAT, MERCATOR + "+pm=4 +lon_0=5", HERE, {0, NORTHING, 100}},
+        Move{"BeyondTheDateLine", LONG_LAT + "+pm=20", LONG_LAT, {170, 50, 1}, {190, 50, 1}}),
+    nameOfMove);
+
+INSTANTIATE_TEST_SUITE_P(
+    Axes, ParameterTest,
+    testing::Values(
+        Move{"WestSouthOfAGeographicSource", LONG_LAT + "+axis=wsu", MERCATOR, {-9, -50, 100}, THERE},
+        Move{"NorthEastOfAGeographicSource", LONG_LAT + "+axis=neu", MERCATOR, {50, 9, 100}, THERE},
+        Move{"NorthEastOfAGeographicTarget", MERCATOR, LONG_LAT + "+axis=neu", THERE, {50, 9, 100}},
+        Move{"OfTwoGeographicCrs", LONG_LAT + "+axis=neu", LONG_LAT + "+axis=wsu", {50, 9, 100}, {-9, -50, 100}},
+        Move{"WestSouthOfAProjectedTarget", LONG_LAT, MERCATOR + "+axis=wsu", HERE, {-EASTING, -NORTHING, 100}},
+        Move{"WestSouthOfAProjectedSource", MERCATOR + "+axis=wsu", LONG_LAT, {-EASTING, -NORTHING, 100}, HERE},
+        Move{"NorthEastOfAProjectedTarget", LONG_LAT, MERCATOR + "+axis=neu", HERE, {NORTHING, EASTING, 100}},
+        Move{"OfTwoProjectedCrs",
+             MERCATOR + "+axis=neu",
+             MERCATOR + "+axis=wsu",
+             {NORTHING, EASTING, 100},
+             {-EASTING, -NORTHING, 100}},
+        Move{"Downwards", LONG_LAT, MERCATOR + "+axis=end", HERE, {EASTING, NORTHING, -100}},
+        Move{"InTheUsualOrder", LONG_LAT + "+axis=enu", MERCATOR + "+axis=enu", HERE, THERE},
+        Move{"BesideUnitsAndFalseOrigin",
+             LONG_LAT,
+             MERCATOR + "+axis=neu +x_0=1000 +units=km",
+             HERE,
+             {NORTHING / 1000, EASTING / 1000 + 1, 0.1}}),
+    nameOfMove);
+
+// Units count for heights too, unless the definition has vertical units.
+Point there(double unit) { return {EASTING / unit, NORTHING / unit, 100 / unit}; }
+
+INSTANTIATE_TEST_SUITE_P(
+    Units, ParameterTest,
+    testing::Values(Move{"UsFeetOfTheTarget", LONG_LAT, MERCATOR + "+units=us-ft", HERE, there(US_FOOT)},
+                    Move{"UsFeetOfTheSource", MERCATOR + "+units=us-ft", LONG_LAT, there(US_FOOT), HERE},
+                    Move{"Feet", LONG_LAT, MERCATOR + "+units=ft", HERE, there(FOOT)},
+                    Move{"Kilometres", LONG_LAT, MERCATOR + "+units=km", HERE, there(1000)},
+                    Move{"Metres", LONG_LAT, MERCATOR + "+units=m", HERE, THERE},
+                    Move{"OfBoth", MERCATOR + "+units=km", MERCATOR + "+units=ft", there(1000), there(FOOT)},
+                    Move{"ToMeter", LONG_LAT, MERCATOR + "+to_meter=0.5", HERE, there(0.5)},
+                    Move{"ToMeterOfTheSource", MERCATOR + "+to_meter=20.116756", LONG_LAT, there(20.116756), HERE},
+                    Move{"UnitsBeforeToMeter", LONG_LAT, MERCATOR + "+to_meter=7 +units=km", HERE, there(1000)},
+                    Move{"FalseOriginInMetres",
+                         LONG_LAT,
+                         MERCATOR + "+x_0=500000 +y_0=-1000 +units=km",
+                         HERE,
+                         {EASTING / 1000 + 500, NORTHING / 1000 - 1, 0.1}}),
+    nameOfMove);
+
+INSTANTIATE_TEST_SUITE_P(
+    VerticalUnits, ParameterTest,
+    testing::Values(
+        Move{"OfTheTarget", LONG_LAT, MERCATOR + "+vunits=ft", HERE, {EASTING, NORTHING, 100 / FOOT}},
+        Move{"OfTheSource", MERCATOR + "+vunits=us-ft", LONG_LAT, THERE, {9, 50, 100 * US_FOOT}},
+        Move{"OfAGeographicTarget", MERCATOR, LONG_LAT + "+vunits=ft", THERE, {9, 50, 100 / FOOT}},
+        Move{"OfAGeographicSource", LONG_LAT + "+vunits=km", LONG_LAT, {9, 50, 0.1}, HERE},
+        Move{"OfBoth", LONG_LAT + "+vunits=km", MERCATOR + "+vunits=ft", {9, 50, 0.1}, {EASTING, NORTHING, 100 / FOOT}},
+        Move{"ToMeter", LONG_LAT, MERCATOR + "+vto_meter=2", HERE, {EASTING, NORTHING, 50}},
+        Move{"ToMeterOfAGeographicSource", LONG_LAT + "+vto_meter=2", MERCATOR, HERE, {EASTING, NORTHING, 200}},
+        Move{"BesideHorizontalUnits",
+             LONG_LAT,
+             MERCATOR + "+units=km +vunits=ft",
+             HERE,
+             {EASTING / 1000, NORTHING / 1000, 100 / FOOT}}),
+    nameOfMove);
+
+INSTANTIATE_TEST_SUITE_P(
+    LongitudeRange, ParameterTest,
+    testing::Values(
+        Move{"WrapsWesternLongitudes", LONG_LAT, LONG_LAT + "+lon_wrap=180", {-10, 50, 1}, {350, 50, 1}},
+        Move{"WrapsAroundZero", LONG_LAT, LONG_LAT + "+lon_wrap=0", {350, 50, 1}, {-10, 50, 1}},
+        Move{"LeavesLongitudesInTheRange", LONG_LAT, LONG_LAT + "+lon_wrap=180", {190, 50, 1}, {190, 50, 1}},
+        Move{"WrapsBehindThePrimeMeridian", LONG_LAT, LONG_LAT + "+lon_wrap=180 +pm=20", {10, 50, 1}, {350, 50, 1}},
+        Move{"WrapsFromAProjection", MERCATOR, LONG_LAT + "+lon_wrap=180", {-EASTING, NORTHING, 100}, {351, 50, 100}},
+        Move{"HasNoMeaningForASource", LONG_LAT + "+lon_wrap=180", LONG_LAT, {-10, 50, 1}, {-10, 50, 1}},
+        Move{"HasNoMeaningForAProjectedCrs",
+             LONG_LAT,
+             MERCATOR + "+lon_wrap=180",
+             {-9, 50, 100},
+             {-EASTING, NORTHING, 100}},
+        Move{"StaysAsItIsWithoutOne", LONG_LAT, LONG_LAT + "+pm=0.5", {200, 50, 1}, {199.5, 50, 1}},
+        Move{"OverOfLongLatChangesNothing",
+             LONG_LAT + "+over",
+             LONG_LAT + "+over +pm=0.5",
+             {200, 50, 1},
+             {199.5, 50, 1}},
+        Move{"ProjectionsFoldAtTheDateLine",
+             LONG_LAT,
+             MERCATOR,
+             {190, 50, 100},
+             {RADIUS * -170 * RADIANS, NORTHING, 100}},
+        Move{"OverRunsOnToTheEast",
+             LONG_LAT,
+             MERCATOR + "+over",
+             {190, 50, 100},
+             {RADIUS * 190 * RADIANS, NORTHING, 100}},
+        Move{"OverRunsOnToTheWest",
+             LONG_LAT,
+             MERCATOR + "+over",
+             {-190, 50, 100},
+             {RADIUS * -190 * RADIANS, NORTHING, 100}},
+        Move{"OverOfTheSource", MERCATOR + "+over", LONG_LAT, {RADIUS * 190 * RADIANS, NORTHING, 100}, {190, 50, 100}},
+        Move{"WithoutOverOfTheSource", MERCATOR, LONG_LAT, {RADIUS * 190 * RADIANS, NORTHING, 100}, {-170, 50, 100}}),
+    nameOfMove);
+
+const Point ON_WGS_84 = geocentric(WGS84, HERE);
+
+INSTANTIATE_TEST_SUITE_P(
+    Geocentric, ParameterTest,
+    testing::Values(
+        Move{"OfTheTarget", "+proj=longlat +datum=WGS84", "+proj=geocent +datum=WGS84", HERE, ON_WGS_84},
+        Move{"OfTheSource", "+proj=geocent +datum=WGS84", "+proj=longlat +datum=WGS84", ON_WGS_84, {9, 50, 100.0}},
+        Move{"OfBoth", "+proj=geocent +datum=WGS84", "+proj=geocent +datum=WGS84", ON_WGS_84, ON_WGS_84},
+        Move{"OnASphere", LONG_LAT, "+proj=geocent +R=6371000", {90, 0, 1000}, {0, RADIUS + 1000, 0}},
+        Move{"UnitsOfTheTarget", LONG_LAT, "+proj=geocent +R=6371000 +units=km", {90, 0, 1000}, {0, 6372, 0}},
+        Move{"UnitsOfTheSource",
+             "+proj=geocent +R=6371000 +units=km",
+             MERCATOR,
+             {0, 6371, 0},
+             {RADIUS * 90 * RADIANS, 0, 0}}),
+    nameOfMove);
+
+const Point AT_THE_POLE{0, 90, 0};
+const Point AT_THE_EQUATOR{0, 0, 0};
+
+Point pole(const Figure& figure) { return {0, 0, figure.a * (1 - figure.f)}; }
+
+// The semi-minor axis is the geocentric z of the pole, the semi-major the x of the equator.
+INSTANTIATE_TEST_SUITE_P(Ellipsoid, ParameterTest,
+                         testing::Values(Move{"ByName", "+proj=longlat +ellps=bessel", "+proj=geocent +ellps=bessel",
+                                              AT_THE_POLE, pole(BESSEL)},
+                                         Move{"ByAxes",
+                                              "+proj=longlat +a=6378206.4 +b=6356583.8",
+                                              "+proj=geocent +a=6378206.4 +b=6356583.8",
+                                              AT_THE_POLE,
+                                              {0, 0, 6356583.8}},
+                                         Move{"ByReciprocalFlattening", "+proj=longlat +a=6377397.155 +rf=299.1528128",
+                                              "+proj=geocent +a=6377397.155 +rf=299.1528128", AT_THE_POLE,
+                                              pole(BESSEL)},
+                                         Move{"ByFlattening",
+                                              "+proj=longlat +a=6000000 +f=0.01",
+                                              "+proj=geocent +a=6000000 +f=0.01",
+                                              AT_THE_POLE,
+                                              {0, 0, 5940000}},
+                                         Move{"ByTheMajorAxisAlone",
+                                              "+proj=longlat +a=6000000",
+                                              "+proj=geocent +a=6000000",
+                                              AT_THE_POLE,
+                                              {0, 0, 6000000}},
+                                         Move{"MajorAxis",
+                                              "+proj=longlat +ellps=bessel",
+                                              "+proj=geocent +ellps=bessel",
+                                              AT_THE_EQUATOR,
+                                              {BESSEL.a, 0, 0}},
+                                         Move{"RadiusBeforeName",
+                                              "+proj=longlat +R=6000000 +ellps=bessel",
+                                              "+proj=geocent +R=6000000 +ellps=bessel",
+                                              AT_THE_POLE,
+                                              {0, 0, 6000000}},
+                                         Move{"ByDefault", "+proj=longlat", "+proj=geocent", AT_THE_POLE, pole(GRS80)},
+                                         Move{"OfADatum", "+proj=longlat +datum=WGS84", "+proj=geocent +datum=WGS84",
+                                              AT_THE_POLE, pole(WGS84)}),
+                         nameOfMove);
+
+// Snyder, PP 1395, 3-13.
+double radiusOfEqualArea(const Figure& figure) {
+    const double e = std::sqrt(figure.eccentricitySquared());
+    return figure.a * std::sqrt(0.5 * (1 + (1 - e * e) / (2 * e) * std::log((1 + e) / (1 - e))));
+}
+
+// Within a millimetre: PROJ has a series of three terms for the radius.
+TEST(SphereOfEqualAreaTest, TakesThePlaceOfTheEllipsoid) {
+    const double radius = radiusOfEqualArea(BESSEL);
+    const std::string geographic = "+proj=longlat +ellps=bessel +R_A";
+    EXPECT_NEAR(moved(geographic, "+proj=geocent +ellps=bessel +R_A", AT_THE_POLE).z, radius, 1e-3);
+    const Point there = moved(geographic, "+proj=merc +ellps=bessel +R_A", HERE);
+    EXPECT_NEAR(there.x, radius * LONGITUDE * RADIANS, 1e-3);
+    EXPECT_NEAR(there.y, radius * mercatorNorthing(LATITUDE), 1e-3);
+}
+
+// proj.org, "Prime meridian" of PROJ 7.
+TEST(PrimeMeridianTest, HasANameForThirteenCities) {
+    const struct {
+        const char* name;
+        double longitude;
+    } meridians[] = {
+        {"greenwich", 0},
+        {"lisbon", -dms(9, 7, 54.862)},
+        {"paris", dms(2, 20, 14.025)},
+        {"bogota", -dms(74, 4, 51.3)},
+        {"madrid", -dms(3, 41, 16.58)},
+        {"rome", dms(12, 27, 8.4)},
+        {"bern", dms(7, 26, 22.5)},
+        {"jakarta", dms(106, 48, 27.79)},
+        {"ferro", -dms(17, 40, 0)},
+        {"brussels", dms(4, 22, 4.71)},
+        {"stockholm", dms(18, 3, 29.8)},
+        {"athens", dms(23, 42, 58.815)},
+        {"oslo", dms(10, 43, 22.5)},
+    };
+    for (const auto& [name, longitude] : meridians)
+        EXPECT_NEAR(moved(LONG_LAT + "+pm=" + name, LONG_LAT, {0, 0, 0}).x, longitude, ANGLE_TOLERANCE) << name;
+}
+
+TEST(VerticalUnitTest, HasNoMeaningWithoutHeights) {
+    expectNear(moved(LONG_LAT + "+vunits=ft", MERCATOR + "+vunits=km", HERE, Heights::WITHOUT), THERE);
+}
+
+// The meridian through the middle of a zone is straight there: only its length is needed.
+TEST(ProjectedTest, TakesZoneAndHemisphere) {
+    const double northing = 0.9996 * meridianArc(WGS84, 50);
+    const std::string zone = "+proj=utm +zone=32 +datum=WGS84";
+    expectNear(moved("+proj=longlat +datum=WGS84", zone, {9, 50, 5}), {500000, northing, 5}, 1e-4);
+    expectNear(moved("+proj=longlat +datum=WGS84", zone + " +south", {9, -50, 5}), {500000, 1e7 - northing, 5}, 1e-4);
+}
+
+}  // namespace
+}  // namespace ClassicProj

@@ -1,0 +1,285 @@
+#include "proj/classic/ClassicProj.h"
+
+#include <gtest/gtest.h>
+#include <proj.h>
+#include <thread>
+#include <vector>
+
+#include "proj/classic/Definition.h"
+#include "proj/classic/TestCrs.h"
+#include "proj/classic/TestFiles.h"
+
+namespace ClassicProj {
+namespace {
+
+using namespace TestSupport;
+
+projPJ tryToDefine(const std::string& text) { return pj_init_plus_ctx(nullptr, text.c_str()); }
+
+void expectRefused(const std::string& text) {
+    EXPECT_EQ(tryToDefine(text), nullptr) << text;
+    EXPECT_NE(*pj_get_errno_ref(), 0) << text;
+    EXPECT_STRNE(pj_strerrno(*pj_get_errno_ref()), "") << text;
+}
+
+TEST(DefinitionTest, IsRefusedWithAnErrorNumber) {
+    for (const char* text : {"",
+                             "+zone=32",
+                             "+proj=",
+                             "+proj=nonsense",
+                             "+proj=UTM +zone=32",
+                             "+proj=utm +zone=99",
+                             "+proj=utm +zone=0",
+                             "+proj=longlat +datum=nowhere",
+                             "+proj=longlat +ellps=nobody",
+                             "+proj=longlat +pm=nowhere",
+                             "+proj=longlat +axis=xyz",
+                             "+proj=longlat +axis=en",
+                             "+proj=longlat +units=parsec",
+                             "+proj=longlat +vunits=parsec",
+                             "+proj=utm +zone=32 +datum=nowhere",
+                             "+proj=utm +zone=32 +ellps=nobody",
+                             "+proj=utm +zone=32 +pm=nowhere",
+                             "+proj=utm +zone=32 +axis=xyz",
+                             "+proj=utm +zone=32 +units=parsec",
+                             "+proj=utm +zone=32 +vunits=parsec",
+                             "+proj=utm +zone=32 +to_meter=0",
+                             "+proj=merc +a=-1",
+                             "+proj=merc +R=0",
+                             "+proj=lcc +lat_1=50 +lat_2=-50"})
+        expectRefused(text);
+}
+
+TEST(DefinitionTest, IsRefusedWithoutAnEllipsoidWhenThereAreToBeNoDefaults) {
+    expectRefused("+proj=longlat +no_defs");
+    expectRefused("+proj=utm +zone=32 +no_defs");
+    expectRefused("+proj=utm +zone=32 +towgs84=1,2,3 +no_defs");
+    for (const char* figure : {"+ellps=bessel", "+datum=WGS84", "+a=6378137 +rf=298", "+R=6371000"})
+        define(std::string("+proj=merc +no_defs ") + figure);
+}
+
+TEST(DefinitionTest, IsNoPipeline) {
+    for (const char* text :
+         {"+proj=pipeline +step +proj=utm +zone=32", "+proj=pipeline", "+proj=utm +zone=32 +step +proj=merc",
+          "+proj=utm +zone=32 +inv", "+step +proj=utm +zone=32"})
+        expectRefused(text);
+}
+
+TEST(DefinitionTest, MayHaveParametersThatNobodyKnows) {
+    for (const char* text :
+         {"+proj=utm +zone=32 +wktext", "+proj=utm +zone=32 +type=crs +title=UTM", "+proj=longlat +nonsense=1"})
+        define(text);
+}
+
+TEST(DefinitionTest, MayBeWrittenWithoutPlusSigns) { define("proj=utm zone=32 ellps=bessel"); }
+
+TEST(DefinitionTest, CountsTheFirstOfTwoParametersWithOneKey) {
+    const Point there = moved("+proj=longlat +R=6371000 +R=1", "+proj=geocent +R=6371000", {0, 0, 0});
+    EXPECT_NEAR(there.x, 6371000, LENGTH_TOLERANCE);
+}
+
+TEST(DefinitionTest, ForgetsAnEarlierErrorNumber) {
+    expectRefused("+proj=nonsense");
+    define("+proj=longlat");
+    EXPECT_EQ(*pj_get_errno_ref(), 0);
+}
+
+TEST(LongLatTest, IsToldByItsProjection) {
+    for (const char* name : {"longlat", "latlong", "lonlat", "latlon"})
+        EXPECT_NE(pj_is_latlong(define(std::string("+proj=") + name)), 0) << name;
+    for (const char* text : {"+proj=utm +zone=32", "+proj=merc", "+proj=geocent"})
+        EXPECT_EQ(pj_is_latlong(define(text)), 0) << text;
+}
+
+TEST(LongLatTest, IsAssumedWhereThereIsNoDefinition) { EXPECT_NE(pj_is_latlong(nullptr), 0); }
+
+// A mutable context of its own, released as long as no definition carries it.
+TEST(ContextTest, CarriesTheErrorNumberOfItsDefinitions) {
+    const projCtx context = pj_ctx_alloc();
+    const int ofOthers = *pj_get_errno_ref();
+    EXPECT_EQ(pj_init_plus_ctx(context, "+proj=nonsense"), nullptr);
+    EXPECT_NE(context->error, 0);
+    EXPECT_EQ(*pj_get_errno_ref(), ofOthers);
+    pj_ctx_free(context);
+    pj_ctx_free(nullptr);
+}
+
+TEST(ErrorTextTest, IsThereForEveryNumber) {
+    for (int error = -100; error <= 5000; ++error) {
+        if (error == 0) continue;
+        ASSERT_NE(pj_strerrno(error), nullptr) << error;
+        EXPECT_STRNE(pj_strerrno(error), "") << error;
+    }
+}
+
+TEST(ErrorTextTest, StaysAfterOthersWereAsked) {
+    const char* const text = pj_strerrno(PROJ_ERR_COORD_TRANSFM_OUTSIDE_GRID);
+    const std::string copy = text;
+    for (int error = 1; error <= 5000; ++error) pj_strerrno(error);
+    EXPECT_EQ(text, copy);
+}
+
+TEST(ErrorTextTest, IsNullWithoutAnError) { EXPECT_EQ(pj_strerrno(0), nullptr); }
+
+class InitDefinitionTest : public testing::Test {
+protected:
+    void SetUp() override { searchOnlyIn({directory.name()}); }
+    void TearDown() override { searchOnlyIn({}); }
+    void givenEpsg(const std::string& text) { directory.write("epsg", text); }
+
+    static double eastingOf(const std::string& definition) {
+        return moved("+proj=longlat +R=1000", definition, {1 / RADIANS, 0, 0}).x;
+    }
+
+    const TemporaryDirectory directory;
+};
+
+TEST_F(InitDefinitionTest, IsFoundByItsCode) {
+    givenEpsg(
+        "<1> +proj=merc +R=1000 <>\n<12> +proj=merc +R=1000 +x_0=5\n+units=km # comment <13>\n<> <2> +proj=longlat "
+        "+R=1000 <>");
+    EXPECT_NEAR(eastingOf("+init=epsg:1"), 1000, LENGTH_TOLERANCE);
+    EXPECT_NEAR(eastingOf("+init=epsg:12"), 1.005, LENGTH_TOLERANCE);
+    EXPECT_NEAR(eastingOf("  init=epsg:12 "), 1.005, LENGTH_TOLERANCE);
+    EXPECT_NE(pj_is_latlong(define("+init=epsg:2")), 0);
+}
+
+TEST_F(InitDefinitionTest, IsRefusedWhenItIsNotThere) {
+    givenEpsg("<1> +proj=merc +R=1000 <>\n<3> +proj=nonsense <>\n<4> <>\n<5> +proj=pipeline +step +proj=merc <>");
+    for (const char* init : {"epsg:2", "epsg:3", "epsg:4", "epsg:5", "epsg:", "epsg", "", ":1", "EPSG:1", "missing:1",
+                             "epsg:1:1", "epsg: 1"})
+        expectRefused(std::string("+init=") + init);
+}
+
+TEST_F(InitDefinitionTest, MayBeInAnyFile) {
+    directory.write("others", "<a.b> +proj=merc +R=1000 +k=2 <>");
+    EXPECT_NEAR(eastingOf("+init=others:a.b"), 2000, LENGTH_TOLERANCE);
+}
+
+TEST_F(InitDefinitionTest, GivesWayToTheParametersAroundIt) {
+    givenEpsg("<1> +proj=merc +R=1000 +x_0=5 +units=m <>");
+    EXPECT_NEAR(eastingOf("+x_0=7 +init=epsg:1"), 1007, LENGTH_TOLERANCE);
+    EXPECT_NEAR(eastingOf("+init=epsg:1 +x_0=7"), 1007, LENGTH_TOLERANCE);
+    EXPECT_NEAR(eastingOf("+init=epsg:1 +units=km"), 1.005, LENGTH_TOLERANCE);
+    EXPECT_NEAR(eastingOf("+k=3 +init=epsg:1"), 3005, LENGTH_TOLERANCE);
+}
+
+TEST_F(InitDefinitionTest, LosesItsEllipsoidToAnyOtherFigureOfTheEarth) {
+    givenEpsg("<1> +proj=longlat +ellps=bessel <>");
+    const auto axisWith = [](const std::string& figure) {
+        return moved("+init=epsg:1 " + figure, "+proj=geocent " + figure, {0, 90, 0}).z;
+    };
+    EXPECT_NEAR(axisWith("+ellps=bessel"), BESSEL.a * (1 - BESSEL.f), LENGTH_TOLERANCE);
+    EXPECT_NEAR(axisWith("+datum=WGS84"), WGS84.a * (1 - WGS84.f), LENGTH_TOLERANCE);
+    EXPECT_NEAR(axisWith("+ellps=intl"), INTERNATIONAL.a * (1 - INTERNATIONAL.f), LENGTH_TOLERANCE);
+    EXPECT_NEAR(axisWith("+a=6000000"), 6000000, LENGTH_TOLERANCE);
+    EXPECT_NEAR(axisWith("+a=6000000 +b=5900000"), 5900000, LENGTH_TOLERANCE);
+}
+
+// Where the ellipsoid that was lost would show: a shift from the ellipsoid of the definition.
+TEST_F(InitDefinitionTest, ShiftsFromTheFigureThatCounts) {
+    givenEpsg("<1> +proj=longlat +ellps=bessel <>");
+    const Point there = moved("+init=epsg:1 +datum=GGRS87", "+proj=geocent +datum=WGS84", {24, 38, 0});
+    const Point expected = shifted({-199.87, 74.79, 246.62}, geocentric(GRS80, {24, 38, 0}));
+    EXPECT_LT(distance(there, expected), 1e-4) << there << expected;
+    const Point flat = moved("+init=epsg:1 +a=6370000 +towgs84=1,2,3", "+proj=geocent +datum=WGS84", {24, 38, 0});
+    EXPECT_LT(distance(flat, shifted({1, 2, 3}, geocentric({6370000, 0}, {24, 38, 0}))), 1e-4) << flat;
+}
+
+TEST_F(InitDefinitionTest, CountsTheFirstOfTwoWithOneCode) {
+    givenEpsg("<1> +proj=merc +R=1000 +x_0=5 <>\n<1> +proj=merc +R=1000 +x_0=6 <>");
+    EXPECT_NEAR(eastingOf("+init=epsg:1"), 1005, LENGTH_TOLERANCE);
+}
+
+TEST_F(InitDefinitionTest, IsFoundOnceTheFileHasIt) {
+    expectRefused("+init=epsg:1");
+    givenEpsg("<1> +proj=merc +R=1000 <>");
+    define("+init=epsg:1");
+    expectRefused("+init=epsg:2");
+    givenEpsg("<1> +proj=merc +R=1000 <>\n<2> +proj=merc +R=1000 <>");
+    define("+init=epsg:2");
+}
+
+TEST_F(InitDefinitionTest, IsMadeByManyThreads) {
+    std::string text;
+    for (int code = 1; code <= 40; ++code) text += "<" + std::to_string(code) + "> +proj=merc +R=1000 <>\n";
+    givenEpsg(text);
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 4; ++thread) {
+        threads.emplace_back([] {
+            for (int code = 1; code <= 50; ++code) {
+                const projCtx context = pj_ctx_alloc();
+                const std::string init = "+init=epsg:" + std::to_string(code);
+                const projPJ definition = pj_init_plus_ctx(context, init.c_str());
+                EXPECT_EQ(definition != nullptr, code <= 40);
+                if (definition == nullptr) pj_ctx_free(context);
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+}
+
+class SearchPathChangeTest : public testing::Test {
+protected:
+    void TearDown() override { searchOnlyIn({}); }
+    const TemporaryDirectory first;
+    const TemporaryDirectory second;
+};
+
+TEST_F(SearchPathChangeTest, ReplacesTheDirectories) {
+    first.write("epsg", "<1> +proj=longlat +R=1 <>\n<2> +proj=longlat +R=1 <>");
+    second.write("epsg", "<1> +proj=merc +R=1 <>");
+    searchOnlyIn({first.name()});
+    const projPJ old = define("+init=epsg:1");
+    EXPECT_NE(pj_is_latlong(old), 0);
+    searchOnlyIn({second.name()});
+    EXPECT_EQ(pj_is_latlong(define("+init=epsg:1")), 0);
+    expectRefused("+init=epsg:2");
+    EXPECT_NE(pj_is_latlong(old), 0);
+}
+
+TEST_F(SearchPathChangeTest, ForgetsWhatWasReadBefore) {
+    first.write("epsg", "<1> +proj=longlat +R=1 <>");
+    searchOnlyIn({first.name()});
+    define("+init=epsg:1");
+    first.write("epsg", "<1> +proj=merc +R=1 <>");
+    EXPECT_NE(pj_is_latlong(define("+init=epsg:1")), 0);
+    searchOnlyIn({first.name()});
+    EXPECT_EQ(pj_is_latlong(define("+init=epsg:1")), 0);
+}
+
+TEST_F(SearchPathChangeTest, TakesTheFirstDirectoryThatHasTheFile) {
+    first.write("epsg", "<1> +proj=longlat +R=1 <>");
+    second.write("epsg", "<1> +proj=merc +R=1 <>\n<2> +proj=merc +R=1 <>");
+    searchOnlyIn({"/no/such/directory", first.name(), second.name()});
+    EXPECT_NE(pj_is_latlong(define("+init=epsg:1")), 0);
+    expectRefused("+init=epsg:2");
+}
+
+TEST_F(SearchPathChangeTest, MayLeaveNoDirectory) {
+    first.write("epsg", "<1> +proj=longlat +R=1 <>");
+    searchOnlyIn({first.name()});
+    define("+init=epsg:1");
+    pj_set_searchpath(0, nullptr);
+    expectRefused("+init=epsg:1");
+    define("+proj=utm +zone=32");
+}
+
+TEST_F(SearchPathChangeTest, CopiesTheNames) {
+    first.write("epsg", "<1> +proj=longlat +R=1 <>");
+    std::string name = first.name();
+    const char* paths[] = {name.c_str()};
+    pj_set_searchpath(1, paths);
+    name.assign(name.size(), 'x');
+    paths[0] = nullptr;
+    define("+init=epsg:1");
+}
+
+TEST_F(SearchPathChangeTest, ClearsTheErrorNumber) {
+    expectRefused("+proj=nonsense");
+    searchOnlyIn({});
+    EXPECT_EQ(*pj_get_errno_ref(), 0);
+}
+
+}  // namespace
+}  // namespace ClassicProj

@@ -1,0 +1,199 @@
+#include "proj/classic/PairOperations.h"
+
+#include <cmath>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <limits>
+
+#include "proj/classic/SearchPath.h"
+#include "proj/classic/TestFiles.h"
+#include "proj/classic/TestGeodesy.h"
+
+namespace ClassicProj {
+namespace {
+
+using TestSupport::RADIANS;
+using TestSupport::TemporaryDirectory;
+
+// Contexts are for ever, as in the library.
+PJ_CONTEXT* projContext() {
+    static PJ_CONTEXT* const context = makeContext();
+    return context;
+}
+
+Definition definitionOf(const std::string& text) {
+    Definition definition;
+    EXPECT_EQ(makeDefinition(ParameterList(text), projContext(), definition), 0) << text;
+    return definition;
+}
+
+// A pair that PROJ could not make any more: whether it is found tells whether it is still there.
+void spoil(Definition& definition) { definition.step = "+proj=nonsense"; }
+
+std::ptrdiff_t openFiles() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), std::filesystem::directory_iterator());
+}
+
+class PairOperationsTest : public testing::Test {
+protected:
+    void SetUp() override { setSearchDirectories({}); }
+    void TearDown() override { setSearchDirectories({}); }
+
+    const PairOperation* find(const Definition& source, const Definition& target, bool withHeights = false) {
+        error = 0;
+        return operations.find(source, target, withHeights, error);
+    }
+    bool isKept(const Definition& source, const Definition& target) { return find(source, target) != nullptr; }
+
+    Definition geographic = definitionOf("+proj=longlat +datum=WGS84");
+    Definition utm31 = definitionOf("+proj=utm +zone=31 +datum=WGS84");
+    Definition utm32 = definitionOf("+proj=utm +zone=32 +datum=WGS84");
+    Definition utm33 = definitionOf("+proj=utm +zone=33 +datum=WGS84");
+    PairOperations operations{projContext(), 2};
+    int error = 0;
+};
+
+TEST_F(PairOperationsTest, FindsAPairAgain) {
+    const PairOperation* const found = find(geographic, utm32);
+    ASSERT_NE(found, nullptr);
+    EXPECT_EQ(find(geographic, utm32), found);
+    EXPECT_NE(find(utm32, geographic), found);
+    EXPECT_EQ(find(geographic, utm32), found);
+    EXPECT_EQ(operations.size(), 2U);
+}
+
+TEST_F(PairOperationsTest, KeepsNoMorePairsThanItsBound) {
+    for (const Definition* target : {&utm31, &utm32, &utm33, &utm31, &utm32, &utm33}) {
+        EXPECT_NE(find(geographic, *target), nullptr);
+        EXPECT_LE(operations.size(), 2U);
+    }
+    EXPECT_EQ(operations.size(), 2U);
+}
+
+TEST_F(PairOperationsTest, GivesUpTheLeastRecentlyUsedPair) {
+    find(geographic, utm31);
+    find(geographic, utm32);
+    find(geographic, utm31);
+    find(geographic, utm33);
+    for (Definition* definition : {&utm31, &utm32, &utm33}) spoil(*definition);
+    EXPECT_TRUE(isKept(geographic, utm31));
+    EXPECT_FALSE(isKept(geographic, utm32));
+    EXPECT_TRUE(isKept(geographic, utm33));
+}
+
+TEST_F(PairOperationsTest, GivesUpNothingForAPairThatCannotBeMade) {
+    find(geographic, utm31);
+    find(geographic, utm32);
+    spoil(utm33);
+    EXPECT_EQ(find(geographic, utm33), nullptr);
+    EXPECT_NE(error, 0);
+    for (Definition* definition : {&utm31, &utm32}) spoil(*definition);
+    EXPECT_TRUE(isKept(geographic, utm31));
+    EXPECT_TRUE(isKept(geographic, utm32));
+}
+
+TEST_F(PairOperationsTest, TellsPairsWithGeoidsApartByTheirHeights) {
+    const Definition geoid = definitionOf("+proj=longlat +datum=WGS84 +geoidgrids=egm96_15.gtx");
+    const PairOperation* const withHeights = find(geoid, utm32, true);
+    ASSERT_NE(withHeights, nullptr);
+    const PairOperation* const flat = find(geoid, utm32, false);
+    EXPECT_NE(flat, withHeights);
+    EXPECT_EQ(find(geoid, utm32, true), withHeights);
+}
+
+TEST_F(PairOperationsTest, KeepsOneOperationForPointsWithAndWithoutHeightsWhereThereIsNoGeoid) {
+    EXPECT_EQ(find(geographic, utm32, true), find(geographic, utm32, false));
+    EXPECT_EQ(operations.size(), 1U);
+}
+
+TEST_F(PairOperationsTest, MovesPointsOfPairsInTurn) {
+    for (int turn = 0; turn < 3; ++turn) {
+        for (const auto& [utm, centre] : {std::pair(&utm31, 3.0), std::pair(&utm32, 9.0), std::pair(&utm33, 15.0)}) {
+            double x = centre * RADIANS;
+            double y = 0;
+            ASSERT_EQ(find(geographic, *utm)->transform(x, y, nullptr), 0);
+            EXPECT_NEAR(x, 500000, 1e-6);
+            EXPECT_NEAR(y, 0, 1e-6);
+        }
+    }
+}
+
+TEST_F(PairOperationsTest, TriesAgainWhenAGridWasMissing) {
+    const TemporaryDirectory directory;
+    setSearchDirectories({directory.name()});
+    const Definition german = definitionOf("+proj=longlat +ellps=bessel +nadgrids=later.gsb");
+    EXPECT_EQ(find(german, utm32), nullptr);
+    EXPECT_NE(error, 0);
+    EXPECT_EQ(operations.size(), 0U);
+    std::filesystem::copy_file(proj_grid_info("BETA2007.gsb").filename, directory.file("later.gsb"));
+    EXPECT_NE(find(german, utm32), nullptr);
+}
+
+TEST_F(PairOperationsTest, OpensAGridOnceForAllPairs) {
+    const Definition german = definitionOf("+proj=longlat +ellps=bessel +nadgrids=BETA2007.gsb");
+    std::vector<Definition> targets;
+    for (int zone = 1; zone <= 60; ++zone)
+        targets.push_back(definitionOf("+proj=utm +datum=WGS84 +zone=" + std::to_string(zone)));
+    PairOperations many(projContext(), 1000);
+    std::ptrdiff_t afterFirstPair = 0;
+    for (const Definition& target : targets) {
+        double x = 9 * RADIANS;
+        double y = 50 * RADIANS;
+        const PairOperation* const there = many.find(german, target, false, error);
+        ASSERT_NE(there, nullptr);
+        there->transform(x, y, nullptr);
+        ASSERT_NE(many.find(target, german, false, error), nullptr);
+        if (afterFirstPair == 0) afterFirstPair = openFiles();
+    }
+    EXPECT_EQ(many.size(), 120U);
+    EXPECT_EQ(openFiles(), afterFirstPair);
+}
+
+class PairOperationTest : public PairOperationsTest {};
+
+TEST_F(PairOperationTest, LeavesAFailingPointAlone) {
+    double x = 0;
+    double y = 91 * RADIANS;
+    double z = 7;
+    EXPECT_NE(find(geographic, utm32)->transform(x, y, &z), 0);
+    EXPECT_EQ(x, 0);
+    EXPECT_EQ(y, 91 * RADIANS);
+    EXPECT_EQ(z, 7);
+}
+
+TEST_F(PairOperationTest, MovesTheNextPointAfterAFailure) {
+    const PairOperation* const operation = find(geographic, utm32);
+    double x = 0;
+    double y = 91 * RADIANS;
+    EXPECT_NE(operation->transform(x, y, nullptr), 0);
+    x = 9 * RADIANS;
+    y = 0;
+    EXPECT_EQ(operation->transform(x, y, nullptr), 0);
+    EXPECT_NEAR(x, 500000, 1e-6);
+}
+
+TEST_F(PairOperationTest, RefusesCoordinatesThatAreNotFinite) {
+    const double infinity = std::numeric_limits<double>::infinity();
+    for (const double bad : {infinity, -infinity, std::numeric_limits<double>::quiet_NaN()}) {
+        for (int which = 0; which < 3; ++which) {
+            double point[] = {0.1, 0.2, 0.3};
+            point[which] = bad;
+            EXPECT_NE(find(geographic, utm32)->transform(point[0], point[1], &point[2]), 0) << bad << " at " << which;
+            EXPECT_NE(find(geographic, geographic)->transform(point[0], point[1], &point[2]), 0)
+                << bad << " at " << which;
+            EXPECT_EQ(std::isfinite(point[which]), false);
+        }
+    }
+}
+
+TEST_F(PairOperationTest, LeavesPointsAsTheyAreWhereNothingChanges) {
+    double x = 200 * RADIANS;
+    double y = 95 * RADIANS;
+    EXPECT_EQ(find(geographic, geographic)->transform(x, y, nullptr), 0);
+    EXPECT_EQ(x, 200 * RADIANS);
+    EXPECT_EQ(y, 95 * RADIANS);
+}
+
+}  // namespace
+}  // namespace ClassicProj

@@ -1,0 +1,95 @@
+#include "proj/classic/SearchPath.h"
+
+#include <gtest/gtest.h>
+
+#include "proj/classic/ProjectionPtr.h"
+#include "proj/classic/TestFiles.h"
+
+namespace ClassicProj {
+namespace {
+
+using TestSupport::TemporaryDirectory;
+
+class SearchPathTest : public testing::Test {
+protected:
+    void TearDown() override { setSearchDirectories({}); }
+
+    const TemporaryDirectory first;
+    const TemporaryDirectory second;
+};
+
+TEST_F(SearchPathTest, FindsAFileInTheFirstDirectoryThatHasIt) {
+    first.write("a", "");
+    second.write("a", "");
+    second.write("b", "");
+    setSearchDirectories({first.name(), second.name()});
+    EXPECT_EQ(findInSearchDirectories("a"), first.file("a"));
+    EXPECT_EQ(findInSearchDirectories("b"), second.file("b"));
+    EXPECT_EQ(findInSearchDirectories("c"), "");
+}
+
+TEST_F(SearchPathTest, FindsRegularFilesOnly) {
+    std::filesystem::create_directory(first.file("a"));
+    second.write("a", "");
+    setSearchDirectories({first.name(), "/no/such/directory", second.name()});
+    EXPECT_EQ(findInSearchDirectories("a"), second.file("a"));
+    EXPECT_EQ(findInSearchDirectories(""), "");
+    EXPECT_EQ(findInSearchDirectories(std::string(5000, 'x')), "");
+}
+
+TEST_F(SearchPathTest, HasTheDirectoriesOfTheLastCallOnly) {
+    first.write("a", "");
+    setSearchDirectories({first.name()});
+    setSearchDirectories({second.name()});
+    EXPECT_EQ(findInSearchDirectories("a"), "");
+    setSearchDirectories({});
+    EXPECT_EQ(findInSearchDirectories("a"), "");
+}
+
+// PROJ hands the settings of its default context on to new ones. The context is for ever, like all of the library.
+PJ_CONTEXT* contextMadeWhileProjIsToTalk() {
+    static PJ_CONTEXT* const context = [] {
+        const int network = proj_context_is_network_enabled(nullptr);
+        const PJ_LOG_LEVEL level = proj_log_level(nullptr, PJ_LOG_TRACE);
+        proj_context_set_enable_network(nullptr, 1);
+        PJ_CONTEXT* const made = makeContext();
+        proj_context_set_enable_network(nullptr, network);
+        proj_log_level(nullptr, level);
+        return made;
+    }();
+    return context;
+}
+
+TEST_F(SearchPathTest, SilencesProjWhateverItsDefaultsAre) {
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    const ProjectionPtr missing(proj_create(contextMadeWhileProjIsToTalk(), "+proj=hgridshift +grids=missing.gsb"));
+    const ProjectionPtr nonsense(proj_create(contextMadeWhileProjIsToTalk(), "+proj=nonsense +ellps=none"));
+    const ProjectionPtr projection(proj_create(contextMadeWhileProjIsToTalk(), "+proj=utm +zone=32"));
+    proj_trans(projection.get(), PJ_FWD, proj_coord(0, 2, 0, 0));
+    const std::string errors = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(errors, "");
+    EXPECT_EQ(missing, nullptr);
+    EXPECT_EQ(nonsense, nullptr);
+}
+
+TEST_F(SearchPathTest, KeepsProjOffTheNetwork) {
+    EXPECT_EQ(proj_context_is_network_enabled(contextMadeWhileProjIsToTalk()), 0);
+}
+
+// PROJ remembers what it has found, by the whole list of grids, so the one to be refused comes first.
+TEST_F(SearchPathTest, GivesProjItsGridsFromTheDirectoriesFirst) {
+    const auto canShift = [] {
+        return ProjectionPtr(proj_create(contextMadeWhileProjIsToTalk(),
+                                         "+proj=hgridshift +grids=ntf_r93.gsb,BETA2007.gsb")) != nullptr;
+    };
+    first.write("ntf_r93.gsb", "no grid at all");
+    setSearchDirectories({first.name()});
+    EXPECT_FALSE(canShift());
+    setSearchDirectories({});
+    EXPECT_TRUE(canShift());
+}
+
+}  // namespace
+}  // namespace ClassicProj

@@ -1,0 +1,166 @@
+#include <boost/property_tree/xml_parser.hpp>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <functional>
+#include <gtest/gtest.h>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <unistd.h>
+
+#include "Server.h"
+
+// What a server may expect of a library in its process: failures that it can catch, and silence.
+namespace IntegrationTest {
+namespace {
+
+void transform(const Server& server, const std::string& source, const std::string& target, double x, double y) {
+    server.known(source)->transformTo(server.known(target).get(), x, y);
+}
+
+struct Failure {
+    const char* name;
+    std::function<void(const Server&)> happens;
+};
+
+void PrintTo(const Failure& failure, std::ostream* stream) { *stream << failure.name; }
+
+const Failure FAILURES[] = {
+    {"CrsUnknownSyntaxOrAlias", [](const Server& server) { server.request("anything"); }},
+    {"CrsNotConfigured", [](const Server& server) { server.request("EPSG:3395"); }},
+    {"Misconfigured", [](const Server& server) { server.known("EPSG:9999"); }},
+    {"Misconfigured by an unknown subsystem", [](const Server&) { CrsConfig::createConfigFromId("other"); }},
+    {"TransExecException", [](const Server& server) { transform(server, "EPSG:4326", "EPSG:25832", 0, 99); }},
+    {"ConversionError", [](const Server& server) { server.request("urn:ogc:def:crs:EPSG::abc"); }},
+    {"UnexpectedException",
+     [](const Server& server) { std::unique_ptr<AbstractCrs>(server.creator().createUnknown())->getAsText(); }},
+};
+
+class FailureTest : public testing::TestWithParam<Failure> {
+protected:
+    // Whether the failure is caught as a T, with a text.
+    template <typename T>
+    bool isCaughtAs() const {
+        try {
+            GetParam().happens(server);
+        } catch (const T& failure) {
+            return failure.what() != nullptr && *failure.what() != '\0';
+        } catch (...) {
+        }
+        return false;
+    }
+
+    const Server server;
+};
+
+TEST_P(FailureTest, IsCaughtAsTheStandardsException) { EXPECT_TRUE(isCaughtAs<std::exception>()); }
+
+TEST_P(FailureTest, IsCaughtAsTheRootOfTheFamily) { EXPECT_TRUE(isCaughtAs<structured_exception>()); }
+
+TEST_P(FailureTest, IsCaughtAsOneOfTheBranches) {
+    EXPECT_NE(isCaughtAs<CoordinateTransformation::TransformationException>(), isCaughtAs<QSHelpers::Exception>());
+}
+
+TEST_P(FailureTest, OutlivesTheConfiguration) {
+    auto anotherServer = std::make_unique<Server>();
+    std::exception_ptr kept;
+    try {
+        GetParam().happens(*anotherServer);
+    } catch (...) {
+        kept = std::current_exception();
+    }
+    anotherServer.reset();
+    const std::string text = raisedBy([&] { std::rethrow_exception(kept); }).text;
+    EXPECT_EQ(text, raisedBy([this] { GetParam().happens(server); }).text);
+    EXPECT_FALSE(text.empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Classes, FailureTest, testing::ValuesIn(FAILURES));
+
+TEST(FailureOfOthersTest, PassesThroughFromTheXmlReader) {
+    try {
+        Server server(std::istringstream("<SRSList>\n<SRS>4326</SRS>\n"));
+        FAIL() << "accepted";
+    } catch (const boost::property_tree::xml_parser_error& failure) {
+        EXPECT_FALSE(failure.message().empty());
+    }
+}
+
+TEST(FailureOfOthersTest, PassesThroughFromTheStandardLibrary) {
+    const Server server;
+    EXPECT_THROW(server.request("EPSG:4326*5783"), std::out_of_range);
+}
+
+TEST(TypesTest, AreTheSameInServerAndLibrary) {
+    const Server server;
+    EXPECT_NE(dynamic_cast<const CoordinateTransformation::Proj4Crs*>(server.request("4326").get()), nullptr);
+    EXPECT_NE(dynamic_cast<const CoordinateTransformation::Proj4CrsCreator*>(&server.creator()), nullptr);
+}
+
+// Collects what is written to one file descriptor.
+class CapturedDescriptor {
+public:
+    explicit CapturedDescriptor(int captured) : descriptor(captured), file(std::tmpfile()), original(dup(captured)) {
+        std::fflush(nullptr);
+        dup2(fileno(file), descriptor);
+    }
+    ~CapturedDescriptor() {
+        stop();
+        std::fclose(file);
+    }
+    CapturedDescriptor(const CapturedDescriptor&) = delete;
+    CapturedDescriptor& operator=(const CapturedDescriptor&) = delete;
+
+    std::string stop() {
+        if (original < 0) return "";
+        std::fflush(nullptr);
+        dup2(original, descriptor);
+        close(original);
+        original = -1;
+        std::rewind(file);
+        std::string text;
+        for (int c = std::fgetc(file); c != EOF; c = std::fgetc(file)) text += static_cast<char>(c);
+        return text;
+    }
+
+private:
+    int descriptor;
+    std::FILE* file;
+    int original;
+};
+
+// Everything from start to shutdown, with failures of every kind.
+void runAServer() {
+    const Server server;
+    for (const Failure& failure : FAILURES) raisedBy([&] { failure.happens(server); });
+    transform(server, "EPSG:4326", "EPSG:25832", 52, 9);
+    transform(server, "EPSG:31467", "EPSG:4326", 5596000, 3500000);
+    for (const char* const entry : {"<SRS>9999</SRS>", "<SRS>anything</SRS>"})
+        raisedBy([&] { Server(std::istringstream("<SRSList>" + std::string(entry) + "</SRSList>")); });
+    server.known("EPSG:4326")->getAsText();
+}
+
+TEST(SilenceTest, IsKeptOnBothStreams) {
+    setenv("PROJ_DEBUG", "3", 1);
+    CapturedDescriptor output(STDOUT_FILENO);
+    CapturedDescriptor errors(STDERR_FILENO);
+    runAServer();
+    const std::string written = errors.stop() + output.stop();
+    unsetenv("PROJ_DEBUG");
+    EXPECT_EQ(written, "");
+}
+
+TEST(SilenceTest, WouldBeNoticedWhenBroken) {
+    CapturedDescriptor output(STDOUT_FILENO);
+    CapturedDescriptor errors(STDERR_FILENO);
+    std::fputs("to stdout", stdout);
+    std::fputs("to stderr", stderr);
+    const std::string toErrors = errors.stop();
+    EXPECT_EQ(output.stop(), "to stdout");
+    EXPECT_EQ(toErrors, "to stderr");
+}
+
+}  // namespace
+}  // namespace IntegrationTest

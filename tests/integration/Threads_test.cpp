@@ -1,0 +1,121 @@
+#include <cstdint>
+#include <cstring>
+#include <future>
+#include <gtest/gtest.h>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Server.h"
+
+// Many threads on one configuration.
+namespace IntegrationTest {
+namespace {
+
+using Bits = std::vector<std::uint64_t>;
+
+constexpr int THREADS = 8;
+constexpr int ROUNDS = 25;
+
+struct Request {
+    const char* source;
+    double x;
+    double y;
+    double z;
+    const char* target;
+};
+
+// Configured and new names, with and without PROJ, with a datum shift, and one point out of reach.
+const Request REQUESTS[] = {
+    {"urn:ogc:def:crs:EPSG::4326", 50.5, 7.25, 10, "EPSG:25832"},
+    {"CRS:84", 7.25, 50.5, 10, "http://www.opengis.net/def/crs/EPSG/0/31467"},
+    {"EPSG:31467*EPSG:5783", 5596000, 3500000, 10, "EPSG:4979"},
+    {"urn:ogc:def:crs,crs:EPSG::27700,crs:EPSG::5701", 651409.903, 313177.27, 10, "epsg.xml#4277"},
+    {"EPSG:4326", 0, 99, 10, "EPSG:25832"},
+    {"EPSG:3395", 812345.678, 6543210.987, 10, "urn:x-ogc:def:crs:EPSG:7.9:3857"},
+    {"UTM32", 500000, 5761038.25, 10, "UTM32-NE"},
+    {"urn:EPSG:geographicCRS:2154", 700000, 6600000, 10, "EPSG:3035*EPSG:5783"},
+};
+
+void append(Bits& bits, double value) {
+    std::uint64_t pattern = 0;
+    std::memcpy(&pattern, &value, sizeof value);
+    bits.push_back(pattern);
+}
+
+void answer(const Server& server, const Request& request, Bits& answers) {
+    double x = request.x;
+    double y = request.y;
+    double z = request.z;
+    const Crs source = server.known(request.source);
+    const Crs target = server.known(request.target);
+    const Raised raised = raisedBy([&] { source->transformTo(target.get(), x, y, z); });
+    answers.push_back(raised.type == "nothing" ? 0 : 1);
+    for (const double value : {x, y, z}) append(answers, value);
+}
+
+Bits answerAll(const Server& server) {
+    Bits answers;
+    for (int round = 0; round < ROUNDS; ++round)
+        for (const Request& request : REQUESTS) answer(server, request, answers);
+    return answers;
+}
+
+// All threads set off at once.
+std::vector<Bits> answerOnThreads(const Server& server) {
+    std::vector<Bits> answers(THREADS);
+    std::promise<void> start;
+    const std::shared_future<void> started = start.get_future().share();
+    std::vector<std::thread> threads;
+    for (Bits& ofThread : answers)
+        threads.emplace_back([&server, &ofThread, started] {
+            started.wait();
+            ofThread = answerAll(server);
+        });
+    start.set_value();
+    for (std::thread& thread : threads) thread.join();
+    return answers;
+}
+
+TEST(ThreadsTest, GetTheAnswersOfOneThreadBitForBit) {
+    const Server server;
+    const std::vector<Bits> answers = answerOnThreads(server);
+    const Bits expected = answerAll(server);
+    for (const Bits& ofThread : answers) EXPECT_EQ(ofThread, expected);
+}
+
+// Nothing is configured, and the threads come first: they bind the codes and meet at the first use of each pair.
+TEST(ThreadsTest, MayBeTheFirstToUseACode) {
+    const Server server(
+        std::istringstream("<SRSList><SRS mapToEpsgCode='25832'>UTM32</SRS>"
+                           "<SRS mapToEpsgCode='25832' axisOrder='NE'>UTM32-NE</SRS>"
+                           "<SRS>CRS:84</SRS></SRSList>"));
+    const std::vector<Bits> answers = answerOnThreads(server);
+    const Bits expected = answerAll(server);
+    for (const Bits& ofThread : answers) EXPECT_EQ(ofThread, expected);
+}
+
+TEST(ThreadsTest, FailForOnePointInEveryRound) {
+    const Server server;
+    const Bits answers = answerAll(server);
+    int failures = 0;
+    for (std::size_t i = 0; i < answers.size(); i += 4) failures += answers[i] == 1 ? 1 : 0;
+    EXPECT_EQ(failures, ROUNDS);
+}
+
+TEST(ThreadsTest, AreRefusedAlike) {
+    const Server server;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < THREADS; ++i)
+        threads.emplace_back([&server] {
+            for (int round = 0; round < ROUNDS; ++round) {
+                EXPECT_EQ(raisedBy([&] { server.known("EPSG:9999"); }).type, "Misconfigured");
+                EXPECT_EQ(raisedBy([&] { server.request("EPSG:3395"); }).type, "CrsNotConfigured");
+                EXPECT_EQ(server.request("UTM32")->getPrimaryCode(), 25832U);
+            }
+        });
+    for (std::thread& thread : threads) thread.join();
+}
+
+}  // namespace
+}  // namespace IntegrationTest

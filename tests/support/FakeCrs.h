@@ -1,0 +1,113 @@
+#pragma once
+
+#include <cstddef>
+#include <set>
+#include <string>
+
+#include "CoordinateTransformation/AbstractCrs.h"
+#include "CoordinateTransformation/CoordTransformer.h"
+#include "CoordinateTransformation/CrsCreator.h"
+
+// Stand-ins for the parts that need PROJ, for tests of what does not.
+namespace TestSupport {
+
+using CoordinateTransformation::AbstractCrs;
+using CoordinateTransformation::CoordTransformer;
+using CoordinateTransformation::CrsCreator;
+
+// Leaves coordinates alone.
+class FakeTransformer : public CoordTransformer {
+public:
+    void transformCoordinates(AbstractCrs const*, AbstractCrs const*, double&, double&, double*) const override {}
+};
+
+// Keeps track of the CRS that are alive, so that tests can count them, and release those that the system
+// leaves behind.
+class LiveCrs {
+public:
+    ~LiveCrs() { releaseAll(); }
+    void add(const AbstractCrs* crs) { alive.insert(crs); }
+    void remove(const AbstractCrs* crs) { alive.erase(crs); }
+    std::size_t count() const { return alive.size(); }
+    bool contains(const AbstractCrs* crs) const { return alive.count(crs) != 0; }
+    void releaseAll() {
+        while (!alive.empty()) delete *alive.begin();
+    }
+
+private:
+    std::set<const AbstractCrs*> alive;
+};
+
+// A CRS of any codes, bound to nothing; codes below 10000 that begin with 4 are geographic, as in EPSG.
+class FakeCrs : public AbstractCrs {
+public:
+    FakeCrs(CrsCreator const& crsCreator, CoordTransformer const& crsTransformer, unsigned int primary,
+            unsigned int secondary, LiveCrs* liveCrs = nullptr)
+        : AbstractCrs(crsCreator, crsTransformer), live(liveCrs) {
+        FakeCrs::setCode(primary, secondary, false);
+        FakeCrs::setDimFromCodes();
+        if (live != nullptr) live->add(this);
+    }
+    FakeCrs(FakeCrs const& other) : AbstractCrs(other), live(other.live) {
+        if (live != nullptr) live->add(this);
+    }
+    ~FakeCrs() override {
+        if (live != nullptr) live->remove(this);
+    }
+
+    AbstractCrs* copy() const override { return new FakeCrs(*this); }
+    double getUnitEquivalentInM() const override { return isGeographic() ? 111319.4907931134 : 1.0; }
+    bool isCartesian() const override { return !isGeographic(); }
+    bool isGeographic() const override { return primaryCode / 1000 == 4; }
+    using AbstractCrs::operator=;
+    FakeCrs& operator=(FakeCrs const& other) {
+        AbstractCrs::operator=(other);
+        return *this;
+    }
+    void setDimFromCodes() override {
+        primaryDim = primaryCode == 4979 ? 3 : 2;
+        compoundDim = secCompoundCode != 0 ? 1 : 0;
+    }
+    void setCode(unsigned int primary, unsigned int secondary, bool) override {
+        primaryCode = primary;
+        secCompoundCode = secondary;
+        if (primary != 0) identifier = "EPSG:" + std::to_string(primary);
+        if (primary != 0 && secondary != 0) identifier += "*EPSG:" + std::to_string(secondary);
+    }
+    void setEpsgStandardAxisOrder() override { axisOrderEastNorthOrLonLat = !isGeographic(); }
+    void setCustomProperties(unsigned int primary, unsigned int secondary, bool eastNorthOrLonLat, double primaryScale,
+                             double secCompoundScale) override {
+        setCode(primary, secondary, false);
+        axisOrderEastNorthOrLonLat = eastNorthOrLonLat;
+        primaryScaleFactor = primaryScale;
+        secCompoundScaleFactor = secCompoundScale;
+    }
+
+private:
+    LiveCrs* live;
+};
+
+// A creator with an empty pool that makes FakeCrs and offers everything. A test changes what it needs.
+class FakeCreator : public CrsCreator {
+public:
+    explicit FakeCreator(LiveCrs* liveCrs = nullptr) : live(liveCrs) {}
+
+    const AbstractCrs* getFromNameCache(const std::string&, bool) const override { return nullptr; }
+    const AbstractCrs* getFromCodeCache(const std::string&, bool) const override { return nullptr; }
+    AbstractCrs* createFromCode(unsigned int primary, unsigned int secondary, bool standardAxisOrder) const override {
+        auto* const crs = new FakeCrs(*this, transformer, primary, secondary, live);
+        if (standardAxisOrder) crs->setEpsgStandardAxisOrder();
+        return crs;
+    }
+    void init() override {}
+    AbstractCrs* createDefault() const override { return createFromCode(0, 1, false); }
+    AbstractCrs* createUnknown() const override { return createFromCode(0, 0, false); }
+
+protected:
+    bool isCrsAllowed(const AbstractCrs*) const override { return true; }
+
+    FakeTransformer transformer;
+    LiveCrs* live;
+};
+
+}  // namespace TestSupport

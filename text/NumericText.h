@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+
+namespace QSHelpers {
+
+// The only conversions between numbers and text. Free of shared state and of the locale.
+
+// Reads a text that is a number as a whole; T is unsigned int or double.
+//
+//   text     = lead body { " " }
+//   lead     = { " " } [ sign ] { " " }
+//   body     = digits and at most one separator [ ("E" | "e") [ sign ] digits ]
+//   sign     = "+" | "-",  separator = "." | ","
+//
+// `rejectNegative` refuses "-"; `integerOnly` refuses separator and exponent. ConversionError, with the text
+// in its message, for everything else and for digits or a double that do not fit.
+//
+// The value is sign * mantissa * pow(10, n), the mantissa being all the digits: 0.3 is 3 * pow(10, -1). For
+// unsigned int the power is first cut to an integer and the product to 32 bits: 1.5 is 0, and -5 wraps.
+template <typename T>
+T convertTextToNumeric(const std::string& text, bool rejectNegative, bool integerOnly);
+
+template <>
+unsigned int convertTextToNumeric<unsigned int>(const std::string& text, bool rejectNegative, bool integerOnly);
+template <>
+double convertTextToNumeric<double>(const std::string& text, bool rejectNegative, bool integerOnly);
+
+// Decimal, without padding or grouping.
+std::string convertNumericToText(unsigned int value);
+std::string convertNumericToText(int value);
+
+// `precision` digits after the point, with exponent when `scientific`. A negative precision writes as many
+// digits as matter: 15 significant ones without exponent, or 16 with it. Positive infinity gives one NUL
+// character. UnexpectedException or, for a negative precision with exponent, ConversionError when the text
+// would need 500 characters or more.
+std::string convertNumericToText(double value, int precision, bool scientific);
+
+enum TrimMode { TRIM_LEFT = 0, TRIM_RIGHT = 1, TRIM_BOTH = 2 };
+
+// Without the carriage returns, line feeds, tabs and blanks at the chosen ends.
+std::string trimWhitespace(const std::string& text, TrimMode mode);
+
+}  // namespace QSHelpers
