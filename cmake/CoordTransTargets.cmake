@@ -66,7 +66,8 @@ function(coordtrans_add_library)
 endfunction()
 
 # coordtrans_add_test_program(NAME [INTERNAL] SOURCES...): one GoogleTest program, each of its tests a ctest
-# test in a process of its own. INTERNAL programs reach internal headers; the others use the built library.
+# test in a process of its own; with COORDTRANS_TESTS_BY_PROGRAM the program is one ctest test, which spares the
+# sanitizers thousands of starts. INTERNAL programs reach internal headers; the others use the built library.
 function(coordtrans_add_test_program name)
   if(NOT COORDTRANS_BUILD_TESTS)
     return()
@@ -88,12 +89,14 @@ function(coordtrans_add_test_program name)
   else()
     target_link_libraries(${name} PRIVATE CoordinateTransformation)
   endif()
-  include(GoogleTest)
-  gtest_discover_tests(
-    ${name}
-    DISCOVERY_TIMEOUT 60
-    PROPERTIES TIMEOUT 120 ENVIRONMENT
-               "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/leaks.supp:print_suppressions=0")
+  set(environment "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/leaks.supp:print_suppressions=0")
+  if(COORDTRANS_TESTS_BY_PROGRAM)
+    add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
+    set_tests_properties(${name} PROPERTIES TIMEOUT 600 ENVIRONMENT "${environment}")
+  else()
+    include(GoogleTest)
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120 ENVIRONMENT "${environment}")
+  endif()
   foreach(source IN LISTS arg_UNPARSED_ARGUMENTS)
     file(REAL_PATH ${source} path BASE_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR})
     set_property(GLOBAL APPEND PROPERTY COORDTRANS_TEST_SOURCES ${path})

@@ -17,8 +17,8 @@ check_format() {
     { sources '*.h' && sources '*.cpp'; } | xargs clang-format --dry-run -Werror
 }
 
-# includes FOLDER PATTERN: the lines by which sources of the folder, tests aside, include what matches.
-includes() { grep -rnE --include='*.h' --include='*.cpp' --exclude='*_test.cpp' "#include \"($2)/" "$1" || true; }
+# includes FOLDER PATTERN: the lines by which sources of the folder, tests and their fixtures aside, include what matches.
+includes() { grep -rnE --include='*.h' --include='*.cpp' --exclude='*_test.cpp' --exclude='*Fixture.h' --exclude='Test*.h' --exclude=PooledCreator.h "#include \"($2)/" "$1" || true; }
 
 # A folder includes internal headers only of itself and of the folders to its left.
 check_layers() {

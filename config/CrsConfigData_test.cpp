@@ -280,14 +280,13 @@ TEST(UpperCaseInTheClassicLocaleTest, TouchesLettersOfAsciiOnly) {
 }
 
 struct Pair {
+    const char* behaviour;
     CrsConfigData first;
     CrsConfigData second;
     bool same;
 };
 
-void PrintTo(const Pair& pair, std::ostream* stream) {
-    *stream << pair.first.getAliasOrIdentifier() << " and " << pair.second.getAliasOrIdentifier();
-}
+void PrintTo(const Pair& pair, std::ostream* stream) { *stream << pair.behaviour; }
 
 class SameIdentifierAndAliasTest : public testing::TestWithParam<Pair> {};
 
@@ -298,16 +297,18 @@ TEST_P(SameIdentifierAndAliasTest, RequiresBothToBeEqual) {
 
 INSTANTIATE_TEST_SUITE_P(
     Pairs, SameIdentifierAndAliasTest,
-    testing::Values(Pair{CrsConfigData("EPSG:4326"), givenEntry("<CRS numberOfDecimalPlaces='3'>4326</CRS>"), true},
-                    Pair{CrsConfigData("EPSG:4326"),
+    testing::Values(Pair{"other decimal places", CrsConfigData("EPSG:4326"),
+                         givenEntry("<CRS numberOfDecimalPlaces='3'>4326</CRS>"), true},
+                    Pair{"other axis order and suppression", CrsConfigData("EPSG:4326"),
                          givenEntry("<CRS axisOrder='EN' suppressDuplicatCoordinates='1'>4326</CRS>"), true},
-                    Pair{CrsConfigData("A", "4326"), CrsConfigData("A", "EPSG:4326"), true},
-                    Pair{CrsConfigData("A", "4326"), CrsConfigData("B", "4326"), false},
-                    Pair{CrsConfigData("A", "4326"), CrsConfigData("a", "4326"), false},
-                    Pair{CrsConfigData("A", "4326"), CrsConfigData("A", "4258"), false},
-                    Pair{CrsConfigData("A", "4326"), CrsConfigData("EPSG:4326"), false},
-                    Pair{CrsConfigData("EPSG:4326"), CrsConfigData("epsg:4326"), false},
-                    Pair{CrsConfigData("EPSG:4326"), CrsConfigData("EPSG:4258"), false}));
+                    Pair{"mapping written otherwise", CrsConfigData("A", "4326"), CrsConfigData("A", "EPSG:4326"),
+                         true},
+                    Pair{"other alias", CrsConfigData("A", "4326"), CrsConfigData("B", "4326"), false},
+                    Pair{"alias in other case", CrsConfigData("A", "4326"), CrsConfigData("a", "4326"), false},
+                    Pair{"other code under the alias", CrsConfigData("A", "4326"), CrsConfigData("A", "4258"), false},
+                    Pair{"with and without alias", CrsConfigData("A", "4326"), CrsConfigData("EPSG:4326"), false},
+                    Pair{"identifier in other case", CrsConfigData("EPSG:4326"), CrsConfigData("epsg:4326"), false},
+                    Pair{"other code", CrsConfigData("EPSG:4326"), CrsConfigData("EPSG:4258"), false}));
 
 class EntryAsValueTest : public testing::Test {
 protected:

@@ -11,8 +11,8 @@
 
 #include "CoordinateTransformation/Misconfigured.h"
 #include "QSHelpers/FileNotFoundException.h"
-#include "creation/TemporaryDirectory.h"
 #include "tests/support/GroupingLocale.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace CoordinateTransformation {
 namespace {
@@ -35,10 +35,10 @@ protected:
     AxisOrderTableTest() { axisOrderTable.clear(); }
     ~AxisOrderTableTest() override { axisOrderTable.clear(); }
 
-    void load(const std::string& text) { loadAxisOrderTable(directory.givenFile("epsg-axisorder.csv", text)); }
+    void load(const std::string& text) { loadAxisOrderTable(directory.write("epsg-axisorder.csv", text)); }
     void expectFailure(const std::string& text, int line, const std::string& fault) {
         SCOPED_TRACE(text.substr(0, 60));
-        const std::string path = directory.givenFile("epsg-axisorder.csv", text);
+        const std::string path = directory.write("epsg-axisorder.csv", text);
         expectMisconfigured(path, "Error in AxisOrder configuration file \"" + path + "\", line " +
                                       std::to_string(line) + ": " + fault);
     }
@@ -52,7 +52,7 @@ protected:
         }
     }
 
-    TemporaryDirectory directory;
+    TestSupport::TemporaryDirectory directory;
 };
 
 TEST_F(AxisOrderTableTest, LoadsEveryLine) {
@@ -230,15 +230,15 @@ TEST_F(AxisOrderTableTest, ReadsAFileThatYieldedNothingAgain) {
 TEST_F(AxisOrderTableTest, DoesNotTouchTheFileAfterASuccessfulLoad) {
     load("4326;ne\n");
     load("not read\n");
-    std::filesystem::remove(directory.path("epsg-axisorder.csv"));
-    loadAxisOrderTable(directory.path("epsg-axisorder.csv"));
+    std::filesystem::remove(directory.file("epsg-axisorder.csv"));
+    loadAxisOrderTable(directory.file("epsg-axisorder.csv"));
     EXPECT_THAT(axisOrderTable, ElementsAre(Pair(4326, NORTH_EAST)));
 }
 
 TEST_F(AxisOrderTableTest, KeepsTheRowsBeforeAFailureInForce) {
     expectFailure("4326;ne\n31467;ne\nabc;en\n3857;en\n", 4, wrongCode("abc"));
     load("25832;en\n");
-    loadAxisOrderTable(directory.path("missing"));
+    loadAxisOrderTable(directory.file("missing"));
     EXPECT_THAT(axisOrderTable, ElementsAre(Pair(4326, NORTH_EAST), Pair(31467, NORTH_EAST)));
 }
 
@@ -250,7 +250,7 @@ TEST_F(AxisOrderTableTest, RepeatsAFailureThatLeftNothing) {
 }
 
 TEST_F(AxisOrderTableTest, ReportsAFileThatCannotBeOpened) {
-    const std::string path = directory.path("missing");
+    const std::string path = directory.file("missing");
     expectMisconfigured(path, "Unable to open AxisOrder file \"" + path + "\"");
     expectMisconfigured("", "Unable to open AxisOrder file \"\"");
 }
@@ -262,8 +262,8 @@ TEST_F(AxisOrderTableTest, ClosesTheFileOnEveryPath) {
         close(descriptor);
         return descriptor;
     };
-    const std::string bad = directory.givenFile("bad", "abc;en\n");
-    const std::string good = directory.givenFile("good", "4326;ne\n");
+    const std::string bad = directory.write("bad", "abc;en\n");
+    const std::string good = directory.write("good", "4326;ne\n");
     const int before = lowestFree();
     ASSERT_GE(before, 0);
     EXPECT_THROW(loadAxisOrderTable(bad), Misconfigured);
@@ -284,38 +284,38 @@ protected:
         }
     }
 
-    TemporaryDirectory directory;
+    TestSupport::TemporaryDirectory directory;
 };
 
 TEST_F(RequireRegularFileTest, AcceptsAFileAndALinkToOne) {
-    const std::string file = directory.givenFile("file", "");
+    const std::string file = directory.write("file", "");
     EXPECT_NO_THROW(requireRegularFile(file));
-    EXPECT_NO_THROW(requireRegularFile(directory.givenSymlink("link", file)));
-    EXPECT_NO_THROW(requireRegularFile(directory.givenFile("\xC3\xA9 file", "x")));
+    EXPECT_NO_THROW(requireRegularFile(directory.makeSymlink("link", file)));
+    EXPECT_NO_THROW(requireRegularFile(directory.write("\xC3\xA9 file", "x")));
 }
 
 TEST_F(RequireRegularFileTest, RefusesWhatIsMissing) {
-    expectNotFound(directory.path("missing"));
-    expectNotFound(directory.path("missing/file"));
-    expectNotFound(directory.givenFile("file", "") + "/below");
-    expectNotFound(directory.givenSymlink("dangling", directory.path("missing")));
+    expectNotFound(directory.file("missing"));
+    expectNotFound(directory.file("missing/file"));
+    expectNotFound(directory.write("file", "") + "/below");
+    expectNotFound(directory.makeSymlink("dangling", directory.file("missing")));
     expectNotFound("");
 }
 
 TEST_F(RequireRegularFileTest, RefusesWhatIsNoRegularFile) {
-    const std::string fifo = directory.path("fifo");
+    const std::string fifo = directory.file("fifo");
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     expectNotFound(fifo);
-    expectNotFound(directory.path());
-    expectNotFound(directory.givenDirectory("directory"));
-    expectNotFound(directory.givenSymlink("link", directory.path("directory")));
+    expectNotFound(directory.name());
+    expectNotFound(directory.makeDirectory("directory"));
+    expectNotFound(directory.makeSymlink("link", directory.file("directory")));
     expectNotFound("/dev/null");
 }
 
 TEST_F(RequireRegularFileTest, LetsFailuresOfTheQueryPass) {
-    const std::string loop = directory.givenSymlink("loop", directory.path("loop"));
+    const std::string loop = directory.makeSymlink("loop", directory.file("loop"));
     EXPECT_THROW(requireRegularFile(loop), boost::filesystem::filesystem_error);
-    EXPECT_THROW(requireRegularFile(directory.path(std::string(5000, 'x'))), boost::filesystem::filesystem_error);
+    EXPECT_THROW(requireRegularFile(directory.file(std::string(5000, 'x'))), boost::filesystem::filesystem_error);
 }
 
 }  // namespace

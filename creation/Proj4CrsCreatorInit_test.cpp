@@ -11,7 +11,7 @@
 #include "CoordinateTransformation/Misconfigured.h"
 #include "CoordinateTransformation/Proj4CrsCreator.h"
 #include "creation/FreshProj4Settings.h"
-#include "creation/TemporaryDirectory.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace CoordinateTransformation {
 namespace {
@@ -32,16 +32,16 @@ protected:
     // A directory that serves: its files know `code` alone, in east-north order.
     std::string givenDirectoryFor(unsigned int code) {
         const std::string name = std::to_string(code);
-        temporary.givenDirectory(name);
-        temporary.givenFile(name + "/epsg", "<" + name + "> +proj=longlat +datum=WGS84 +no_defs <>\n");
-        temporary.givenFile(name + "/epsg-axisorder.csv", name + ";en\n");
-        return temporary.path(name);
+        temporary.makeDirectory(name);
+        temporary.write(name + "/epsg", "<" + name + "> +proj=longlat +datum=WGS84 +no_defs <>\n");
+        temporary.write(name + "/epsg-axisorder.csv", name + ";en\n");
+        return temporary.file(name);
     }
     std::string givenDirectoryOf(const std::string& epsg, const std::string& axisOrders) {
-        temporary.givenDirectory("proj");
-        temporary.givenFile("proj/epsg", epsg);
-        temporary.givenFile("proj/epsg-axisorder.csv", axisOrders);
-        return temporary.path("proj");
+        temporary.makeDirectory("proj");
+        temporary.write("proj/epsg", epsg);
+        temporary.write("proj/epsg-axisorder.csv", axisOrders);
+        return temporary.file("proj");
     }
 
     static void init(const std::string& property) {
@@ -87,7 +87,7 @@ protected:
     static std::string fileNotFound(const std::string& path) { return "File \"" + path + "\" not found!\""; }
 
     FreshProj4Settings settings;
-    TemporaryDirectory temporary;
+    TestSupport::TemporaryDirectory temporary;
 };
 
 TEST_F(Proj4CrsCreatorInitTest, DoesNothingUntilItIsCalled) {
@@ -107,7 +107,7 @@ TEST_F(Proj4CrsCreatorInitTest, TakesThePropertyBeforeTheEnvironment) {
 
 TEST_F(Proj4CrsCreatorInitTest, DoesNotFallBackFromAPropertyThatDoesNotServe) {
     FreshProj4Settings::givenEnvironment(givenDirectoryFor(newCode()));
-    expectMisconfiguredBy(temporary.path("missing"), directoryNotFound(temporary.path("missing")));
+    expectMisconfiguredBy(temporary.file("missing"), directoryNotFound(temporary.file("missing")));
 }
 
 TEST_F(Proj4CrsCreatorInitTest, TakesTheEnvironmentWithoutAProperty) {
@@ -125,8 +125,8 @@ TEST_F(Proj4CrsCreatorInitTest, TakesTheEnvironmentForAnEmptyProperty) {
 }
 
 TEST_F(Proj4CrsCreatorInitTest, DoesNotFallBackFromAnEnvironmentThatDoesNotServe) {
-    FreshProj4Settings::givenEnvironment(temporary.path("missing"));
-    expectMisconfigured(initWithoutProperty, directoryNotFound(temporary.path("missing")));
+    FreshProj4Settings::givenEnvironment(temporary.file("missing"));
+    expectMisconfigured(initWithoutProperty, directoryNotFound(temporary.file("missing")));
 }
 
 TEST_F(Proj4CrsCreatorInitTest, TakesTheBuiltInDirectoryWithoutBoth) {
@@ -138,41 +138,41 @@ TEST_F(Proj4CrsCreatorInitTest, TakesTheBuiltInDirectoryWithoutBoth) {
 }
 
 TEST_F(Proj4CrsCreatorInitTest, ReportsWhatIsNoDirectory) {
-    const std::string file = temporary.givenFile("file", "");
-    const std::string dangling = temporary.givenSymlink("dangling", temporary.path("missing"));
-    for (const std::string& property : {temporary.path("missing"), file, file + "/below", dangling, std::string(" ")})
+    const std::string file = temporary.write("file", "");
+    const std::string dangling = temporary.makeSymlink("dangling", temporary.file("missing"));
+    for (const std::string& property : {temporary.file("missing"), file, file + "/below", dangling, std::string(" ")})
         expectMisconfiguredBy(property, directoryNotFound(property));
 }
 
 TEST_F(Proj4CrsCreatorInitTest, AcceptsALinkToADirectory) {
     const unsigned int code = newCode();
-    init(temporary.givenSymlink("link", givenDirectoryFor(code)));
+    init(temporary.makeSymlink("link", givenDirectoryFor(code)));
     expectSettledFor(code);
 }
 
 TEST_F(Proj4CrsCreatorInitTest, AcceptsADirectoryWithBlanksAndOtherLetters) {
     const unsigned int code = newCode();
-    const std::string odd = temporary.path("proj \xC3\xA9;*");
+    const std::string odd = temporary.file("proj \xC3\xA9;*");
     std::filesystem::rename(givenDirectoryFor(code), odd);
     init(odd);
     expectSettledFor(code);
 }
 
 TEST_F(Proj4CrsCreatorInitTest, ReportsAMissingInitFileFirst) {
-    const std::string directory = temporary.givenDirectory("proj");
+    const std::string directory = temporary.makeDirectory("proj");
     expectMisconfiguredBy(directory, fileNotFound(directory + "/epsg"));
-    temporary.givenFile("proj/epsg-axisorder.csv", "4326;ne\n");
+    temporary.write("proj/epsg-axisorder.csv", "4326;ne\n");
     expectMisconfiguredBy(directory, fileNotFound(directory + "/epsg"));
-    temporary.givenDirectory("proj/epsg");
+    temporary.makeDirectory("proj/epsg");
     expectMisconfiguredBy(directory, fileNotFound(directory + "/epsg"));
     EXPECT_THAT(axisOrderTable, IsEmpty());
 }
 
 TEST_F(Proj4CrsCreatorInitTest, ReportsAMissingAxisOrderFile) {
-    const std::string directory = temporary.givenDirectory("proj");
-    temporary.givenFile("proj/epsg", "");
+    const std::string directory = temporary.makeDirectory("proj");
+    temporary.write("proj/epsg", "");
     expectMisconfiguredBy(directory, fileNotFound(directory + "/epsg-axisorder.csv"));
-    temporary.givenDirectory("proj/epsg-axisorder.csv");
+    temporary.makeDirectory("proj/epsg-axisorder.csv");
     expectMisconfiguredBy(directory, fileNotFound(directory + "/epsg-axisorder.csv"));
 }
 
@@ -194,17 +194,17 @@ TEST_F(Proj4CrsCreatorInitTest, GoesOnWithThePartialTableOfAMalformedAxisOrderFi
 }
 
 TEST_F(Proj4CrsCreatorInitTest, LetsFailuresOfTheFileSystemPass) {
-    const std::string loop = temporary.givenSymlink("loop", temporary.path("loop"));
+    const std::string loop = temporary.makeSymlink("loop", temporary.file("loop"));
     EXPECT_THROW(init(loop), boost::filesystem::filesystem_error);
-    temporary.givenDirectory("proj");
-    temporary.givenSymlink("proj/epsg", loop);
-    EXPECT_THROW(init(temporary.path("proj")), boost::filesystem::filesystem_error);
+    temporary.makeDirectory("proj");
+    temporary.makeSymlink("proj/epsg", loop);
+    EXPECT_THROW(init(temporary.file("proj")), boost::filesystem::filesystem_error);
     EXPECT_FALSE(searchPathSet);
 }
 
 TEST_F(Proj4CrsCreatorInitTest, RepeatsItsChecksAfterAFailure) {
     const unsigned int code = newCode();
-    const std::string directory = temporary.path(std::to_string(code));
+    const std::string directory = temporary.file(std::to_string(code));
     expectMisconfiguredBy(directory, directoryNotFound(directory));
     expectMisconfiguredBy(directory, directoryNotFound(directory));
     givenDirectoryFor(code);
@@ -214,7 +214,7 @@ TEST_F(Proj4CrsCreatorInitTest, RepeatsItsChecksAfterAFailure) {
 
 TEST_F(Proj4CrsCreatorInitTest, ResolvesTheDirectoryAnewAfterAFailure) {
     const unsigned int code = newCode();
-    expectMisconfiguredBy(temporary.path("missing"), directoryNotFound(temporary.path("missing")));
+    expectMisconfiguredBy(temporary.file("missing"), directoryNotFound(temporary.file("missing")));
     init(givenDirectoryFor(code));
     expectSettledFor(code);
 }
@@ -234,7 +234,7 @@ TEST_F(Proj4CrsCreatorInitTest, ChecksNothingOnceTheDirectoryIsSettled) {
     init(directory);
     std::filesystem::remove_all(directory);
     EXPECT_NO_THROW(init(directory));
-    EXPECT_NO_THROW(init(temporary.path("missing")));
+    EXPECT_NO_THROW(init(temporary.file("missing")));
     EXPECT_NO_THROW(initWithoutProperty());
     EXPECT_TRUE(searchPathSet);
     EXPECT_THAT(axisOrderTable, ElementsAre(Pair(code, true)));

@@ -8,8 +8,9 @@
 #include "creation/AxisOrderTable.h"
 #include "proj/Proj4Locks.h"
 #include "proj/Proj4Transformer.h"
-#include "proj/classic/TestFiles.h"
+#include "proj/classic/TestSearchPath.h"
 #include "tests/support/FakeCrs.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace TestSupport {
 

@@ -5,8 +5,9 @@
 
 #include "proj/classic/ClassicProj.h"
 #include "proj/classic/TestCrs.h"
-#include "proj/classic/TestFiles.h"
+#include "proj/classic/TestSearchPath.h"
 #include "tests/support/GroupingLocale.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace ClassicProj {
 namespace {
@@ -133,6 +134,7 @@ INSTANTIATE_TEST_SUITE_P(
                     std::pair("+datum=potsdam", "+ellps=bessel +nadgrids=@BETA2007.gsb"),
                     std::pair("+ellps=WGS84 +nadgrids=@null", "+datum=WGS84"),
                     std::pair("+ellps=bessel +nadgrids=@null", "+datum=WGS84"),
+                    std::pair("+a=6378137 +b=6378137 +nadgrids=@null", "+datum=WGS84"),
                     std::pair("+ellps=bessel +nadgrids=@missing.gsb", "+datum=WGS84"),
                     std::pair("+datum=NAD27", "+datum=WGS84")));
 
@@ -219,6 +221,10 @@ TEST_F(GridFileTest, IsAnErrorWhenItIsMissing) {
     EXPECT_NE(error("+proj=longlat +ellps=bessel +nadgrids=missing.gsb", HERE), 0);
     EXPECT_NE(error("+proj=longlat +ellps=bessel +nadgrids=missing.gsb,BETA2007.gsb", HERE), 0);
     EXPECT_EQ(error("+proj=longlat +ellps=bessel +nadgrids=@missing.gsb", HERE), 0);
+}
+
+TEST_F(GridFileTest, MayNameTheNullGridAmongHeights) {
+    expectNear(moved(WORLD + " +geoidgrids=@null", WORLD, HERE), HERE, ANGLE_TOLERANCE);
 }
 
 TEST_F(GridFileTest, IsAnErrorWhenItIsNoGrid) {

@@ -4,7 +4,7 @@
 
 #include "proj/classic/ClassicProj.h"
 #include "proj/classic/TestCrs.h"
-#include "proj/classic/TestFiles.h"
+#include "proj/classic/TestSearchPath.h"
 
 namespace ClassicProj {
 namespace {

@@ -7,7 +7,8 @@
 
 #include "proj/classic/Definition.h"
 #include "proj/classic/TestCrs.h"
-#include "proj/classic/TestFiles.h"
+#include "proj/classic/TestSearchPath.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace ClassicProj {
 namespace {
@@ -117,6 +118,17 @@ TEST(ErrorTextTest, StaysAfterOthersWereAsked) {
     const std::string copy = text;
     for (int error = 1; error <= 5000; ++error) pj_strerrno(error);
     EXPECT_EQ(text, copy);
+}
+
+TEST(ErrorTextTest, IsTheSameForEveryThread) {
+    std::vector<std::vector<const char*>> texts(4);
+    std::vector<std::thread> threads;
+    for (std::vector<const char*>& own : texts)
+        threads.emplace_back([&own] {
+            for (int error = 6000; error < 6200; ++error) own.push_back(pj_strerrno(error));
+        });
+    for (std::thread& thread : threads) thread.join();
+    for (const std::vector<const char*>& own : texts) EXPECT_EQ(own, texts.front());
 }
 
 TEST(ErrorTextTest, IsNullWithoutAnError) { EXPECT_EQ(pj_strerrno(0), nullptr); }

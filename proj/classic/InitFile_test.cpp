@@ -8,7 +8,7 @@
 #include <sys/stat.h>
 
 #include "proj/classic/ParameterList.h"
-#include "proj/classic/TestFiles.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace ClassicProj {
 namespace {

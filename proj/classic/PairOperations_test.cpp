@@ -7,8 +7,8 @@
 #include <limits>
 
 #include "proj/classic/SearchPath.h"
-#include "proj/classic/TestFiles.h"
 #include "proj/classic/TestGeodesy.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace ClassicProj {
 namespace {

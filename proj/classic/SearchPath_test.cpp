@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "proj/classic/ProjectionPtr.h"
-#include "proj/classic/TestFiles.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace ClassicProj {
 namespace {

@@ -44,10 +44,10 @@ constexpr Figure CLARKE_1880_IGN{6378249.2, (6378249.2 - 6356515.0) / 6378249.2}
 constexpr Figure CLARKE_1866{6378206.4, (6378206.4 - 6356583.8) / 6378206.4};
 constexpr Figure INTERNATIONAL{6378388.0, 1 / 297.0};
 
-// By the minor axis of Ordnance Survey Ireland, 2 mm less than the flattening of the dataset gives.
+// By the minor axis that PROJ lists, 2 mm less than the flattening of the dataset gives.
 constexpr Figure AIRY_MODIFIED{6377340.189, (6377340.189 - 6356034.446) / 6377340.189};
 
-// Geodetic to geocentric (IOGP 373-7-2, section 4.1.1).
+// Geodetic to geocentric (IOGP 373-7-2).
 inline Point geocentric(const Figure& figure, const Point& geodetic) {
     const double sine = std::sin(geodetic.y * RADIANS);
     const double cosine = std::cos(geodetic.y * RADIANS);
@@ -60,7 +60,7 @@ inline Point geocentric(const Figure& figure, const Point& geodetic) {
 // Translations in metres, rotations in arc-seconds, scale in parts per million.
 using Shift = std::array<double, 7>;
 
-// Position vector transformation, rotations as small angles (IOGP 373-7-2, section 4.3.3).
+// Position vector transformation, rotations as small angles (IOGP 373-7-2).
 inline Point shifted(const Shift& shift, const Point& point) {
     const double second = RADIANS / 3600;
     const double rx = shift[3] * second;

@@ -49,22 +49,13 @@ protected:
     const Crs handle = server.request(GetParam().name);
 };
 
-TEST_P(AcceptedNameTest, NamesItsCodes) {
+TEST_P(AcceptedNameTest, IsUnderstood) {
     EXPECT_EQ(handle->getPrimaryCode(), GetParam().primary);
     EXPECT_EQ(handle->getSecCompoundCode(), GetParam().secondary);
-}
-
-TEST_P(AcceptedNameTest, GivesDimensionAndAxisOrder) {
     EXPECT_EQ(handle->getDim(), GetParam().dim);
     EXPECT_EQ(handle->isAxisOrderEastNorthOrLonLat(), GetParam().order == EAST_NORTH);
-}
-
-TEST_P(AcceptedNameTest, GivesVersionAndAlias) {
     EXPECT_EQ(handle->getEpsgVersion(), GetParam().version);
     EXPECT_EQ(handle->getAlias(), GetParam().alias);
-}
-
-TEST_P(AcceptedNameTest, GivesUnitScaleFactors) {
     EXPECT_EQ(handle->getPrimaryScaleFactor(), 1.0);
     EXPECT_EQ(handle->getCompoundScaleFactor(), 1.0);
 }

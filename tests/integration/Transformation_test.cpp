@@ -251,7 +251,9 @@ struct OutOfReach {
     const char* target;
 };
 
-void PrintTo(const OutOfReach& point, std::ostream* stream) { *stream << point.source << " to " << point.target; }
+void PrintTo(const OutOfReach& point, std::ostream* stream) {
+    *stream << point.source << " at " << point.point.x << " " << point.point.y << " to " << point.target;
+}
 
 class PointOutOfReachTest : public testing::TestWithParam<OutOfReach> {
 protected:

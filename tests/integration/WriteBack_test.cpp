@@ -30,12 +30,15 @@ Writer inFormat(unsigned int format, const std::string& version) {
 }
 
 struct Written {
+    const char* behaviour;
     const char* requested;
     Writer write;
     const char* text;
 };
 
-void PrintTo(const Written& written, std::ostream* stream) { *stream << written.requested << " as " << written.text; }
+void PrintTo(const Written& written, std::ostream* stream) {
+    *stream << written.behaviour << " of " << written.requested;
+}
 
 class WriteBackTest : public testing::TestWithParam<Written> {
 protected:
@@ -56,32 +59,38 @@ TEST_P(WriteBackTest, ReadsTheFormAgain) {
 
 INSTANTIATE_TEST_SUITE_P(
     Simple, WriteBackTest,
-    testing::Values(Written{"urn:ogc:def:crs:EPSG::4326", identifier, "EPSG:4326"},
-                    Written{"EPSG:4326", urn, "urn:ogc:def:crs:EPSG::4326"},
-                    Written{"urn:ogc:def:crs:EPSG:7.9:25832", urn, "urn:ogc:def:crs:EPSG:7.9:25832"},
-                    Written{"EPSG:25832", withOptions({"6.12", "", 0}), "urn:ogc:def:crs:EPSG:6.12:25832"},
-                    Written{"EPSG:25832", withOptions({"", "", 2}), "http://www.opengis.net/def/crs/EPSG/0/25832"},
-                    Written{"EPSG:3857", withOptions({"8.5", "", 2}), "http://www.opengis.net/def/crs/EPSG/8.5/3857"},
-                    Written{"4979", withOptions({"", "EPSG:", 2}), "EPSG:4979"},
-                    Written{"31467", withOptions({"", "urn:EPSG:geographicCRS:", 0}), "urn:EPSG:geographicCRS:31467"},
-                    Written{"EPSG:4326", inFormat(0, ""), "urn:ogc:def:crs:EPSG::4326"},
-                    Written{"EPSG:4326", inFormat(1, ""), "http://www.opengis.net/gml/srs/epsg.xml#4326"},
-                    Written{"EPSG:4326", inFormat(2, "6.12"), "http://www.opengis.net/def/crs/EPSG/6.12/4326"},
-                    Written{"EPSG:4326", inFormat(3, "6.12"), "EPSG:4326"},
-                    Written{"CRS:84", identifierOrAlias, "CRS:84"}, Written{"UTM32-NE", urnOrAlias, "UTM32-NE"},
-                    Written{"epsg.xml#25832", urnOrAlias, "epsg.xml#25832"}));
+    testing::Values(
+        Written{"identifier", "urn:ogc:def:crs:EPSG::4326", identifier, "EPSG:4326"},
+        Written{"URN", "EPSG:4326", urn, "urn:ogc:def:crs:EPSG::4326"},
+        Written{"URN with its version", "urn:ogc:def:crs:EPSG:7.9:25832", urn, "urn:ogc:def:crs:EPSG:7.9:25832"},
+        Written{"URN with another version", "EPSG:25832", withOptions({"6.12", "", 0}),
+                "urn:ogc:def:crs:EPSG:6.12:25832"},
+        Written{"URL", "EPSG:25832", withOptions({"", "", 2}), "http://www.opengis.net/def/crs/EPSG/0/25832"},
+        Written{"URL with another version", "EPSG:3857", withOptions({"8.5", "", 2}),
+                "http://www.opengis.net/def/crs/EPSG/8.5/3857"},
+        Written{"prefixed code", "4979", withOptions({"", "EPSG:", 2}), "EPSG:4979"},
+        Written{"WFS 1.1 URN", "31467", withOptions({"", "urn:EPSG:geographicCRS:", 0}),
+                "urn:EPSG:geographicCRS:31467"},
+        Written{"format 0", "EPSG:4326", inFormat(0, ""), "urn:ogc:def:crs:EPSG::4326"},
+        Written{"format 1", "EPSG:4326", inFormat(1, ""), "http://www.opengis.net/gml/srs/epsg.xml#4326"},
+        Written{"format 2", "EPSG:4326", inFormat(2, "6.12"), "http://www.opengis.net/def/crs/EPSG/6.12/4326"},
+        Written{"format 3", "EPSG:4326", inFormat(3, "6.12"), "EPSG:4326"},
+        Written{"alias as identifier", "CRS:84", identifierOrAlias, "CRS:84"},
+        Written{"alias as URN", "UTM32-NE", urnOrAlias, "UTM32-NE"},
+        Written{"reference as URN", "epsg.xml#25832", urnOrAlias, "epsg.xml#25832"}));
 
 INSTANTIATE_TEST_SUITE_P(Compound, WriteBackTest,
-                         testing::Values(Written{"27700*5701", identifier, "EPSG:27700*EPSG:5701"},
-                                         Written{"31467*5783", urn, "urn:ogc:def:crs,crs:EPSG::31467,crs:EPSG::5783"},
-                                         Written{"31467*5783", withOptions({"8.5", "", 1}),
+                         testing::Values(Written{"identifier", "27700*5701", identifier, "EPSG:27700*EPSG:5701"},
+                                         Written{"URN", "31467*5783", urn,
+                                                 "urn:ogc:def:crs,crs:EPSG::31467,crs:EPSG::5783"},
+                                         Written{"URN with another version", "31467*5783", withOptions({"8.5", "", 1}),
                                                  "urn:ogc:def:crs,crs:EPSG:8.5:31467,crs:EPSG:8.5:5783"},
-                                         Written{"27700*5701", withOptions({"", "", 2}),
+                                         Written{"URL", "27700*5701", withOptions({"", "", 2}),
                                                  "http://www.opengis.net/def/crs,crs/EPSG/0/27700,crs/EPSG/0/5701"},
-                                         Written{"27700*5701", inFormat(2, "8.5"),
+                                         Written{"format 2", "27700*5701", inFormat(2, "8.5"),
                                                  "http://www.opengis.net/def/crs,crs/EPSG/8.5/27700,crs/EPSG/8.5/5701"},
-                                         Written{"27700*5701", inFormat(3, ""), "EPSG:27700*EPSG:5701"},
-                                         Written{"UTM32-DHHN92", urnOrAlias, "UTM32-DHHN92"}));
+                                         Written{"format 3", "27700*5701", inFormat(3, ""), "EPSG:27700*EPSG:5701"},
+                                         Written{"alias as URN", "UTM32-DHHN92", urnOrAlias, "UTM32-DHHN92"}));
 
 // Read once, the version of a compound stands in it twice, joined; written again, in each of its components.
 TEST(CompoundVersionTest, GrowsWhenItIsReadAgain) {
