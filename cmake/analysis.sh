@@ -60,7 +60,7 @@ check_windows_branch() {
 check_tidy() {
     say "clang-tidy"
     find platform errors text crs proj creation config -name '*.cpp' ! -name '*_test.cpp' -print0 |
-        xargs -0 -n 1 -P "$(nproc)" clang-tidy -p build/release --quiet --warnings-as-errors='*' 2>build/tidy.log ||
+        xargs -0 -n 1 -P "$(nproc)" clang-tidy -p build/clang --quiet --warnings-as-errors='*' 2>build/tidy.log ||
         fail "clang-tidy found something; see above and build/tidy.log"
 }
 

@@ -51,8 +51,8 @@ CrsConfig* CrsConfig::createConfigFromId(const std::string& id) {
     if (id != PROJ4_SUBSYSTEM)
         throw Misconfigured("The coordinate transformation subsystem " + id + " is unknown and not available!");
     auto config = std::make_unique<CrsConfig>();
-    auto crsCreator = std::make_unique<Proj4CrsCreator>(*config);
-    config->injectCreator(crsCreator.release());
+    config->injectCreator(new Proj4CrsCreator(*config));
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): a new configuration takes the creator over.
     return config.release();
 }
 
@@ -101,7 +101,7 @@ void CrsConfig::registerAlias(const CrsConfigData& entry, const Crs& crs) {
 void CrsConfig::cacheByName(const AbstractCrs* crs, const std::vector<std::string>& names) {
     std::unique_ptr<const AbstractCrs> offered(crs);
     ownedByNameOnly.push_back(crs);
-    offered.release();
+    static_cast<void>(offered.release());
     if (insertNames(crs, names)) return;
     ownedByNameOnly.pop_back();
     delete crs;
@@ -121,7 +121,7 @@ void CrsConfig::cacheLongNameAndCode(const AbstractCrs* crs) {
     const std::string suffix = secondarySuffix(*crs, ",crs:EPSG::");
     bool taken = codeCache.emplace(codeKey(*crs), crs).second;
     if (!taken) ownedByNameOnly.push_back(crs);
-    offered.release();
+    static_cast<void>(offered.release());
     for (const NameWriter write : SHORT_NAMES) taken |= insertNames(crs, {write(*crs)});
     if (!taken) {
         ownedByNameOnly.pop_back();

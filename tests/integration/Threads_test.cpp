@@ -25,7 +25,7 @@ struct Request {
     const char* target;
 };
 
-// Configured and new names, with and without PROJ, with a datum shift, and one point out of reach.
+// Twenty pairs: configured and new names, with and without PROJ, with a datum shift, and one point out of reach.
 const Request REQUESTS[] = {
     {"urn:ogc:def:crs:EPSG::4326", 50.5, 7.25, 10, "EPSG:25832"},
     {"CRS:84", 7.25, 50.5, 10, "http://www.opengis.net/def/crs/EPSG/0/31467"},
@@ -35,6 +35,18 @@ const Request REQUESTS[] = {
     {"EPSG:3395", 812345.678, 6543210.987, 10, "urn:x-ogc:def:crs:EPSG:7.9:3857"},
     {"UTM32", 500000, 5761038.25, 10, "UTM32-NE"},
     {"urn:EPSG:geographicCRS:2154", 700000, 6600000, 10, "EPSG:3035*EPSG:5783"},
+    {"EPSG:2154", 651234.5, 6861234.5, 0, "CRS:84"},
+    {"EPSG:25833", 391234.25, 5819876.5, 34, "EPSG:31468"},
+    {"EPSG:21781", 600000, 200000, 550, "EPSG:2056"},
+    {"EPSG:2056", 2683141.2, 1247321.9, 408, "EPSG:4326"},
+    {"EPSG:28992", 121687.25, 487326.5, -2, "EPSG:25831"},
+    {"EPSG:31370", 150000.125, 170000.75, 60, "EPSG:3034"},
+    {"EPSG:3857", 1113194.9, 6446275.8, 0, "EPSG:4258"},
+    {"EPSG:4258", 48.2, 16.37, 171, "EPSG:31256"},
+    {"EPSG:27572", 600000, 2428000, 35, "EPSG:2154"},
+    {"EPSG:4979", 60.17, 24.94, 26, "EPSG:4936"},
+    {"EPSG:23030", 440000.5, 4474000.5, 650, "EPSG:25830"},
+    {"EPSG:29902", 315904.5, 234671.25, 12, "EPSG:2157"},
 };
 
 void append(Bits& bits, double value) {
