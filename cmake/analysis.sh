@@ -46,7 +46,7 @@ check_headers() {
     local header
     for header in $(sources '*.h'); do
         printf '#include "%s"\n' "${header#include/}" | g++ -std=c++17 -Wall -Wextra -Wpedantic -Wconversion -Wshadow \
-            -Werror -I. -Iinclude -x c++ -fsyntax-only - || fail "$header does not compile alone"
+            -Werror -I. -Iinclude -DCOORDTRANS_SOURCE_DIR='"."' -x c++ -fsyntax-only - || fail "$header does not compile alone"
     done
 }
 
