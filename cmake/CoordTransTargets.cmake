@@ -65,14 +65,15 @@ function(coordtrans_add_library)
     PRIVATE PROJ::proj Boost::filesystem Boost::system Threads::Threads)
 endfunction()
 
-# coordtrans_add_test_program(NAME [INTERNAL] SOURCES...): one GoogleTest program, each of its tests a ctest
+# coordtrans_add_test_program(NAME [INTERNAL|STATIC] SOURCES...): one GoogleTest program, each of its tests a ctest
 # test in a process of its own; with COORDTRANS_TESTS_BY_PROGRAM the program is one ctest test, which spares the
-# sanitizers thousands of starts. INTERNAL programs reach internal headers; the others use the built library.
+# sanitizers thousands of starts. INTERNAL programs reach internal headers; STATIC programs link the objects as a static library; the others use the
+# built library.
 function(coordtrans_add_test_program name)
   if(NOT COORDTRANS_BUILD_TESTS)
     return()
   endif()
-  cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNAL" "" "")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNAL;STATIC" "" "")
   find_package(GTest REQUIRED)
   add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE coordtrans_developer GTest::gmock GTest::gtest_main)
@@ -86,6 +87,12 @@ function(coordtrans_add_test_program name)
     target_compile_definitions(
       ${name} PRIVATE COORDTRANS_BUILDING $<$<NOT:$<BOOL:${BUILD_SHARED_LIBS}>>:COORDTRANS_STATIC>
                       $<$<BOOL:${COORDTRANS_RELEASE_URN_ORIGINAL}>:COORDTRANS_RELEASE_URN_ORIGINAL>)
+  elseif(arg_STATIC)
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/include)
+    target_compile_features(${name} PRIVATE cxx_std_17)
+    target_compile_definitions(${name} PRIVATE $<$<NOT:$<BOOL:${BUILD_SHARED_LIBS}>>:COORDTRANS_STATIC>)
+    coordtrans_optimise_across_sources(${name})
+    target_link_libraries(${name} PRIVATE coordtrans_static)
   else()
     target_link_libraries(${name} PRIVATE CoordinateTransformation)
   endif()

@@ -1,0 +1,22 @@
+// On the public headers and the static library alone, in a program that refers to little of it.
+
+#include <gtest/gtest.h>
+#include <string>
+
+#include "CoordinateTransformation/Misconfigured.h"
+
+namespace {
+
+using CoordinateTransformation::Misconfigured;
+
+TEST(StaticLibraryTest, RegistersTheCatalogueEntryOfPlatformFaults) {
+    const structured_exception fault("access violation", false, "exception", "default", 0, nullptr, false);
+    EXPECT_EQ(std::string(fault.getCatalogMessage()).rfind("Meldung: Das Subsystem [&0] hat", 0), 0U)
+        << fault.getCatalogMessage();
+}
+
+TEST(StaticLibraryTest, HasNoCatalogueEntryForItsOwnFailures) {
+    EXPECT_EQ(std::string(Misconfigured("text").getCatalogMessage()).find("Meldung:"), std::string::npos);
+}
+
+}  // namespace
