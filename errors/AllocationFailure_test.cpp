@@ -18,14 +18,10 @@ thread_local int allocationsUntilFailure = NEVER;
 thread_local long outstanding = 0;
 
 void* allocate(std::size_t size) {
-    if (allocationsUntilFailure == 0) {
-        throw std::bad_alloc();
-    }
+    if (allocationsUntilFailure == 0) throw std::bad_alloc();
     allocationsUntilFailure -= allocationsUntilFailure > 0 ? 1 : 0;
     void* const memory = std::malloc(size != 0 ? size : 1);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
+    if (memory == nullptr) throw std::bad_alloc();
     ++outstanding;
     return memory;
 }

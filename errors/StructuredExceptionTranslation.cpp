@@ -57,14 +57,10 @@ std::string textOfUnmapped(std::uint32_t code) {
 }  // namespace
 
 void translateStructuredException(unsigned int code, EXCEPTION_POINTERS* info) {
-    if (code == BREAKPOINT_FAULT || code == SINGLE_STEP_FAULT) {
-        return;
-    }
+    if (code == BREAKPOINT_FAULT || code == SINGLE_STEP_FAULT) return;
     const auto* const fault =
         std::find_if(std::begin(FAULTS), std::end(FAULTS), [code](const Fault& known) { return known.code == code; });
-    if (fault != std::end(FAULTS)) {
-        throw structured_exception(code, info, fault->text, true);
-    }
+    if (fault != std::end(FAULTS)) throw structured_exception(code, info, fault->text, true);
     throw structured_exception(code, info, textOfUnmapped(code).c_str(), true);
 }
 

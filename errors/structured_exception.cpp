@@ -23,9 +23,7 @@ const msg::MTE platformFaultEntry(0, "en", PLATFORM_FAULT_SUBSYSTEM, PLATFORM_FA
 [[maybe_unused]] const bool translatorRegistered = CoordinateTransformation::registerStructuredExceptionTranslator();
 
 char* duplicate(const char* text) {
-    if (text == nullptr) {
-        return nullptr;
-    }
+    if (text == nullptr) return nullptr;
     const std::size_t size = std::strlen(text) + 1;
     char* copy = new char[size];
     std::memcpy(copy, text, size);
@@ -38,9 +36,7 @@ char* allocateReserveBuffer(bool requested) {
 
 // Only the text is copied: the copy of a buffer of 4096 bytes is one byte long while nothing writes into it.
 char* copyReserveText(const char* buffer, std::uint32_t length) {
-    if (buffer == nullptr) {
-        return nullptr;
-    }
+    if (buffer == nullptr) return nullptr;
     char* copy = new char[std::size_t{length} + 1];
     std::memcpy(copy, buffer, length);
     copy[length] = '\0';
@@ -102,13 +98,9 @@ std::string structured_exception::getDetailedMessage() const { return "structure
 const char* structured_exception::getCatalogMessage() const {
     msg::MessageHandler& handler = msg::MessageHandler::object();
     msg::Message* message = handler.find(subsystem, situation);
-    if (message == nullptr) {
-        return handler.getDefaultMessage()->getMessage();
-    }
+    if (message == nullptr) return handler.getDefaultMessage()->getMessage();
     // Intended: the list is the caller's, null by now, so that an exception with parameters faults here.
-    for (std::uint32_t i = 0; i < parameterCount; ++i) {
-        message->substitute(i, givenParameters[i]);
-    }
+    for (std::uint32_t i = 0; i < parameterCount; ++i) message->substitute(i, givenParameters[i]);
     return message->getMessage();
 }
 
@@ -139,9 +131,7 @@ void structured_exception::copyGivenParameters() {
     }
     try {
         parameters = new char*[parameterCount]();
-        for (std::uint32_t i = 0; i < parameterCount; ++i) {
-            parameters[i] = duplicate(givenParameters[i]);
-        }
+        for (std::uint32_t i = 0; i < parameterCount; ++i) parameters[i] = duplicate(givenParameters[i]);
     } catch (...) {
         releaseParameters();
         throw;
@@ -150,9 +140,7 @@ void structured_exception::copyGivenParameters() {
 }
 
 void structured_exception::releaseParameters() {
-    for (std::uint32_t i = 0; parameters != nullptr && i < parameterCount; ++i) {
-        delete[] parameters[i];
-    }
+    for (std::uint32_t i = 0; parameters != nullptr && i < parameterCount; ++i) delete[] parameters[i];
     delete[] parameters;
     parameters = nullptr;
     givenParameters = nullptr;

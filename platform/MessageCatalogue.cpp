@@ -20,9 +20,8 @@ void Message::substitute(unsigned int index, const char* text) {
     const std::string placeholder = "[&" + std::to_string(index) + "]";
     const std::string replacement = text;
     for (auto at = rendered.find(placeholder); at != std::string::npos;
-         at = rendered.find(placeholder, at + replacement.size())) {
+         at = rendered.find(placeholder, at + replacement.size()))
         rendered.replace(at, placeholder.size(), replacement);
-    }
 }
 
 const char* Message::getMessage() const { return rendered.c_str(); }
@@ -64,9 +63,7 @@ void MessageHandler::add(const MTE& entry) {
 void MessageHandler::remove(const MTE& entry) {
     const std::lock_guard<std::mutex> lock(entriesLock);
     const auto found = entries.find(Key(entry.getSubsystem(), entry.getSituation()));
-    if (found != entries.end() && found->second == &entry) {
-        entries.erase(found);
-    }
+    if (found != entries.end() && found->second == &entry) entries.erase(found);
 }
 
 }  // namespace msg

@@ -28,9 +28,7 @@ const std::string POSITIVE_INFINITY_TEXT(1, '\0');
 
 bool appendDigit(std::uint32_t& mantissa, unsigned int digit) {
     constexpr std::uint32_t LARGEST = std::numeric_limits<std::uint32_t>::max();
-    if (mantissa > LARGEST / 10 || mantissa * 10 > LARGEST - digit) {
-        return false;
-    }
+    if (mantissa > LARGEST / 10 || mantissa * 10 > LARGEST - digit) return false;
     mantissa = mantissa * 10 + digit;
     return true;
 }
@@ -38,9 +36,7 @@ bool appendDigit(std::uint32_t& mantissa, unsigned int digit) {
 bool appendDigit(double& mantissa, unsigned int digit) {
     constexpr double LARGEST = 1.7976931348623157e308;
     constexpr double LARGEST_TENTH = 1.7976931348623158e307;
-    if (mantissa > LARGEST_TENTH || mantissa * 10 > LARGEST - digit) {
-        return false;
-    }
+    if (mantissa > LARGEST_TENTH || mantissa * 10 > LARGEST - digit) return false;
     mantissa = mantissa * 10 + digit;
     return true;
 }
@@ -63,9 +59,7 @@ public:
 private:
     bool readLead() {
         skipBlanks();
-        if (!at('+') && !at('-')) {
-            return true;
-        }
+        if (!at('+') && !at('-')) return true;
         negative = *position++ == '-';
         skipBlanks();
         return !(negative && rejectNegative);
@@ -76,15 +70,11 @@ private:
         bool separatorSeen = false;
         for (; atDigit() || at('.') || at(','); ++position) {
             if (!atDigit()) {
-                if (integerOnly || separatorSeen) {
-                    return false;
-                }
+                if (integerOnly || separatorSeen) return false;
                 separatorSeen = true;
                 continue;
             }
-            if (!appendDigit(mantissa, digit())) {
-                return false;
-            }
+            if (!appendDigit(mantissa, digit())) return false;
             anyDigit = true;
             fractionDigits += separatorSeen ? 1 : 0;
         }
@@ -92,20 +82,12 @@ private:
     }
 
     bool readExponent() {
-        if (!at('E') && !at('e')) {
-            return true;
-        }
+        if (!at('E') && !at('e')) return true;
         ++position;
         const bool negativeExponent = at('-');
-        if (at('+') || at('-')) {
-            ++position;
-        }
-        if (integerOnly || !atDigit()) {
-            return false;
-        }
-        for (; atDigit(); ++position) {
-            exponent = exponent < EXPONENT_BOUND ? exponent * 10 + digit() : exponent;
-        }
+        if (at('+') || at('-')) ++position;
+        if (integerOnly || !atDigit()) return false;
+        for (; atDigit(); ++position) exponent = exponent < EXPONENT_BOUND ? exponent * 10 + digit() : exponent;
         exponent = negativeExponent ? -exponent : exponent;
         return true;
     }
@@ -116,9 +98,7 @@ private:
     }
 
     void skipBlanks() {
-        while (at(' ')) {
-            ++position;
-        }
+        while (at(' ')) ++position;
     }
 
     bool at(char c) const { return position != end && *position == c; }
@@ -164,9 +144,7 @@ std::optional<std::string> format(double value, std::chars_format form, int prec
 
 std::string formatWithPrecision(double value, int precision, bool scientific) {
     const auto text = format(value, scientific ? std::chars_format::scientific : std::chars_format::fixed, precision);
-    if (!text) {
-        refuseTooLong();
-    }
+    if (!text) refuseTooLong();
     return *text;
 }
 
@@ -201,30 +179,20 @@ RoundedValue roundToSignificantDigits(double value) {
 }
 
 std::string writePlain(const RoundedValue& value) {
-    if (value.integerDigits <= 0) {
+    if (value.integerDigits <= 0)
         return "0." + std::string(static_cast<std::size_t>(-value.integerDigits), '0') + value.digits;
-    }
     const auto integerDigits = static_cast<std::size_t>(value.integerDigits);
-    if (value.digits.size() <= integerDigits) {
+    if (value.digits.size() <= integerDigits)
         return value.digits + std::string(integerDigits - value.digits.size(), '0');
-    }
     return value.digits.substr(0, integerDigits) + "." + value.digits.substr(integerDigits);
 }
 
 std::string formatPlain(double value) {
-    if (std::isnan(value)) {
-        return "nan";
-    }
-    if (std::isinf(value)) {
-        return "-inf";
-    }
-    if (value == 0) {
-        return "0";
-    }
+    if (std::isnan(value)) return "nan";
+    if (std::isinf(value)) return "-inf";
+    if (value == 0) return "0";
     std::string text = (value < 0 ? "-" : "") + writePlain(roundToSignificantDigits(std::fabs(value)));
-    if (text.size() >= BUFFER_SIZE) {
-        refuseTooLong();
-    }
+    if (text.size() >= BUFFER_SIZE) refuseTooLong();
     return text;
 }
 
@@ -233,9 +201,7 @@ std::string formatPlain(double value) {
 template <>
 unsigned int convertTextToNumeric<unsigned int>(const std::string& text, bool rejectNegative, bool integerOnly) {
     NumberReader<std::uint32_t> number(text, rejectNegative, integerOnly);
-    if (!number.read()) {
-        refuse(text);
-    }
+    if (!number.read()) refuse(text);
     const std::uint32_t magnitude = lowBitsOf(number.getPowerOfTen()) * number.getMantissa();
     return number.isNegative() ? 0U - magnitude : magnitude;
 }
@@ -243,14 +209,10 @@ unsigned int convertTextToNumeric<unsigned int>(const std::string& text, bool re
 template <>
 double convertTextToNumeric<double>(const std::string& text, bool rejectNegative, bool integerOnly) {
     NumberReader<double> number(text, rejectNegative, integerOnly);
-    if (!number.read()) {
-        refuse(text);
-    }
+    if (!number.read()) refuse(text);
     const double sign = number.isNegative() ? -1 : 1;
     const double value = sign * number.getMantissa() * number.getPowerOfTen();
-    if (!std::isfinite(value)) {
-        refuse(text);
-    }
+    if (!std::isfinite(value)) refuse(text);
     return value;
 }
 
@@ -259,12 +221,8 @@ std::string convertNumericToText(unsigned int value) { return std::to_string(val
 std::string convertNumericToText(int value) { return std::to_string(value); }
 
 std::string convertNumericToText(double value, int precision, bool scientific) {
-    if (value == std::numeric_limits<double>::infinity()) {
-        return POSITIVE_INFINITY_TEXT;
-    }
-    if (precision >= 0) {
-        return formatWithPrecision(value, precision, scientific);
-    }
+    if (value == std::numeric_limits<double>::infinity()) return POSITIVE_INFINITY_TEXT;
+    if (precision >= 0) return formatWithPrecision(value, precision, scientific);
     return scientific ? formatScientific(value) : formatPlain(value);
 }
 
