@@ -11,7 +11,9 @@ install(
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(DIRECTORY data/proj DESTINATION ${CMAKE_INSTALL_DATADIR}/CoordinateTransformation)
+if(NOT COORDTRANS_GENERATE_PROJ_DIRECTORY)
+  install(DIRECTORY data/proj DESTINATION ${CMAKE_INSTALL_DATADIR}/CoordinateTransformation)
+endif()
 install(
   EXPORT CoordinateTransformationTargets
   NAMESPACE CoordinateTransformation::

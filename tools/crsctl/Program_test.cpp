@@ -1,0 +1,423 @@
+// The program as a person or a script meets it: arguments, descriptors, signals and exit codes.
+
+#include "tools/crsctl/testing/Program.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <ostream>
+#include <pty.h>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+#include "tools/crsctl/start/TextFile.h"
+#include "tools/crsctl/testing/TemporaryFile.h"
+
+namespace crsctl {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::StartsWith;
+
+constexpr char CONFIGURATION[] =
+    "<CrsConfiguration>\n<CRS>4326</CRS>\n<CRS>CRS:84</CRS>\n<CRS mapToEpsgCode='25832'>UTM32</CRS>\n"
+    "</CrsConfiguration>\n";
+
+// UTM zone 32: 9 degrees east is the central meridian.
+const std::vector<std::string> TO_UTM = {"transform", "--from", "EPSG:4326", "--to", "EPSG:25832"};
+constexpr char POINT[] = "50 9\n";
+constexpr char POINT_IN_UTM[] = "5538630.703";
+
+std::vector<std::string> toUtm(const std::vector<std::string>& more) {
+    std::vector<std::string> arguments = TO_UTM;
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return arguments;
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::istringstream stream(text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    return lines;
+}
+
+// What stands between the two, wherever a line has both.
+std::vector<std::string> textsBetween(const std::string& text, const std::string& head, const std::string& tail) {
+    std::vector<std::string> found;
+    for (const std::string& line : linesOf(text)) {
+        const std::size_t begin = line.find(head);
+        if (begin == std::string::npos) continue;
+        const std::string rest = line.substr(begin + head.size());
+        if (rest.find(tail) != std::string::npos) found.push_back(rest.substr(0, rest.find(tail)));
+    }
+    return found;
+}
+
+std::string repeated(const std::string& text, std::size_t count) {
+    std::string all;
+    all.reserve(text.size() * count);
+    for (std::size_t i = 0; i < count; ++i) all += text;
+    return all;
+}
+
+TEST(Resolving, TellsWhatANameMeans) {
+    const Outcome outcome = run({"resolve", "urn:ogc:def:crs:EPSG::25832"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_THAT(outcome.output,
+                StartsWith("urn:ogc:def:crs:EPSG::25832\n  spelling    OGC URN\n  codes       25832\n"));
+    EXPECT_THAT(outcome.output, HasSubstr("  axis order  easting, northing\n"));
+}
+
+TEST(Resolving, ReportsEveryNameThoughOneIsRefused) {
+    const Outcome outcome = run({"resolve", "epsg:4326", "EPSG:25832"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.output, HasSubstr("  try       EPSG:4326 (with the prefix in capitals)\n"));
+    EXPECT_THAT(outcome.output, HasSubstr("\nEPSG:25832\n"));
+    EXPECT_THAT(linesOf(outcome.errors),
+                ElementsAre("crsctl resolve: epsg:4326: refused with qvCrsUnavailable, unknown syntax"));
+}
+
+TEST(Resolving, WritesJson) {
+    const TemporaryFile config(CONFIGURATION);
+    const Outcome outcome = run({"resolve", "--config", config.path(), "--json", "UTM32", "EPSG:3857"});
+    const auto json = nlohmann::json::parse(outcome.output);
+    EXPECT_EQ(json[0]["spelling"], "configured name");
+    EXPECT_EQ(json[0]["offered"], true);
+    EXPECT_EQ(json[1]["accepted"], false);
+    EXPECT_EQ(json[1]["serviceExceptionCode"], "qvCrsUnavailable");
+}
+
+TEST(Checking, SaysWhetherAServerWouldStart) {
+    const TemporaryFile good(CONFIGURATION);
+    const Outcome accepted = run({"check", good.path()});
+    EXPECT_EQ(accepted.exitCode, 0);
+    EXPECT_EQ(accepted.errors, "");
+    EXPECT_THAT(accepted.output, HasSubstr(": a server would start; 3 entries, 0 errors, 0 warnings\n"));
+    const TemporaryFile bad("<CrsConfiguration>\n<CRS>nonsense</CRS>\n</CrsConfiguration>");
+    const Outcome refused = run({"check", bad.path()});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_THAT(refused.output, HasSubstr(bad.path() + ":2:1: error: CRS: The EPSG code \"NONSENSE\" is unknown\n"));
+    EXPECT_EQ(refused.errors, "crsctl check: " + bad.path() + ": The EPSG code \"NONSENSE\" is unknown\n");
+}
+
+TEST(Checking, ReadsStandardInput) {
+    const Outcome outcome = run({"check", "-", "--json"}, CONFIGURATION);
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(nlohmann::json::parse(outcome.output)["file"], "standard input");
+}
+
+TEST(Naming, ListsWhatTheCacheAnswers) {
+    const TemporaryFile config(CONFIGURATION);
+    const Outcome outcome = run({"names", "--config", config.path()});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_THAT(outcome.output, HasSubstr("25832, projected\n"));
+    EXPECT_THAT(outcome.output, HasSubstr("  UTM32 "));
+}
+
+TEST(AWrongStart, IsSaidInOneLine) {
+    const TemporaryFile malformed("<CrsConfiguration>");
+    const std::vector<std::vector<std::string>> commandLines = {{},
+                                                                {"frob"},
+                                                                {"resolve"},
+                                                                {"transform", "--from", "4326"},
+                                                                {"check", "/no/such/file"},
+                                                                {"names", "--config", malformed.path()},
+                                                                {"resolve", "--config", "/no/such/file", "4326"},
+                                                                toUtm({"/no/such/file"}),
+                                                                toUtm({"/"}),
+                                                                toUtm({"--columns", "x"})};
+    for (const std::vector<std::string>& arguments : commandLines) {
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.exitCode, 2) << outcome.errors;
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_THAT(linesOf(outcome.errors), ElementsAre(StartsWith("crsctl")));
+    }
+}
+
+// The first --proj-dir, that of the tests, is followed by another one.
+TEST(AWrongStart, NamesTheProjDirectory) {
+    const TemporaryFile noDirectory("");
+    const Outcome outcome = run({"names", "--proj-dir", noDirectory.path()});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_EQ(outcome.errors, "crsctl names: Configured Proj4 directory \"" + noDirectory.path() + "\" not found!\n");
+}
+
+TEST(ARefusedCrs, IsSaidBeforeAnythingIsRead) {
+    const Outcome outcome = run({"transform", "--from", "epsg:4326", "--to", "EPSG:25832"}, POINT);
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_THAT(linesOf(outcome.errors), ElementsAre(HasSubstr("try EPSG:4326")));
+}
+
+TEST(Transforming, MovesPoints) {
+    const Outcome outcome = run(TO_UTM, "50 9\n50 9 100 name\n");
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.output, "500000.000\t5538630.703\n500000.000\t5538630.703 100.000 name\n");
+    EXPECT_THAT(linesOf(outcome.errors),
+                ElementsAre(MatchesRegex("crsctl transform: 2 lines: 2 transformed, 0 refused, 0 passed over; .* s, .* "
+                                         "lines/s")));
+}
+
+TEST(Transforming, MovesThemBack) {
+    const Outcome outcome = run(toUtm({"--inverse"}), "500000 5538630.702743\n");
+    EXPECT_EQ(outcome.output, "50.00000000\t9.00000000\n");
+}
+
+TEST(Transforming, ReadsFilesOneAfterAnother) {
+    const TemporaryFile first("50 9");
+    const TemporaryFile second("bad\n50 9\n");
+    const Outcome outcome = run(toUtm({first.path(), "-", second.path(), "--errors", "skip"}), "50 9 middle\n");
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.output, "500000.000\t5538630.703\n500000.000\t5538630.703 middle\n500000.000\t5538630.703\n");
+    EXPECT_THAT(outcome.errors, HasSubstr(second.path() + ":1: "));
+}
+
+TEST(Transforming, WritesCsvAndJsonLines) {
+    const std::string table = "id;lat;lon;name\nA1;50;9;\"x;y\"\n";
+    const std::vector<std::string> columns = {"--header", "--columns", "id,x,y", "--output"};
+    std::vector<std::string> csv = toUtm(columns);
+    csv.emplace_back("csv");
+    EXPECT_EQ(run(csv, table).output, "id,x,y,name\nA1,500000.000,5538630.703,\"x;y\"\n");
+    std::vector<std::string> json = toUtm(columns);
+    json.emplace_back("json");
+    EXPECT_EQ(run(json, table).output, "{\"x\":500000.000,\"y\":5538630.703,\"id\":\"A1\",\"name\":\"x;y\"}\n");
+    EXPECT_EQ(run(toUtm({"--json"}), POINT).output, "{\"x\":500000.000,\"y\":5538630.703}\n");
+}
+
+TEST(Transforming, DoesNothingWithEmptyInput) {
+    for (const Outcome& outcome : {run(TO_UTM, ""), runOnPipe(TO_UTM, ""), run(toUtm({"--header"}), "")}) {
+        EXPECT_EQ(outcome.exitCode, 0);
+        EXPECT_THAT(outcome.errors, StartsWith("crsctl transform: 0 lines: "));
+    }
+}
+
+// Every bad line is reported with its number, and nothing behind it is lost.
+TEST(Transforming, ReportsEveryBadLineAndLosesNothingBehindIt) {
+    using std::string;
+    const string longLine(2000000, '7');
+    const string input =
+        "\xEF\xBB\xBF"
+        "50 9 first\r\n"         // 1, behind a byte-order mark
+        "fifty nine\n"           // 2
+        "\n"                     // 3
+        "50\n"                   // 4
+        "1e999 9\n"              // 5
+        "50 nan\n"               // 6
+        "50 9 inf\n" +           // 7
+        string("50\0 9\n", 6) +  // 8
+        "1e300 1e300\n" +        // 9
+        longLine +
+        " 9\n" +                                // 10
+        "50 9 " + string(100000, 'x') + "\n" +  // 11, long but not too long
+        string("50 9 a\0b\n", 9) +              // 12, carried through
+        "95 9\r\n"                              // 13, no such latitude
+        "50 9 last";                            // 14
+    for (const Outcome& outcome :
+         {run(toUtm({"--errors", "skip"}), input), runOnPipe(toUtm({"--errors", "skip"}), input),
+          run(toUtm({"--errors", "skip", "--jobs", "2"}), input)}) {
+        EXPECT_EQ(outcome.exitCode, 1);
+        const string moved = "500000.000\t5538630.703";
+        EXPECT_EQ(outcome.output, moved + " first\r\n\n" + moved + " " + string(100000, 'x') + "\n" + moved +
+                                      string(" a\0b\n", 5) + moved + " last\n");
+        EXPECT_THAT(textsBetween(outcome.errors, "standard input:", ": "),
+                    ElementsAre("2", "4", "5", "6", "7", "8", "9", "10", "13"));
+        for (const string& line : linesOf(outcome.errors)) EXPECT_LT(line.size(), 400U);
+        EXPECT_THAT(outcome.errors, HasSubstr("14 lines: 4 transformed, 9 refused, 1 passed over"));
+    }
+}
+
+TEST(Transforming, MarksOneLineForEachBadOne) {
+    const Outcome outcome = run(TO_UTM, "bad\n95 9\n50 9\n");
+    EXPECT_EQ(outcome.output, "*\t* bad\n*\t*\n500000.000\t5538630.703\n");
+    EXPECT_EQ(outcome.exitCode, 1);
+}
+
+TEST(Transforming, StopsWhereItIsTo) {
+    for (const char* jobs : {"1", "3"}) {
+        const std::string input = repeated(POINT, 100000) + "bad\n" + repeated(POINT, 100000);
+        const Outcome outcome = run(toUtm({"--errors", "stop", "--jobs", jobs}), input);
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_EQ(linesOf(outcome.output).size(), 100000U);
+        EXPECT_THAT(outcome.errors, HasSubstr("standard input:100001: "));
+        EXPECT_THAT(outcome.errors, HasSubstr("100,001 lines: 100,000 transformed, 1 refused"));
+    }
+}
+
+TEST(Workers, ChangeNothingAboutTheResult) {
+    std::string input;
+    for (int i = 0; i < 200000; ++i)
+        input += std::to_string(40 + i % 20) + "." + std::to_string(i) + " " + std::to_string(i % 997 == 0 ? 9999 : 9) +
+                 " line " + std::to_string(i) + "\n";
+    const Outcome alone = run(toUtm({"--jobs", "1"}), input);
+    const Outcome shared = run(toUtm({"--jobs", "4"}), input);
+    EXPECT_EQ(alone.output, shared.output);
+    EXPECT_EQ(linesOf(alone.output).size(), 200000U);
+    const auto withoutSummary = [](const std::string& errors) { return errors.substr(0, errors.rfind("transform: ")); };
+    EXPECT_EQ(withoutSummary(alone.errors), withoutSummary(shared.errors));
+}
+
+TEST(Transforming, EndsQuietlyWhenNobodyReads) {
+    for (const char* jobs : {"1", "2"}) {
+        const TemporaryFile input(repeated(POINT, 400000));
+        const TemporaryFile errors("");
+        Pipe output;
+        Program program(toUtm({"--jobs", jobs, input.path()}), openFile("/dev/null", O_RDONLY), output.takeWriteEnd(),
+                        openFile(errors.path(), O_WRONLY));
+        EXPECT_THAT(output.read(22), HasSubstr(POINT_IN_UTM));
+        output.closeReadEnd();
+        EXPECT_EQ(program.exitCode(), 1);
+        EXPECT_THAT(linesOf(readTextFile(errors.path())), ElementsAre(StartsWith("crsctl transform: ")));
+    }
+}
+
+TEST(Reports, EndQuietlyWhenNobodyReads) {
+    const TemporaryFile errors("");
+    Pipe output;
+    output.closeReadEnd();
+    Program program({"resolve", "4326"}, openFile("/dev/null", O_RDONLY), output.takeWriteEnd(),
+                    openFile(errors.path(), O_WRONLY));
+    EXPECT_EQ(program.exitCode(), 1);
+    EXPECT_EQ(readTextFile(errors.path()), "");
+}
+
+TEST(Transforming, FailsWhereTheOutputIsFull) {
+    const TemporaryFile errors("");
+    for (const std::vector<std::string>& arguments : {TO_UTM, std::vector<std::string>{"resolve", "4326"}}) {
+        const TemporaryFile input(POINT);
+        Program program(arguments, openFile(input.path(), O_RDONLY), openFile("/dev/full", O_WRONLY),
+                        openFile(errors.path(), O_WRONLY | O_TRUNC));
+        EXPECT_EQ(program.exitCode(), 2);
+        EXPECT_THAT(readTextFile(errors.path()), HasSubstr("standard output: No space left on device\n"));
+    }
+}
+
+// What is asked is answered before the next question: a line at a time.
+TEST(Transforming, AnswersEachLineAsItArrives) {
+    Pipe input;
+    Pipe output;
+    Program program(TO_UTM, input.takeReadEnd(), output.takeWriteEnd(), openFile("/dev/null", O_WRONLY));
+    for (int i = 0; i < 3; ++i) {
+        input.write(POINT);
+        EXPECT_EQ(output.read(23), "500000.000\t5538630.703\n");
+    }
+    input.write("50 9 half a li");
+    input.write("ne\n");
+    EXPECT_EQ(output.read(35), "500000.000\t5538630.703 half a line\n");
+    input.closeWriteEnd();
+    EXPECT_EQ(program.exitCode(), 0);
+}
+
+// `command` as a shell runs it, with the program as $0.
+Outcome runInShell(const std::string& command) {
+    const TemporaryFile out("");
+    const TemporaryFile err("");
+    const std::string script = "'" + std::string(CRSCTL_PROGRAM) +
+                               "' --proj-dir '" COORDTRANS_SOURCE_DIR "/data/proj' " + command + " >'" + out.path() +
+                               "' 2>'" + err.path() + "'";
+    const int status = std::system(("bash -c " + std::string("\"") + script + "\"").c_str());
+    return {WEXITSTATUS(status), readTextFile(out.path()), readTextFile(err.path())};
+}
+
+TEST(Transforming, ReadsAConfigurationFromAPipeOnce) {
+    const TemporaryFile config(CONFIGURATION);
+    const TemporaryFile input(repeated("9 50\n", 200000));
+    const Outcome outcome = runInShell("transform --config <(cat '" + config.path() +
+                                       "') --from CRS:84 --to UTM32 --jobs 2 '" + input.path() + "'");
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_EQ(linesOf(outcome.output).size(), 200000U);
+}
+
+TEST(Transforming, FailsWhereStandardInputIsClosed) {
+    const Outcome outcome = runInShell("transform --from 4326 --to 25832 <&-");
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_THAT(outcome.errors, StartsWith("crsctl transform: standard input: Bad file descriptor\n"));
+}
+
+TEST(Transforming, StaysWithoutOutputWhereTheHeaderIsMissing) {
+    EXPECT_EQ(run(toUtm({"--header"}), "").output, "");
+    EXPECT_EQ(run(toUtm({"--header", "--output", "csv"}), "lat lon\n").output, "x,y\n");
+}
+
+struct SignalCase {
+    int signal;
+    int exitCode;
+};
+
+void PrintTo(const SignalCase& sent, std::ostream* stream) { *stream << "signal " << sent.signal; }
+
+class ASignal : public testing::TestWithParam<SignalCase> {};
+
+TEST_P(ASignal, EndsTheWaitForALineWithTheCounts) {
+    const TemporaryFile errors("");
+    Pipe input;
+    Pipe output;
+    Program program(TO_UTM, input.takeReadEnd(), output.takeWriteEnd(), openFile(errors.path(), O_WRONLY));
+    input.write(POINT);
+    EXPECT_EQ(output.read(23), "500000.000\t5538630.703\n");
+    program.send(GetParam().signal);
+    EXPECT_EQ(program.exitCode(), GetParam().exitCode);
+    EXPECT_THAT(readTextFile(errors.path()), StartsWith("crsctl transform: 1 line: 1 transformed, "));
+}
+
+TEST_P(ASignal, EndsALongRunBehindAWholeLine) {
+    for (const char* jobs : {"1", "2"}) {
+        const TemporaryFile file(repeated(POINT, 1000000));
+        const TemporaryFile errors("");
+        Pipe output;
+        Program program(toUtm({"--jobs", jobs, file.path()}), openFile("/dev/null", O_RDONLY), output.takeWriteEnd(),
+                        openFile(errors.path(), O_WRONLY));
+        std::string text = output.read(4096);
+        program.send(GetParam().signal);
+        text += output.readToEnd();
+        EXPECT_EQ(program.exitCode(), GetParam().exitCode);
+        const std::vector<std::string> lines = linesOf(text);
+        EXPECT_EQ(text.back(), '\n');
+        EXPECT_EQ(lines.back(), "500000.000\t5538630.703");
+        EXPECT_LT(lines.size(), 1000000U);
+        const std::string summary = readTextFile(errors.path());
+        const auto counts = textsBetween(summary, "lines: ", " transformed");
+        ASSERT_EQ(counts.size(), 1U) << summary;
+        std::string counted = counts.front();
+        counted.erase(std::remove(counted.begin(), counted.end(), ','), counted.end());
+        EXPECT_EQ(counted, std::to_string(lines.size()));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, ASignal,
+                         testing::Values(SignalCase{SIGINT, 130}, SignalCase{SIGTERM, 1}, SignalCase{SIGHUP, 1}));
+
+// Standard error is a terminal, the input a file, and the output is not shown on the terminal.
+TEST(Transforming, ShowsItsProgressOnATerminal) {
+    const TemporaryFile file(repeated(POINT, 50000));
+    int terminal = -1;
+    int programEnd = -1;
+    ASSERT_EQ(openpty(&terminal, &programEnd, nullptr, nullptr, nullptr), 0);
+    Program program(toUtm({"--jobs", "1", file.path()}), openFile("/dev/null", O_RDONLY),
+                    openFile("/dev/null", O_WRONLY), programEnd);
+    std::string shown;
+    char character = 0;
+    while (read(terminal, &character, 1) == 1) shown += character;
+    close(terminal);
+    EXPECT_EQ(program.exitCode(), 0);
+    EXPECT_THAT(shown, HasSubstr("\r\x1B[K["));
+    EXPECT_THAT(shown, HasSubstr(" % "));
+    EXPECT_THAT(shown, HasSubstr(" lines/s  "));
+    EXPECT_THAT(shown, HasSubstr(" left"));
+    EXPECT_THAT(shown, HasSubstr("\r\x1B[Kcrsctl transform: 50,000 lines: "));
+}
+
+TEST(Transforming, ShowsNoProgressElsewhere) {
+    EXPECT_THAT(run(TO_UTM, repeated(POINT, 50000)).errors, StartsWith("crsctl transform: 50,000 lines: "));
+}
+
+}  // namespace
+}  // namespace crsctl

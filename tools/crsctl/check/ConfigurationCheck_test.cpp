@@ -1,0 +1,227 @@
+#include "tools/crsctl/check/ConfigurationCheck.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <ostream>
+
+#include "tools/crsctl/testing/TestSession.h"
+#include "tools/crsctl/text/Printable.h"
+
+namespace crsctl {
+namespace {
+
+using testing::HasSubstr;
+
+ConfigurationReport reportOf(const std::string& fragment) {
+    return checkConfiguration("crs.xml", fragment, optionsFor());
+}
+
+std::string findingsOf(const ConfigurationReport& report) {
+    std::string list;
+    for (const Finding& finding : report.findings)
+        list += std::string(finding.severity == Severity::Error ? "error " : "warning ") +
+                std::to_string(finding.place.line) + ": " + finding.text + "\n";
+    return list;
+}
+
+TEST(AnEntry, IsShownAsRequestsMeetIt) {
+    const ConfigurationReport report = reportOf(
+        "<CrsConfiguration>\n"
+        "<CRS>4326</CRS>\n"
+        "<CRS mapToEpsgCode='EPSG:25832*EPSG:5783' axisOrder='NE' numberOfDecimalPlaces='2' "
+        "suppressDuplicatCoordinates='true'>UTM</CRS>\n"
+        "</CrsConfiguration>");
+    EXPECT_TRUE(report.starts);
+    EXPECT_EQ(findingsOf(report), "");
+    ASSERT_EQ(report.entries.size(), 2U);
+    EXPECT_EQ(report.entries[0].name, "EPSG:4326");
+    EXPECT_EQ(report.entries[0].axisOrder, "latitude, longitude");
+    EXPECT_EQ(report.entries[0].decimals, 8);
+    EXPECT_FALSE(report.entries[0].decimalsConfigured);
+    EXPECT_FALSE(report.entries[0].suppressesDuplicates);
+    EXPECT_EQ(report.entries[1].place.line, 3U);
+    EXPECT_EQ(report.entries[1].name, "UTM");
+    EXPECT_EQ(report.entries[1].identifier, "EPSG:25832*EPSG:5783");
+    EXPECT_EQ(report.entries[1].primary, 25832U);
+    EXPECT_EQ(report.entries[1].secondary, 5783U);
+    EXPECT_EQ(report.entries[1].axisOrder, "northing, easting");
+    EXPECT_EQ(report.entries[1].decimals, 2);
+    EXPECT_TRUE(report.entries[1].suppressesDuplicates);
+}
+
+TEST(Entries, ComeInTheOrderInWhichAServerTakesThem) {
+    const ConfigurationReport report =
+        reportOf("<SRSList><SRS>3857</SRS></SRSList><CrsConfiguration><CRS>4326</CRS></CrsConfiguration>");
+    ASSERT_EQ(report.entries.size(), 2U);
+    EXPECT_EQ(report.entries[0].identifier, "EPSG:4326");
+    EXPECT_EQ(report.entries[1].identifier, "EPSG:3857");
+}
+
+struct Case {
+    const char* content;  // of <CrsConfiguration>, from line 2 on
+    bool starts;
+    const char* findings;
+};
+
+void PrintTo(const Case& tried, std::ostream* stream) { *stream << printable(tried.content); }
+
+class AConfiguration : public testing::TestWithParam<Case> {};
+
+TEST_P(AConfiguration, IsFoundFaultWith) {
+    const ConfigurationReport report =
+        reportOf(std::string("<CrsConfiguration>\n") + GetParam().content + "\n</CrsConfiguration>");
+    EXPECT_EQ(report.starts, GetParam().starts) << report.failure;
+    EXPECT_EQ(findingsOf(report), GetParam().findings);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    WithoutFault, AConfiguration,
+    testing::Values(Case{"", true, ""}, Case{"<!-- <CRS>1</CRS> -->", true, ""},
+                    Case{"<CRS>4326<!-- WGS 84 --></CRS>", true, ""},
+                    Case{"<CRS>4326</CRS><CRS>CRS:84</CRS>", true, ""},
+                    Case{"<CRS mapToEpsgCode='25832'>A</CRS><CRS mapToEpsgCode='25832'>B</CRS>", true, ""},
+                    Case{"<CRS suppressDuplicatCoordinates='0' numberOfDecimalPlaces='0'>4326</CRS>", true, ""},
+                    Case{"<CRS suppressDuplicatCoordinates='false'>4326</CRS>", true, ""}));
+
+INSTANTIATE_TEST_SUITE_P(
+    ThatDoesNotStart, AConfiguration,
+    testing::Values(
+        Case{"<CRS>EPSG:99999</CRS>\n<CRS>nonsense</CRS>\n<CRS>4326</CRS>", false,
+             "error 2: Failed to configure CRS 99999. Please ensure that the CRS is defined properly in the proj4 "
+             "configuration for QuarvelServer.\n"
+             "error 3: The EPSG code \"NONSENSE\" is unknown\n"},
+        Case{"<CRS>urn:ogc:def:crs:EPSG::4326</CRS>", false,
+             "error 2: The EPSG code \"URN:OGC:DEF:CRS:EPSG::4326\" is unknown; an identifier is put in capitals, and "
+             "no URN or URL is understood that way: give the EPSG code as mapToEpsgCode and this text as the name\n"},
+        Case{"<CRS>27700*5701</CRS>", false,
+             "error 2: invalid string position; a compound is spelled EPSG:27700*EPSG:5701\n"},
+        Case{"<CRS mapToEpsgCode=''>A</CRS>", false, "error 2: The EPSG code \"\" is unknown\n"},
+        Case{"<CRS>crs:84</CRS>", false, "error 2: The EPSG code \"CRS:84\" is unknown\n"},
+        Case{"<CRS>\n4326</CRS>", false,
+             "warning 2: blanks around \"\\n4326\" are part of the identifier\n"
+             "error 2: The EPSG code \"\n4326\" is unknown\n"},
+        Case{"<CRS>EPSG:0</CRS>", false,
+             "error 2: Text representation of an unknown or the default SRS requested.\n"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    WithSettingsThatAreIgnored, AConfiguration,
+    testing::Values(
+        Case{"<CRS numberOfDecimalPlaces='abc'>4326</CRS>", true,
+             "warning 2: numberOfDecimalPlaces=\"abc\" is ignored: no integer\n"},
+        Case{"<CRS numberOfDecimalPlaces='-2'>4326</CRS>", true,
+             "warning 2: numberOfDecimalPlaces=\"-2\" is taken, but no such number of places can be written\n"},
+        Case{"<CRS suppressDuplicatCoordinates='yes'>4326</CRS>", true,
+             "warning 2: suppressDuplicatCoordinates=\"yes\" is ignored: neither true, false, 1 nor 0\n"},
+        Case{"<CRS suppressDuplicateCoordinates='true'>4326</CRS>", true,
+             "warning 2: attribute suppressDuplicateCoordinates is ignored: it is spelled "
+             "suppressDuplicatCoordinates\n"},
+        Case{"<CRS AxisOrder='EN' colour='red'>4326</CRS>", true,
+             "warning 2: attribute AxisOrder is ignored: it is spelled axisOrder\n"
+             "warning 2: attribute colour is ignored\n"},
+        Case{"<CRS axisOrder='en' mapToEpsgCode='4326'>A</CRS>", true,
+             "warning 2: axisOrder=\"en\" is ignored: neither EN nor NE\n"},
+        Case{"<CRS axisOrder='EN'>4326</CRS>", true,
+             "warning 2: axisOrder=\"EN\" has no effect: it holds under an alias only, which mapToEpsgCode makes\n"},
+        Case{"<CRS axisOrder='NE' mapToEpsgCode='4258'>CRS:84</CRS>", true,
+             "warning 2: attribute axisOrder is ignored: CRS:84 is understood as it stands\n"
+             "warning 2: attribute mapToEpsgCode is ignored: CRS:84 is understood as it stands\n"},
+        Case{"<CRS mapToEpsgCode='4326'></CRS>", true,
+             "warning 2: mapToEpsgCode without a text: the entry has no alias\n"},
+        Case{"<CRS> 4326</CRS>", true, "warning 2: blanks around \" 4326\" are part of the identifier\n"},
+        Case{"<CRS mapToEpsgCode='4326 '>A</CRS>", true,
+             "warning 2: blanks around the code in mapToEpsgCode=\"4326 \"\n"},
+        Case{"<CRS mapToEpsgCode='4326'> A</CRS>", true, "warning 2: blanks around \" A\" are part of the alias\n"},
+        Case{"<CRS>4326<b/></CRS>", true, "warning 2: elements inside an entry are ignored\n"}));
+
+INSTANTIATE_TEST_SUITE_P(WithElementsThatAreIgnored, AConfiguration,
+                         testing::Values(Case{"<SRS>4326</SRS>\n<crs>4326</crs>", true,
+                                              "warning 2: ignored: entries of CrsConfiguration are called CRS\n"
+                                              "warning 3: ignored: entries of CrsConfiguration are called CRS\n"},
+                                         Case{"<Group><CRS>4326</CRS></Group>\n<SRS/>", true,
+                                              "warning 2: ignored: entries of CrsConfiguration are called CRS\n"
+                                              "warning 3: ignored: entries of CrsConfiguration are called CRS\n"},
+                                         Case{"4326", true, "warning 1: text outside its entries is ignored\n"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    WithRepetitions, AConfiguration,
+    testing::Values(
+        Case{"<CRS>4326</CRS>\n<CRS>EPSG:4326</CRS>", true, "warning 3: dropped: repeats EPSG:4326 of line 2\n"},
+        Case{"<CRS>4326</CRS>\n<CRS numberOfDecimalPlaces='3'>4326</CRS>", true,
+             "warning 3: dropped: repeats EPSG:4326 of line 2, and its other settings are lost\n"},
+        Case{
+            "<CRS mapToEpsgCode='25832'>UTM</CRS>\n<CRS mapToEpsgCode='25833'>UTM</CRS>", true,
+            "warning 3: the name UTM is claimed twice: it answers with EPSG 25832 in the order easting, northing, from "
+            "line 2, not with EPSG 25833 in the order easting, northing\n"},
+        Case{"<CRS mapToEpsgCode='4326' axisOrder='EN'>EPSG:4326</CRS>", true,
+             "warning 2: the name EPSG:4326 is claimed twice: it answers with EPSG 4326 in the order longitude, "
+             "latitude, "
+             "the alias of this entry, not with EPSG 4326 in the order latitude, longitude\n"},
+        Case{"<CRS mapToEpsgCode='25832'>EPSG:25833</CRS>\n<CRS>25833</CRS>", true,
+             "warning 3: its identifier EPSG:25833 is an alias of an earlier entry: it offers EPSG 25832\n"}));
+
+TEST(ASecondContainer, IsIgnoredWithItsEntries) {
+    const ConfigurationReport report = reportOf(
+        "<CrsConfiguration><CRS>4326</CRS></CrsConfiguration>\n<CrsConfiguration "
+        "x='1'><CRS>1</CRS></CrsConfiguration>\n"
+        "<SRSList y='2'>\n<CRS>4326</CRS></SRSList>");
+    EXPECT_TRUE(report.starts);
+    EXPECT_EQ(findingsOf(report),
+              "warning 2: ignored with all its entries: only the first CrsConfiguration is read\n"
+              "warning 3: attribute y is ignored: a container has none\n"
+              "warning 4: ignored: entries of SRSList are called EPSGCode or SRS\n");
+    EXPECT_EQ(report.entries.size(), 1U);
+}
+
+TEST(AnUnknownContainer, IsIgnored) {
+    const ConfigurationReport report = reportOf("<Configuration><CRS>4326</CRS></Configuration>\n<SRSList/>");
+    EXPECT_TRUE(report.starts);
+    EXPECT_EQ(findingsOf(report), "warning 1: ignored: only CrsConfiguration and SRSList are read at this level\n");
+}
+
+TEST(AMalformedFragment, IsReportedWithItsLine) {
+    const ConfigurationReport report = reportOf("<CrsConfiguration>\n<CRS>4326\n</CrsConfiguration>");
+    EXPECT_FALSE(report.starts);
+    ASSERT_EQ(report.findings.size(), 1U);
+    EXPECT_EQ(report.findings[0].severity, Severity::Error);
+    EXPECT_GT(report.findings[0].place.line, 0U);
+    EXPECT_THAT(report.findings[0].text, HasSubstr("the fragment is malformed: "));
+}
+
+// An identifier that fails by itself is answered where an earlier alias has claimed it.
+TEST(AnIdentifier, IsAnsweredByAnEarlierAlias) {
+    const ConfigurationReport report =
+        reportOf("<CrsConfiguration><CRS>CRS:84</CRS>\n<CRS>crs:84</CRS></CrsConfiguration>");
+    EXPECT_TRUE(report.starts) << report.failure;
+    EXPECT_EQ(findingsOf(report),
+              "warning 2: its identifier CRS:84 is an alias of an earlier entry: it offers EPSG 4326\n");
+}
+
+TEST(TheReport, IsWrittenAsATableAndItsFindings) {
+    const std::string text = asText(reportOf("<CrsConfiguration>\n<CRS>4326</CRS>\n  <CRS>x</CRS></CrsConfiguration>"));
+    EXPECT_EQ(text,
+              "line  name       identifier  codes  axis order           decimals     duplicates\n"
+              "2     EPSG:4326  EPSG:4326   4326   latitude, longitude  8 (default)  kept\n"
+              "3     X          X           none   none                 default      kept\n"
+              "\n"
+              "crs.xml:3:3: error: CRS: The EPSG code \"X\" is unknown\n"
+              "crs.xml: a server would not start; 2 entries, 1 error, 0 warnings\n");
+}
+
+TEST(TheReport, IsWrittenAsJson) {
+    const Json json = asJson(reportOf("<CrsConfiguration>\n<CRS>4326</CRS>\n  <CRS>x</CRS></CrsConfiguration>"));
+    EXPECT_EQ(json["starts"], false);
+    EXPECT_EQ(json["failure"], "The EPSG code \"X\" is unknown");
+    EXPECT_EQ(json["entries"][0]["primaryCode"], 4326);
+    EXPECT_TRUE(json["entries"][1]["primaryCode"].is_null());
+    EXPECT_EQ(json["findings"][0]["line"], 3);
+    EXPECT_EQ(json["findings"][0]["column"], 3);
+}
+
+TEST(TheReport, IsEmptyForAnEmptyFragment) {
+    const ConfigurationReport report = reportOf("");
+    EXPECT_TRUE(report.starts) << report.failure;
+    EXPECT_EQ(asText(report), "no entries\n\ncrs.xml: a server would start; 0 entries, 0 errors, 0 warnings\n");
+}
+
+}  // namespace
+}  // namespace crsctl

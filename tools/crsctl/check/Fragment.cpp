@@ -1,0 +1,166 @@
+#include "tools/crsctl/check/Fragment.h"
+
+#include <boost/property_tree/xml_parser.hpp>
+#include <map>
+#include <set>
+#include <sstream>
+
+#include "tools/crsctl/check/ElementPlaces.h"
+#include "tools/crsctl/check/EntryAttributes.h"
+#include "tools/crsctl/text/Printable.h"
+
+namespace crsctl {
+
+using boost::property_tree::ptree;
+using CoordinateTransformation::CrsConfigData;
+
+namespace {
+
+using Names = std::set<std::string>;
+
+// The containers in the order in which they are read, whatever their order in the text.
+struct Container {
+    const char* name;
+    Names entryNames;
+};
+
+const std::vector<Container>& containers() {
+    static const std::vector<Container> all = {{"CrsConfiguration", {"CRS"}}, {"SRSList", {"SRS", "EPSGCode"}}};
+    return all;
+}
+
+bool isMarkupNode(const std::string& name) { return name == "<xmlattr>" || name == "<xmlcomment>"; }
+
+std::string listed(const Names& names) {
+    std::string list;
+    for (const std::string& name : names) list += (list.empty() ? "" : " or ") + name;
+    return list;
+}
+
+bool isBlankText(const std::string& text) { return text.find_first_not_of(" \t\r\n") == std::string::npos; }
+
+class FragmentReader {
+public:
+    FragmentReader(const ptree& readTree, const std::vector<ElementPlace>& elementPlaces)
+        : tree(readTree), places(elementPlaces) {}
+
+    Fragment run() {
+        walkTopLevel();
+        for (const Container& container : containers())
+            for (FragmentEntry& entry : entriesOf[container.name]) take(std::move(entry));
+        return std::move(fragment);
+    }
+
+private:
+    void warn(const Place& place, const std::string& text) {
+        fragment.findings.push_back({Severity::Warning, place, text});
+    }
+
+    // An element that the walk over the text does not confirm has no place.
+    Place placeOf(const std::string& name) {
+        if (nextElement >= places.size() || places[nextElement].name != name) return {0, 0, name};
+        const ElementPlace& place = places[nextElement++];
+        return {place.line, place.column, name};
+    }
+
+    // Passes over an element that is ignored together with all that it holds.
+    void skipChildren(const ptree& element) {
+        for (const auto& [name, child] : element) {
+            if (isMarkupNode(name)) continue;
+            placeOf(name);
+            skipChildren(child);
+        }
+    }
+
+    void walkTopLevel() {
+        for (const auto& [name, child] : tree) {
+            if (isMarkupNode(name)) continue;
+            const Place place = placeOf(name);
+            if (const Container* container = containerToRead(name, place))
+                walkContainer(*container, child, place);
+            else
+                skipChildren(child);
+        }
+    }
+
+    // Null, with a warning, for an element that is not read.
+    const Container* containerToRead(const std::string& name, const Place& place) {
+        for (const Container& container : containers()) {
+            if (container.name != name) continue;
+            if (entriesOf.emplace(name, std::vector<FragmentEntry>()).second) return &container;
+            warn(place, "ignored with all its entries: only the first " + name + " is read");
+            return nullptr;
+        }
+        warn(place, "ignored: only CrsConfiguration and SRSList are read at this level");
+        return nullptr;
+    }
+
+    void walkContainer(const Container& container, const ptree& element, const Place& place) {
+        if (element.count("<xmlattr>") != 0)
+            for (const auto& attribute : element.get_child("<xmlattr>"))
+                warn(place, "attribute " + attribute.first + " is ignored: a container has none");
+        if (!isBlankText(element.data())) warn(place, "text outside its entries is ignored");
+        for (const auto& child : element) {
+            if (isMarkupNode(child.first)) continue;
+            walkChild(container, child, placeOf(child.first));
+        }
+    }
+
+    void walkChild(const Container& container, const ptree::value_type& child, const Place& place) {
+        if (container.entryNames.count(child.first) == 0) {
+            warn(place,
+                 "ignored: entries of " + std::string(container.name) + " are called " + listed(container.entryNames));
+        } else {
+            examineEntry(child.second, place, fragment.findings);
+            entriesOf[container.name].push_back({place, child.second.data(), CrsConfigData(child), std::nullopt});
+        }
+        skipChildren(child.second);
+    }
+
+    void take(FragmentEntry entry) {
+        for (std::size_t i = 0; i < fragment.entries.size() && !entry.duplicateOf; ++i)
+            if (fragment.entries[i].data.sameIdentifierOrAliases(entry.data)) entry.duplicateOf = i;
+        if (entry.duplicateOf) warnOfDuplicate(entry, fragment.entries[*entry.duplicateOf]);
+        fragment.entries.push_back(std::move(entry));
+    }
+
+    void warnOfDuplicate(const FragmentEntry& entry, const FragmentEntry& first) {
+        const bool differs =
+            entry.data.getNumberOfDecimalPlaces() != first.data.getNumberOfDecimalPlaces() ||
+            entry.data.getAxisOrderEastNorthOrLonLat() != first.data.getAxisOrderEastNorthOrLonLat() ||
+            entry.data.getPreventDoubleCoordinateOutput() != first.data.getPreventDoubleCoordinateOutput();
+        warn(entry.place, "dropped: repeats " + printable(first.data.getAliasOrIdentifier()) + " of line " +
+                              std::to_string(first.place.line) + (differs ? ", and its other settings are lost" : ""));
+    }
+
+    const ptree& tree;
+    const std::vector<ElementPlace>& places;
+    std::size_t nextElement = 0;
+    std::map<std::string, std::vector<FragmentEntry>> entriesOf;
+    Fragment fragment;
+};
+
+Fragment malformed(const boost::property_tree::xml_parser_error& failure) {
+    Fragment fragment;
+    fragment.wellFormed = false;
+    Place place;
+    place.line = failure.line();
+    fragment.findings.push_back({Severity::Error, place, "the fragment is malformed: " + failure.message()});
+    return fragment;
+}
+
+}  // namespace
+
+Fragment readFragment(const std::string& text) {
+    ptree tree;
+    std::istringstream document(text);
+    try {
+        boost::property_tree::read_xml(document, tree);
+    } catch (const boost::property_tree::xml_parser_error& failure) {
+        return malformed(failure);
+    }
+    const std::vector<ElementPlace> places = elementPlaces(text);
+    return FragmentReader(tree, places).run();
+}
+
+}  // namespace crsctl

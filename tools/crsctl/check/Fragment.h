@@ -1,0 +1,31 @@
+#pragma once
+
+#include <boost/property_tree/ptree.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "CoordinateTransformation/CrsConfigData.h"
+#include "tools/crsctl/check/Finding.h"
+
+namespace crsctl {
+
+// An element that the server reads as an entry.
+struct FragmentEntry {
+    Place place;
+    std::string text;
+    CoordinateTransformation::CrsConfigData data;
+    // The entry that this one repeats and in whose favour it is dropped.
+    std::optional<std::size_t> duplicateOf;
+};
+
+// A fragment as the server reads it, with what the reading shows.
+struct Fragment {
+    std::vector<FragmentEntry> entries;  // in the order in which the server takes them
+    Findings findings;
+    bool wellFormed = true;
+};
+
+Fragment readFragment(const std::string& text);
+
+}  // namespace crsctl

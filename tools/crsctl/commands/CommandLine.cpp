@@ -1,0 +1,174 @@
+#include "tools/crsctl/commands/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <stdexcept>
+
+#include "tools/crsctl/commands/CommandTexts.h"
+#include "tools/crsctl/commands/Help.h"
+#include "tools/crsctl/commands/ManPage.h"
+#include "tools/crsctl/points/FixedDecimals.h"
+#include "tools/crsctl/start/Failures.h"
+#include "tools/crsctl/text/Printable.h"
+
+namespace crsctl {
+
+namespace {
+
+constexpr unsigned int MAX_JOBS = 64;
+
+bool hasFlag(const OptionText& option, const std::string& flag) {
+    return option.flags == flag || option.flags.find("," + flag) != std::string::npos;
+}
+
+// The words of an option; an option without words is a mistake of this program.
+const OptionText& optionText(const CommandText& command, const std::string& flag) {
+    for (const std::vector<OptionText>* options : {&command.options, &commonOptionTexts()})
+        for (const OptionText& option : *options)
+            if (hasFlag(option, flag)) return option;
+    throw std::logic_error("no text for " + flag);
+}
+
+template <typename Value>
+CLI::Option* addOption(CLI::App& app, const CommandText& text, const std::string& flag, Value& value) {
+    const OptionText& option = optionText(text, flag);
+    return app.add_option(option.flags, value, option.text)->type_name(option.value);
+}
+
+CLI::Option* addFlag(CLI::App& app, const CommandText& text, const std::string& flag, bool& value) {
+    const OptionText& option = optionText(text, flag);
+    return app.add_flag(option.flags, value, option.text);
+}
+
+// CLI11 takes an argument in brackets for a list. A character in front keeps it whole.
+constexpr char GUARD = '\x01';
+
+std::vector<std::string> guardedArguments(int argc, const char* const* argv) {
+    std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
+    for (std::string& argument : arguments)
+        if (!argument.empty() && argument.front() == '[' && argument.back() == ']') argument.insert(0, 1, GUARD);
+    std::reverse(arguments.begin(), arguments.end());
+    return arguments;
+}
+
+void removeGuards(Request& request) {
+    TransformOptions& transform = request.transform;
+    std::vector<std::string*> texts = {
+        &request.common.configFile, &request.common.projDir, &transform.from, &transform.to,
+        &transform.columns,         &transform.comment};
+    for (std::string& argument : request.arguments) texts.push_back(&argument);
+    for (std::string& file : transform.files) texts.push_back(&file);
+    for (std::string* const text : texts)
+        if (!text->empty() && text->front() == GUARD) text->erase(0, 1);
+}
+
+// The options that stand before or behind the command alike.
+void addCommonOptions(CLI::App& app, const CommandText& text, CommonOptions& common) {
+    addOption(app, text, "--config", common.configFile);
+    addOption(app, text, "--proj-dir", common.projDir);
+    addFlag(app, text, "--json", common.json);
+    const OptionText& help = optionText(text, "--help");
+    app.set_help_flag(help.flags, help.text);
+    const OptionText& version = optionText(text, "--version");
+    app.set_version_flag(version.flags, "", version.text);
+}
+
+void addTransformOptions(CLI::App& app, const CommandText& text, TransformOptions& options) {
+    addOption(app, text, "--from", options.from);
+    addOption(app, text, "--to", options.to);
+    addFlag(app, text, "--inverse", options.inverse);
+    addOption(app, text, "--columns", options.columns);
+    addOption(app, text, "--separator", options.separator)
+        ->check(CLI::IsMember({"auto", "space", "comma", "semicolon"}));
+    addFlag(app, text, "--header", options.header);
+    addOption(app, text, "--comment", options.comment);
+    addOption(app, text, "--output", options.output)->check(CLI::IsMember({"text", "csv", "json"}));
+    addOption(app, text, "--decimals", options.decimals)->check(CLI::Range(0, MAX_DECIMALS));
+    addOption(app, text, "--errors", options.errors)->check(CLI::IsMember({"stop", "mark", "skip"}));
+    addOption(app, text, "--jobs", options.jobs)->check(CLI::Range(1U, MAX_JOBS));
+    app.add_option("FILE", options.files);
+}
+
+CLI::App& addCommand(CLI::App& program, const CommandText& text, Request& request) {
+    CLI::App& command = *program.add_subcommand(text.name, text.summary);
+    addCommonOptions(command, text, request.common);
+    if (text.name == "transform") addTransformOptions(command, text, request.transform);
+    if (text.name == "resolve") command.add_option("NAME", request.arguments);
+    if (text.name == "check") command.add_option("FILE", request.arguments);
+    command.callback([&request, &text] { request.command = text.name; });
+    return command;
+}
+
+std::string manPageOf(const std::string& name) {
+    const CommandText* const command = findCommandText(name == "crsctl" ? "" : name);
+    if (command == nullptr) throw SetUpError("--man " + printable(name) + ": there is no such command");
+    return manPage(*command);
+}
+
+// Of the command whose arguments were being read.
+const CommandText& textOfSelected(const CLI::App& program) {
+    const auto selected = program.get_subcommands();
+    return *findCommandText(selected.empty() ? "" : selected.back()->get_name());
+}
+
+std::string speakerFor(const CommandText& command) {
+    return command.name.empty() ? "crsctl" : "crsctl " + command.name;
+}
+
+std::string inOneLine(std::string text) {
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    return printable(text, 300);
+}
+
+void requireArguments(const Request& request) {
+    const bool isTransform = request.command == "transform";
+    if (request.command == "resolve" && request.arguments.empty()) throw SetUpError("a NAME is needed");
+    if (request.command == "check" && request.arguments.size() != 1) throw SetUpError("one FILE is needed");
+    if (isTransform && request.transform.from.empty()) throw SetUpError("--from NAME is needed");
+    if (isTransform && request.transform.to.empty()) throw SetUpError("--to NAME is needed");
+}
+
+std::string commandsInWords() {
+    std::string words;
+    for (const CommandText& command : commandTexts())
+        if (!command.name.empty()) words += (words.empty() ? "" : ", ") + command.name;
+    return words;
+}
+
+}  // namespace
+
+Request readCommandLine(int argc, const char* const* argv, std::string& speaker) {
+    speaker = "crsctl";
+    Request request;
+    std::string manual;
+    CLI::App program;
+    const CommandText& text = *findCommandText("");
+    addCommonOptions(program, text, request.common);
+    addOption(program, text, "--man", manual);
+    for (const CommandText& command : commandTexts())
+        if (!command.name.empty()) addCommand(program, command, request);
+    program.require_subcommand(0, 1);
+    try {
+        program.parse(guardedArguments(argc, argv));
+    } catch (const CLI::CallForHelp&) {
+        request.text = helpText(textOfSelected(program));
+        return request;
+    } catch (const CLI::CallForVersion&) {
+        request.text = "crsctl " COORDTRANS_VERSION "\n";
+        return request;
+    } catch (const CLI::ParseError& failure) {
+        speaker = speakerFor(textOfSelected(program));
+        throw SetUpError(inOneLine(failure.what()));
+    }
+    speaker = speakerFor(textOfSelected(program));
+    removeGuards(request);
+    if (!manual.empty()) {
+        request.text = manPageOf(manual);
+        return request;
+    }
+    if (request.command.empty()) throw SetUpError("a command is needed: " + commandsInWords() + " (see --help)");
+    requireArguments(request);
+    return request;
+}
+
+}  // namespace crsctl

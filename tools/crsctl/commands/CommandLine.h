@@ -1,0 +1,25 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/crsctl/commands/TransformCommand.h"
+#include "tools/crsctl/start/Session.h"
+
+namespace crsctl {
+
+// What the command line asks for.
+struct Request {
+    std::string command;              // "resolve", ...; empty when `text` says it all
+    std::optional<std::string> text;  // to be written instead: help, version or a manual page
+    CommonOptions common;
+    std::vector<std::string> arguments;  // names of resolve, the file of check
+    TransformOptions transform;
+};
+
+// Reads the command line. SetUpError, which names what is wrong, for one that cannot be understood. `speaker` becomes
+// the name under which errors are reported ("crsctl resolve"), as soon as it is known.
+Request readCommandLine(int argc, const char* const* argv, std::string& speaker);
+
+}  // namespace crsctl

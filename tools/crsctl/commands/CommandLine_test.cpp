@@ -1,0 +1,185 @@
+#include "tools/crsctl/commands/CommandLine.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <ostream>
+
+#include "tools/crsctl/commands/CommandTexts.h"
+#include "tools/crsctl/commands/Help.h"
+#include "tools/crsctl/commands/ManPage.h"
+#include "tools/crsctl/start/Failures.h"
+
+namespace crsctl {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+struct Read {
+    Request request;
+    std::string speaker;
+};
+
+Read readArguments(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "crsctl");
+    std::vector<const char*> argv;
+    for (const std::string& argument : arguments) argv.push_back(argument.c_str());
+    Read read;
+    read.request = readCommandLine(static_cast<int>(argv.size()), argv.data(), read.speaker);
+    return read;
+}
+
+Request requestOf(const std::vector<std::string>& arguments) { return readArguments(arguments).request; }
+
+TEST(ACommandLine, TakesCommonOptionsOnBothSidesOfTheCommand) {
+    for (const auto& arguments :
+         {std::vector<std::string>{"--json", "--config", "c.xml", "--proj-dir", "p", "resolve", "EPSG:4326", "4258"},
+          std::vector<std::string>{"resolve", "EPSG:4326", "4258", "--proj-dir", "p", "--config=c.xml", "--json"}}) {
+        const Request request = requestOf(arguments);
+        EXPECT_EQ(request.command, "resolve");
+        EXPECT_THAT(request.arguments, ElementsAre("EPSG:4326", "4258"));
+        EXPECT_TRUE(request.common.json);
+        EXPECT_EQ(request.common.configFile, "c.xml");
+        EXPECT_EQ(request.common.projDir, "p");
+    }
+}
+
+TEST(ACommandLine, TakesNamesAsTheyStand) {
+    EXPECT_THAT(requestOf({"resolve", "", " ", "[a,b]", "%x", "a=b"}).arguments,
+                ElementsAre("", " ", "[a,b]", "%x", "a=b"));
+}
+
+TEST(ACommandLine, TakesTheOptionsOfATransformation) {
+    const TransformOptions options =
+        requestOf({"transform",   "--from",   "A",        "--to",      "B",  "--inverse", "--columns", "id,x,y",
+                   "--separator", "comma",    "--header", "--comment", "//", "--output",  "csv",       "--decimals",
+                   "4",           "--errors", "stop",     "--jobs",    "2",  "a.txt",     "-"})
+            .transform;
+    EXPECT_EQ(options.from, "A");
+    EXPECT_EQ(options.to, "B");
+    EXPECT_TRUE(options.inverse);
+    EXPECT_EQ(options.columns, "id,x,y");
+    EXPECT_EQ(options.separator, "comma");
+    EXPECT_TRUE(options.header);
+    EXPECT_EQ(options.comment, "//");
+    EXPECT_EQ(options.output, "csv");
+    EXPECT_EQ(options.decimals, 4);
+    EXPECT_EQ(options.errors, "stop");
+    EXPECT_EQ(options.jobs, 2U);
+    EXPECT_THAT(options.files, ElementsAre("a.txt", "-"));
+    EXPECT_EQ(requestOf({"transform", "--from", "A", "--to", "B", "--comment", ""}).transform.comment, "");
+}
+
+struct BadCase {
+    std::vector<std::string> arguments;
+    const char* speaker;
+    const char* complaint;
+};
+
+void PrintTo(const BadCase& bad, std::ostream* stream) {
+    *stream << "crsctl";
+    for (const std::string& argument : bad.arguments) *stream << " " << argument;
+}
+
+class ABadCommandLine : public testing::TestWithParam<BadCase> {};
+
+TEST_P(ABadCommandLine, IsRefusedInOneLineThatNamesWhatIsWrong) {
+    std::vector<std::string> arguments = GetParam().arguments;
+    arguments.insert(arguments.begin(), "crsctl");
+    std::vector<const char*> argv;
+    for (const std::string& argument : arguments) argv.push_back(argument.c_str());
+    std::string speaker;
+    try {
+        readCommandLine(static_cast<int>(argv.size()), argv.data(), speaker);
+        FAIL() << "accepted";
+    } catch (const SetUpError& failure) {
+        EXPECT_EQ(speaker, GetParam().speaker);
+        EXPECT_THAT(failure.what(), HasSubstr(GetParam().complaint));
+        EXPECT_THAT(failure.what(), testing::Not(HasSubstr("\n")));
+        EXPECT_EQ(failure.getExitCode(), 2);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Lines, ABadCommandLine,
+    testing::Values(BadCase{{}, "crsctl", "a command is needed"}, BadCase{{"frob"}, "crsctl", "frob"},
+                    BadCase{{"--frob"}, "crsctl", "--frob"}, BadCase{{"resolve"}, "crsctl resolve", "NAME"},
+                    BadCase{{"resolve", "--frob", "x"}, "crsctl resolve", "--frob"},
+                    BadCase{{"resolve", "x", "--config"}, "crsctl resolve", "--config"},
+                    BadCase{{"check"}, "crsctl check", "FILE"}, BadCase{{"check", "a", "b"}, "crsctl check", "FILE"},
+                    BadCase{{"names", "x"}, "crsctl names", "x"}, BadCase{{"--man", "frob"}, "crsctl", "frob"},
+                    BadCase{{"transform"}, "crsctl transform", "--from"},
+                    BadCase{{"transform", "--from", "A"}, "crsctl transform", "--to"},
+                    BadCase{{"transform", "--errors", "later"}, "crsctl transform", "later"},
+                    BadCase{{"transform", "--output", "xml"}, "crsctl transform", "xml"},
+                    BadCase{{"transform", "--separator", "|"}, "crsctl transform", "|"},
+                    BadCase{{"transform", "--decimals", "19"}, "crsctl transform", "19"},
+                    BadCase{{"transform", "--decimals", "x"}, "crsctl transform", "x"},
+                    BadCase{{"transform", "--jobs", "0"}, "crsctl transform", "0"}));
+
+TEST(Help, IsGivenForEveryCommand) {
+    for (const CommandText& command : commandTexts()) {
+        std::vector<std::string> arguments = {"--help"};
+        if (!command.name.empty()) arguments.insert(arguments.begin(), command.name);
+        const Request request = requestOf(arguments);
+        ASSERT_TRUE(request.text);
+        EXPECT_EQ(*request.text, helpText(command));
+        EXPECT_THAT(*request.text, HasSubstr("Examples:\n"));
+    }
+}
+
+TEST(Help, StaysWithinATerminalButForExamples) {
+    for (const CommandText& command : commandTexts()) {
+        const std::string help = helpText(command);
+        const std::string text = help.substr(0, help.find("Examples:")) + help.substr(help.find("Exit codes:"));
+        for (std::size_t begin = 0, end = 0; (end = text.find('\n', begin)) != std::string::npos; begin = end + 1)
+            EXPECT_LE(end - begin, 80U) << text.substr(begin, end - begin);
+    }
+}
+
+TEST(TheVersion, IsGivenForEveryCommand) {
+    EXPECT_THAT(*requestOf({"--version"}).text, testing::StartsWith("crsctl "));
+    for (const CommandText& command : commandTexts()) {
+        if (command.name.empty()) continue;
+        EXPECT_THAT(*requestOf({command.name, "--version"}).text, testing::StartsWith("crsctl "));
+    }
+}
+
+TEST(TheManual, HasAPageForEveryCommandOutOfTheTextOfItsHelp) {
+    for (const CommandText& command : commandTexts()) {
+        const std::string page = manPage(command);
+        EXPECT_THAT(page, testing::StartsWith(".TH CRSCTL"));
+        for (const char* section :
+             {"NAME", "SYNOPSIS", "DESCRIPTION", "OPTIONS", "EXIT STATUS", "EXAMPLES", "SEE ALSO"})
+            EXPECT_THAT(page, HasSubstr(std::string(".SH ") + section + "\n"));
+        const std::string argument = command.name.empty() ? "crsctl" : command.name;
+        EXPECT_EQ(*requestOf({"--man", argument}).text, page);
+    }
+}
+
+TEST(TheManual, TakesNothingOfTheTextForItsOwnLanguage) {
+    const CommandText text{"x", "", "a-b", {".dot", "back\\slash"}, {}, {{"crsctl x --from", "'quoted"}}};
+    const std::string page = manPage(text);
+    EXPECT_THAT(page, HasSubstr("\\&.dot\n"));
+    EXPECT_THAT(page, HasSubstr("back\\eslash\n"));
+    EXPECT_THAT(page, HasSubstr("crsctl x \\-\\-from\n"));
+    EXPECT_THAT(page, HasSubstr("\\&'quoted\n"));
+}
+
+// Every example is a command line that is understood.
+TEST(TheExamples, AreUnderstood) {
+    for (const CommandText& command : commandTexts()) {
+        for (const ExampleText& example : command.examples) {
+            std::istringstream words(example.command.substr(0, example.command.find(" <")));
+            std::string word;
+            std::vector<std::string> arguments;
+            while (words >> word) arguments.push_back(word);
+            ASSERT_EQ(arguments.front(), "crsctl");
+            arguments.erase(arguments.begin());
+            EXPECT_NO_THROW(requestOf(arguments)) << example.command;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace crsctl

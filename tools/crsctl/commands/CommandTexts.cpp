@@ -1,0 +1,147 @@
+#include "tools/crsctl/commands/CommandTexts.h"
+
+namespace crsctl {
+
+namespace {
+
+CommandText programText() {
+    return {"",
+            "COMMAND",
+            "ask the library what a server would do",
+            {"crsctl answers an operator's questions about the coordinate reference systems (CRS) of a server: what a "
+             "CRS name means, where a point goes, whether a configuration starts, which names it answers.",
+             "resolve NAME... says what the server makes of names. transform moves a stream of points from one CRS "
+             "to another. check FILE reads a configuration as the server would and says what is wrong with it. names "
+             "lists every name that a configuration answers."},
+            {{"--man", "COMMAND", "Write the manual page of a command, of the program for \"crsctl\"."}},
+            {{"crsctl resolve urn:ogc:def:crs:EPSG::25832", "What is this CRS?"},
+             {"crsctl transform --from CRS:84 --to UTM32 --config crs.xml points.txt", "Where are these points?"},
+             {"crsctl check crs.xml", "Would a server start with this configuration?"},
+             {"crsctl names --config crs.xml", "Under which names does it offer its CRS?"}}};
+}
+
+CommandText resolveText() {
+    return {"resolve",
+            "NAME...",
+            "say what a server makes of CRS names",
+            {"For each name: which spelling it is, the EPSG codes, dataset version, alias, dimension, axis order and "
+             "unit of the CRS, whether the server offers it, and how it is written back in each form.",
+             "For a refused name: the service exception code and the text that a client would get, the nearest "
+             "reason, and, where one small change of the name would make it work, that change.",
+             "Without --config every CRS of the PROJ directory is answered, and nothing is said about what is "
+             "offered."},
+            {},
+            {{"crsctl resolve EPSG:25832", "What is known about a code."},
+             {"crsctl resolve --config crs.xml UTM32 epsg:4326", "An alias of the configuration; a name that fails."},
+             {"crsctl resolve --json urn:ogc:def:crs:EPSG::4326", "The same for a program."}}};
+}
+
+std::vector<std::string> transformParagraphs() {
+    return {
+        "Reads points, one a line, from the files or from standard input (also \"-\"), and writes them in the "
+        "other CRS. A line holds x, y and, if there is one, a height z; any further columns are carried through. "
+        "Columns are separated by blanks, commas or semicolons: by what follows the first column. x is the first "
+        "axis of the CRS: the latitude where its axis order is latitude, longitude.",
+        "Blank lines and comments are passed over; text output keeps them. A line that cannot be read or "
+        "transformed is reported on standard error with its number, the reason and the input, and the lines "
+        "behind it are transformed all the same, unless --errors says otherwise. The last line on standard "
+        "error gives counts, seconds and rate.",
+        "Text output is the line as it stands with its coordinates replaced, and is what cs2cs writes at the "
+        "same number of decimals. CSV and JSON output leave out blank lines and comments.",
+        "Memory does not grow with the input. Input that is no file is answered line by line as it arrives. "
+        "Large files are shared out among processes; the output is the same."};
+}
+
+CommandText transformText() {
+    return {"transform",
+            "--from NAME --to NAME [FILE...]",
+            "transform a stream of points",
+            transformParagraphs(),
+            {{"--from", "NAME", "CRS of the input, in any spelling that the server accepts."},
+             {"--to", "NAME", "CRS of the output."},
+             {"--inverse", "", "Exchange the two."},
+             {"--columns", "LIST",
+              "What stands in the columns, from the left: x, y and z, and any other word for a column that is carried "
+              "through. Without it x, y and, where it is a number, z. Columns beyond the list are carried through."},
+             {"--separator", "KIND", "auto, space, comma or semicolon."},
+             {"--header", "", "The first line of each file holds column names: no point, but names for CSV and JSON."},
+             {"--comment", "TEXT", "What begins a comment line; \"#\" by default, nothing for an empty text."},
+             {"--output", "FORMAT", "text, csv or json (one object a line)."},
+             {"--decimals", "N",
+              "Decimal places of every coordinate, 0 to 18. Without it those of the configured entry, else 8 for "
+              "degrees and 3 for metres; a height above a geographic CRS has 3."},
+             {"--errors", "MODE",
+              "What to do at a line that fails: mark it in the output with \"*\" (the default), skip it, or stop."},
+             {"--jobs", "N", "Processes that work on large files; by default one for each processor, at most 8."}},
+            {{"crsctl transform --from EPSG:4326 --to EPSG:25832 points.txt", "Latitude and longitude to UTM."},
+             {"crsctl transform --from EPSG:4326 --to EPSG:25832 --inverse", "Back, from standard input."},
+             {"crsctl transform --from EPSG:31467 --to EPSG:25832 --header --columns id,x,y --output csv towers.csv",
+              "A table whose first column is an identifier."},
+             {"crsctl transform --from EPSG:4326 --to EPSG:3857 --errors stop --json < points.txt",
+              "JSON lines, up to the first line that fails."}}};
+}
+
+CommandText checkText() {
+    return {"check",
+            "FILE",
+            "say whether a server would start with a configuration",
+            {"Reads a CRS configuration fragment as the server would, prints a table of its entries, then everything "
+             "that is wrong or suspicious, each with its line: what the start would fail for, entries that are "
+             "dropped as duplicates, containers, elements and attributes that are ignored, attribute values that do "
+             "not convert, an axis order without an alias, names that are claimed twice, blanks around a code.",
+             "The exit code is 0 only when a server would start."},
+            {},
+            {{"crsctl check crs.xml", "Before a configuration goes into production."},
+             {"crsctl check --json crs.xml", "The same for a program."}}};
+}
+
+CommandText namesText() {
+    return {"names",
+            "[--config FILE]",
+            "list every name that a configuration answers, by CRS",
+            {"Asks the name cache, as it stands after a start with the configuration, for every spelling that it "
+             "answers: codes, identifiers, URNs, text forms and aliases, each with the axis order of the answer. "
+             "Other spellings of these CRS are understood as well, but are taken apart on request. Without a "
+             "configuration there are none."},
+            {},
+            {{"crsctl names --config crs.xml", "Everything that may stand in a request."},
+             {"crsctl names --config crs.xml --json", "The same for a program."}}};
+}
+
+}  // namespace
+
+const std::vector<CommandText>& commandTexts() {
+    static const std::vector<CommandText> texts = {programText(), resolveText(), transformText(), checkText(),
+                                                   namesText()};
+    return texts;
+}
+
+const CommandText* findCommandText(const std::string& name) {
+    for (const CommandText& text : commandTexts())
+        if (text.name == name) return &text;
+    return nullptr;
+}
+
+const std::vector<OptionText>& commonOptionTexts() {
+    static const std::vector<OptionText> texts = {
+        {"--config", "FILE", "The server's CRS configuration (\"-\": standard input)."},
+        {"--proj-dir", "DIR",
+         "Directory with \"epsg\" and \"epsg-axisorder.csv\". Without it the environment variable "
+         "QUARVELSRV_PROJ4_CONF_DIR, else /opt/quarvelserver/share/proj4 if it is there, else the directory installed "
+         "with the library."},
+        {"--json", "", "Write JSON."},
+        {"-h,--help", "", "Write this help."},
+        {"--version", "", "Write the version."}};
+    return texts;
+}
+
+const std::vector<ExitText>& exitTexts() {
+    static const std::vector<ExitText> texts = {
+        {"0", "Everything was accepted."},
+        {"1", "A name, a line or a configuration was refused; the output was closed or the program was told to end."},
+        {"2", "Wrong usage, a file that cannot be read or written, or a library that does not start."},
+        {"130", "Interrupted."}};
+    return texts;
+}
+
+}  // namespace crsctl

@@ -1,0 +1,60 @@
+// crsctl: ask the library what a server would do.
+
+#include <cerrno>
+#include <cstring>
+#include <exception>
+#include <string>
+#include <unistd.h>
+
+#include "tools/crsctl/commands/CommandLine.h"
+#include "tools/crsctl/commands/ReportCommands.h"
+#include "tools/crsctl/commands/TransformCommand.h"
+#include "tools/crsctl/start/Descriptor.h"
+#include "tools/crsctl/start/Failures.h"
+#include "tools/crsctl/start/Signals.h"
+
+using namespace crsctl;
+
+namespace {
+
+void complain(const std::string& speaker, const std::string& text) {
+    writeAll(STDERR_FILENO, speaker + ": " + text + "\n");
+}
+
+int writeOutput(const std::string& output, int exitCode) {
+    const WriteOutcome outcome = writeAll(STDOUT_FILENO, output);
+    if (outcome == WriteOutcome::Failed) throw SetUpError(std::string("standard output: ") + std::strerror(errno));
+    return outcome == WriteOutcome::PipeClosed ? EXIT_REFUSED : exitCode;
+}
+
+CommandResult runReportCommand(const Request& request) {
+    if (request.command == "resolve") return resolveCommand(request.common, request.arguments);
+    if (request.command == "check") return checkCommand(request.common, request.arguments.front());
+    return namesCommand(request.common);
+}
+
+int run(const Request& request, const std::string& speaker) {
+    if (request.text) return writeOutput(*request.text, EXIT_DONE);
+    if (request.command == "transform") return transformCommand(request.common, request.transform);
+    const CommandResult result = runReportCommand(request);
+    const int exitCode = writeOutput(result.output, result.exitCode);
+    for (const std::string& note : result.notes) complain(speaker, note);
+    return exitCode;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    occupyStandardDescriptors();
+    ignoreClosedPipes();
+    std::string speaker;
+    try {
+        return run(readCommandLine(argc, argv, speaker), speaker);
+    } catch (const CommandFailure& failure) {
+        complain(speaker, failure.what());
+        return failure.getExitCode();
+    } catch (const std::exception& failure) {
+        complain(speaker, failure.what());
+        return EXIT_SET_UP;
+    }
+}

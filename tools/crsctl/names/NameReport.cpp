@@ -1,0 +1,166 @@
+#include "tools/crsctl/names/NameReport.h"
+
+#include <exception>
+
+#include "CoordinateTransformation/CoordinateTransformation.h"
+#include "tools/crsctl/start/Session.h"
+
+namespace crsctl {
+
+using CoordinateTransformation::AbstractCrs;
+using CoordinateTransformation::Crs;
+using CoordinateTransformation::CRSindicationFormatInfo;
+using CoordinateTransformation::CrsNotConfigured;
+using CoordinateTransformation::CrsUnknownSyntaxOrAlias;
+using CoordinateTransformation::Misconfigured;
+using CoordinateTransformation::TransformationException;
+using QuarvelSrv::SrsFormattingOptions;
+
+namespace {
+
+constexpr int OGC_URL_STYLE = 2;
+// In a template the character 1 stands for the code.
+constexpr char TEMPLATE_OF_CODE[] = "\x01";
+constexpr char GML_BASE[] = "http://www.opengis.net/gml/srs/epsg.xml";
+
+struct FormWriter {
+    const char* form;
+    const char* key;
+    std::string (*write)(const AbstractCrs& crs);
+};
+
+constexpr FormWriter FORMS[] = {
+    {"identifier", "identifier", [](const AbstractCrs& crs) { return crs.getAliasOrIdentifier(false); }},
+    {"alias or identifier", "aliasOrIdentifier", [](const AbstractCrs& crs) { return crs.getAliasOrIdentifier(true); }},
+    {"OGC URN", "urn", [](const AbstractCrs& crs) { return crs.getAliasOrAsOgcURN(nullptr, false); }},
+    {"OGC http URL", "url",
+     [](const AbstractCrs& crs) {
+         const SrsFormattingOptions options{"", "", OGC_URL_STYLE};
+         return crs.getAliasOrAsOgcURN(&options, false);
+     }},
+    {"GML reference", "gmlReference",
+     [](const AbstractCrs& crs) { return crs.getAsURL(GML_BASE, TEMPLATE_OF_CODE, TEMPLATE_OF_CODE); }},
+    {"prefix and code", "prefixAndCode",
+     [](const AbstractCrs& crs) {
+         const SrsFormattingOptions options{"", "EPSG:", 0};
+         return crs.getAliasOrAsOgcURN(&options, false);
+     }},
+    {"text form", "text", [](const AbstractCrs& crs) { return crs.getAsText(); }},
+};
+
+WrittenForm written(const FormWriter& writer, const AbstractCrs& crs) {
+    try {
+        return {writer.form, writer.key, writer.write(crs), false};
+    } catch (const std::exception& failure) {
+        return {writer.form, writer.key, failure.what(), true};
+    }
+}
+
+Reason reasonForMisconfigured(const Recognition& recognition) {
+    return recognition.spelling == Spelling::None || recognition.badCode ? Reason::Other : Reason::NotInEpsgFile;
+}
+
+std::string serviceExceptionCodeOf(const std::exception& failure) {
+    if (const auto* own = dynamic_cast<const TransformationException*>(&failure)) return own->getServiceExceptionCode();
+    if (const auto* helper = dynamic_cast<const QSHelpers::Exception*>(&failure))
+        return helper->getServiceExceptionCode();
+    return {};
+}
+
+Reason reasonOf(const std::exception& failure, const Recognition& recognition) {
+    if (dynamic_cast<const CrsNotConfigured*>(&failure) != nullptr) return Reason::NotOffered;
+    if (recognition.badCode) return Reason::BadCode;
+    if (dynamic_cast<const CrsUnknownSyntaxOrAlias*>(&failure) != nullptr) return Reason::UnknownSyntax;
+    if (dynamic_cast<const Misconfigured*>(&failure) != nullptr) return reasonForMisconfigured(recognition);
+    return Reason::Other;
+}
+
+bool wouldWork(const std::string& name, const Session& session) {
+    try {
+        const Crs crs = session.creator().createFromName(name, false, session.isConfigured());
+        return crs.get() != nullptr;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+// No change of the spelling helps a name that is understood.
+std::optional<Suggestion> suggestionFor(const std::string& name, Reason reason, const Session& session) {
+    if (reason == Reason::NotOffered || reason == Reason::NotInEpsgFile) return std::nullopt;
+    return suggest(name, session.config().getConfiguredCrsIdentifiers(),
+                   [&session](const std::string& candidate) { return wouldWork(candidate, session); });
+}
+
+Refusal refusalFor(const std::string& name, const std::exception& failure, const Recognition& recognition,
+                   const Session& session) {
+    const Reason reason = reasonOf(failure, recognition);
+    return {serviceExceptionCodeOf(failure), failure.what(), reason, suggestionFor(name, reason, session)};
+}
+
+bool isAliasOf(const AbstractCrs& crs, const std::string& name) { return crs.getAlias() == name; }
+
+// What the configuration answers under a name of its own choice is a configured name, whatever its syntax.
+Spelling spellingOf(const std::string& name, const AbstractCrs* registered, const Recognition& recognition) {
+    if (registered == nullptr) return recognition.spelling;
+    if (isAliasOf(*registered, name) || recognition.spelling == Spelling::None || recognition.badCode)
+        return Spelling::ConfiguredName;
+    return recognition.spelling;
+}
+
+}  // namespace
+
+const char* axisOrderWords(bool geographic, bool eastNorth) {
+    if (geographic) return eastNorth ? "longitude, latitude" : "latitude, longitude";
+    return eastNorth ? "easting, northing" : "northing, easting";
+}
+
+const char* wordsFor(Reason reason) {
+    switch (reason) {
+        case Reason::UnknownSyntax:
+            return "unknown syntax";
+        case Reason::BadCode:
+            return "bad code";
+        case Reason::NotInEpsgFile:
+            return "not in the \"epsg\" file";
+        case Reason::NotOffered:
+            return "known, but not offered";
+        case Reason::Other:
+            break;
+    }
+    return "other";
+}
+
+CrsFacts factsOf(const AbstractCrs& crs) {
+    const bool geographic = crs.isGeographic();
+    CrsFacts facts{crs.getPrimaryCode(),
+                   crs.getSecCompoundCode(),
+                   crs.getEpsgVersion(),
+                   crs.getAlias(),
+                   crs.getDim(),
+                   geographic,
+                   axisOrderWords(geographic, crs.isAxisOrderEastNorthOrLonLat()),
+                   crs.getUnitEquivalentInM(),
+                   {}};
+    for (const FormWriter& writer : FORMS) facts.forms.push_back(written(writer, crs));
+    return facts;
+}
+
+NameReport reportOn(const std::string& name, const Session& session) {
+    const Recognition recognition = recognise(name);
+    const AbstractCrs* const registered = session.config().getFromNameCache(name, false);
+    NameReport report;
+    report.name = name;
+    report.spelling = spellingOf(name, registered, recognition);
+    report.registered = registered != nullptr;
+    if (session.isConfigured()) report.offered = false;
+    try {
+        const Crs crs = session.creator().createFromName(name, true, session.isConfigured());
+        report.crs = factsOf(*crs.get());
+        if (session.isConfigured()) report.offered = true;
+    } catch (const std::exception& failure) {
+        report.refusal = refusalFor(name, failure, recognition, session);
+    }
+    return report;
+}
+
+}  // namespace crsctl

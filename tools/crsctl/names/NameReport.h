@@ -1,0 +1,68 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "CoordinateTransformation/AbstractCrs.h"
+#include "tools/crsctl/names/Spelling.h"
+#include "tools/crsctl/names/Suggestion.h"
+
+namespace crsctl {
+
+class Session;
+
+// One form in which a CRS is written back. Where the library refuses to write it, `text` is the reason.
+struct WrittenForm {
+    std::string form;  // in words
+    std::string key;   // for programs
+    std::string text;
+    bool refused;
+};
+
+// What a CRS says about itself.
+struct CrsFacts {
+    unsigned int primary;
+    unsigned int secondary;
+    std::string version;
+    std::string alias;
+    unsigned int dimension;
+    bool geographic;
+    std::string axisOrder;
+    double unitInMetres;
+    std::vector<WrittenForm> forms;
+};
+
+CrsFacts factsOf(const CoordinateTransformation::AbstractCrs& crs);
+
+// "latitude, longitude" or "easting, northing", in the order of a CRS's axis flag.
+const char* axisOrderWords(bool geographic, bool eastNorth);
+
+// Why a name is refused.
+enum class Reason { UnknownSyntax, BadCode, NotInEpsgFile, NotOffered, Other };
+
+const char* wordsFor(Reason reason);
+
+struct Refusal {
+    std::string serviceExceptionCode;  // empty when the failure has none
+    std::string text;
+    Reason reason;
+    std::optional<Suggestion> suggestion;
+};
+
+// What a server makes of one name.
+struct NameReport {
+    std::string name;
+    Spelling spelling = Spelling::None;
+    // The configuration itself answers: the CRS was made at start-up.
+    bool registered = false;
+    // Empty when no configuration was given, so that nobody can say.
+    std::optional<bool> offered;
+    // Either of the two.
+    std::optional<CrsFacts> crs;
+    std::optional<Refusal> refusal;
+};
+
+NameReport reportOn(const std::string& name, const Session& session);
+
+}  // namespace crsctl

@@ -1,0 +1,97 @@
+#include "tools/crsctl/names/RegisteredNames.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tools/crsctl/testing/TestSession.h"
+
+namespace crsctl {
+namespace {
+
+using testing::UnorderedElementsAre;
+using testing::UnorderedElementsAreArray;
+
+std::vector<std::string> namesOf(const NamesOfCrs& crs) {
+    std::vector<std::string> names;
+    for (const RegisteredName& name : crs.names) names.push_back(name.name);
+    return names;
+}
+
+std::string axisOrderOf(const NamesOfCrs& crs, const std::string& wanted) {
+    for (const RegisteredName& name : crs.names)
+        if (name.name == wanted) return name.axisOrder;
+    return "not answered";
+}
+
+TEST(TheListOfNames, HasEverySpellingOfASimpleCrs) {
+    const ConfiguredSession session("<CrsConfiguration><CRS>4326</CRS></CrsConfiguration>");
+    const auto listed = registeredNames(*session);
+    ASSERT_EQ(listed.size(), 1U);
+    EXPECT_EQ(listed[0].codeKey, "4326");
+    EXPECT_EQ(listed[0].kind, "geographic");
+    EXPECT_THAT(namesOf(listed[0]),
+                UnorderedElementsAre("EPSG:4326", "urn:ogc:def:crs:EPSG::4326", "EPSG:4326;NE;1", "4326",
+                                     "urn:EPSG:geographicCRS:4326", "urn:ogc:def:crs:EPSG:6.12:4326",
+                                     "urn:x-ogc:def:crs:EPSG:6.12:4326", "urn:ogc:def:crs,crs:EPSG::4326"));
+}
+
+TEST(TheListOfNames, HasEverySpellingOfACompoundCrs) {
+    const ConfiguredSession session("<CrsConfiguration><CRS>EPSG:31467*EPSG:5783</CRS></CrsConfiguration>");
+    const auto listed = registeredNames(*session);
+    ASSERT_EQ(listed.size(), 1U);
+    EXPECT_EQ(listed[0].codeKey, "31467*5783");
+    EXPECT_THAT(
+        namesOf(listed[0]),
+        UnorderedElementsAreArray(
+            {"EPSG:31467*EPSG:5783", "urn:ogc:def:crs,crs:EPSG::31467,crs:EPSG::5783", "EPSG:31467*EPSG:5783;NE;1;1",
+             "31467*5783", "urn:EPSG:geographicCRS:31467*5783", "urn:ogc:def:crs:EPSG:6.12:31467,crs:EPSG:6.12:5783",
+             "urn:x-ogc:def:crs:EPSG:6.12:31467,crs:EPSG:6.12:5783", "urn:ogc:def:crs:EPSG::31467,crs:EPSG::5783"}));
+}
+
+TEST(TheListOfNames, PutsAliasesToTheirCrsWithTheirOwnAxisOrder) {
+    const ConfiguredSession session(
+        "<CrsConfiguration><CRS>CRS:84</CRS><CRS>25832</CRS><CRS>4326</CRS></CrsConfiguration>");
+    const auto listed = registeredNames(*session);
+    ASSERT_EQ(listed.size(), 2U);
+    EXPECT_EQ(listed[0].codeKey, "4326");
+    EXPECT_EQ(listed[1].codeKey, "25832");
+    EXPECT_EQ(axisOrderOf(listed[0], "CRS:84"), "longitude, latitude");
+    EXPECT_EQ(axisOrderOf(listed[0], "EPSG:4326"), "latitude, longitude");
+    EXPECT_EQ(axisOrderOf(listed[1], "EPSG:25832"), "easting, northing");
+}
+
+// "EPSG:4326" answers with the alias's axis order, the text form that was registered with the CRS's own.
+TEST(TheListOfNames, FindsTheTextFormBehindAnAliasThatSpellsTheIdentifier) {
+    const ConfiguredSession session(
+        "<CrsConfiguration><CRS mapToEpsgCode='4326' axisOrder='EN'>EPSG:4326</CRS></CrsConfiguration>");
+    const auto listed = registeredNames(*session);
+    ASSERT_EQ(listed.size(), 1U);
+    EXPECT_EQ(axisOrderOf(listed[0], "EPSG:4326"), "longitude, latitude");
+    EXPECT_EQ(axisOrderOf(listed[0], "EPSG:4326;NE;1"), "latitude, longitude");
+    EXPECT_EQ(axisOrderOf(listed[0], "4326"), "latitude, longitude");
+}
+
+TEST(TheListOfNames, HasOnlyWhatTheCacheAnswers) {
+    const ConfiguredSession session(
+        "<CrsConfiguration><CRS>4326</CRS><CRS mapToEpsgCode='25832'>UTM32</CRS><CRS> 4258</CRS></CrsConfiguration>");
+    for (const NamesOfCrs& crs : registeredNames(*session))
+        for (const RegisteredName& name : crs.names)
+            EXPECT_TRUE(session->config().isCrsConfigured(name.name)) << name.name;
+}
+
+TEST(TheListOfNames, IsEmptyWithoutAConfiguration) {
+    const UnconfiguredSession session;
+    EXPECT_TRUE(registeredNames(session).empty());
+    EXPECT_EQ(asJson(registeredNames(session)), Json::array());
+}
+
+TEST(TheListOfNames, IsWrittenByCrs) {
+    const std::vector<NamesOfCrs> listed = {{"4326", "geographic", {{"A", "latitude, longitude"}}},
+                                            {"3857", "projected", {{"BB", "easting, northing"}}}};
+    EXPECT_EQ(asText(listed),
+              "4326, geographic\n  A  latitude, longitude\n\n3857, projected\n  BB  easting, northing\n");
+    EXPECT_EQ(asJson(listed)[1]["names"][0]["name"], "BB");
+}
+
+}  // namespace
+}  // namespace crsctl

@@ -1,0 +1,150 @@
+#include "tools/crsctl/points/BlockReader.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "tools/crsctl/start/Failures.h"
+#include "tools/crsctl/start/TextFile.h"
+
+namespace crsctl {
+
+namespace {
+
+constexpr std::size_t READ_SIZE = std::size_t{1} << 18U;
+// Of a line too long only so much is handed on, for the report.
+constexpr std::size_t EXCERPT_SIZE = 256;
+constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
+
+std::string_view withoutCarriageReturn(std::string_view line) {
+    return !line.empty() && line.back() == '\r' ? line.substr(0, line.size() - 1) : line;
+}
+
+}  // namespace
+
+BlockReader::BlockReader(const std::vector<std::string>& paths, bool headers)
+    : inputs(paths), hasHeaders(headers), buffer(LONGEST_LINE + READ_SIZE) {
+    for (const std::string& path : inputs) {
+        const std::optional<std::uint64_t> size = requireReadable(path);
+        totalBytes = size && totalBytes ? std::optional(*totalBytes + *size) : std::nullopt;
+    }
+}
+
+std::string BlockReader::header() {
+    if (hasHeaders && !inputs.empty()) ensureStarted();
+    return firstHeader;
+}
+
+bool BlockReader::next(Block& block) {
+    while (current < inputs.size()) {
+        if (!ensureStarted()) return false;
+        if (skipping) skipRestOfLine();
+        if (takeLines(block) || takeTooLongLine(block)) return true;
+        if (!ended) {
+            if (!fill()) return false;
+            continue;
+        }
+        if (takeLastLine(block)) return true;
+        nextInput();
+    }
+    return false;
+}
+
+// False when a signal asks to finish.
+bool BlockReader::ensureStarted() {
+    if (started) return true;
+    if (!file) file = std::make_unique<InputFile>(inputs[current]);
+    started = dropByteOrderMark() && (!hasHeaders || takeHeader());
+    return started;
+}
+
+void BlockReader::nextInput() {
+    file.reset();
+    ++current;
+    started = ended = skipping = false;
+    lineNumber = 1;
+}
+
+bool BlockReader::dropByteOrderMark() {
+    while (buffered().size() < BYTE_ORDER_MARK.size() && !ended) {
+        if (buffered() != BYTE_ORDER_MARK.substr(0, buffered().size())) return true;
+        if (!fill()) return false;
+    }
+    if (buffered().substr(0, BYTE_ORDER_MARK.size()) == BYTE_ORDER_MARK) consume(BYTE_ORDER_MARK.size());
+    return true;
+}
+
+bool BlockReader::takeHeader() {
+    std::size_t length = 0;
+    while ((length = buffered().find('\n')) == std::string_view::npos && !ended) {
+        if (buffered().size() > LONGEST_LINE)
+            throw SetUpError(inputName(inputs[current]) + ":1: the header is too long");
+        if (!fill()) return false;
+    }
+    if (current == 0) firstHeader = withoutCarriageReturn(buffered().substr(0, length));
+    consume(length == std::string_view::npos ? buffered().size() : length + 1);
+    lineNumber = 2;
+    return true;
+}
+
+// False when a signal asks to finish.
+bool BlockReader::fill() {
+    std::memmove(buffer.data(), buffer.data() + begin, end - begin);
+    end -= begin;
+    searched -= begin;
+    begin = 0;
+    const std::optional<std::size_t> count = file->read(buffer.data() + end, READ_SIZE);
+    if (!count) return false;
+    ended = *count == 0;
+    end += *count;
+    return true;
+}
+
+bool BlockReader::takeLines(Block& block) {
+    const std::size_t from = std::max(searched, begin);
+    const std::string_view unsearched(buffer.data() + from, end - from);
+    const std::size_t lastEnd = unsearched.rfind('\n');
+    searched = end;
+    if (lastEnd == std::string_view::npos) return false;
+    const std::size_t size = from + lastEnd + 1 - begin;
+    hand(block, size, size);
+    lineNumber += static_cast<std::uint64_t>(std::count(block.lines.begin(), block.lines.end(), '\n'));
+    searched = end;
+    return true;
+}
+
+bool BlockReader::takeLastLine(Block& block) {
+    if (buffered().empty()) return false;
+    hand(block, buffered().size(), buffered().size());
+    return true;
+}
+
+bool BlockReader::takeTooLongLine(Block& block) {
+    if (buffered().size() <= LONGEST_LINE) return false;
+    hand(block, EXCERPT_SIZE, buffered().size());
+    block.tooLong = true;
+    skipping = true;
+    ++lineNumber;
+    return true;
+}
+
+void BlockReader::skipRestOfLine() {
+    const std::size_t lineEnd = buffered().find('\n');
+    skipping = lineEnd == std::string_view::npos;
+    consume(skipping ? buffered().size() : lineEnd + 1);
+}
+
+void BlockReader::hand(Block& block, std::size_t size, std::size_t consumed) {
+    block.lines = buffered().substr(0, size);
+    block.firstLine = lineNumber;
+    block.input = current;
+    block.tooLong = false;
+    consume(consumed);
+}
+
+void BlockReader::consume(std::size_t size) {
+    begin += size;
+    handedOut += size;
+    searched = std::max(searched, begin);
+}
+
+}  // namespace crsctl

@@ -1,0 +1,149 @@
+#include "tools/crsctl/points/BlockReader.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tools/crsctl/start/Failures.h"
+#include "tools/crsctl/testing/TemporaryFile.h"
+
+namespace crsctl {
+namespace {
+
+using testing::ElementsAre;
+
+struct ReadLine {
+    std::uint32_t input;
+    std::uint64_t number;
+    std::string text;
+    bool tooLong = false;
+
+    bool operator==(const ReadLine& other) const {
+        return input == other.input && number == other.number && text == other.text && tooLong == other.tooLong;
+    }
+};
+
+void addLines(const Block& block, std::vector<ReadLine>& lines) {
+    std::string_view rest = block.lines;
+    for (std::uint64_t number = block.firstLine; !rest.empty(); ++number) {
+        const std::size_t end = std::min(rest.find('\n'), rest.size() - 1) + 1;
+        lines.push_back({block.input, number, std::string(rest.substr(0, end)), block.tooLong});
+        rest.remove_prefix(end);
+    }
+}
+
+std::vector<ReadLine> linesOf(BlockReader& reader) {
+    std::vector<ReadLine> lines;
+    Block block;
+    while (reader.next(block)) addLines(block, lines);
+    return lines;
+}
+
+std::vector<ReadLine> linesOf(const std::string& content, bool header = false) {
+    const TemporaryFile file(content);
+    BlockReader reader({file.path()}, header);
+    return linesOf(reader);
+}
+
+TEST(Reading, FindsNothingInAnEmptyInput) {
+    EXPECT_THAT(linesOf(""), ElementsAre());
+    EXPECT_THAT(linesOf("\xEF\xBB\xBF"), ElementsAre());
+    EXPECT_THAT(linesOf("", true), ElementsAre());
+    EXPECT_THAT(linesOf("a header alone", true), ElementsAre());
+}
+
+TEST(Reading, TakesTheLastLineWithoutAnEnd) {
+    EXPECT_THAT(linesOf("1\n2\n3"), ElementsAre(ReadLine{0, 1, "1\n"}, ReadLine{0, 2, "2\n"}, ReadLine{0, 3, "3"}));
+}
+
+TEST(Reading, DropsAByteOrderMarkAtTheBeginningOnly) {
+    EXPECT_THAT(linesOf("\xEF\xBB\xBF"
+                        "1\n"),
+                ElementsAre(ReadLine{0, 1, "1\n"}));
+    EXPECT_THAT(linesOf("\xEF\xBB\n"), ElementsAre(ReadLine{0, 1, "\xEF\xBB\n"}));
+    EXPECT_THAT(linesOf("1\n\xEF\xBB\xBF"
+                        "2\n"),
+                ElementsAre(ReadLine{0, 1, "1\n"}, ReadLine{0, 2,
+                                                            "\xEF\xBB\xBF"
+                                                            "2\n"}));
+}
+
+TEST(Reading, KeepsCarriageReturnsAndNuls) {
+    const std::string content("1\r\n2\0x\n", 7);
+    EXPECT_THAT(linesOf(content), ElementsAre(ReadLine{0, 1, "1\r\n"}, ReadLine{0, 2, std::string("2\0x\n", 4)}));
+}
+
+TEST(Reading, CountsTheLinesOfEachInput) {
+    const TemporaryFile first("1\n2");
+    const TemporaryFile second(
+        "\xEF\xBB\xBF"
+        "3\n");
+    BlockReader reader({first.path(), second.path()}, false);
+    EXPECT_EQ(reader.bytesInAll(), 8U);
+    EXPECT_THAT(linesOf(reader), ElementsAre(ReadLine{0, 1, "1\n"}, ReadLine{0, 2, "2"}, ReadLine{1, 1, "3\n"}));
+    EXPECT_EQ(reader.bytesHandedOut(), 8U);
+}
+
+TEST(Reading, TakesTheHeaderOffEveryInput) {
+    const TemporaryFile first("\xEF\xBB\xBFlon lat\r\n1\n");
+    const TemporaryFile second("longitude latitude\n2\n");
+    BlockReader reader({first.path(), second.path()}, true);
+    EXPECT_EQ(reader.header(), "lon lat");
+    EXPECT_THAT(linesOf(reader), ElementsAre(ReadLine{0, 2, "1\n"}, ReadLine{1, 2, "2\n"}));
+}
+
+// Lines of every length around those of the blocks that are read.
+TEST(Reading, LosesNothingBetweenBlocks) {
+    std::string content;
+    for (int i = 0; content.size() < 3000000; ++i)
+        content += std::string(static_cast<std::size_t>(i % 997), 'x') + "\n";
+    const TemporaryFile file(content);
+    BlockReader reader({file.path()}, false);
+    std::string read;
+    std::uint64_t expectedNumber = 1;
+    Block block;
+    while (reader.next(block)) {
+        EXPECT_EQ(block.firstLine, expectedNumber);
+        EXPECT_EQ(block.lines.back(), '\n');
+        expectedNumber += static_cast<std::uint64_t>(std::count(block.lines.begin(), block.lines.end(), '\n'));
+        read += block.lines;
+    }
+    EXPECT_EQ(read, content);
+}
+
+TEST(Reading, TakesALineOfTheGreatestLength) {
+    const std::string line = std::string(LONGEST_LINE - 1, 'x') + "\n";
+    EXPECT_THAT(linesOf(line + "2\n"), ElementsAre(ReadLine{0, 1, line}, ReadLine{0, 2, "2\n"}));
+}
+
+TEST(Reading, HandsOnTheBeginningOfALineTooLong) {
+    const std::string endless(5 * LONGEST_LINE, 'x');
+    const auto lines = linesOf("1\n" + endless + "\n3\n" + endless);
+    ASSERT_EQ(lines.size(), 4U);
+    EXPECT_EQ(lines[0], (ReadLine{0, 1, "1\n"}));
+    EXPECT_TRUE(lines[1].tooLong);
+    EXPECT_EQ(lines[1].number, 2U);
+    EXPECT_LT(lines[1].text.size(), 1000U);
+    EXPECT_EQ(lines[2], (ReadLine{0, 3, "3\n"}));
+    EXPECT_TRUE(lines[3].tooLong);
+}
+
+TEST(Reading, RefusesAnEndlessHeader) {
+    const TemporaryFile file(std::string(3 * LONGEST_LINE, 'x'));
+    BlockReader reader({file.path()}, true);
+    EXPECT_THROW(reader.header(), SetUpError);
+}
+
+TEST(Reading, RefusesWhatIsNoFileBeforeAnythingIsRead) {
+    const TemporaryFile file("1\n");
+    EXPECT_THROW(BlockReader({file.path(), "/no/such/file"}, false), SetUpError);
+    EXPECT_THROW(BlockReader({file.path(), "/"}, false), SetUpError);
+}
+
+TEST(Reading, DoesNotKnowTheSizeOfADevice) {
+    BlockReader reader({"/dev/null"}, false);
+    EXPECT_FALSE(reader.bytesInAll());
+    EXPECT_THAT(linesOf(reader), ElementsAre());
+}
+
+}  // namespace
+}  // namespace crsctl

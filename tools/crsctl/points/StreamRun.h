@@ -1,0 +1,41 @@
+#pragma once
+
+#include "tools/crsctl/points/Block.h"
+#include "tools/crsctl/points/BlockReader.h"
+#include "tools/crsctl/points/Progress.h"
+
+namespace crsctl {
+
+class Workers;
+
+// Takes blocks from the reader through the processor, or through the workers side by side, to standard output in
+// the order of the input, and what is refused to standard error. Ends at the end of the input, at a refused line
+// that is to stop it, on a signal and when nobody reads any more.
+class StreamRun {
+public:
+    explicit StreamRun(BlockReader& blockReader);
+
+    // An input that cannot be read ends the run behind what was read before it; SetUpError when writing fails.
+    void through(BlockProcessor& processor);
+    void through(Workers& workers);
+    // Writes `text` to standard output before any block.
+    void write(std::string_view text);
+
+    // What ended the run early, then counts, seconds and rate on standard error; the exit code of the run.
+    int finish();
+
+private:
+    bool nextBlock(Block& block);
+    // Whether the run goes on.
+    bool deliver(const BlockResult& result);
+    void report(std::string_view reports);
+
+    BlockReader& reader;
+    Stopwatch stopwatch;
+    ProgressBar progress;
+    Counts counts;
+    bool pipeClosed = false;
+    std::string readingFailure;
+};
+
+}  // namespace crsctl

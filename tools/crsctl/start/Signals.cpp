@@ -1,0 +1,59 @@
+#include "tools/crsctl/start/Signals.h"
+
+#include <array>
+#include <csignal>
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+namespace crsctl {
+
+namespace {
+
+constexpr std::array<int, 3> FINISHING_SIGNALS = {SIGINT, SIGTERM, SIGHUP};
+
+volatile std::sig_atomic_t caught = 0;
+// Written by the handler, so that a signal between the check of `caught` and the wait for input is not slept over.
+std::array<int, 2> wakeUp = {-1, -1};
+
+void noteSignal(int signal) {
+    caught = signal;
+    const char byte = 0;
+    [[maybe_unused]] const ssize_t ignored = write(wakeUp[1], &byte, 1);
+}
+
+void setHandler(int signal, void (*handler)(int), int flags) {
+    struct sigaction action {};
+    action.sa_handler = handler;
+    action.sa_flags = flags;
+    sigemptyset(&action.sa_mask);
+    sigaction(signal, &action, nullptr);
+}
+
+bool isIgnored(int signal) {
+    struct sigaction action {};
+    return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+}  // namespace
+
+void ignoreClosedPipes() { setHandler(SIGPIPE, SIG_IGN, 0); }
+
+void catchSignals() {
+    if (wakeUp[0] < 0 && pipe2(wakeUp.data(), O_CLOEXEC | O_NONBLOCK) != 0) wakeUp = {-1, -1};
+    for (const int signal : FINISHING_SIGNALS)
+        if (!isIgnored(signal)) setHandler(signal, noteSignal, static_cast<int>(SA_RESETHAND));
+}
+
+int signalToFinish() { return caught; }
+
+void waitForInput(int descriptor) {
+    std::array<pollfd, 2> watched = {pollfd{descriptor, POLLIN, 0}, pollfd{wakeUp[0], POLLIN, 0}};
+    while (caught == 0 && poll(watched.data(), watched.size(), -1) < 0) continue;
+}
+
+void ignoreSignals() {
+    for (const int signal : FINISHING_SIGNALS) setHandler(signal, SIG_IGN, 0);
+}
+
+}  // namespace crsctl

@@ -1,0 +1,123 @@
+#include "tools/projdir/ClassicText.h"
+
+#include <cmath>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <optional>
+
+namespace ProjDir {
+namespace {
+
+using testing::HasSubstr;
+
+RegistryCrs findEntry(const ProjContext& context, unsigned int code) {
+    for (const RegistryCrs& crs : readRegistry(context))
+        if (crs.code == code) return crs;
+    throw std::runtime_error("no CRS " + std::to_string(code));
+}
+
+ClassicText makeText(unsigned int code) {
+    ProjContext context;
+    const PjPtr crs = openCrs(context, code);
+    return writeClassicText(context, crs.get(), findEntry(context, code));
+}
+
+struct Row {
+    unsigned int code;
+    const char* text;
+};
+
+void PrintTo(const Row& row, std::ostream* stream) { *stream << row.code; }
+
+class ClassicTextTest : public testing::TestWithParam<Row> {};
+
+TEST_P(ClassicTextTest, IsTheDefinitionWithoutItsShift) {
+    EXPECT_EQ(makeText(GetParam().code).write(""), GetParam().text);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Crs, ClassicTextTest,
+    testing::Values(
+        Row{4258, "+proj=longlat +ellps=GRS80 +no_defs"}, Row{4936, "+proj=geocent +ellps=GRS80 +units=m +no_defs"},
+        Row{4937, "+proj=longlat +ellps=GRS80 +no_defs"},
+        Row{25832, "+proj=utm +zone=32 +ellps=GRS80 +units=m +no_defs"},
+        // PROJ's own text has a named datum with grids here.
+        Row{4267, "+proj=longlat +ellps=clrk66 +no_defs"},
+        Row{32040,
+            "+proj=lcc +lat_0=27.8333333333333 +lon_0=-99 +lat_1=28.3833333333333 +lat_2=30.2833333333333 "
+            "+x_0=609601.219202438 +y_0=0 +ellps=clrk66 +units=us-ft +no_defs"},
+        Row{3857, "+proj=webmerc +ellps=WGS84 +units=m +no_defs"},
+        Row{2053, "+proj=tmerc +lat_0=0 +lon_0=29 +k=1 +x_0=0 +y_0=0 +axis=wsu +ellps=WGS84 +units=m +no_defs"},
+        Row{27572,
+            "+proj=lcc +lat_1=46.8 +lat_0=46.8 +lon_0=0 +k_0=0.99987742 +x_0=600000 +y_0=2200000 +ellps=clrk80ign "
+            "+pm=paris +units=m +no_defs"},
+        Row{30200,
+            "+proj=cass +lat_0=10.4416666666667 +lon_0=-61.3333333333333 +x_0=86501.46392052 +y_0=65379.0134283 "
+            "+a=6378293.645208759 +rf=294.260676369 +to_meter=0.201166195164 +no_defs"}));
+
+TEST(ClassicTextTest, PutsTheShiftBehindTheFigure) {
+    EXPECT_EQ(makeText(27572).write("+towgs84=1,2,3"),
+              "+proj=lcc +lat_1=46.8 +lat_0=46.8 +lon_0=0 +k_0=0.99987742 +x_0=600000 +y_0=2200000 +ellps=clrk80ign "
+              "+towgs84=1,2,3 +pm=paris +units=m +no_defs");
+    EXPECT_EQ(makeText(4326).write("+datum=WGS84"), "+proj=longlat +datum=WGS84 +no_defs");
+}
+
+TEST(ClassicTextTest, KnowsWgs84InItsThreeForms) {
+    for (const unsigned int code : {4326U, 4978U, 4979U, 3857U, 32632U}) EXPECT_TRUE(makeText(code).isWgs84) << code;
+    for (const unsigned int code : {4258U, 9057U, 25832U}) EXPECT_FALSE(makeText(code).isWgs84) << code;
+}
+
+struct Refusal {
+    unsigned int code;
+    const char* reason;
+};
+
+class RefusalTest : public testing::TestWithParam<Refusal> {};
+
+TEST_P(RefusalTest, SaysWhy) {
+    try {
+        makeText(GetParam().code);
+        FAIL() << "accepted";
+    } catch (const NotExpressible& refusal) {
+        EXPECT_THAT(refusal.what(), HasSubstr(GetParam().reason));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Crs, RefusalTest,
+                         testing::Values(Refusal{4807, "its angular unit is the grad"}, Refusal{5701, "a vertical CRS"},
+                                         Refusal{7405, "a compound CRS"}, Refusal{5515, "Krovak Modified"},
+                                         Refusal{2218, "Lambert Conic Conformal (West Orientated)"}));
+
+TEST(ClassicInverseTest, LeadsBackToLongitudeAndLatitude) {
+    ProjContext context;
+    const ClassicInverse utm(context, "+proj=utm +zone=32 +ellps=GRS80 +units=m +no_defs");
+    EXPECT_NEAR(utm({500000, 5538630.703, 0}).latitude, 50, 1e-8);
+    EXPECT_NEAR(utm({500000, 5538630.703, 0}).longitude, 9, 1e-12);
+}
+
+TEST(ClassicInverseTest, CountsFromGreenwich) {
+    ProjContext context;
+    const ClassicInverse paris(context, "+proj=longlat +ellps=clrk80ign +pm=paris +no_defs");
+    EXPECT_NEAR(paris({0, 48, 0}).longitude, 2.33722917, 1e-8);
+    EXPECT_NEAR(paris({0, 48, 0}).latitude, 48, 1e-12);
+}
+
+TEST(ClassicInverseTest, TakesGeocentricCoordinates) {
+    ProjContext context;
+    const ClassicInverse geocentric(context, "+proj=geocent +ellps=WGS84 +units=m +no_defs");
+    EXPECT_NEAR(geocentric({0, 6378137, 0}).longitude, 90, 1e-12);
+}
+
+TEST(ClassicInverseTest, FindsNothingOutsideAProjection) {
+    ProjContext context;
+    const ClassicInverse stereographic(context, "+proj=laea +lat_0=52 +lon_0=10 +ellps=GRS80 +units=m +no_defs");
+    EXPECT_FALSE(std::isfinite(stereographic({1e9, 1e9, 0}).latitude));
+}
+
+TEST(ClassicInverseTest, RefusesWhatPROJCannotMake) {
+    ProjContext context;
+    EXPECT_THROW(ClassicInverse(context, "+proj=nosuch +ellps=GRS80"), NotExpressible);
+}
+
+}  // namespace
+}  // namespace ProjDir

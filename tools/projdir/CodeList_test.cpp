@@ -1,0 +1,93 @@
+#include "tools/projdir/CodeList.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace ProjDir {
+namespace {
+
+using testing::ElementsAre;
+
+std::vector<unsigned int> readCodes(const std::string& text) {
+    std::istringstream lines(text);
+    std::vector<unsigned int> codes;
+    for (const ListedCode& listed : readCodeList(lines, "list")) codes.push_back(listed.code);
+    return codes;
+}
+
+std::string refusalOf(const std::string& text) {
+    try {
+        readCodes(text);
+    } catch (const CodeListError& refusal) {
+        return refusal.what();
+    }
+    return "accepted";
+}
+
+TEST(CodeListTest, ReadsACodeALine) {
+    EXPECT_THAT(readCodes("4326\n25832\n"), ElementsAre(4326, 25832));
+    EXPECT_THAT(readCodes("4326"), ElementsAre(4326));
+    EXPECT_THAT(readCodes(" EPSG:4326 # WGS 84\r\n\n# nothing\n\t25832\n"), ElementsAre(4326, 25832));
+}
+
+struct Refusal {
+    const char* text;
+    const char* message;
+};
+
+class CodeListRefusalTest : public testing::TestWithParam<Refusal> {};
+
+TEST_P(CodeListRefusalTest, NamesLineAndText) { EXPECT_EQ(refusalOf(GetParam().text), GetParam().message); }
+
+INSTANTIATE_TEST_SUITE_P(Texts, CodeListRefusalTest,
+                         testing::Values(Refusal{"4326\nabc\n", "list, line 2: \"abc\" is not an EPSG code"},
+                                         Refusal{"4326;en\n", "list, line 1: \"4326;en\" is not an EPSG code"},
+                                         Refusal{"-1\n", "list, line 1: \"-1\" is not an EPSG code"},
+                                         Refusal{"4326 25832\n", "list, line 1: \"4326 25832\" is not an EPSG code"},
+                                         Refusal{"EPSG:\n", "list, line 1: \"EPSG:\" is not an EPSG code"},
+                                         Refusal{"99999999999\n", "list, line 1: \"99999999999\" is not an EPSG code"},
+                                         Refusal{"", "list names no code"},
+                                         Refusal{"# only this\n", "list names no code"}));
+
+RegistryCrs makeCrs(unsigned int code, bool isDeprecated) {
+    RegistryCrs crs;
+    crs.code = code;
+    crs.isDeprecated = isDeprecated;
+    return crs;
+}
+
+const std::vector<RegistryCrs> REGISTRY = {makeCrs(10, false), makeCrs(20, true), makeCrs(30, false)};
+
+std::vector<unsigned int> codesOf(const std::vector<RegistryCrs>& list) {
+    std::vector<unsigned int> codes;
+    for (const RegistryCrs& crs : list) codes.push_back(crs.code);
+    return codes;
+}
+
+TEST(CodeSelectionTest, KeepsTheOrderOfTheRegistry) {
+    EXPECT_THAT(codesOf(selectListed(REGISTRY, {{30, ""}, {10, ""}, {30, ""}}, false)), ElementsAre(10, 30));
+}
+
+TEST(CodeSelectionTest, TakesDeprecatedOnesOnlyWhenAdmitted) {
+    EXPECT_THAT(codesOf(selectAll(REGISTRY, false)), ElementsAre(10, 30));
+    EXPECT_THAT(codesOf(selectAll(REGISTRY, true)), ElementsAre(10, 20, 30));
+    EXPECT_THAT(codesOf(selectListed(REGISTRY, {{20, ""}}, true)), ElementsAre(20));
+}
+
+TEST(CodeSelectionTest, NamesACodeThatIsUnknownOrDeprecated) {
+    const auto refusal = [](unsigned int code) -> std::string {
+        try {
+            selectListed(REGISTRY, {{code, "list, line 7"}}, false);
+        } catch (const CodeListError& failure) {
+            return failure.what();
+        }
+        return "accepted";
+    };
+    EXPECT_EQ(refusal(15), "list, line 7: the registry has no CRS EPSG:15");
+    EXPECT_EQ(refusal(99), "list, line 7: the registry has no CRS EPSG:99");
+    EXPECT_EQ(refusal(20), "list, line 7: EPSG:20 is deprecated; --include-deprecated admits it");
+}
+
+}  // namespace
+}  // namespace ProjDir

@@ -1,0 +1,75 @@
+#include "tools/projdir/CommandLine.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <vector>
+
+namespace ProjDir {
+namespace {
+
+using testing::HasSubstr;
+
+struct Result {
+    bool isToRun = false;
+    int exitCode = 0;
+    Options options;
+    std::string output;
+    std::string error;
+};
+
+Result read(std::vector<const char*> arguments) {
+    arguments.insert(arguments.begin(), "crs-projdir");
+    Result result;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    result.isToRun =
+        readCommandLine(static_cast<int>(arguments.size()), arguments.data(), result.options, result.exitCode);
+    result.output = testing::internal::GetCapturedStdout();
+    result.error = testing::internal::GetCapturedStderr();
+    return result;
+}
+
+TEST(CommandLineTest, NeedsNoMoreThanADirectory) {
+    const Result result = read({"out"});
+    EXPECT_TRUE(result.isToRun);
+    EXPECT_EQ(result.options.directory, "out");
+    EXPECT_TRUE(result.options.codesFile.empty());
+    EXPECT_TRUE(result.options.reportFile.empty());
+    EXPECT_FALSE(result.options.includeDeprecated || result.options.useGrids || result.options.verify ||
+                 result.options.force);
+}
+
+TEST(CommandLineTest, ReadsEveryOption) {
+    const Result result =
+        read({"--codes", "c", "--include-deprecated", "--grids", "--report", "r", "--verify", "--force", "o"});
+    EXPECT_TRUE(result.isToRun);
+    EXPECT_EQ(result.options.codesFile, "c");
+    EXPECT_EQ(result.options.reportFile, "r");
+    EXPECT_TRUE(result.options.includeDeprecated && result.options.useGrids && result.options.verify &&
+                result.options.force);
+}
+
+TEST(CommandLineTest, HelpsAndTellsItsVersion) {
+    const Result help = read({"--help"});
+    EXPECT_FALSE(help.isToRun);
+    EXPECT_EQ(help.exitCode, 0);
+    for (const char* option :
+         {"OUTDIR", "--codes", "--include-deprecated", "--grids", "--report", "--verify", "--force"})
+        EXPECT_THAT(help.output, HasSubstr(option));
+    const Result version = read({"--version"});
+    EXPECT_EQ(version.exitCode, 0);
+    EXPECT_THAT(version.output, testing::MatchesRegex("crs-projdir [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+}
+
+TEST(CommandLineTest, RefusesWhatItDoesNotKnow) {
+    for (const std::vector<const char*>& arguments :
+         {std::vector<const char*>{}, {"out", "--frob"}, {"out", "more"}, {"out", "--codes"}}) {
+        const Result result = read(arguments);
+        EXPECT_FALSE(result.isToRun);
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_THAT(result.error, testing::StartsWith("crs-projdir: "));
+    }
+}
+
+}  // namespace
+}  // namespace ProjDir

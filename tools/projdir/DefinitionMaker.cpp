@@ -1,0 +1,48 @@
+#include "tools/projdir/DefinitionMaker.h"
+
+#include <utility>
+
+namespace ProjDir {
+
+DefinitionMaker::DefinitionMaker(const MakingRules& makingRules) : rules(makingRules) { context.openDatabaseAlone(); }
+
+Outcome DefinitionMaker::make(const RegistryCrs& crs) {
+    Outcome outcome;
+    outcome.crs = crs;
+    try {
+        define(outcome);
+    } catch (const NotExpressible& reason) {
+        outcome.omission = reason.what();
+    }
+    return outcome;
+}
+
+void DefinitionMaker::define(Outcome& outcome) {
+    Survey survey(context, outcome.crs);
+    Definition definition;
+    definition.isNorthFirst = survey.isNorthFirst();
+    definition.shift = chooseFor(survey);
+    definition.hasUnknownPart = survey.hasUnknownPart();
+    definition.text = survey.text().write(writeDatumShift(definition.shift));
+    outcome.shares = survey.countShares();
+    if (rules.withCheckPoints) outcome.checkPoints = survey.makeCheckPoints();
+    outcome.definition = std::move(definition);
+}
+
+ShiftChoice DefinitionMaker::chooseFor(const Survey& survey) {
+    ShiftChoice choice;
+    choice.kind = ShiftKind::WGS_84;
+    if (survey.text().isWgs84) return choice;
+    ShiftEvidence evidence = survey.gatherEvidence();
+    if (rules.useGrids) evidence.grid = survey.findCommonGrid();
+    return chooseShift(evidence, [this, &survey] { return listPublished(survey.crs()); });
+}
+
+const std::vector<PublishedShift>& DefinitionMaker::listPublished(const PJ* crs) {
+    const PjPtr geodeticCrs = openGeodeticCrs(context, crs);
+    const auto [entry, isNew] = published.try_emplace(textOrEmpty(proj_get_id_code(geodeticCrs.get(), 0)));
+    if (isNew) entry->second = findPublishedShifts(context, geodeticCrs.get());
+    return entry->second;
+}
+
+}  // namespace ProjDir

@@ -1,0 +1,42 @@
+#include "tools/projdir/DirectoryText.h"
+
+namespace ProjDir {
+
+namespace {
+
+// The unknown and the default CRS have the code 0. Their coordinates go through as longitude and latitude of WGS 84.
+constexpr char UNKNOWN_CRS_ENTRY[] = "# Unknown and default CRS\n<0> +proj=longlat +datum=WGS84 +no_defs <>\n";
+constexpr char UNKNOWN_CRS_AXIS_ORDER[] = "0;en\n";
+
+std::string writeComment(const Outcome& outcome) {
+    const std::string shift = describeShift(outcome.definition->shift);
+    const bool isPartly = outcome.definition->hasUnknownPart && outcome.definition->shift.kind != ShiftKind::UNKNOWN;
+    return "# " + outcome.crs.name + (shift.empty() ? "" : "; " + shift) +
+           (isPartly ? "; PROJ knows no shift in part of the area" : "") + "\n";
+}
+
+std::string writeEntry(const Outcome& outcome) {
+    return writeComment(outcome) + "<" + std::to_string(outcome.crs.code) + "> " + outcome.definition->text + " <>\n";
+}
+
+std::string writeAxisOrder(const Outcome& outcome) {
+    return std::to_string(outcome.crs.code) + (outcome.definition->isNorthFirst ? ";ne\n" : ";en\n");
+}
+
+}  // namespace
+
+std::string writeInitFile(const RegistryVersion& version, const std::vector<Outcome>& outcomes) {
+    std::string text = "# " + describe(version) + "\n" + UNKNOWN_CRS_ENTRY;
+    for (const Outcome& outcome : outcomes)
+        if (outcome.definition) text += writeEntry(outcome);
+    return text;
+}
+
+std::string writeAxisOrderFile(const std::vector<Outcome>& outcomes) {
+    std::string text = UNKNOWN_CRS_AXIS_ORDER;
+    for (const Outcome& outcome : outcomes)
+        if (outcome.definition) text += writeAxisOrder(outcome);
+    return text;
+}
+
+}  // namespace ProjDir

@@ -1,0 +1,62 @@
+#include "tools/projdir/DirectoryText.h"
+
+#include <gtest/gtest.h>
+
+namespace ProjDir {
+namespace {
+
+Outcome makeOutcome(unsigned int code, const char* name, const char* text, bool isNorthFirst) {
+    Outcome outcome;
+    outcome.crs.code = code;
+    outcome.crs.name = name;
+    outcome.definition = Definition{};
+    outcome.definition->text = text;
+    outcome.definition->isNorthFirst = isNorthFirst;
+    outcome.definition->shift.kind = ShiftKind::PUBLISHED;
+    outcome.definition->shift.source = "EPSG:1";
+    return outcome;
+}
+
+std::vector<Outcome> makeOutcomes() {
+    std::vector<Outcome> outcomes = {makeOutcome(10, "First", "+proj=longlat", true),
+                                     makeOutcome(15, "Nothing", "", true),
+                                     makeOutcome(20, "Second / Zone", "+proj=utm", false)};
+    outcomes[1].definition.reset();
+    return outcomes;
+}
+
+const RegistryVersion VERSION{"v1.2", "2022-08-31", "9.1.1"};
+
+TEST(DirectoryTextTest, WritesEntriesUnderTheirNames) {
+    EXPECT_EQ(writeInitFile(VERSION, makeOutcomes()),
+              "# EPSG Geodetic Parameter Dataset v1.2 of 2022-08-31, from the database of PROJ 9.1.1\n"
+              "# Unknown and default CRS\n"
+              "<0> +proj=longlat +datum=WGS84 +no_defs <>\n"
+              "# First; shift EPSG:1\n"
+              "<10> +proj=longlat <>\n"
+              "# Second / Zone; shift EPSG:1\n"
+              "<20> +proj=utm <>\n");
+}
+
+TEST(DirectoryTextTest, WritesALineForEveryEntry) {
+    EXPECT_EQ(writeAxisOrderFile(makeOutcomes()), "0;en\n10;ne\n20;en\n");
+}
+
+TEST(DirectoryTextTest, SaysWhereNoShiftIsKnown) {
+    std::vector<Outcome> outcomes = {makeOutcome(10, "Name", "text", true)};
+    const auto comment = [&] {
+        const std::string text = writeInitFile(VERSION, outcomes);
+        const std::size_t begin = text.find("# Name");
+        return text.substr(begin, text.find('\n', begin) - begin);
+    };
+    outcomes[0].definition->hasUnknownPart = true;
+    EXPECT_EQ(comment(), "# Name; shift EPSG:1; PROJ knows no shift in part of the area");
+    outcomes[0].definition->shift.kind = ShiftKind::UNKNOWN;
+    EXPECT_EQ(comment(), "# Name; PROJ knows no shift");
+    outcomes[0].definition->shift.kind = ShiftKind::WGS_84;
+    outcomes[0].definition->hasUnknownPart = false;
+    EXPECT_EQ(comment(), "# Name");
+}
+
+}  // namespace
+}  // namespace ProjDir

@@ -1,0 +1,146 @@
+// The directory that the build makes of the whole registry.
+
+#include <algorithm>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <map>
+#include <memory>
+#include <proj.h>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "CoordinateTransformation/CoordinateTransformation.h"
+
+namespace {
+
+using CoordinateTransformation::AbstractCrs;
+using CoordinateTransformation::CrsConfig;
+using CoordinateTransformation::CrsConfigData;
+using testing::StartsWith;
+
+// The registry of PROJ 9.1.1 has 6,045 that can be expressed; later ones have more.
+constexpr std::size_t LEAST_CODES = 6000;
+
+std::vector<std::string> readLines(const std::string& name) {
+    std::ifstream file(std::string(PROJ_FULL) + "/" + name);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(file, line);) lines.push_back(line);
+    return lines;
+}
+
+std::vector<int> readDefinedCodes() {
+    std::vector<int> codes;
+    for (const std::string& line : readLines("epsg"))
+        if (line.front() == '<') codes.push_back(std::stoi(line.substr(1)));
+    return codes;
+}
+
+std::map<int, std::string> readAxisOrders() {
+    std::map<int, std::string> orders;
+    for (const std::string& line : readLines("epsg-axisorder.csv"))
+        orders[std::stoi(line)] = line.substr(line.find(';') + 1);
+    return orders;
+}
+
+// As a server starts.
+std::unique_ptr<CrsConfig> startLibrary(const std::vector<int>& codes) {
+    std::unique_ptr<CrsConfig> config(CrsConfig::createConfigFromId("proj4"));
+    config->setConfigProperty("Proj4ConfigDir", PROJ_FULL);
+    for (const int code : codes)
+        if (code != 0) config->addCrsConfigData(CrsConfigData("EPSG:" + std::to_string(code)));
+    config->init();
+    return config;
+}
+
+class Registry {
+public:
+    Registry() : context(proj_context_create()) {}
+    Registry(const Registry&) = delete;
+    Registry& operator=(const Registry&) = delete;
+    ~Registry() { proj_context_destroy(context); }
+
+    // Whether PROJ exchanges the first two axes to show coordinates on a map.
+    bool isNorthFirst(int code) const {
+        PJ* const crs = proj_create(context, ("EPSG:" + std::to_string(code)).c_str());
+        PJ* const shown = proj_normalize_for_visualization(context, crs);
+        const bool isExchanged = firstAxis(crs) != firstAxis(shown);
+        proj_destroy(shown);
+        proj_destroy(crs);
+        return isExchanged;
+    }
+
+private:
+    std::string firstAxis(const PJ* crs) const {
+        PJ* const axes = proj_crs_get_coordinate_system(context, crs);
+        const char* name = "";
+        proj_cs_get_axis_info(context, axes, 0, &name, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+        std::string copy(name);
+        proj_destroy(axes);
+        return copy;
+    }
+
+    PJ_CONTEXT* context;
+};
+
+TEST(FullDirectoryTest, SaysWhichRegistryItIsMadeOf) {
+    EXPECT_THAT(readLines("epsg").front(), StartsWith("# EPSG Geodetic Parameter Dataset v"));
+}
+
+TEST(FullDirectoryTest, HasTheWholeRegistryInCodeOrder) {
+    const std::vector<int> codes = readDefinedCodes();
+    EXPECT_GE(codes.size(), LEAST_CODES);
+    EXPECT_TRUE(std::is_sorted(codes.begin(), codes.end()));
+    EXPECT_EQ(std::set<int>(codes.begin(), codes.end()).size(), codes.size());
+}
+
+TEST(FullDirectoryTest, HasANameAboveEveryDefinition) {
+    std::string previous;
+    for (const std::string& line : readLines("epsg")) {
+        if (line.front() == '<') {
+            EXPECT_THAT(previous, StartsWith("# ")) << line;
+        }
+        previous = line;
+    }
+}
+
+TEST(FullDirectoryTest, HasOneAxisOrderForEveryDefinitionAndNoOther) {
+    std::vector<int> ordered;
+    for (const auto& [code, order] : readAxisOrders()) {
+        EXPECT_TRUE(order == "en" || order == "ne") << code;
+        ordered.push_back(code);
+    }
+    EXPECT_EQ(ordered, readDefinedCodes());
+}
+
+TEST(FullDirectoryTest, EndsEveryLine) {
+    for (const char* name : {"epsg", "epsg-axisorder.csv"}) {
+        std::ifstream file(std::string(PROJ_FULL) + "/" + name);
+        file.seekg(-1, std::ios::end);
+        EXPECT_EQ(file.get(), '\n') << name;
+    }
+}
+
+TEST(FullDirectoryTest, IsBoundWholeByTheLibrary) {
+    const std::vector<int> codes = readDefinedCodes();
+    const std::unique_ptr<CrsConfig> config = startLibrary(codes);
+    const auto orders = readAxisOrders();
+    for (const int code : codes) {
+        if (code == 0) continue;
+        const AbstractCrs* const crs = config->getFromCodeCache(std::to_string(code), true);
+        EXPECT_EQ(crs->isAxisOrderEastNorthOrLonLat(), orders.at(code) == "en") << code;
+    }
+}
+
+// Geocentric axes are not exchanged; PROJ gives the same answer for them.
+TEST(FullDirectoryTest, HasTheAxisOrdersOfPROJ) {
+    const Registry registry;
+    for (const auto& [code, order] : readAxisOrders()) {
+        if (code != 0) {
+            EXPECT_EQ(order, registry.isNorthFirst(code) ? "ne" : "en") << code;
+        }
+    }
+}
+
+}  // namespace

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "tools/projdir/Area.h"
+
+namespace ProjDir {
+
+constexpr double RADIANS_PER_DEGREE = 0.017453292519943295;
+
+// The figure of the earth, in metres.
+struct Ellipsoid {
+    double semiMajor = 0;
+    double semiMinor = 0;
+};
+
+constexpr Ellipsoid WGS_84_ELLIPSOID{6378137.0, 6356752.314245179};
+
+struct Vector {
+    double x = 0;
+    double y = 0;
+    double z = 0;
+};
+
+Vector operator+(const Vector& left, const Vector& right);
+Vector operator-(const Vector& left, const Vector& right);
+Vector operator*(double factor, const Vector& vector);
+double dot(const Vector& left, const Vector& right);
+Vector cross(const Vector& left, const Vector& right);
+double lengthOf(const Vector& vector);
+
+// Geocentric coordinates of a point at `height` metres above the ellipsoid.
+Vector toGeocentric(const Ellipsoid& ellipsoid, const LonLat& point, double height = 0);
+
+// The unit vectors of a place.
+struct Directions {
+    Vector east;
+    Vector north;
+    Vector up;
+};
+
+Directions directionsAt(const LonLat& point);
+
+// Metres along the straight line between two points on the ellipsoid of WGS 84. As good as the way along the
+// ground below some kilometres, at the poles and across the 180th meridian alike.
+double distanceInMetres(const LonLat& left, const LonLat& right);
+
+}  // namespace ProjDir

@@ -1,0 +1,59 @@
+#include "tools/projdir/Helmert.h"
+
+#include <cmath>
+
+#include "tools/projdir/Numbers.h"
+
+namespace ProjDir {
+
+namespace {
+
+constexpr double RADIANS_PER_ARC_SECOND = RADIANS_PER_DEGREE / 3600;
+constexpr double MILLION = 1e6;
+
+// Never a negative zero, which would be written with its sign.
+double roundTo(double value, double stepsPerUnit) { return std::round(value * stepsPerUnit) / stepsPerUnit + 0.0; }
+
+Vector roundTo(const Vector& vector, double stepsPerUnit) {
+    return {roundTo(vector.x, stepsPerUnit), roundTo(vector.y, stepsPerUnit), roundTo(vector.z, stepsPerUnit)};
+}
+
+std::string writeVector(const Vector& vector) {
+    return writeNumber(vector.x + 0.0) + "," + writeNumber(vector.y + 0.0) + "," + writeNumber(vector.z + 0.0);
+}
+
+bool isZero(const Vector& vector) { return vector.x == 0 && vector.y == 0 && vector.z == 0; }
+
+// What a helmert does to a difference of two points.
+Vector turnAndStretch(const Helmert& helmert, const Vector& vector) {
+    const Vector turned = vector + RADIANS_PER_ARC_SECOND * cross(helmert.rotation, vector);
+    return (1 + helmert.scale / MILLION) * turned;
+}
+
+}  // namespace
+
+Vector Helmert::apply(const Vector& point) const { return translation + turnAndStretch(*this, point); }
+
+bool Helmert::isNull() const { return isZero(translation) && isZero(rotation) && scale == 0; }
+
+Helmert compose(const Helmert& first, const Helmert& second) {
+    return {second.apply(first.translation), first.rotation + second.rotation,
+            first.scale + second.scale + first.scale * second.scale / MILLION};
+}
+
+Helmert invert(const Helmert& helmert) {
+    Helmert inverse{{}, -1.0 * helmert.rotation, -helmert.scale / (1 + helmert.scale / MILLION)};
+    inverse.translation = -1.0 * turnAndStretch(inverse, helmert.translation);
+    return inverse;
+}
+
+Helmert roundForWriting(const Helmert& helmert) {
+    return {roundTo(helmert.translation, 1e4), roundTo(helmert.rotation, 1e6), roundTo(helmert.scale, 1e6)};
+}
+
+std::string writeHelmert(const Helmert& helmert) {
+    return writeVector(helmert.translation) + "," + writeVector(helmert.rotation) + "," +
+           writeNumber(helmert.scale + 0.0);
+}
+
+}  // namespace ProjDir

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace ProjDir {
+
+// A file or directory that cannot be written; what() names it and the system's reason.
+class OutputError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// A file that comes into being whole or not at all: its text goes to another name beside it, on the disk before
+// `publish` gives it its own. Nothing is left of a file that is not published.
+//
+// A target that is no regular file, such as a terminal or a pipe, is written to directly by `publish`. Of a
+// symbolic link the file behind it is written.
+class OutputFile {
+public:
+    // OutputError when the target is there already and must not be overwritten, or is a directory.
+    OutputFile(const std::string& targetPath, bool mayOverwrite);
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+    ~OutputFile();
+
+    // Finds out whether the directory lets itself be written to, before much work is done.
+    void probe() const;
+    // May be called once. OutputError when the text does not fit.
+    void write(const std::string& text);
+    // REQUIRES: written.
+    void publish();
+
+private:
+    void writeStream(const std::string& text) const;
+
+    std::string target;
+    std::string temporary;
+    std::string directText;
+    bool isDirect = false;
+};
+
+// A directory for output files: made when it is not there, and then removed again unless it is kept.
+class OutputDirectory {
+public:
+    explicit OutputDirectory(std::string directoryPath);
+    OutputDirectory(const OutputDirectory&) = delete;
+    OutputDirectory& operator=(const OutputDirectory&) = delete;
+    ~OutputDirectory();
+
+    std::string file(const std::string& name) const;
+    void keep() { isMade = false; }
+
+private:
+    std::string path;
+    bool isMade = false;
+};
+
+}  // namespace ProjDir

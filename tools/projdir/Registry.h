@@ -1,0 +1,51 @@
+#pragma once
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "tools/projdir/Area.h"
+#include "tools/projdir/ProjHandles.h"
+
+namespace ProjDir {
+
+enum class CrsKind { GEOGRAPHIC, GEOCENTRIC, PROJECTED, VERTICAL, COMPOUND, OTHER };
+
+// A CRS as the registry lists it.
+struct RegistryCrs {
+    unsigned int code = 0;
+    std::string name;
+    CrsKind kind = CrsKind::OTHER;
+    bool isDeprecated = false;
+    std::optional<Area> area;
+};
+
+// Which registry PROJ has installed.
+struct RegistryVersion {
+    std::string dataset;
+    std::string date;
+    std::string proj;
+};
+
+// "EPSG Geodetic Parameter Dataset v10.076 of 2022-08-31, from the database of PROJ 9.1.1".
+std::string describe(const RegistryVersion& version);
+
+// PROJ finds no usable database.
+class RegistryError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+RegistryVersion readRegistryVersion(const ProjContext& context);
+
+// Every CRS of the authority EPSG, in code order.
+std::vector<RegistryCrs> readRegistry(const ProjContext& context);
+
+// "geographic", "projected" and so on.
+const char* nameOfKind(CrsKind kind);
+
+// The CRS of the code, or null.
+PjPtr openCrs(const ProjContext& context, unsigned int code);
+
+}  // namespace ProjDir

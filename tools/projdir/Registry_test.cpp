@@ -1,0 +1,82 @@
+#include "tools/projdir/Registry.h"
+
+#include <algorithm>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tools/projdir/TestDirectory.h"
+
+namespace ProjDir {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+const RegistryCrs& findCrs(const std::vector<RegistryCrs>& registry, unsigned int code) {
+    const auto found =
+        std::find_if(registry.begin(), registry.end(), [&](const auto& crs) { return crs.code == code; });
+    if (found == registry.end()) throw std::runtime_error("no CRS " + std::to_string(code));
+    return *found;
+}
+
+TEST(RegistryTest, KnowsItsVersion) {
+    const ProjContext context;
+    const RegistryVersion version = readRegistryVersion(context);
+    EXPECT_THAT(version.dataset, StartsWith("v"));
+    EXPECT_THAT(version.date, testing::MatchesRegex("[0-9]{4}-[0-9]{2}-[0-9]{2}"));
+    EXPECT_THAT(version.proj, HasSubstr("."));
+}
+
+TEST(RegistryTest, ListsEveryCodeOnceInOrder) {
+    const ProjContext context;
+    const auto registry = readRegistry(context);
+    EXPECT_GT(registry.size(), 6000U);
+    EXPECT_TRUE(std::adjacent_find(registry.begin(), registry.end(),
+                                   [](const auto& a, const auto& b) { return a.code >= b.code; }) == registry.end());
+}
+
+TEST(RegistryTest, TellsTheKindsApart) {
+    const ProjContext context;
+    const auto registry = readRegistry(context);
+    EXPECT_EQ(findCrs(registry, 4326).kind, CrsKind::GEOGRAPHIC);
+    EXPECT_EQ(findCrs(registry, 4979).kind, CrsKind::GEOGRAPHIC);
+    EXPECT_EQ(findCrs(registry, 4978).kind, CrsKind::GEOCENTRIC);
+    EXPECT_EQ(findCrs(registry, 25832).kind, CrsKind::PROJECTED);
+    EXPECT_EQ(findCrs(registry, 5701).kind, CrsKind::VERTICAL);
+    EXPECT_EQ(findCrs(registry, 7405).kind, CrsKind::COMPOUND);
+    EXPECT_STREQ(nameOfKind(findCrs(registry, 25832).kind), "projected");
+}
+
+TEST(RegistryTest, HasNamesAreasAndDeprecations) {
+    const ProjContext context;
+    const auto registry = readRegistry(context);
+    const RegistryCrs& rd = findCrs(registry, 28992);
+    EXPECT_EQ(rd.name, "Amersfoort / RD New");
+    EXPECT_FALSE(rd.isDeprecated);
+    ASSERT_TRUE(rd.area);
+    EXPECT_GT(rd.area->west, 3);
+    EXPECT_LT(rd.area->north, 54);
+    EXPECT_TRUE(findCrs(registry, 25838).isDeprecated);
+}
+
+TEST(RegistryTest, OpensNoCrsThatIsNotThere) {
+    const ProjContext context;
+    EXPECT_EQ(openCrs(context, 999999), nullptr);
+}
+
+TEST(RegistryTest, NamesTheDatabaseThatIsMissing) {
+    const TestDirectory empty;
+    const ProjContext context;
+    const std::string name = empty.name();
+    const char* const directories[] = {name.c_str()};
+    proj_context_set_search_paths(context.get(), 1, directories);
+    try {
+        readRegistryVersion(context);
+        FAIL() << "accepted";
+    } catch (const RegistryError& failure) {
+        EXPECT_THAT(failure.what(), HasSubstr("proj.db"));
+    }
+}
+
+}  // namespace
+}  // namespace ProjDir

@@ -1,0 +1,199 @@
+#include "tools/projdir/Report.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <map>
+
+#include "tools/projdir/Numbers.h"
+
+namespace ProjDir {
+
+namespace {
+
+constexpr std::size_t WORST_SHOWN = 20;
+constexpr std::size_t OPERATIONS_SHOWN = 4;
+
+std::string padLeft(const std::string& text, std::size_t width) {
+    return std::string(text.size() < width ? width - text.size() : 0, ' ') + text;
+}
+
+std::string writeCount(std::size_t count) { return padLeft(std::to_string(count), 6); }
+
+std::string writeShare(std::size_t part, std::size_t whole) {
+    const double percent = whole == 0 ? 0 : 100.0 * static_cast<double>(part) / static_cast<double>(whole);
+    return padLeft(writeFixed(percent, 2), 7) + " %";
+}
+
+std::string nameOf(const RegistryCrs& crs) { return "EPSG:" + std::to_string(crs.code) + " " + crs.name; }
+
+std::string writeMetres(double metres) {
+    return std::isfinite(metres) ? writeFixed(metres, 3) + " m" : "no coordinates";
+}
+
+std::size_t countKind(const std::vector<Outcome>& outcomes, ShiftKind kind) {
+    return static_cast<std::size_t>(std::count_if(outcomes.begin(), outcomes.end(), [kind](const Outcome& outcome) {
+        return outcome.definition && outcome.definition->shift.kind == kind;
+    }));
+}
+
+std::size_t countLeftOut(const std::vector<Outcome>& outcomes) {
+    return static_cast<std::size_t>(
+        std::count_if(outcomes.begin(), outcomes.end(), [](const Outcome& outcome) { return !outcome.definition; }));
+}
+
+using Distance = double Agreement::*;
+
+std::vector<double> collect(const std::vector<Agreement>& agreements, Distance distance) {
+    std::vector<double> distances;
+    for (const Agreement& agreement : agreements) distances.push_back(agreement.*distance);
+    return distances;
+}
+
+std::string nameOfClass(std::size_t index) {
+    if (index == AGREEMENT_CLASSES.size()) return "beyond " + writeNumber(AGREEMENT_CLASSES.back()) + " m";
+    const double bound = AGREEMENT_CLASSES[index];
+    return "within " + (bound < 1 ? writeNumber(bound * 100) + " cm" : writeNumber(bound) + " m");
+}
+
+// Cumulative, but for the last class.
+std::string writeDistribution(const std::vector<double>& distances) {
+    const Distribution counts = distribute(distances);
+    std::string text;
+    std::size_t within = 0;
+    for (std::size_t i = 0; i < counts.size(); ++i) {
+        within = i + 1 == counts.size() ? counts[i] : within + counts[i];
+        const std::string name = nameOfClass(i);
+        text += "  " + name + std::string(14 - name.size(), ' ') + writeCount(within) +
+                writeShare(within, distances.size()) + "\n";
+    }
+    return text;
+}
+
+std::vector<const Agreement*> sortWorstFirst(const std::vector<Agreement>& agreements, Distance distance) {
+    std::vector<const Agreement*> sorted;
+    for (const Agreement& agreement : agreements) sorted.push_back(&agreement);
+    std::stable_sort(sorted.begin(), sorted.end(),
+                     [distance](const Agreement* a, const Agreement* b) { return a->*distance > b->*distance; });
+    return sorted;
+}
+
+std::string writeLine(const Agreement& agreement, double distance) {
+    return "  " + padLeft(writeMetres(distance), 14) + "  " + nameOf(agreement.outcome->crs) + ": " +
+           explain(agreement) + "\n";
+}
+
+std::string writeWorst(const std::vector<Agreement>& agreements, std::size_t count) {
+    std::string text;
+    for (const Agreement* agreement : sortWorstFirst(agreements, &Agreement::largest)) {
+        if (count-- == 0) break;
+        text += writeLine(*agreement, agreement->largest);
+    }
+    return text;
+}
+
+std::string writeBeyond(const std::vector<Agreement>& agreements) {
+    std::string text;
+    for (const Agreement& agreement : agreements)
+        if (!(agreement.largest <= MUCH_TOO_FAR)) text += writeLine(agreement, agreement.largest);
+    return text;
+}
+
+// Close where PROJ knows an operation, far where it takes both datums for one.
+std::string writeBeyondInUnknownParts(const std::vector<Agreement>& agreements) {
+    std::string text;
+    for (const Agreement& agreement : agreements)
+        if (agreement.largest <= MUCH_TOO_FAR && !(agreement.largestAnywhere <= MUCH_TOO_FAR))
+            text += "  " + padLeft(writeMetres(agreement.largestAnywhere), 14) + "  " + nameOf(agreement.outcome->crs) +
+                    "\n";
+    return text;
+}
+
+std::string writeLeftOut(const std::vector<Outcome>& outcomes) {
+    std::string text;
+    for (const Outcome& outcome : outcomes)
+        if (!outcome.definition) text += "  " + nameOf(outcome.crs) + ": " + outcome.omission + "\n";
+    return text;
+}
+
+std::vector<OperationShare> keepKnown(const std::vector<OperationShare>& shares) {
+    std::vector<OperationShare> known;
+    for (const OperationShare& share : shares)
+        if (!share.operation.isBallpark && share.points > 0) known.push_back(share);
+    return known;
+}
+
+std::string listOperations(const std::vector<OperationShare>& shares) {
+    std::string text;
+    for (std::size_t i = 0; i < std::min(shares.size(), OPERATIONS_SHOWN); ++i)
+        text += (i == 0 ? "" : ", ") + shares[i].operation.source + " (" + std::to_string(shares[i].points) +
+                (shares[i].points == 1 ? " point)" : " points)");
+    return text + (shares.size() > OPERATIONS_SHOWN ? ", ..." : "");
+}
+
+bool hasGrid(const std::vector<OperationShare>& shares) {
+    return std::any_of(shares.begin(), shares.end(),
+                       [](const auto& share) { return !share.operation.gridShift.empty(); });
+}
+
+std::string explainOne(const UsedOperation& operation) {
+    if (!operation.gridShift.empty())
+        return "PROJ uses the grid " + operation.gridShift + " (" + operation.source +
+               "), which no parameters follow more closely; --grids brings it in";
+    if (readShift(operation.text)) return "PROJ uses " + operation.source;
+    return "PROJ uses " + operation.source +
+           ", which is no shift of geocentric coordinates; the definition language has no other";
+}
+
+std::string explainMany(const std::vector<OperationShare>& shares) {
+    return "PROJ changes between " + std::to_string(shares.size()) +
+           " operations in the area: " + listOperations(shares) + "; " +
+           (hasGrid(shares) ? "the grid does not reach all over it, so that only " : "only ") +
+           "a definition of its own for each region would follow them";
+}
+
+std::string section(const std::string& title, const std::string& text) {
+    return "\n" + title + "\n\n" + (text.empty() ? "  none\n" : text);
+}
+
+}  // namespace
+
+std::string explain(const Agreement& agreement) {
+    if (!agreement.failure.empty()) return "the library refuses it: " + agreement.failure;
+    const std::vector<OperationShare> known = keepKnown(agreement.outcome->shares);
+    if (known.empty()) return "PROJ knows no operation";
+    return known.size() == 1 ? explainOne(known.front().operation) : explainMany(known);
+}
+
+std::string writeSummary(const std::vector<Outcome>& outcomes) {
+    const std::size_t leftOut = countLeftOut(outcomes);
+    std::string text = writeCount(outcomes.size() - leftOut) + " definitions\n";
+    const std::pair<ShiftKind, const char*> kinds[] = {{ShiftKind::WGS_84, "on WGS 84 itself"},
+                                                       {ShiftKind::PUBLISHED, "with a published shift"},
+                                                       {ShiftKind::FITTED, "with a fitted shift"},
+                                                       {ShiftKind::GRID, "with a grid"},
+                                                       {ShiftKind::UNKNOWN, "without a shift, as PROJ knows none"}};
+    for (const auto& [kind, words] : kinds) text += "  " + writeCount(countKind(outcomes, kind)) + " " + words + "\n";
+    return text + writeCount(leftOut) + " CRS left out\n";
+}
+
+std::string writeAgreement(const std::vector<Agreement>& agreements) {
+    return "Largest horizontal distance from PROJ's best operation, where PROJ knows one:\n" +
+           writeDistribution(collect(agreements, &Agreement::largest)) +
+           "Anywhere in the area of use, also where PROJ knows none and takes both datums for one:\n" +
+           writeDistribution(collect(agreements, &Agreement::largestAnywhere)) + "The worst twenty:\n" +
+           writeWorst(agreements, WORST_SHOWN);
+}
+
+std::string writeReport(const RegistryVersion& version, const std::vector<Outcome>& outcomes,
+                        const std::vector<Agreement>& agreements) {
+    std::string text = describe(version) + "\n\n" + writeSummary(outcomes);
+    if (!agreements.empty()) {
+        text += "\n" + writeAgreement(agreements);
+        text += section("Beyond ten metres", writeBeyond(agreements));
+        text += section("Beyond ten metres only where PROJ knows no operation", writeBeyondInUnknownParts(agreements));
+    }
+    return text + section("Left out", writeLeftOut(outcomes));
+}
+
+}  // namespace ProjDir

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/projdir/Helmert.h"
+#include "tools/projdir/ProjHandles.h"
+
+namespace ProjDir {
+
+// An operation of the registry to WGS 84 that "+towgs84" can express.
+struct PublishedShift {
+    // "EPSG:1314"; "EPSG:5485 + EPSG:1149" for one that leads over another datum.
+    std::string source;
+    Helmert helmert;
+};
+
+// The shift of an operation's text, when what moves the datum are geocentric translations, Helmert and
+// Molodensky-Badekas transformations, or nothing. Rates of change are left out: PROJ itself has no use for them
+// while coordinates come without an epoch.
+std::optional<Helmert> readShift(const std::string& operationText);
+
+// Whether what moves the datum, in an operation's text, is one horizontal grid shift in forward direction.
+bool isGridShift(const std::string& operationText);
+
+// The identifiers of the registry's operations that `operation` is made of, conversions apart.
+std::string describeSource(const ProjContext& context, const PJ* operation);
+
+// What the registry publishes from the datum of `geodeticCrs` to WGS 84, anywhere on earth, in PROJ's order.
+std::vector<PublishedShift> findPublishedShifts(const ProjContext& context, const PJ* geodeticCrs);
+
+}  // namespace ProjDir

@@ -1,0 +1,138 @@
+#include "tools/projdir/ShiftChoice.h"
+
+#include <algorithm>
+#include <array>
+
+#include "tools/projdir/Numbers.h"
+
+namespace ProjDir {
+
+namespace {
+
+// In metres. Nothing that is closer than this to what PROJ uses can be told from it.
+constexpr double SAME_SHIFT = 0.01;
+constexpr double GOOD_SHIFT = 1;
+// Seven parameters must lower the mean residual to this part of what three leave, and by more than SAME_SHIFT.
+constexpr double WORTH_SEVEN = 0.8;
+
+// Accuracies that make a difference to users, in metres.
+constexpr std::array<double, 4> GRADES = {1, 2, 5, 10};
+
+std::size_t gradeOf(const Residual& residual) {
+    return static_cast<std::size_t>(std::lower_bound(GRADES.begin(), GRADES.end(), residual.largest) - GRADES.begin());
+}
+
+// The grade decides, then the mean: a single corner in which PROJ uses another operation must not spoil a shift
+// that is right everywhere else.
+bool isBetter(const Residual& left, const Residual& right) {
+    if (gradeOf(left) != gradeOf(right)) return gradeOf(left) < gradeOf(right);
+    return left.mean < right.mean;
+}
+
+bool isWorthSeven(const Residual& seven, const Residual& three) {
+    if (gradeOf(seven) != gradeOf(three)) return gradeOf(seven) < gradeOf(three);
+    return seven.mean < WORTH_SEVEN * three.mean && seven.mean < three.mean - SAME_SHIFT;
+}
+
+void takeBest(const std::vector<PublishedShift>& candidates, const std::vector<ShiftSample>& samples,
+              ShiftChoice& choice) {
+    for (const PublishedShift& candidate : candidates) {
+        const Residual residual = measureResidual(candidate.helmert, samples);
+        if (choice.kind == ShiftKind::PUBLISHED && !isBetter(residual, choice.residual)) continue;
+        choice.kind = ShiftKind::PUBLISHED;
+        choice.helmert = candidate.helmert;
+        choice.source = candidate.source;
+        choice.residual = residual;
+    }
+}
+
+bool isWithin(const ShiftChoice& choice, double metres) {
+    return choice.kind == ShiftKind::PUBLISHED && choice.residual.largest <= metres;
+}
+
+ShiftChoice fit(const std::vector<ShiftSample>& samples, FitParameters parameters, const Helmert& start) {
+    ShiftChoice choice;
+    choice.kind = ShiftKind::FITTED;
+    choice.fitted = parameters;
+    choice.helmert = roundForWriting(fitHelmert(samples, parameters, start));
+    choice.residual = measureResidual(choice.helmert, samples);
+    return choice;
+}
+
+// Seven parameters fitted to the smaller part of an area would run wild in the rest of it.
+ShiftChoice fitBest(const ShiftEvidence& evidence, const ShiftChoice& published) {
+    std::vector<ShiftSample> samples = evidence.samples;
+    takeHeights(samples, published.helmert);
+    const ShiftChoice three = fit(samples, FitParameters::TRANSLATION, Helmert{});
+    if (!evidence.coversHalf) return three;
+    const Helmert& start = published.kind == ShiftKind::PUBLISHED ? published.helmert : three.helmert;
+    const ShiftChoice seven = fit(samples, FitParameters::ALL_SEVEN, start);
+    return isWorthSeven(seven.residual, three.residual) ? seven : three;
+}
+
+ShiftChoice improveByFitting(const ShiftEvidence& evidence, const ShiftChoice& published) {
+    const ShiftChoice fitted = fitBest(evidence, published);
+    const bool isImproved = published.kind != ShiftKind::PUBLISHED || isBetter(fitted.residual, published.residual);
+    return isImproved ? fitted : published;
+}
+
+std::string describeFit(const ShiftChoice& choice) {
+    const char* const count = choice.fitted == FitParameters::ALL_SEVEN ? "7" : "3";
+    return std::string("shift fitted, ") + count + " parameters, residual " +
+           writeFixed(choice.residual.rootMeanSquare, 2) + " m, at most " + writeFixed(choice.residual.largest, 2) +
+           " m";
+}
+
+std::string describePublished(const ShiftChoice& choice) {
+    const std::string text = "shift " + choice.source;
+    if (choice.residual.largest <= GOOD_SHIFT) return text;
+    return text + ", residual " + writeFixed(choice.residual.rootMeanSquare, 2) + " m, at most " +
+           writeFixed(choice.residual.largest, 2) + " m";
+}
+
+}  // namespace
+
+ShiftChoice chooseShift(const ShiftEvidence& evidence,
+                        const std::function<std::vector<PublishedShift>()>& listPublished) {
+    ShiftChoice choice;
+    if (evidence.samples.empty()) return choice;
+    takeBest(evidence.used, evidence.samples, choice);
+    if (isWithin(choice, SAME_SHIFT)) return choice;
+    takeBest(listPublished(), evidence.samples, choice);
+    if (isWithin(choice, GOOD_SHIFT)) return choice;
+    if (evidence.grid.empty()) return improveByFitting(evidence, choice);
+    choice = ShiftChoice{};
+    choice.kind = ShiftKind::GRID;
+    choice.source = evidence.grid;
+    return choice;
+}
+
+std::string writeDatumShift(const ShiftChoice& choice) {
+    switch (choice.kind) {
+        case ShiftKind::WGS_84:
+            return "+datum=WGS84";
+        case ShiftKind::UNKNOWN:
+            return "";
+        case ShiftKind::GRID:
+            return "+nadgrids=" + choice.source;
+        default:
+            return "+towgs84=" + writeHelmert(choice.helmert);
+    }
+}
+
+std::string describeShift(const ShiftChoice& choice) {
+    switch (choice.kind) {
+        case ShiftKind::WGS_84:
+            return "";
+        case ShiftKind::UNKNOWN:
+            return "PROJ knows no shift";
+        case ShiftKind::GRID:
+            return "shift by grid " + choice.source;
+        case ShiftKind::FITTED:
+            return describeFit(choice);
+        default:
+            return describePublished(choice);
+    }
+}
+
+}  // namespace ProjDir

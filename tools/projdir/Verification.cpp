@@ -1,0 +1,97 @@
+#include "tools/projdir/Verification.h"
+
+#include <algorithm>
+#include <cmath>
+#include <exception>
+#include <limits>
+#include <memory>
+
+#include "CoordinateTransformation/CoordinateTransformation.h"
+#include "tools/projdir/Geodesy.h"
+
+namespace ProjDir {
+
+namespace {
+
+using CoordinateTransformation::AbstractCrs;
+using CoordinateTransformation::CrsConfig;
+using CoordinateTransformation::CrsCreator;
+
+constexpr unsigned int UNKNOWN_CODE = 0;
+
+std::unique_ptr<CrsConfig> startLibrary(const std::string& directory) {
+    std::unique_ptr<CrsConfig> config(CrsConfig::createConfigFromId("proj4"));
+    config->setConfigProperty("Proj4ConfigDir", directory);
+    config->init();
+    return config;
+}
+
+// Its definition is that of WGS 84, longitude first, whatever codes a directory has.
+std::unique_ptr<AbstractCrs> openWgs84(const CrsCreator& creator) {
+    std::unique_ptr<AbstractCrs> wgs84(creator.createFromCode(UNKNOWN_CODE, 0, true));
+    wgs84->setAxisOrderEastNorthOrLonLat(true);
+    return wgs84;
+}
+
+LonLat moveToWgs84(const AbstractCrs& crs, const AbstractCrs& wgs84, CrsKind kind, Coordinates coordinates) {
+    auto& [x, y, z] = coordinates;
+    if (kind == CrsKind::GEOCENTRIC)
+        crs.transformTo(&wgs84, x, y, z);
+    else
+        crs.transformTo(&wgs84, x, y);
+    return {x, y};
+}
+
+// A result that is no number is as far away as can be.
+void enlarge(double& largest, double distance) {
+    largest = std::isnan(distance) ? std::numeric_limits<double>::infinity() : std::max(largest, distance);
+}
+
+void compare(const AbstractCrs& crs, const AbstractCrs& wgs84, Agreement& agreement) {
+    const std::vector<CheckPoint>& points = agreement.outcome->checkPoints;
+    const bool anyKnown = std::any_of(points.begin(), points.end(), [](const CheckPoint& p) { return p.isKnown; });
+    for (const CheckPoint& point : points) {
+        const LonLat moved = moveToWgs84(crs, wgs84, agreement.outcome->crs.kind, point.crs);
+        const double distance = distanceInMetres(moved, point.wgs84);
+        enlarge(agreement.largestAnywhere, distance);
+        if (point.isKnown || !anyKnown) enlarge(agreement.largest, distance);
+    }
+}
+
+Agreement verifyOne(const CrsCreator& creator, const AbstractCrs& wgs84, const Outcome& outcome) {
+    Agreement agreement;
+    agreement.outcome = &outcome;
+    try {
+        const std::unique_ptr<AbstractCrs> crs(creator.createFromCode(outcome.crs.code, 0, true));
+        compare(*crs, wgs84, agreement);
+    } catch (const std::exception& failure) {
+        agreement.failure = failure.what();
+        agreement.largest = agreement.largestAnywhere = std::numeric_limits<double>::infinity();
+    }
+    return agreement;
+}
+
+}  // namespace
+
+std::vector<Agreement> verifyDirectory(const std::string& directory, const std::vector<Outcome>& outcomes,
+                                       Progress& progress) {
+    const std::unique_ptr<CrsConfig> config = startLibrary(directory);
+    const std::unique_ptr<AbstractCrs> wgs84 = openWgs84(config->getCreator());
+    std::vector<Agreement> agreements;
+    for (const Outcome& outcome : outcomes) {
+        if (outcome.definition) agreements.push_back(verifyOne(config->getCreator(), *wgs84, outcome));
+        progress.advance();
+    }
+    return agreements;
+}
+
+Distribution distribute(const std::vector<double>& distances) {
+    Distribution counts{};
+    for (const double distance : distances)
+        ++counts[static_cast<std::size_t>(
+            std::lower_bound(AGREEMENT_CLASSES.begin(), AGREEMENT_CLASSES.end(), distance) -
+            AGREEMENT_CLASSES.begin())];
+    return counts;
+}
+
+}  // namespace ProjDir

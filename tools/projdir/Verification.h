@@ -1,0 +1,39 @@
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "tools/projdir/DefinitionMaker.h"
+#include "tools/projdir/Progress.h"
+
+namespace ProjDir {
+
+// How one definition agrees with PROJ's best operation to WGS 84. Distances are horizontal and in metres.
+struct Agreement {
+    const Outcome* outcome = nullptr;
+    // The largest distance where PROJ knows an operation; where it knows none at all, anywhere.
+    double largest = 0;
+    // The largest distance anywhere in the area, also where PROJ takes both datums for one.
+    double largestAnywhere = 0;
+    // What the library raised; empty when it moved every point.
+    std::string failure;
+};
+
+// Compares the definitions in `directory` with the check points of the outcomes, through the library as a server
+// uses it: every code is bound by its own reader and takes its axis order from the table; points go from the CRS
+// to WGS 84. The library settles its directory once in a process, so this can be called for one directory.
+//
+// Raises the library's exceptions for a directory that it does not accept.
+std::vector<Agreement> verifyDirectory(const std::string& directory, const std::vector<Outcome>& outcomes,
+                                       Progress& progress);
+
+// The bounds of the classes in which agreement is stated, in metres; the last class has none.
+constexpr std::array<double, 5> AGREEMENT_CLASSES = {0.01, 1, 2, 5, 10};
+constexpr double MUCH_TOO_FAR = 10;
+
+// How many of the distances lie in each class.
+using Distribution = std::array<std::size_t, AGREEMENT_CLASSES.size() + 1>;
+Distribution distribute(const std::vector<double>& distances);
+
+}  // namespace ProjDir
