@@ -1,7 +1,10 @@
 #include "tools/projdir/CommandLine.h"
 
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <set>
+#include <sstream>
 #include <vector>
 
 namespace ProjDir {
@@ -59,6 +62,25 @@ TEST(CommandLineTest, HelpsAndTellsItsVersion) {
     const Result version = read({"--version"});
     EXPECT_EQ(version.exitCode, 0);
     EXPECT_THAT(version.output, testing::MatchesRegex("crs-projdir [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+}
+
+std::string escapeDashes(const std::string& text) {
+    std::string escaped;
+    for (const char c : text) escaped += c == '-' ? std::string("\\-") : std::string(1, c);
+    return escaped;
+}
+
+TEST(CommandLineTest, HasAManualPageWithEveryOption) {
+    std::ifstream file(COORDTRANS_SOURCE_DIR "/tools/projdir/crs-projdir.1.in");
+    std::ostringstream page;
+    page << file.rdbuf();
+    std::istringstream words(read({"--help"}).output);
+    std::set<std::string> options;
+    for (std::string word; words >> word;)
+        if (const std::size_t dashes = word.find("--"); dashes != std::string::npos)
+            options.insert(word.substr(dashes, word.find_first_of(",;", dashes) - dashes));
+    EXPECT_EQ(options.size(), 8U);
+    for (const std::string& option : options) EXPECT_THAT(page.str(), HasSubstr(escapeDashes(option)));
 }
 
 TEST(CommandLineTest, RefusesWhatItDoesNotKnow) {
