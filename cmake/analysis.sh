@@ -64,6 +64,12 @@ check_tidy() {
         fail "clang-tidy found something; see above and build/tidy.log"
 }
 
+# Whatever is public is documented: the reference stops at the first gap.
+check_reference() {
+    say "Reference of the public headers (log: build/reference.log)"
+    cmake --build build/release --target reference >build/reference.log 2>&1 || { cat build/reference.log >&2; exit 1; }
+}
+
 # What the generated PROJ directory promises: at least 97 % of the codes within ten metres of PROJ's best operation, at
 # least 93 % within two.
 check_proj_directory() {

@@ -36,16 +36,17 @@ public:
     virtual AbstractCrs& operator=(AbstractCrs const& other);
     /// Derives the dimensions from the codes.
     virtual void setDimFromCodes() = 0;
-    /// Takes new codes, rewrites the identifier and binds the CRS to them; with `applyEpsgStandards` also
-    /// takes the EPSG axis order and the dimension of the codes. Misconfigured when the primary code cannot
-    /// be bound.
+    /// Takes new codes, rewrites the identifier unless `primary` is 0, and binds the CRS to them; with
+    /// `applyEpsgStandards` also takes the EPSG axis order and the dimension of the codes. Misconfigured when
+    /// the primary code cannot be bound; the CRS then has the new codes already.
     virtual void setCode(unsigned int primary, unsigned int secondary, bool applyEpsgStandards) = 0;
     /// Takes the axis order that EPSG defines for the primary code; east-north when it defines none.
     virtual void setEpsgStandardAxisOrder() = 0;
     /// As setCode without EPSG standards, then stores axis order and scale factors. Leaves the dimensions.
     virtual void setCustomProperties(unsigned int primary, unsigned int secondary, bool eastNorthOrLonLat,
                                      double primaryScale, double secCompoundScale) = 0;
-    /// Reduces to two dimensions and keeps codes and identifier.
+    /// Reduces to two dimensions and keeps codes and identifier. A compound CRS is then written as its
+    /// horizontal part in URNs and URLs.
     virtual void forceDim2D();
     /// \param eastNorthOrLonLat true: easting/longitude first; false: northing/latitude first.
     virtual void setAxisOrderEastNorthOrLonLat(bool eastNorthOrLonLat);
@@ -55,6 +56,7 @@ public:
 
     /// Neither creator nor transformer is owned; both outlive the CRS.
     AbstractCrs(CrsCreator const& crsCreator, CoordTransformer const& crsTransformer);
+    /// Every field equal, creator and transformer included.
     AbstractCrs(AbstractCrs const& other);
 
     /// EPSG code of the CRS, of its horizontal part when compound; 0 for the unknown and the default CRS.
@@ -63,7 +65,7 @@ public:
     unsigned int getSecCompoundCode() const { return secCompoundCode; }
     /// 2 or 3: primary and vertical dimensions together.
     unsigned int getDim() const { return primaryDim + compoundDim; }
-    /// Factor between the horizontal coordinates of this CRS and those PROJ works with.
+    /// Factor of the horizontal coordinates, 1 at first; CoordTransformer::transformTo says what it does.
     double getPrimaryScaleFactor() const { return primaryScaleFactor; }
     /// Factor for heights: 1 below three dimensions, the secondary factor for a compound CRS, else the
     /// primary factor.
@@ -76,12 +78,17 @@ public:
     bool isWmsAxisOrder() const { return axisOrderEastNorthOrLonLat; }
     /// Alias under which the CRS is configured or was requested; empty when there is none.
     std::string const& getAlias() const { return alias; }
+    /// Gives the CRS an alias, or none when `text` is empty. No cache learns of it.
     void setAlias(std::string const& text) { alias = text; }
     /// EPSG dataset version of the URN or URL that named the CRS; empty when it named none.
     std::string const& getEpsgVersion() const { return epsgVersion; }
+    /// Sets the EPSG dataset version that URNs and URLs are written with; any text, "6.12" for example.
     void setEpsgVersion(std::string const& text) { epsgVersion = text; }
+    /// Sets the factor of the horizontal coordinates.
     void setPrimaryScaleFactor(double factor) { primaryScaleFactor = factor; }
+    /// Sets the factor of the heights of a compound CRS.
     void setSecCompoundScaleFactor(double factor) { secCompoundScaleFactor = factor; }
+    /// Sets both scale factors.
     void setScaleFactors(double primary, double secCompound);
     /// Puts easting or longitude first.
     void forceWmsAxisOrder() { axisOrderEastNorthOrLonLat = true; }
@@ -100,6 +107,7 @@ public:
 
     /// Equality of codes, dimensions, axis order and alias. Scale factors, identifier and version do not count.
     bool operator==(AbstractCrs const& other) const;
+    /// The negation of operator==.
     bool operator!=(AbstractCrs const& other) const { return !(*this == other); }
     /// operator== by pointer. REQUIRES: `other` is not null.
     bool isEqual(AbstractCrs const* other) const { return *this == *other; }
@@ -135,17 +143,29 @@ public:
     std::string getAsText() const;
 
 protected:
+    /// See getPrimaryCode().
     std::uint32_t primaryCode = 0;
+    /// See getSecCompoundCode().
     std::uint32_t secCompoundCode = 0;
+    /// "EPSG:4326", of a compound CRS "EPSG:27700*EPSG:5701"; written by setCode alone.
     std::string identifier;
+    /// Dimensions of the primary CRS: 2, or 3 for EPSG 4979.
     std::uint32_t primaryDim = 2;
+    /// Dimensions of the vertical CRS: 1 for a compound CRS, else 0.
     std::uint32_t compoundDim = 0;
+    /// See isAxisOrderEastNorthOrLonLat().
     bool axisOrderEastNorthOrLonLat = true;
+    /// See getAlias().
     std::string alias;
+    /// See getEpsgVersion().
     std::string epsgVersion;
+    /// See getPrimaryScaleFactor().
     double primaryScaleFactor = 1.0;
+    /// The factor of the heights of a compound CRS.
     double secCompoundScaleFactor = 1.0;
+    /// The creator that made this CRS; not owned.
     CrsCreator const& creator;
+    /// The transformer of this CRS; not owned.
     CoordTransformer const& transformer;
 };
 

@@ -18,11 +18,17 @@ public:
     /// Transforms one point in place. `x` and `y` are in the order of each CRS's axis flag, in degrees for a
     /// geographic CRS; `z` is null for a two-dimensional point. TransExecException with PROJ's text when the
     /// point cannot be transformed; the variables then hold intermediate values.
+    ///
+    /// Between CRS of the same code (4326 and 4979 count as one) `x` and `y` are multiplied by the target's
+    /// primary scale factor over the source's, `z` likewise by the compound factors. Otherwise `x` and `y` are
+    /// divided by the source's primary factor before and by the target's after the transformation, and `z` is
+    /// multiplied by the source's compound factor before and by the target's after it.
     /// REQUIRES: `source` and `target` are not null.
     void transformTo(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y, double* z) const;
 
     /// The transformation itself: takes angles in radians and scaled coordinates, in the order of the axis
-    /// flags. Misconfigured for a null source or target.
+    /// flags. Misconfigured for a null source or target, TransExecException for a point that cannot be
+    /// transformed.
     virtual void transformCoordinates(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y,
                                       double* z) const = 0;
 

@@ -1,6 +1,17 @@
 #pragma once
 
+/// \file
 /// Everything the library offers.
+
+/// \namespace CoordinateTransformation
+/// CRS, their creation from names, their configuration, and the transformation of points.
+
+/// \namespace QSHelpers
+/// Failures of the helpers that read numbers and files.
+
+/// \namespace QuarvelSrv
+/// The types of the server that the library reads.
+
 #include "CoordinateTransformation/AbstractCrs.h"
 #include "CoordinateTransformation/BBoxOutOfBounds.h"
 #include "CoordinateTransformation/BBoxType.h"

@@ -27,15 +27,18 @@ public:
     Crs(AbstractCrs* owned);
     /// Borrows `borrowed`; an empty handle when it is null.
     Crs(AbstractCrs const* borrowed);
+    /// Borrows what `other` borrows, owns a copy of what it owns.
     Crs(Crs const& other);
     /// Leaves `other` empty.
     Crs(Crs&& other) noexcept;
     virtual ~Crs();
 
+    /// Releases what was owned, then as the copy constructor.
     Crs& operator=(Crs const& other);
-    /// Leaves `other` empty.
+    /// Releases what was owned and leaves `other` empty.
     Crs& operator=(Crs&& other) noexcept;
-    /// Releases what was owned and borrows `borrowed`; null empties the handle.
+    /// Releases what was owned and borrows `borrowed`; null empties the handle. REQUIRES: `borrowed` is not
+    /// the CRS that the handle owns.
     Crs& operator=(AbstractCrs const* borrowed);
     /// Releases what was owned and takes ownership of `owned`. Nothing happens when `owned` is the CRS held
     /// already, even if it is borrowed.
@@ -43,24 +46,33 @@ public:
 
     /// The CRS held, or null; never copies.
     AbstractCrs const* get() const { return crs; }
+    /// The CRS held. REQUIRES: the handle is not empty.
     AbstractCrs const* operator->() const { return crs; }
+    /// As get().
     operator AbstractCrs const*() { return crs; }
+    /// As get().
     operator AbstractCrs const*() const { return crs; }
     /// The CRS for modification, copied first when borrowed; null for an empty handle.
     AbstractCrs* mod();
+    /// As mod(): copies a borrowed CRS.
     operator AbstractCrs*() { return mod(); }
     /// Whether the handle holds a CRS. Not const on purpose: were it const, `if (handle)` on a modifiable
     /// handle would choose the conversion that copies.
     operator bool() { return crs != nullptr; }
     /// Identity, not equality.
     bool operator==(AbstractCrs const* other) const { return crs == other; }
+    /// The negation of operator==.
     bool operator!=(AbstractCrs const* other) const { return crs != other; }
     // The conversions would make these comparisons ambiguous.
+    /// Identity, not equality.
     bool operator==(AbstractCrs* other) const { return crs == other; }
+    /// The negation of operator==.
     bool operator!=(AbstractCrs* other) const { return crs != other; }
+    /// Whether the handle is empty.
     bool operator==(std::nullptr_t) const { return crs == nullptr; }
+    /// Whether the handle holds a CRS.
     bool operator!=(std::nullptr_t) const { return crs != nullptr; }
-    /// Whether the CRS is borrowed.
+    /// Whether the CRS is borrowed. Says nothing about an empty handle.
     bool isHoldingConst() const { return holdingConst; }
     /// True for an empty handle and for the unknown CRS; false for the default CRS.
     bool isNotSetOrUnknown() const { return crs == nullptr || crs->isUnknown(); }

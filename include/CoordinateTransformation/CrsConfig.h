@@ -34,8 +34,11 @@ public:
     /// A configuration with its creator, for `id` "proj4". The caller owns it. Misconfigured for any other id.
     static CrsConfig* createConfigFromId(const std::string& id);
 
+    /// A configuration without entries and without a creator.
     CrsConfig();
+    /// HAZARD: shallow, see the class.
     CrsConfig(const CrsConfig&) = default;
+    /// HAZARD: shallow, see the class; what the target owned is never released.
     CrsConfig& operator=(const CrsConfig&) = default;
 
     /// The CRS registered under exactly `name`; borrowed until the caches are emptied. When there is none:

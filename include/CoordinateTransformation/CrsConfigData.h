@@ -28,14 +28,17 @@ public:
     explicit CrsConfigData(const std::string& name, std::string mapToEpsgCode = "");
     /// From an entry element of the configuration document: its text and its attributes "mapToEpsgCode",
     /// "numberOfDecimalPlaces", "suppressDuplicatCoordinates" and "axisOrder". The identifier is upper-cased
-    /// and a leading digit gets the prefix "EPSG:". An attribute that does not convert counts as absent.
+    /// and a leading digit gets the prefix "EPSG:". An attribute that does not convert counts as absent. The
+    /// text "CRS:84" means what it means above, and its attributes are ignored.
     explicit CrsConfigData(std::pair<const std::string, boost::property_tree::ptree> element);
 
+    /// The name that the creator is asked for, "EPSG:4326" for example.
     std::string getIdentifier() const;
     /// Empty when there is none.
     std::string getAlias() const;
+    /// The alias, or the identifier when there is none.
     std::string getAliasOrIdentifier() const;
-    /// Axis-order override; empty for the CRS's own order.
+    /// Axis-order override for the alias, true for easting or longitude first; empty for the CRS's own order.
     boost::optional<bool> getAxisOrderEastNorthOrLonLat() const;
     /// Empty for the default of the CRS's unit.
     boost::optional<int> getNumberOfDecimalPlaces() const;

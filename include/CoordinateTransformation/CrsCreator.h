@@ -21,13 +21,16 @@ namespace CoordinateTransformation {
 class COORDTRANS_EXPORT CrsCreator : public CrsPool {
 public:
     CrsCreator() = default;
+    /// Copies nothing: there is no state.
     CrsCreator(const CrsCreator&) = default;
+    /// Copies nothing: there is no state.
     CrsCreator& operator=(const CrsCreator&) = default;
     virtual ~CrsCreator();
 
     /// The CRS that `name` names. A name that the pool holds gives a handle that borrows the shared object,
     /// whatever `checkAllowed` says; a name that a recogniser accepts one that owns a new object.
     ///
+    /// \param name compared exactly as it stands.
     /// \param throwOnFailure raise CrsUnknownSyntaxOrAlias for a name that nobody accepts and CrsNotConfigured
     ///   for one that the server does not offer; without it both give an empty handle.
     /// \param checkAllowed refuse a new CRS that the server does not offer.
@@ -49,8 +52,8 @@ public:
     /// is not a number; std::out_of_range when the text after "*" is shorter than the prefix.
     virtual AbstractCrs* createFromEPSG(const std::string& name, bool standardAxisOrder) const;
     /// The text of AbstractCrs::getAsText; its first field must be a name that the pool holds, else
-    /// CrsNotConfigured. Null for a text of fewer than three fields, QSHelpers::ConversionError for a scale
-    /// factor that is not a number.
+    /// CrsNotConfigured. Any axis order but "EN" puts northing or latitude first. Null for a text of fewer
+    /// than three fields, QSHelpers::ConversionError for a scale factor that is not a number.
     virtual AbstractCrs* createFromSpecialTextFormat(const std::string& text) const;
     /// The part of an OGC URN or URL from "def" on, beginning at `startPos` of `name`.
     /// QSHelpers::ConversionError for a code that is not a number.

@@ -17,6 +17,7 @@ public:
     /// Misconfigured when the primary code is not in PROJ's "epsg" file.
     Proj4Crs(CrsCreator const& crsCreator, CoordTransformer const& crsTransformer, unsigned int primary,
              unsigned int secondary, bool applyEpsgStandards);
+    /// Every field equal, bound to the same PROJ object.
     Proj4Crs(Proj4Crs const& other);
 
     AbstractCrs* copy() const override;
@@ -27,6 +28,7 @@ public:
     bool isCartesian() const override;
     bool isGeographic() const override;
     using AbstractCrs::operator=;
+    /// As AbstractCrs's assignment, and takes the binding of `other`.
     Proj4Crs& operator=(Proj4Crs const& other);
     /// 4979 has three dimensions, a compound CRS two and one, any other two.
     void setDimFromCodes() override;

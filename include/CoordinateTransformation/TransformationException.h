@@ -21,6 +21,7 @@ public:
     /// \param text the message.
     /// \param reserve ask for a reserve buffer.
     TransformationException(const std::string& auxiliary, const char* situationName, std::string text, bool reserve);
+    /// A deep copy, with the peculiarities of structured_exception.
     TransformationException(const TransformationException& other);
     ~TransformationException() override;
     /// As structured_exception's assignment, and the message is copied.

@@ -38,6 +38,7 @@ public:
     /// REQUIRES: `fault` and its record are not null.
     structured_exception(std::uint32_t code, const _EXCEPTION_POINTERS* fault, const char* text, bool reserve);
 
+    /// A deep copy, with the two peculiarities stated at the class.
     structured_exception(const structured_exception& other);
     ~structured_exception() override;
 

@@ -12,8 +12,10 @@ class COORDTRANS_EXPORT ConversionError : public Exception {
 public:
     /// \param text the message.
     explicit ConversionError(std::string text);
+    /// A deep copy.
     ConversionError(const ConversionError& other);
     ~ConversionError() override;
+    /// As Exception's assignment.
     ConversionError& operator=(const ConversionError& other);
 
     /// The message.

@@ -19,6 +19,7 @@ public:
     /// \param text the message.
     /// \param reserve ask for a reserve buffer.
     Exception(const std::string& auxiliary, const char* situationName, std::string text, bool reserve);
+    /// A deep copy, with the peculiarities of structured_exception.
     Exception(const Exception& other);
     ~Exception() override;
     /// As structured_exception's assignment, and the message is copied.

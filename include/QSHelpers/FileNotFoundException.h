@@ -12,8 +12,10 @@ class COORDTRANS_EXPORT FileNotFoundException : public Exception {
 public:
     /// \param text the message.
     explicit FileNotFoundException(std::string text);
+    /// A deep copy.
     FileNotFoundException(const FileNotFoundException& other);
     ~FileNotFoundException() override;
+    /// As Exception's assignment.
     FileNotFoundException& operator=(const FileNotFoundException& other);
 
     /// The message.

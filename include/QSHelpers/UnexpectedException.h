@@ -12,8 +12,10 @@ class COORDTRANS_EXPORT UnexpectedException : public Exception {
 public:
     /// \param text the message.
     explicit UnexpectedException(std::string text);
+    /// A deep copy.
     UnexpectedException(const UnexpectedException& other);
     ~UnexpectedException() override;
+    /// As Exception's assignment.
     UnexpectedException& operator=(const UnexpectedException& other);
 
     /// The message.

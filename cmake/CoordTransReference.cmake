@@ -1,0 +1,19 @@
+# The target `reference`: the public headers as a web site, reference/index.html of the build folder. Built when asked
+# for by name; there is no such target where Doxygen is missing.
+
+find_package(Doxygen 1.9.4 QUIET)
+
+function(coordtrans_add_reference)
+  if(NOT TARGET Doxygen::doxygen)
+    return()
+  endif()
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/Doxyfile.in ${PROJECT_BINARY_DIR}/Doxyfile @ONLY)
+  add_custom_target(
+    reference
+    COMMAND ${CMAKE_COMMAND} -E rm -rf ${PROJECT_BINARY_DIR}/reference
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${PROJECT_BINARY_DIR}/reference
+    COMMAND Doxygen::doxygen ${PROJECT_BINARY_DIR}/Doxyfile
+    WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}
+    COMMENT "Writing the reference of the public headers"
+    VERBATIM)
+endfunction()

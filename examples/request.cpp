@@ -1,0 +1,70 @@
+// A request from the name of its CRS to the coordinates and the CRS name of the response. The point is stored in UTM;
+// each request asks for it under a name of its own.
+
+#include <cstdio>
+#include <memory>
+#include <sstream>
+#include <string>
+
+#include "CoordinateTransformation/CoordinateTransformation.h"
+
+using namespace CoordinateTransformation;
+
+namespace {
+
+constexpr char FRAGMENT[] = R"(
+    <CrsConfiguration>
+      <CRS numberOfDecimalPlaces="6">4326</CRS>
+      <CRS>CRS:84</CRS>
+      <CRS>25832</CRS>
+      <CRS numberOfDecimalPlaces="1" mapToEpsgCode="31467">GK3</CRS>
+    </CrsConfiguration>)";
+
+// The places that the entry configures, else those of the CRS's unit.
+int decimalPlaces(const CrsConfig& config, const AbstractCrs& crs) {
+    for (const CrsConfigData& entry : *config.getConfiguredCrs())
+        if (entry.getAliasOrIdentifier() == crs.getAliasOrIdentifier(true) && entry.getNumberOfDecimalPlaces())
+            return *entry.getNumberOfDecimalPlaces();
+    return crs.isGeographic() ? CrsConfigData::DEFAULT_NUMBER_OF_PLACES_DEGREE
+                              : CrsConfigData::DEFAULT_NUMBER_OF_PLACES_METER;
+}
+
+// The response names the CRS the way the request did: alias, URN, URL or identifier.
+std::string responseName(const std::string& requested, const AbstractCrs& crs) {
+    constexpr int URL_STYLE = 2;
+    const bool isUrl = requested.compare(0, 5, "http:") == 0;
+    if (!isUrl && requested.compare(0, 4, "urn:") != 0) return crs.getAliasOrIdentifier(true);
+    const QuarvelSrv::SrsFormattingOptions options{"", "", isUrl ? URL_STYLE : 0};
+    return crs.getAliasOrAsOgcURN(&options, true);
+}
+
+void answer(const CrsConfig& config, const char* name) {
+    std::printf("%s\n", name);
+    try {
+        const Crs stored = config.getCreator().createFromName("EPSG:25832", true, true);
+        const Crs wanted = config.getCreator().createFromName(name, true, true);
+        double x = 500000.0, y = 5538630.703;  // easting, northing
+        stored->transformTo(wanted.get(), x, y);
+        const int places = decimalPlaces(config, *wanted.get());
+        std::printf("    %.*f %.*f  %s\n", places, x, places, y, responseName(name, *wanted.get()).c_str());
+    } catch (const TransformationException& failure) {
+        std::printf("    %s: %s\n", failure.getServiceExceptionCode().c_str(), failure.what());
+    } catch (const QSHelpers::Exception& failure) {
+        std::printf("    %s: %s\n", failure.getServiceExceptionCode().c_str(), failure.what());
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::unique_ptr<CrsConfig> config(CrsConfig::createDefaultConfigOrFromEnvVar());
+    if (argc > 1) config->setConfigProperty("Proj4ConfigDir", argv[1]);  // else the environment names it
+    std::istringstream fragment(FRAGMENT);
+    config->configure(fragment);
+    config->init();
+    for (const char* name :
+         {"EPSG:4326", "urn:ogc:def:crs:EPSG:6.12:4326", "http://www.opengis.net/def/crs/EPSG/0/4326",
+          "http://www.opengis.net/gml/srs/epsg.xml#4326", "CRS:84", "EPSG:25832", "GK3", "epsg:4326", "EPSG:3395",
+          "urn:ogc:def:crs:EPSG::43x6"})
+        answer(*config, name);
+}
