@@ -1,0 +1,68 @@
+#include <cmath>
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+
+#include "FailureTable.h"
+
+// The failures of requests and of configurations, provoked as docs/failures.md describes them.
+namespace DocsTest {
+namespace {
+
+using CoordinateTransformation::AbstractCrs;
+using CoordinateTransformation::CrsConfig;
+
+const char OFFER[] = "<SRSList><SRS>4326</SRS><SRS>4978</SRS><SRS>25832</SRS></SRSList>";
+
+class FailuresTest : public testing::Test {
+protected:
+    std::unique_ptr<AbstractCrs> unknown() const {
+        return std::unique_ptr<AbstractCrs>(server.creator().createUnknown());
+    }
+    std::unique_ptr<AbstractCrs> fromText(const std::string& text) const {
+        return std::unique_ptr<AbstractCrs>(server.creator().createFromSpecialTextFormat(text));
+    }
+    void transform(const std::string& target, double x, double y) const {
+        server.request("EPSG:4326")->transformTo(server.request(target).get(), x, y);
+    }
+
+    const Server server = givenServer(OFFER);
+    const Page page = readPage("failures.md");
+};
+
+TEST_F(FailuresTest, OfRequestsAreAsThePageSays) {
+    expectTable(tablesOf(page, "failure").at(0),
+                {
+                    {"unknown name", [this] { server.request("epsg:4326"); }},
+                    {"CRS not offered", [this] { server.request("EPSG:3395"); }},
+                    {"undefined code", [this] { server.request("EPSG:99999"); }},
+                    {"bad code in a URN or URL", [this] { server.request("urn:ogc:def:crs:EPSG::abc"); }},
+                    {"second prefix missing", [this] { server.request("EPSG:4326*5783"); }},
+                    {"name not in the cache", [this] { server.config->getFromNameCache("UTM32", true); }},
+                    {"text form of a CRS that is not offered", [this] { fromText("EPSG:3395;EN;1"); }},
+                    {"bad scale factor in a text form", [this] { fromText("EPSG:4326;EN;one"); }},
+                    {"point outside the projection", [this] { transform("EPSG:25832", 99, 9); }},
+                    {"coordinate that is not finite", [this] { transform("EPSG:25832", std::nan(""), 9); }},
+                    {"geocentric point without a height", [this] { transform("EPSG:4978", 50, 9); }},
+                    {"URL of an unknown CRS", [this] { unknown()->getAsURL("a", "b", "c"); }},
+                    {"text form of an unknown CRS", [this] { unknown()->getAsText(); }},
+                });
+}
+
+TEST_F(FailuresTest, OfConfigurationsAreAsThePageSays) {
+    expectTable(
+        tablesOf(page, "failure").at(1),
+        {
+            {"unknown subsystem", [] { CrsConfig::createConfigFromId("other"); }},
+            {"no creator", [] { CrsConfig().init(); }},
+            {"malformed XML", [] { givenServer("<SRSList>\n<SRS>4326</SRS>\n"); }},
+            {"entry in an unknown spelling",
+             [] { givenServer("<SRSList><SRS>urn:ogc:def:crs:EPSG::4326</SRS></SRSList>"); }},
+            {"entry with an undefined code", [] { givenServer("<SRSList><SRS>99999</SRS></SRSList>"); }},
+            {"compound entry without prefixes", [] { givenServer("<SRSList><SRS>27700*5701</SRS></SRSList>"); }},
+            {"entry for code 0", [] { givenServer("<SRSList><SRS>0</SRS></SRSList>"); }},
+        });
+}
+
+}  // namespace
+}  // namespace DocsTest
