@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -417,6 +418,35 @@ TEST(Transforming, ShowsItsProgressOnATerminal) {
 
 TEST(Transforming, ShowsNoProgressElsewhere) {
     EXPECT_THAT(run(TO_UTM, repeated(POINT, 50000)).errors, StartsWith("crsctl transform: 50,000 lines: "));
+}
+
+// As an installation has it, in a folder of its own: bin/crsctl and share/CoordinateTransformation/proj.
+class Installation {
+public:
+    Installation() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "crsctl-XXXXXX").string();
+        root = mkdtemp(pattern.data());
+        std::filesystem::create_directories(root / "bin");
+        std::filesystem::copy_file(CRSCTL_PROGRAM, root / "bin/crsctl");
+        std::filesystem::create_directories(root / "share/CoordinateTransformation");
+        std::filesystem::copy(COORDTRANS_SOURCE_DIR "/data/proj", root / "share/CoordinateTransformation/proj");
+    }
+    Installation(const Installation&) = delete;
+    Installation& operator=(const Installation&) = delete;
+    ~Installation() { std::filesystem::remove_all(root); }
+
+    int run(const std::string& arguments) const {
+        const std::string program = (root / "bin/crsctl").string();
+        return WEXITSTATUS(std::system(("env -u QUARVELSRV_PROJ4_CONF_DIR '" + program + "' " + arguments).c_str()));
+    }
+
+private:
+    std::filesystem::path root;
+};
+
+TEST(TheInstalledProgram, FindsTheDirectoryThatWasInstalledWithIt) {
+    const Installation installation;
+    EXPECT_EQ(installation.run("resolve 4326 >/dev/null"), 0);
 }
 
 }  // namespace

@@ -15,6 +15,16 @@ bool isDirectory(const char* path) {
     return std::filesystem::is_directory(path, ignored);
 }
 
+// Beside the program, so that an installation can be moved; a program that is not installed has none there.
+std::string installedDirectory() {
+    std::error_code failure;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", failure);
+    const std::filesystem::path besideProgram =
+        (program.parent_path() / COORDTRANS_PROGRAM_TO_PROJ_DIR).lexically_normal();
+    if (!failure && isDirectory(besideProgram.c_str())) return besideProgram.string();
+    return COORDTRANS_INSTALLED_PROJ_DIR;
+}
+
 }  // namespace
 
 std::string projDirectoryProperty(const ProjDirectoryChoice& choice) {
@@ -25,8 +35,7 @@ std::string projDirectoryProperty(const ProjDirectoryChoice& choice) {
 
 ProjDirectoryChoice projDirectoryChoice(const std::string& option) {
     const char* const environment = std::getenv(DIRECTORY_VARIABLE);
-    return {option, environment == nullptr ? "" : environment, isDirectory(BUILT_IN_DIRECTORY),
-            COORDTRANS_INSTALLED_PROJ_DIR};
+    return {option, environment == nullptr ? "" : environment, isDirectory(BUILT_IN_DIRECTORY), installedDirectory()};
 }
 
 }  // namespace crsctl
