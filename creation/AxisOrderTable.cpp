@@ -40,7 +40,8 @@ void addRow(const CsvRow& row, const std::string& place) {
 
 }  // namespace
 
-std::map<unsigned int, bool> axisOrderTable;
+// Never released, like all that lives as long as the process: threads may still run when it ends.
+std::map<unsigned int, bool>& axisOrderTable = *new std::map<unsigned int, bool>;
 bool searchPathSet = false;
 
 // line = code ";" ( "en" | "ne" ) "\n"

@@ -7,7 +7,7 @@ namespace CoordinateTransformation {
 
 // EPSG code to axis order, true for east-north. Filled once, on one thread, before any CRS is made; only read
 // afterwards, by any number of threads.
-extern std::map<unsigned int, bool> axisOrderTable;
+extern std::map<unsigned int, bool>& axisOrderTable;
 
 // Whether PROJ has accepted the configuration directory. Once set, the directory is settled for the process.
 extern bool searchPathSet;

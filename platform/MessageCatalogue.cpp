@@ -42,7 +42,8 @@ MTE::MTE(unsigned int entryNumber, const char* entryLanguage, const char* subsys
 MTE::~MTE() { handler->remove(*this); }
 
 MessageHandler& MessageHandler::object() {
-    static MessageHandler handler;
+    // Never released: threads may still run when the process ends.
+    static auto& handler = *new MessageHandler;
     return handler;
 }
 

@@ -4,6 +4,7 @@ namespace CoordinateTransformation {
 
 std::mutex proj4TransformLock;
 std::mutex proj4DefLock;
-std::map<unsigned int, ClassicProj::projPJ> proj4DefCache;
+// Never released: threads may still run when the process ends.
+std::map<unsigned int, ClassicProj::projPJ>& proj4DefCache = *new std::map<unsigned int, ClassicProj::projPJ>;
 
 }  // namespace CoordinateTransformation

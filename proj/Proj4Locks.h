@@ -14,6 +14,6 @@ extern std::mutex proj4TransformLock;
 extern std::mutex proj4DefLock;
 
 // Primary EPSG code to its PROJ object; entries are never removed.
-extern std::map<unsigned int, ClassicProj::projPJ> proj4DefCache;
+extern std::map<unsigned int, ClassicProj::projPJ>& proj4DefCache;
 
 }  // namespace CoordinateTransformation

@@ -196,25 +196,33 @@ std::string formatPlain(double value) {
     return text;
 }
 
-}  // namespace
-
-template <>
-unsigned int convertTextToNumeric<unsigned int>(const std::string& text, bool rejectNegative, bool integerOnly) {
+void readNumber(const std::string& text, bool rejectNegative, bool integerOnly, unsigned int& value) {
     NumberReader<std::uint32_t> number(text, rejectNegative, integerOnly);
     if (!number.read()) refuse(text);
     const std::uint32_t magnitude = lowBitsOf(number.getPowerOfTen()) * number.getMantissa();
-    return number.isNegative() ? 0U - magnitude : magnitude;
+    value = number.isNegative() ? 0U - magnitude : magnitude;
 }
 
-template <>
-double convertTextToNumeric<double>(const std::string& text, bool rejectNegative, bool integerOnly) {
+void readNumber(const std::string& text, bool rejectNegative, bool integerOnly, double& value) {
     NumberReader<double> number(text, rejectNegative, integerOnly);
     if (!number.read()) refuse(text);
     const double sign = number.isNegative() ? -1 : 1;
-    const double value = sign * number.getMantissa() * number.getPowerOfTen();
+    value = sign * number.getMantissa() * number.getPowerOfTen();
     if (!std::isfinite(value)) refuse(text);
+}
+
+}  // namespace
+
+template <typename T>
+T convertTextToNumeric(const std::string& text, bool rejectNegative, bool integerOnly) {
+    T value;
+    readNumber(text, rejectNegative, integerOnly, value);
     return value;
 }
+
+// Instantiations, not specialisations: g++ exports the latter from the shared library, hidden visibility or not.
+template unsigned int convertTextToNumeric<unsigned int>(const std::string&, bool, bool);
+template double convertTextToNumeric<double>(const std::string&, bool, bool);
 
 std::string convertNumericToText(unsigned int value) { return std::to_string(value); }
 

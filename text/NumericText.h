@@ -21,10 +21,9 @@ namespace QSHelpers {
 template <typename T>
 T convertTextToNumeric(const std::string& text, bool rejectNegative, bool integerOnly);
 
-template <>
-unsigned int convertTextToNumeric<unsigned int>(const std::string& text, bool rejectNegative, bool integerOnly);
-template <>
-double convertTextToNumeric<double>(const std::string& text, bool rejectNegative, bool integerOnly);
+extern template unsigned int convertTextToNumeric<unsigned int>(const std::string& text, bool rejectNegative,
+                                                                bool integerOnly);
+extern template double convertTextToNumeric<double>(const std::string& text, bool rejectNegative, bool integerOnly);
 
 // Decimal, without padding or grouping.
 std::string convertNumericToText(unsigned int value);

@@ -41,6 +41,8 @@ PJ_CONTEXT* makeContext() {
     proj_log_func(context, nullptr, dropMessage);
     proj_context_set_enable_network(context, 0);
     proj_context_set_file_finder(context, findForProj, new std::string);
+    // A new context begins as a copy of the default one, which belongs to the application.
+    proj_context_set_search_paths(context, 0, nullptr);
     return context;
 }
 
