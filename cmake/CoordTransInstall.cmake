@@ -1,39 +1,83 @@
-# What `cmake --install` puts in place: library, headers, CMake package and pkg-config file.
+# What `cmake --install` puts in place, in four components:
+#   runtime        library and PROJ directory
+#   development    headers, link to the library or static library, CMake package, pkg-config file
+#   tools          programs and their manual pages, named in tools/
+#   documentation  what docs/ holds
 
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/CoordinateTransformation)
+set(proj_dir ${CMAKE_INSTALL_DATADIR}/CoordinateTransformation/proj)
 
 install(
   TARGETS CoordinateTransformation
   EXPORT CoordinateTransformationTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+          COMPONENT runtime
+          NAMELINK_COMPONENT development
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
 if(NOT COORDTRANS_GENERATE_PROJ_DIRECTORY)
-  install(DIRECTORY data/proj DESTINATION ${CMAKE_INSTALL_DATADIR}/CoordinateTransformation)
+  install(
+    DIRECTORY data/proj
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/CoordinateTransformation
+    COMPONENT runtime)
 endif()
+
+install(
+  DIRECTORY include/
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  COMPONENT development)
 install(
   EXPORT CoordinateTransformationTargets
   NAMESPACE CoordinateTransformation::
-  DESTINATION ${package_dir})
-
-configure_package_config_file(cmake/CoordinateTransformationConfig.cmake.in CoordinateTransformationConfig.cmake
-                              INSTALL_DESTINATION ${package_dir})
+  DESTINATION ${package_dir}
+  COMPONENT development)
+configure_package_config_file(
+  cmake/CoordinateTransformationConfig.cmake.in CoordinateTransformationConfig.cmake
+  INSTALL_DESTINATION ${package_dir}
+  PATH_VARS proj_dir)
 write_basic_package_version_file(CoordinateTransformationConfigVersion.cmake COMPATIBILITY SameMajorVersion)
-install(FILES ${PROJECT_BINARY_DIR}/CoordinateTransformationConfig.cmake
-              ${PROJECT_BINARY_DIR}/CoordinateTransformationConfigVersion.cmake DESTINATION ${package_dir})
+install(
+  FILES ${PROJECT_BINARY_DIR}/CoordinateTransformationConfig.cmake
+        ${PROJECT_BINARY_DIR}/CoordinateTransformationConfigVersion.cmake
+  DESTINATION ${package_dir}
+  COMPONENT development)
 
-# A static library brings its dependencies along; the shared one hides them.
+# A static library needs its dependencies at the link of a program. The shared one hides them, so that PROJ need not
+# be installed for development beside it. PROJ is named by its library, not by its own pkg-config file: `--static`
+# would ask for everything that a static PROJ needs, and PROJ is a shared library nearly everywhere.
 if(BUILD_SHARED_LIBS)
   set(pc_cflags "")
-  set(pc_public_requires "")
-  set(pc_public_libs "")
+  set(pc_private_libs "")
 else()
   set(pc_cflags "-DCOORDTRANS_STATIC")
-  set(pc_public_requires "proj")
-  set(pc_public_libs "-lboost_filesystem -lboost_system -pthread -lstdc++")
+  set(pc_private_libs "-lproj -lboost_filesystem -lboost_system -pthread -lstdc++")
 endif()
+# Relative to the file itself, so that an installation can be moved. A directory that is absolute stays so.
+file(RELATIVE_PATH pc_to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" pc_to_prefix "${pc_to_prefix}")
+cmake_path(APPEND pc_libdir "\${prefix}" ${CMAKE_INSTALL_LIBDIR})
+cmake_path(APPEND pc_includedir "\${prefix}" ${CMAKE_INSTALL_INCLUDEDIR})
+cmake_path(APPEND pc_projdir "\${prefix}" ${proj_dir})
 configure_file(cmake/CoordinateTransformation.pc.in CoordinateTransformation.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/CoordinateTransformation.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(
+  FILES ${PROJECT_BINARY_DIR}/CoordinateTransformation.pc
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+  COMPONENT development)
+
+install(
+  DIRECTORY docs/
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}
+  COMPONENT documentation
+  FILES_MATCHING
+  PATTERN "*.md")
+install(
+  FILES README.md CHANGELOG.md
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}
+  COMPONENT documentation)
+
+# Packages are made of the whole; a project that embeds the library makes its own.
+if(PROJECT_IS_TOP_LEVEL)
+  include(CoordTransPackages)
+endif()

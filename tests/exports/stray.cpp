@@ -1,0 +1,6 @@
+namespace CoordinateTransformation {
+
+int stray();
+int stray() { return 0; }
+
+}  // namespace CoordinateTransformation

@@ -1,0 +1,80 @@
+# Read by the tests of this folder, which run with the compiler and generator of the build in CXX and CMAKE_GENERATOR.
+
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+source_dir=$(cd "$here/../.." && pwd)
+cmake=${CMAKE:-cmake}
+compiler=${CXX:-c++}
+# In front of PROJ's own headers wherever a consumer is compiled.
+without_proj=-I$here/without_proj
+
+fail() {
+    printf '%s\n' "$*" >&2
+    exit 1
+}
+
+# Runs a command quietly, unless it fails.
+quietly() {
+    local output
+    output=$("$@" 2>&1) || fail "$* failed:"$'\n'"$output"
+}
+
+# The check that consumers do without PROJ's headers is one only if the stub is found before them.
+require_stub_of_proj() {
+    ! "$compiler" "$without_proj" -x c++ -fsyntax-only - <<<'#include <proj.h>' 2>/dev/null || fail "proj.h is reachable"
+}
+
+# only_file NAME FOLDER: the one file of that name.
+only_file() {
+    local found
+    found=$(find "$2" -name "$1")
+    [ -n "$found" ] || fail "no $1 in $2"
+    [ "$(wc -l <<<"$found")" = 1 ] || fail "more than one $1: $found"
+    printf '%s\n' "$found"
+}
+
+library_folder() { dirname "$(dirname "$(only_file CoordinateTransformation.pc "$1")")"; }
+
+is_shared() { [ -e "$(library_folder "$1")/libCoordinateTransformation.so" ]; }
+
+needed_libraries() { readelf -d "$1" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p'; }
+
+# check_consumer PROGRAM PREFIX PROJ_DIRECTORY: it runs, on the library of the prefix, and is linked with what it should.
+check_consumer() {
+    local libraries
+    libraries=$(needed_libraries "$1")
+    if is_shared "$2"; then
+        grep -q '^libCoordinateTransformation\.so\.1$' <<<"$libraries" || fail "not linked with the library: $libraries"
+        ! grep -qE '^lib(proj|boost_)' <<<"$libraries" || fail "linked with what the library hides: $libraries"
+    else
+        ! grep -q '^libCoordinateTransformation' <<<"$libraries" || fail "linked with a shared library: $libraries"
+    fi
+    LD_LIBRARY_PATH=$(library_folder "$2") "$1" "$3" || fail "$1 does not meet the published point"
+}
+
+# check_headers PREFIX: the public headers, all of them and nothing else.
+check_headers() {
+    diff <(cd "$source_dir/include" && find . -type f | sort) <(cd "$1/include" && find . -type f | sort) ||
+        fail "the installed headers are not those of include/"
+}
+
+# through_find_package PREFIX WORK and through_pkg_config PREFIX WORK: build and run the consumer.
+through_find_package() {
+    quietly "$cmake" -S "$here/consumer" -B "$2" -DCMAKE_PREFIX_PATH="$1" -DCMAKE_CXX_FLAGS="$without_proj -Wall -Wextra" \
+        -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF
+    quietly "$cmake" --build "$2"
+    case $(cat "$2/proj-directory") in "$1"/*) ;; *) fail "not the installation in $1" ;; esac
+    check_consumer "$2/consumer" "$1" "$(cat "$2/proj-directory")"
+}
+
+through_pkg_config() {
+    local flags static=
+    mkdir -p "$2"
+    PKG_CONFIG_PATH=$(library_folder "$1")/pkgconfig
+    export PKG_CONFIG_PATH
+    is_shared "$1" || static=--static
+    pkg-config --exists --print-errors 'CoordinateTransformation >= 1' || fail "pkg-config refuses the package"
+    flags=$(pkg-config $static --cflags --libs CoordinateTransformation)
+    # shellcheck disable=SC2086
+    quietly "$compiler" -std=c++17 "$without_proj" "$here/consumer/main.cpp" -o "$2/consumer" $flags
+    check_consumer "$2/consumer" "$1" "$(pkg-config --variable=projdir CoordinateTransformation)"
+}

@@ -1,0 +1,26 @@
+#!/usr/bin/env bash
+# install.sh BUILD PREFIX: installs and compares what is there with what should be.
+set -euo pipefail
+. "$(dirname "$0")/common.sh"
+build=$1
+prefix=$2
+
+rm -rf "$prefix"
+quietly "$cmake" --install "$build" --prefix "$prefix"
+check_headers "$prefix"
+
+libraries=$(library_folder "$prefix")
+library=$libraries/libCoordinateTransformation
+if is_shared "$prefix"; then
+    [ "$(readlink "$library.so")" = libCoordinateTransformation.so.1 ] || fail "no link for the linker"
+    [ "$(readlink "$library.so.1")" = libCoordinateTransformation.so.1.0.0 ] || fail "no link of the SONAME"
+    readelf -d "$library.so" | grep -q 'SONAME.*\[libCoordinateTransformation\.so\.1\]' || fail "no SONAME"
+    [ ! -e "$library.a" ] || fail "a static library beside the shared one"
+else
+    [ -f "$library.a" ] || fail "no static library"
+fi
+[ -z "$(find "$libraries" -maxdepth 1 -name '*.a' ! -name libCoordinateTransformation.a)" ] || fail "an internal library"
+for file in epsg epsg-axisorder.csv; do
+    [ -s "$prefix/share/CoordinateTransformation/proj/$file" ] || fail "no $file"
+done
+! grep -rl "$source_dir" "$libraries/cmake" "$libraries/pkgconfig" || fail "the packages name the source folder"

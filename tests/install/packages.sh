@@ -1,0 +1,71 @@
+#!/usr/bin/env bash
+# packages.sh BUILD [WORK]: makes the Debian packages, looks into them, unpacks them into an empty root and builds and
+# runs the consumer there.
+set -euo pipefail
+. "$(dirname "$0")/common.sh"
+build=$(cd "$1" && pwd)
+work=${2:-$build/package-test}
+
+cached() { sed -n "s/^$1:[A-Z]*=//p" "$build/CMakeCache.txt"; }
+package_file() { only_file "$1_*.deb" "$work/packages"; }
+field() { dpkg-deb -f "$(package_file "$1")" "$2"; }
+
+# require_dependency PACKAGE PATTERN: one of its dependencies is exactly that.
+require_dependency() {
+    field "$1" Depends | sed 's/, */\n/g' | grep -qxE "$2" || fail "$1 does not depend on $2: $(field "$1" Depends)"
+}
+
+# require_contents PACKAGE PATTERN: every file that it holds has such a path.
+require_contents() {
+    local held
+    held=$(dpkg-deb -c "$(package_file "$1")" | awk '!/^d/ { print $6 }' | grep -vE "$2" || true)
+    [ -z "$held" ] || fail "$1 holds what does not belong there: $held"
+}
+
+rm -rf "$work"
+mkdir -p "$work/root"
+cpack=$(dirname "$(command -v "$cmake")")/cpack
+(cd "$work" && quietly "$cpack" --config "$build/CPackConfig.cmake" -B "$work/packages")
+rm -rf "$work/packages/_CPack_Packages"
+
+library=libcoordinatetransformation1
+development=libcoordinatetransformation-dev
+documentation=coordinatetransformation-doc
+tools=coordinatetransformation-tools
+version=$(field $library Version)
+expected=("$library" "$development" "$documentation")
+with_tools=$(cached COORDTRANS_BUILD_TOOLS)
+[ "$with_tools" != ON ] || expected+=("$tools")
+[ "$(find "$work/packages" -maxdepth 1 -name '*.deb' | wc -l)" = "${#expected[@]}" ] || fail "not ${expected[*]}"
+
+require_dependency $library 'libproj[0-9]+ .*'
+require_dependency $library 'libboost-filesystem[0-9.]+ .*'
+require_dependency $library 'libstdc\+\+6 .*'
+require_dependency $library 'libc6 .*'
+require_dependency $development "$library \\(= $version\\)"
+require_dependency $development 'libboost-dev .*'
+require_contents $library '/lib/([^/]+/)?libCoordinateTransformation\.so\.1(\.0\.0)?$|/share/CoordinateTransformation/proj/'
+require_contents $development '/include/|/libCoordinateTransformation\.so$|/cmake/CoordinateTransformation/|/pkgconfig/'
+require_contents $documentation '/share/doc/.*\.md$'
+[ "$(field $documentation Architecture)" = all ] || fail "the documentation is made for one architecture"
+dpkg-deb -I "$(package_file $library)" shlibs |
+    grep -qE "^libCoordinateTransformation 1 $library" || fail "no shlibs entry"
+
+for package in "${expected[@]}"; do dpkg-deb -x "$(package_file "$package")" "$work/root"; done
+prefix=$work/root$(cached CMAKE_INSTALL_PREFIX)
+require_stub_of_proj
+check_headers "$prefix"
+through_find_package "$prefix" "$work/find_package"
+through_pkg_config "$prefix" "$work/pkg_config"
+
+[ "$with_tools" = ON ] || exit 0
+require_dependency $tools "$library \\(= $version\\)"
+require_dependency $tools 'libproj[0-9]+ .*'
+require_contents $tools '/bin/crs(ctl|-projdir)$|/share/man/man1/crs.*\.1$'
+LD_LIBRARY_PATH=$(library_folder "$prefix")
+export LD_LIBRARY_PATH
+for program in crsctl crs-projdir; do
+    [ -x "$prefix/bin/$program" ] || fail "no $program"
+    quietly "$prefix/bin/$program" --version
+done
+[ -s "$prefix/share/man/man1/crsctl.1" ] || fail "no manual page"

@@ -1,0 +1,70 @@
+// ends_running transform|names|failures DIRECTORY: main returns while threads still use the library.
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <thread>
+
+#include "Server.h"
+
+namespace {
+
+using namespace ProcessTest;
+
+using Work = void (*)(const CrsConfig&);
+
+void transform(const CrsConfig& config) {
+    static thread_local const Crs source = config.getCreator().createFromName("EPSG:4314", true, false);
+    static thread_local const Crs target = config.getCreator().createFromName("EPSG:25832", true, false);
+    double x = 50;
+    double y = 9;
+    source->transformTo(target.get(), x, y);
+}
+
+void makeFromNames(const CrsConfig& config) {
+    moved(config, "urn:ogc:def:crs:EPSG::4277", "http://www.opengis.net/def/crs/EPSG/0/3857", {50, 9});
+}
+
+void fail(const CrsConfig& config) {
+    try {
+        moved(config, "EPSG:4326", "EPSG:25832", {0, 99});
+    } catch (const CoordinateTransformation::TransExecException& failure) {
+        if (failure.getCatalogMessage() == nullptr) std::abort();
+    }
+}
+
+Work workOf(const char* name) {
+    if (std::strcmp(name, "transform") == 0) return transform;
+    if (std::strcmp(name, "names") == 0) return makeFromNames;
+    if (std::strcmp(name, "failures") == 0) return fail;
+    return nullptr;
+}
+
+std::atomic<int> running{0};
+
+void loop(const CrsConfig& config, Work work) {
+    work(config);
+    ++running;
+    for (;;) work(config);
+}
+
+// Registered before any library starts and, unlike what std::atexit takes, with no library of its own, it runs after
+// all of them have ended: the threads go on in what is left.
+void lingerAtTheVeryEnd() {
+    on_exit([](int, void*) { std::this_thread::sleep_for(std::chrono::milliseconds(20)); }, nullptr);
+}
+
+__attribute__((section(".preinit_array"), used)) void (*const BEFORE_ALL_LIBRARIES)() = lingerAtTheVeryEnd;
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3 || workOf(argv[1]) == nullptr) return 2;
+    constexpr int THREADS = 3;
+    // Of the application's own objects the threads use only this one, which is never released.
+    const CrsConfig& config = *startServer(argv[2]).release();
+    for (int i = 0; i < THREADS; ++i) std::thread(loop, std::cref(config), workOf(argv[1])).detach();
+    while (running < THREADS) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    return 0;
+}

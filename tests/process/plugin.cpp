@@ -1,0 +1,29 @@
+// A module of a host that knows nothing of the library: starts it and transforms one point.
+
+#include <cmath>
+#include <cstdio>
+#include <exception>
+
+#include "Server.h"
+
+extern "C" __attribute__((visibility("default"))) int transformAPoint(const char* projDirectory, double longitude0);
+
+// 0 when UTM easting and northing are what the central meridian of the module's own PROJ directory makes them.
+int transformAPoint(const char* projDirectory, double longitude0) {
+    using namespace ProcessTest;
+    try {
+        const auto config = startServer(projDirectory);
+        // On the central meridian the easting is the false easting, whatever the latitude.
+        const Point point = moved(*config, "EPSG:4326", "EPSG:25832", {52, longitude0});
+        try {
+            moved(*config, "EPSG:4326", "EPSG:25832", {0, 99});
+            return 3;
+        } catch (const CoordinateTransformation::TransExecException& failure) {
+            if (failure.getCatalogMessage() == nullptr) return 4;
+        }
+        return std::abs(point.x - 500000) < 1e-6 ? 0 : 1;
+    } catch (const std::exception& failure) {
+        std::fprintf(stderr, "%s\n", failure.what());
+        return 2;
+    }
+}
