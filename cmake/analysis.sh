@@ -41,10 +41,11 @@ check_layers() {
     [ -z "$found" ] || fail "$found"
 }
 
+# The stand-in for proj.h that stops a compiler is no header of ours.
 check_headers() {
     say "Header self-containment"
     local header
-    for header in $(sources '*.h'); do
+    for header in $(sources '*.h' | grep -v '^tests/install/without_proj/'); do
         printf '#include "%s"\n' "${header#include/}" | g++ -std=c++17 -Wall -Wextra -Wpedantic -Wconversion -Wshadow \
             -Werror -I. -Iinclude -DCOORDTRANS_SOURCE_DIR='"."' -x c++ -fsyntax-only - || fail "$header does not compile alone"
     done
