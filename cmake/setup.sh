@@ -2,7 +2,7 @@
 
 BUILD_PACKAGES="g++ cmake ninja-build libproj-dev proj-data libboost-dev libboost-filesystem-dev libboost-system-dev"
 TOOL_PACKAGES="libcli11-dev nlohmann-json3-dev"
-TEST_PACKAGES="libgtest-dev libgmock-dev libbenchmark-dev dpkg-dev pkg-config"
+TEST_PACKAGES="libgtest-dev libgmock-dev libbenchmark-dev dpkg-dev file pkg-config"
 ANALYSIS_PACKAGES="git doxygen clang clang-format clang-tidy g++-mingw-w64-x86-64-posix"
 
 say() { printf '\n== %s\n' "$*"; }
