@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # getting_started.sh SOURCE BUILD: follows docs/getting-started.md block by block in an empty folder. The commands
 # that build the library by a preset are taken as done, BUILD holding their result; that the preset exists is
-# looked up. Everything else runs as it stands.
+# looked up. The packages are compared with those that ./check installs. Everything else runs as it stands.
 set -euo pipefail
 source=$1
 build=$2
@@ -11,9 +11,18 @@ blocks=$folder/blocks
 mkdir "$blocks" "$folder/home"
 export HOME=$folder/home
 
+apt-get() {
+    # shellcheck disable=SC2086
+    diff <(. "$source/cmake/setup.sh" && printf '%s\n' install $BUILD_PACKAGES $TOOL_PACKAGES) <(printf '%s\n' "$@")
+}
+
 cmake() {
     case "$1 ${2:-}" in
-    "--preset "*) (cd "$source" && command cmake --list-presets) | grep -q "\"$2\"" ;;
+    "--preset "*)
+        local option
+        for option in "${@:3}"; do grep -q "(${option:2:-4} " "$source/CMakeLists.txt" || return; done
+        (cd "$source" && command cmake --list-presets) | grep -q "\"$2\""
+        ;;
     "--build --preset") (cd "$source" && command cmake --build --list-presets) | grep -q "\"$3\"" ;;
     "--install build/release") command cmake --install "$build" "${@:3}" ;;
     *) command cmake "$@" ;;
