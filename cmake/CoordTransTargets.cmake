@@ -67,8 +67,8 @@ endfunction()
 
 # coordtrans_add_test_program(NAME [INTERNAL|STATIC] SOURCES...): one GoogleTest program, each of its tests a ctest
 # test in a process of its own; with COORDTRANS_TESTS_BY_PROGRAM the program is one ctest test, which spares the
-# sanitizers thousands of starts. INTERNAL programs reach internal headers; STATIC programs link the objects as a static library; the others use the
-# built library.
+# sanitizers thousands of starts. INTERNAL programs reach internal headers; STATIC programs link the objects as a static
+# library; the others use the built library. A test runs once: optimising it takes far longer than it saves.
 function(coordtrans_add_test_program name)
   if(NOT COORDTRANS_BUILD_TESTS)
     return()
@@ -77,6 +77,7 @@ function(coordtrans_add_test_program name)
   find_package(GTest REQUIRED)
   add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE coordtrans_developer GTest::gmock GTest::gtest_main)
+  target_compile_options(${name} PRIVATE -O0)
   target_compile_definitions(${name} PRIVATE COORDTRANS_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
   if(arg_INTERNAL)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
