@@ -59,7 +59,7 @@ check_headers() {
 
 # through_find_package PREFIX WORK and through_pkg_config PREFIX WORK: build and run the consumer.
 through_find_package() {
-    quietly "$cmake" -S "$here/consumer" -B "$2" -DCMAKE_PREFIX_PATH="$1" -DCMAKE_CXX_FLAGS="$without_proj -Wall -Wextra" \
+    quietly "$cmake" -S "$here/consumer" -B "$2" -DCMAKE_PREFIX_PATH="$1" -DCMAKE_CXX_FLAGS="'$without_proj' -Wall -Wextra" \
         -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF
     quietly "$cmake" --build "$2"
     case $(cat "$2/proj-directory") in "$1"/*) ;; *) fail "not the installation in $1" ;; esac
@@ -67,14 +67,15 @@ through_find_package() {
 }
 
 through_pkg_config() {
-    local flags static=
+    local flags=() proj_directory static=
     mkdir -p "$2"
     PKG_CONFIG_PATH=$(library_folder "$1")/pkgconfig
     export PKG_CONFIG_PATH
     is_shared "$1" || static=--static
     pkg-config --exists --print-errors 'CoordinateTransformation >= 1' || fail "pkg-config refuses the package"
-    flags=$(pkg-config $static --cflags --libs CoordinateTransformation)
-    # shellcheck disable=SC2086
-    quietly "$compiler" -std=c++17 "$without_proj" "$here/consumer/main.cpp" -o "$2/consumer" $flags
-    check_consumer "$2/consumer" "$1" "$(pkg-config --variable=projdir CoordinateTransformation)"
+    # pkg-config answers in the shell's syntax, blanks of a folder's name escaped.
+    eval "flags=($(pkg-config $static --cflags --libs CoordinateTransformation))"
+    eval "proj_directory=$(pkg-config --variable=projdir CoordinateTransformation)"
+    quietly "$compiler" -std=c++17 "$without_proj" "$here/consumer/main.cpp" -o "$2/consumer" "${flags[@]}"
+    check_consumer "$2/consumer" "$1" "$proj_directory"
 }
