@@ -4,8 +4,6 @@ here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 source_dir=$(cd "$here/../.." && pwd)
 cmake=${CMAKE:-cmake}
 compiler=${CXX:-c++}
-# In front of PROJ's own headers wherever a consumer is compiled.
-without_proj=-I$here/without_proj
 
 fail() {
     printf '%s\n' "$*" >&2
@@ -18,9 +16,15 @@ quietly() {
     output=$("$@" 2>&1) || fail "$* failed:"$'\n'"$output"
 }
 
-# The check that consumers do without PROJ's headers is one only if the stub is found before them.
-require_stub_of_proj() {
-    ! "$compiler" "$without_proj" -x c++ -fsyntax-only - <<<'#include <proj.h>' 2>/dev/null || fail "proj.h is reachable"
+# forbid_proj_headers WORK: the flag in without_proj stops a compiler that a consumer makes read PROJ's headers.
+forbid_proj_headers() {
+    local message="a user of the library's headers needs no headers of PROJ"
+    without_proj=-I$1/without_proj
+    mkdir -p "$1/without_proj"
+    printf '#error "%s"\n' "$message" >"$1/without_proj/proj.h"
+    # A flag that stops nothing would let every consumer pass.
+    { "$compiler" "$without_proj" -x c++ -fsyntax-only - <<<'#include <proj.h>' 2>&1 || true; } | grep -qF "$message" ||
+        fail "proj.h is reachable"
 }
 
 # only_file NAME FOLDER: the one file of that name.
@@ -59,6 +63,7 @@ check_headers() {
 
 # through_find_package PREFIX WORK and through_pkg_config PREFIX WORK: build and run the consumer.
 through_find_package() {
+    forbid_proj_headers "$2"
     quietly "$cmake" -S "$here/consumer" -B "$2" -DCMAKE_PREFIX_PATH="$1" -DCMAKE_CXX_FLAGS="'$without_proj' -Wall -Wextra" \
         -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF
     quietly "$cmake" --build "$2"
@@ -68,7 +73,7 @@ through_find_package() {
 
 through_pkg_config() {
     local flags=() proj_directory static=
-    mkdir -p "$2"
+    forbid_proj_headers "$2"
     PKG_CONFIG_PATH=$(library_folder "$1")/pkgconfig
     export PKG_CONFIG_PATH
     is_shared "$1" || static=--static

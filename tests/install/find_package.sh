@@ -4,5 +4,4 @@ set -euo pipefail
 . "$(dirname "$0")/common.sh"
 
 rm -rf "$2"
-require_stub_of_proj
 through_find_package "$1" "$2"

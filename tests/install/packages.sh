@@ -53,7 +53,6 @@ dpkg-deb -I "$(package_file $library)" shlibs |
 
 for package in "${expected[@]}"; do dpkg-deb -x "$(package_file "$package")" "$work/root"; done
 prefix=$work/root$(cached CMAKE_INSTALL_PREFIX)
-require_stub_of_proj
 check_headers "$prefix"
 through_find_package "$prefix" "$work/find_package"
 through_pkg_config "$prefix" "$work/pkg_config"

@@ -1,1 +1,0 @@
-#error "a user of the library's headers needs no headers of PROJ"
