@@ -17,7 +17,7 @@ boost::optional<std::string> readText(const ptree& element, const char* path) {
     return element.get_optional<std::string>(path);
 }
 
-// The property tree's typed access, in the classic locale: a host's global locale would admit grouped digits.
+// The property tree's typed access, in the classic locale: another global locale could admit grouped digits.
 template <typename T, typename Field>
 void readAttribute(const ptree& element, const char* path, Field& field) {
     std::istringstream stream(readText(element, path).value_or(""));
@@ -47,7 +47,7 @@ CrsConfigData::CrsConfigData(const std::string& name, std::string mapToEpsgCode)
         alias = name;
         identifier = withEpsgPrefix(mapToEpsgCode);
     } else {
-        // As given: callers of this constructor pass identifiers, documents pass codes.
+        // As given, unlike the text of an element: this is the way in for URNs.
         identifier = name;
     }
 }
@@ -85,7 +85,7 @@ bool CrsConfigData::sameIdentifierOrAliases(const CrsConfigData& other) const {
     return identifier == other.identifier && alias == other.alias;
 }
 
-// The whole identifier is upper-cased, by the global locale: names in server configurations rely on it.
+// Intended: the whole identifier is upper-cased, by the global locale. A configured "epsg:4326" is EPSG:4326.
 std::string CrsConfigData::withEpsgPrefix(const std::string& code) {
     std::string upper = code;
     const std::locale global;

@@ -49,7 +49,7 @@ void loadAxisOrderTable(const std::string& path) {
     if (!axisOrderTable.empty()) return;
     std::ifstream file(path);
     if (!file) throw Misconfigured("Unable to open AxisOrder file \"" + path + "\"");
-    // Operators' tools know the first line as line 2, so the count goes up before a row is looked at.
+    // Intended: the count goes up before a row is looked at, so that messages name the first line as line 2.
     unsigned int line = 1;
     for (CsvRowIterator row(file, CELL_SEPARATOR); row != CsvRowIterator(); ++row)
         addRow(*row, "Error in AxisOrder configuration file \"" + path + "\", line " +

@@ -39,8 +39,7 @@ AbstractCrs* createUrnOriginal(const CrsCreator& creator, const OgcUrnTexts& tex
     return creator.createFromCode(readCode(texts.firstCode), second, true);
 }
 
-// Hosts keep addresses of the originals they are given by their own createFromCode, so the original stays
-// unless the build says otherwise.
+// Intended: the original is not released, unless the build says otherwise.
 void finishWithUrnOriginal(AbstractCrs* original) {
 #if defined(COORDTRANS_RELEASE_URN_ORIGINAL)
     delete original;
@@ -137,7 +136,9 @@ AbstractCrs* CrsCreator::createFromCrsURN_WFS_1_1(const std::string& name) const
     return code ? createFromCode(*code, 0, true) : nullptr;
 }
 
-// text = name ";" ( "EN" | "NE" ) ";" primary scale factor [ ";" secondary scale factor ] [ ";" ignored ]
+// text = name ";" axis order ";" primary scale factor [ ";" secondary scale factor { ";" ignored } ]
+//
+// Every axis order but "EN" counts as "NE".
 AbstractCrs* CrsCreator::createFromSpecialTextFormat(const std::string& text) const {
     SpecialTextFields fields(text);
     std::unique_ptr<AbstractCrs> crs(getFromNameCache(fields.next().value(), true)->copy());
@@ -145,7 +146,7 @@ AbstractCrs* CrsCreator::createFromSpecialTextFormat(const std::string& text) co
     if (axisOrder) crs->setAxisOrderEastNorthOrLonLat(*axisOrder == "EN");
     const std::optional<std::string> primaryScale = fields.next();
     if (!primaryScale) {
-        // The copy stays unreleased, on purpose: a host may have kept its address.
+        // Intended: the copy is not released.
         static_cast<void>(crs.release());
         if (text.empty()) throw FatalSubsystemError("114");
         return nullptr;

@@ -382,7 +382,7 @@ TEST_F(UrnCopyTest, ReleasesTheCopyAloneWhenItIsNotAllowed) {
     EXPECT_EQ(live.count(), LEFT_BEHIND);
 }
 
-// Hosts built against the class table call by slot number.
+// The order of the slots is part of the binary interface.
 struct Slots : CrsCreator {
     using CrsCreator::createFromCrsURN_WFS_1_1;
     using CrsCreator::createFromGML;

@@ -13,6 +13,7 @@ struct OgcUrnTexts {
     std::string firstCode;
     // Empty for a CRS that is not compound, and for a second component without a code.
     std::string secondCode;
+    // Those of both components, joined without a separator.
     std::string version;
 };
 
@@ -24,7 +25,7 @@ struct EpsgNameTexts {
 // The position after "urn:ogc:" or "urn:x-ogc:".
 std::optional<std::size_t> skipOgcUrnHead(const std::string& name);
 
-// The position after "http://" and the OGC definitions host.
+// The position after "http:", any number of "/", the OGC definitions host and "/".
 std::optional<std::size_t> skipOgcUrlHead(const std::string& name);
 
 // What follows either head.

@@ -4,12 +4,15 @@ namespace CoordinateTransformation {
 
 namespace {
 
-// body      = "def" sep [ "crs," ] component [ "," component ]
-// component = "crs" sep ( "EPSG" | "epsg" ) sep [ version ] sep code
-// sep       = ":" | "/"
+// body    = "def" sep head code [ "," head [ code ] ]
+// head    = { ignored "," } "crs" sep ( "EPSG" | "epsg" ) sep version sep
+// sep     = ":" | "/"
+// ignored = { any character but ":", "/" and "," }
+// version = { any character but ":" and "/" }
+// code    = any character but ",", once or more
 //
-// A compound without the leading "crs," is accepted. A code runs to the next "," whatever it holds, so that a
-// bad code is reported as a number that is none.
+// The first "crs," of a compound is read as `ignored`. A code is converted later, so that a bad one is reported and
+// not taken for another spelling.
 class OgcUrnBodyMachine {
 public:
     // False when the character cannot stand there.
@@ -59,7 +62,7 @@ private:
         }
         if (!readingFirstCode) return false;
         readingFirstCode = false;
-        // The version is not cleared: clients read the versions of both components joined.
+        // The version is not cleared, on purpose: a compound has the versions of both components joined.
         state = State::CRS;
         return true;
     }

@@ -1,6 +1,8 @@
 #include <cstddef>
 #include <gtest/gtest.h>
+#include <regex>
 #include <string>
+#include <vector>
 
 #include "creation/CrsNameSyntax.h"
 #include "tests/support/FakeCrs.h"
@@ -188,6 +190,51 @@ TEST(OgcUrnBodyTest, RefusesAStartOutsideTheName) {
     for (const std::size_t start : {name.size(), name.size() + 1, std::string::npos})
         EXPECT_FALSE(parseOgcUrnBody(name, start)) << start;
     EXPECT_FALSE(parseOgcUrnBody("", 0));
+}
+
+// The grammar above the parser, as one expression.
+class OgcUrnBodyGrammarTest : public testing::Test {
+protected:
+    void expectReadByTheGrammar(const std::string& name) {
+        std::smatch parts;
+        const bool expected = std::regex_match(name, parts, grammar);
+        const std::optional<OgcUrnTexts> texts = parseOgcUrnBody(name, 0);
+        ASSERT_EQ(texts.has_value(), expected) << name;
+        ++(expected ? accepted : refused);
+        if (!expected) return;
+        EXPECT_EQ(texts->version, parts.str(1) + parts.str(3)) << name;
+        EXPECT_EQ(texts->firstCode, parts.str(2)) << name;
+        EXPECT_EQ(texts->secondCode, parts.str(4)) << name;
+    }
+
+    // The words of a name with one of them left out, doubled, or exchanged for another word.
+    void expectNeighboursReadByTheGrammar(std::vector<std::string> words, int changes) {
+        std::string name;
+        for (const std::string& word : words) name += word;
+        expectReadByTheGrammar(name);
+        for (std::size_t i = 0; changes > 0 && i < words.size(); ++i) {
+            const std::string kept = words[i];
+            for (const std::string& other : {std::string(), kept + kept, ":"s, "/"s, ","s, "crs"s, "epsg"s, "7"s}) {
+                words[i] = other;
+                expectNeighboursReadByTheGrammar(words, changes - 1);
+            }
+            words[i] = kept;
+        }
+    }
+
+    static inline const std::string HEAD = "(?:[^:/,]*,)*crs[:/](?:EPSG|epsg)[:/]([^:/]*)[:/]";
+    const std::regex grammar{"def[:/]" + HEAD + "([^,]+)(?:," + HEAD + "([^,]*))?"};
+    int accepted = 0;
+    int refused = 0;
+};
+
+TEST_F(OgcUrnBodyGrammarTest, IsWhatIsAccepted) {
+    expectNeighboursReadByTheGrammar({"def", ":", "crs", ":", "EPSG", ":", "6", ":", "1"}, 2);
+    expectNeighboursReadByTheGrammar({"def", "/", "x", ",",   "crs", ":",    "EPSG", "/", "0", ":", "1",
+                                      ",",   "y", ",", "crs", ":",   "epsg", ":",    "6", ":", "2"},
+                                     2);
+    EXPECT_GT(accepted, 100);
+    EXPECT_GT(refused, 1000);
 }
 
 class OgcUrnBodyRoundTripTest : public testing::Test {

@@ -38,7 +38,7 @@ std::size_t slotOf(Member member) {
     return offset / sizeof(void*);
 }
 
-// Clients call by slot. The destructor, second of the operations, takes two slots.
+// The order of the slots is part of the binary interface. The destructor, second of the operations, takes two slots.
 TEST(AbstractCrsLayoutTest, KeepsTheOrderOfItsVirtualOperations) {
     EXPECT_EQ(slotOf(&AbstractCrs::copy), 0U);
     EXPECT_EQ(slotOf(&AbstractCrs::getUnitEquivalentInM), 3U);

@@ -1,4 +1,4 @@
-// The forms in which a CRS is written out, each readable by the creator again.
+// The forms in which a CRS is written out. The creator reads identifier, URN, http URL and text form again.
 
 #include "CoordinateTransformation/AbstractCrs.h"
 #include "QSHelpers/UnexpectedException.h"

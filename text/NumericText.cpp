@@ -23,7 +23,7 @@ constexpr int SIGNIFICANT_DIGITS = 15;
 constexpr int SCIENTIFIC_PLACES = 15;
 constexpr char WHITESPACE[] = "\r\n\t ";
 
-// Kept so: callers know positive infinity by this text.
+// Part of the interface.
 const std::string POSITIVE_INFINITY_TEXT(1, '\0');
 
 bool appendDigit(std::uint32_t& mantissa, unsigned int digit) {

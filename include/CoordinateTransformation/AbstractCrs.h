@@ -18,9 +18,9 @@ class CrsCreator;
 ///
 /// Threads: no lock. Objects handed out by caches are shared and only read; change a copy of your own.
 ///
-/// Holds references to its creator and its transformer, which outlive it; owns nothing else. A copy made by
-/// `copy()` or the copy constructor has every field equal; assignment leaves `identifier`, creator and
-/// transformer of the target as they were.
+/// Refers to its creator, which `getCreator` needs alive, and to its transformer, which `transformTo` needs alive;
+/// owns neither. A copy made by `copy()` or the copy constructor has every field equal; assignment leaves
+/// `identifier`, creator and transformer of the target as they were.
 class COORDTRANS_EXPORT AbstractCrs {
 public:
     /// A new object of the concrete class with every field equal, owned by the caller.
@@ -45,8 +45,8 @@ public:
     /// As setCode without EPSG standards, then stores axis order and scale factors. Leaves the dimensions.
     virtual void setCustomProperties(unsigned int primary, unsigned int secondary, bool eastNorthOrLonLat,
                                      double primaryScale, double secCompoundScale) = 0;
-    /// Reduces to two dimensions and keeps codes and identifier. A compound CRS is then written as its
-    /// horizontal part in URNs and URLs.
+    /// Reduces to two dimensions and keeps codes and identifier. getAliasOrAsOgcURN then writes a compound CRS
+    /// as its horizontal part.
     virtual void forceDim2D();
     /// \param eastNorthOrLonLat true: easting/longitude first; false: northing/latitude first.
     virtual void setAxisOrderEastNorthOrLonLat(bool eastNorthOrLonLat);
@@ -54,7 +54,7 @@ public:
     /// other request is ignored. Never rewrites the identifier.
     virtual void setDim(unsigned int dim);
 
-    /// Neither creator nor transformer is owned; both outlive the CRS.
+    /// Neither creator nor transformer is owned; see the class for how long they are needed.
     AbstractCrs(CrsCreator const& crsCreator, CoordTransformer const& crsTransformer);
     /// Every field equal, creator and transformer included.
     AbstractCrs(AbstractCrs const& other);
@@ -70,11 +70,11 @@ public:
     /// Factor for heights: 1 below three dimensions, the secondary factor for a compound CRS, else the
     /// primary factor.
     double getCompoundScaleFactor() const;
-    /// The creator that made this CRS.
+    /// The creator that made this CRS. REQUIRES: it has not been destroyed.
     CrsCreator const& getCreator() const { return creator; }
     /// True when easting or longitude comes first.
     bool isAxisOrderEastNorthOrLonLat() const { return axisOrderEastNorthOrLonLat; }
-    /// The same flag under the name that WMS uses for it.
+    /// The same flag; easting or longitude first is called the WMS axis order here.
     bool isWmsAxisOrder() const { return axisOrderEastNorthOrLonLat; }
     /// Alias under which the CRS is configured or was requested; empty when there is none.
     std::string const& getAlias() const { return alias; }
@@ -118,9 +118,10 @@ public:
     bool isCompatible(AbstractCrs const* other) const;
 
     /// Transforms a point of this CRS into `target`, in place. Horizontal coordinates are degrees for a
-    /// geographic CRS and the CRS's own unit otherwise, in the order of each CRS's axis flag; z is in metres
-    /// where scale factors are 1. TransExecException when PROJ refuses the point, which then holds
-    /// intermediate values. REQUIRES: `target` is not null.
+    /// geographic CRS and the CRS's own unit otherwise, in the order of each CRS's axis flag; z is in the unit
+    /// that the definition of each CRS gives to heights. CoordTransformer::transformTo states what scale factors
+    /// do. TransExecException when PROJ refuses the point, which then holds intermediate values.
+    /// REQUIRES: `target` is not null.
     void transformTo(AbstractCrs const* target, double& x, double& y, double& z) const;
     /// The same for a two-dimensional point.
     void transformTo(AbstractCrs const* target, double& x, double& y) const;
@@ -133,8 +134,8 @@ public:
     /// The alias if it is wanted and there is one, else the form that `info.format` selects; empty for an
     /// unknown format. QSHelpers::UnexpectedException as getAsURL for format 1.
     std::string getAliasOrAsFormat(CRSindicationFormatInfo const& info, bool useAlias) const;
-    /// `base`, "#" and a template in which each character 1 stands for the primary code and each character 2
-    /// for the secondary; the compound template serves a CRS with a secondary code.
+    /// `base`, "#" and a template in which each control character U+0001 (not the digit) stands for the primary
+    /// code and each U+0002 for the secondary; the compound template serves a CRS with a secondary code.
     /// QSHelpers::UnexpectedException for an unknown or default CRS.
     std::string getAsURL(std::string const& base, std::string const& simpleTemplate,
                          std::string const& compoundTemplate) const;

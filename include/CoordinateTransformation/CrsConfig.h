@@ -48,8 +48,8 @@ public:
     const AbstractCrs* getFromCodeCache(const std::string& key, bool throwIfMissing) const override;
     virtual ~CrsConfig();
     /// Initialises the creator, resolves every entry and fills the caches. Misconfigured without a creator and
-    /// for an entry whose identifier no recogniser accepts; failures of the creator pass through. What was
-    /// registered before a failure stays registered.
+    /// for an entry whose identifier no recogniser accepts, QSHelpers::UnexpectedException for an entry with the
+    /// code 0; failures of the creator pass through. What was registered before a failure stays registered.
     virtual void init();
 
     /// Takes the creator over, unless there is one already; an ignored creator remains the caller's.

@@ -10,13 +10,14 @@
 
 namespace CoordinateTransformation {
 
-/// Turns CRS names into CRS objects: looks a name up in the pool, then tries one recogniser per spelling. A
-/// concrete creator makes the objects and says which of them the server offers.
+/// Turns CRS names into CRS objects: looks a name up in the pool, then tries the recognisers, one for each
+/// spelling, in a fixed order. A concrete creator makes the objects and decides which of them the server offers.
 ///
 /// Threads: the const operations keep no state and may run concurrently as far as the concrete creator's do.
 ///
 /// Recognisers return a new object that the caller owns, or null when the spelling is not theirs. Keywords
-/// are compared case-sensitively and whole; only the authority may be "EPSG" or "epsg". Nothing is trimmed.
+/// are compared case-sensitively and whole; only the authority of a URN or URL may be "EPSG" or "epsg". Nothing
+/// is trimmed, but a code may have blanks around it.
 /// Has no state; a copy copies nothing.
 class COORDTRANS_EXPORT CrsCreator : public CrsPool {
 public:
@@ -35,30 +36,33 @@ public:
     ///   for one that the server does not offer; without it both give an empty handle.
     /// \param checkAllowed refuse a new CRS that the server does not offer.
     ///
-    /// Whatever `throwOnFailure` says: QSHelpers::ConversionError for a URN or URL whose code is not a
-    /// number, std::out_of_range for "EPSG:4326*5783" (the second prefix is missing), Misconfigured for a
+    /// Whatever `throwOnFailure` is: QSHelpers::ConversionError for a URN or URL whose code is not a number,
+    /// std::out_of_range for "EPSG:4326*5783" (the second prefix is missing), Misconfigured for a primary
     /// code that cannot be bound.
     virtual Crs createFromName(const std::string& name, bool throwOnFailure, bool checkAllowed) const;
     /// A new CRS for the codes; `secondary` 0 means not compound. With `standardAxisOrder` it has the EPSG
     /// axis order and the dimension of its codes.
     virtual AbstractCrs* createFromCode(unsigned int primary, unsigned int secondary, bool standardAxisOrder) const = 0;
-    /// Prepares the creator; called once, on one thread, before any CRS is made.
+    /// Prepares the creator, before it makes its first CRS. CrsConfig::init calls it, and calls it again when the
+    /// configuration is initialised anew; on one thread, with nothing beside it.
     virtual void init() = 0;
     /// A new default CRS.
     virtual AbstractCrs* createDefault() const = 0;
     /// A new unknown CRS.
     virtual AbstractCrs* createUnknown() const = 0;
-    /// "EPSG:4326", "EPSG:27700*EPSG:5701", "4326" (at most 13 characters) or "27700*5701". Null when a code
-    /// is not a number; std::out_of_range when the text after "*" is shorter than the prefix.
+    /// "EPSG:4326", "EPSG:27700*EPSG:5701", or without prefixes "4326" and "27700*5701" (at most 13 characters).
+    /// Null when a code is not a number; std::out_of_range when, in a name with the prefix, fewer characters
+    /// than the prefix has follow the "*".
     virtual AbstractCrs* createFromEPSG(const std::string& name, bool standardAxisOrder) const;
     /// The text of AbstractCrs::getAsText; its first field must be a name that the pool holds, else
-    /// CrsNotConfigured. Any axis order but "EN" puts northing or latitude first. Null for a text of fewer
-    /// than three fields, QSHelpers::ConversionError for a scale factor that is not a number.
+    /// CrsNotConfigured. Any axis order but "EN" puts northing or latitude first. Fields behind the fourth are
+    /// ignored. QSHelpers::ConversionError for a scale factor that is not a number. A text of fewer than three
+    /// fields gives null, or FatalSubsystemError if it is empty; the copy made for it is not released.
     virtual AbstractCrs* createFromSpecialTextFormat(const std::string& text) const;
     /// The part of an OGC URN or URL from "def" on, beginning at `startPos` of `name`.
     /// QSHelpers::ConversionError for a code that is not a number.
     virtual AbstractCrs* createFromOgcUrn(const std::string& name, std::size_t startPos) const;
-    /// "urn:ogc:def:crs:EPSG:6.12:4326" or "urn:x-ogc:...", simple or compound.
+    /// "urn:ogc:def:crs:EPSG:6.12:4326" or "urn:x-ogc:...", simple or compound. As createFromOgcUrn from "def" on.
     virtual AbstractCrs* createFromURN(const std::string& name) const;
     /// "http:" and the OGC definitions host, then as createFromOgcUrn; simple or compound.
     virtual AbstractCrs* createFromURL(const std::string& name) const;

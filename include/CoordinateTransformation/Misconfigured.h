@@ -8,7 +8,7 @@
 namespace CoordinateTransformation {
 
 /// The configuration, the PROJ directory or one of its files does not allow what was asked; the message names
-/// the file, line or value.
+/// the file, line or value where there is one.
 class COORDTRANS_EXPORT Misconfigured : public TransformationException {
 public:
     /// \param text the message.

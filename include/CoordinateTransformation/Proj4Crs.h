@@ -14,7 +14,7 @@ namespace CoordinateTransformation {
 /// through AbstractCrs copies the codes and leaves the target bound to its previous code.
 class COORDTRANS_EXPORT Proj4Crs : public AbstractCrs {
 public:
-    /// Misconfigured when the primary code is not in PROJ's "epsg" file.
+    /// Misconfigured when the primary code is not in the "epsg" file or PROJ cannot make its definition.
     Proj4Crs(CrsCreator const& crsCreator, CoordTransformer const& crsTransformer, unsigned int primary,
              unsigned int secondary, bool applyEpsgStandards);
     /// Every field equal, bound to the same PROJ object.
@@ -30,14 +30,14 @@ public:
     using AbstractCrs::operator=;
     /// As AbstractCrs's assignment, and takes the binding of `other`.
     Proj4Crs& operator=(Proj4Crs const& other);
-    /// 4979 has three dimensions, a compound CRS two and one, any other two.
+    /// 4979 has three dimensions and no vertical part, another compound CRS has two and one, any other two.
     void setDimFromCodes() override;
     void setCode(unsigned int primary, unsigned int secondary, bool applyEpsgStandards) override;
     void setEpsgStandardAxisOrder() override;
     void setCustomProperties(unsigned int primary, unsigned int secondary, bool eastNorthOrLonLat, double primaryScale,
                              double secCompoundScale) override;
 
-    /// The PROJ projection object; not owned, null only while binding fails.
+    /// The PROJ projection object; not owned. Null after a setCode that could not bind the code.
     void* getProjDef() const { return projDef; }
 
 private:

@@ -8,15 +8,15 @@
 
 struct _EXCEPTION_POINTERS;
 
-/// Root of every failure that the library raises: a what text, the place of a translated platform fault,
-/// and the (subsystem, situation) pair with its parameters under which the message catalogue renders it.
+/// Root of the library's own failures, and itself the class of translated platform faults: a what text, the place
+/// of a fault, and the (subsystem, situation) pair with its parameters under which the message catalogue renders it.
 ///
 /// Thread-compatible: an object is thrown by value, caught by reference and used by one thread.
 ///
 /// The object owns its reserve buffer, its parameter copies and its what text; `subsystem` and `situation`
-/// are borrowed and must be string literals. A copy is deep, with two peculiarities that callers rely on:
-/// it takes as its what text whatever the source's `what()` answers, and its reserve buffer has the length
-/// of the text in the source's buffer (one byte), not 4096. Assignment leaves the target without parameters.
+/// are borrowed and must be string literals. A copy is deep, with two intended peculiarities: it takes as its
+/// what text whatever the source's `what()` answers, and its reserve buffer has the length of the text in the
+/// source's buffer (one byte), not 4096. Assignment leaves the target without parameters.
 class COORDTRANS_EXPORT structured_exception : public std::exception {
 public:
     /// Library-wide switch: while false, no exception allocates a reserve buffer. Starts true; the library

@@ -8,7 +8,8 @@ namespace QuarvelSrv {
 struct SrsFormattingOptions {
     /// When not empty, written as the EPSG dataset version in place of the CRS's own.
     std::string version;
-    /// When not empty, the whole output is this prefix followed by the code.
+    /// When not empty, the whole output is this prefix followed by the code; for a compound CRS that of each code,
+    /// separated by a comma.
     std::string codePrefix;
     /// 2 = OGC http URL; every other value = OGC URN.
     int style = 0;

@@ -19,7 +19,7 @@ using QuarvelSrv::SrsFormattingOptions;
 namespace {
 
 constexpr int OGC_URL_STYLE = 2;
-// In a template the character 1 stands for the code.
+// In a template the control character U+0001 stands for the code.
 constexpr char TEMPLATE_OF_CODE[] = "\x01";
 constexpr char GML_BASE[] = "http://www.opengis.net/gml/srs/epsg.xml";
 
