@@ -2,7 +2,7 @@
 #   runtime        library and PROJ directory
 #   development    headers, link to the library or static library, CMake package, pkg-config file
 #   tools          programs and their manual pages, named in tools/
-#   documentation  what docs/ holds
+#   documentation  the pages, in the folders that they have here, so that their links lead somewhere
 
 include(CMakePackageConfigHelpers)
 
@@ -67,14 +67,18 @@ install(
   COMPONENT development)
 
 install(
-  DIRECTORY docs/
+  DIRECTORY docs
   DESTINATION ${CMAKE_INSTALL_DOCDIR}
   COMPONENT documentation
   FILES_MATCHING
   PATTERN "*.md")
 install(
-  FILES README.md CHANGELOG.md
+  FILES README.md CHANGELOG.md CONTRIBUTING.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR}
+  COMPONENT documentation)
+install(
+  FILES data/README.md
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}/data
   COMPONENT documentation)
 
 # Packages are made of the whole; a project that embeds the library makes its own.

@@ -56,4 +56,15 @@ set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SECTION doc)
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
 set(CPACK_COMPONENT_DOCUMENTATION_DESCRIPTION "Guides and references for users and operators.")
 
+# Debian looks for the terms of a package under the name of the package.
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+  string(TOUPPER ${component} component_name)
+  install(
+    FILES ${CMAKE_CURRENT_LIST_DIR}/debian-copyright
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${CPACK_DEBIAN_${component_name}_PACKAGE_NAME}
+    RENAME copyright
+    COMPONENT ${component}
+    EXCLUDE_FROM_ALL)
+endforeach()
+
 include(CPack)

@@ -61,6 +61,16 @@ check_headers() {
         fail "the installed headers are not those of include/"
 }
 
+# check_links FOLDER: what its pages refer to by a link is there.
+check_links() {
+    local page target
+    while IFS= read -r page; do
+        while IFS= read -r target; do
+            [ -e "$(dirname "$page")/$target" ] || fail "$page refers to $target, which is missing"
+        done < <(grep -oE '\]\([^)#:]+' "$page" | sed 's/^](//')
+    done < <(find "$1" -name '*.md')
+}
+
 # through_find_package PREFIX WORK and through_pkg_config PREFIX WORK: build and run the consumer.
 through_find_package() {
     forbid_proj_headers "$2"

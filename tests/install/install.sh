@@ -23,4 +23,9 @@ fi
 for file in epsg epsg-axisorder.csv; do
     [ -s "$prefix/share/CoordinateTransformation/proj/$file" ] || fail "no $file"
 done
+documents=$prefix/share/doc/CoordinateTransformation
+for file in README.md CHANGELOG.md CONTRIBUTING.md data/README.md docs/README.md docs/names-in.md; do
+    cmp -s "$source_dir/$file" "$documents/$file" || fail "$file is not what is installed under its name"
+done
+check_links "$documents"
 ! grep -rl "$source_dir" "$libraries/cmake" "$libraries/pkgconfig" || fail "the packages name the source folder"

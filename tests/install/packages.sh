@@ -22,6 +22,19 @@ require_contents() {
     [ -z "$held" ] || fail "$1 holds what does not belong there: $held"
 }
 
+# require_copyright PACKAGE: the terms of the library and of the data, where Debian looks for them.
+require_copyright() {
+    local text section
+    text=$(dpkg-deb --fsys-tarfile "$(package_file "$1")" | tar -xO --wildcards "*/share/doc/$1/copyright") ||
+        fail "$1 has no copyright file"
+    [ "$(head -n 1 <<<"$text")" = "Format: https://www.debian.org/doc/packaging-manuals/copyright-format/1.0/" ] ||
+        fail "the copyright file of $1 is not in Debian's format"
+    for section in '*' 'share/CoordinateTransformation/proj/*'; do
+        grep -qxF "Files: $section" <<<"$text" || fail "the copyright file of $1 has no section for $section"
+    done
+    grep -q 'IOGP' <<<"$text" || fail "the copyright file of $1 does not name the owner of the EPSG dataset"
+}
+
 rm -rf "$work"
 mkdir -p "$work/root"
 cpack=$(dirname "$(command -v "$cmake")")/cpack
@@ -44,9 +57,11 @@ require_dependency $library 'libstdc\+\+6 .*'
 require_dependency $library 'libc6 .*'
 require_dependency $development "$library \\(= $version\\)"
 require_dependency $development 'libboost-dev .*'
-require_contents $library '/lib/([^/]+/)?libCoordinateTransformation\.so\.1(\.0\.0)?$|/share/CoordinateTransformation/proj/'
-require_contents $development '/include/|/libCoordinateTransformation\.so$|/cmake/CoordinateTransformation/|/pkgconfig/'
-require_contents $documentation '/share/doc/.*\.md$'
+copyright='|/share/doc/[^/]+/copyright$'
+require_contents $library '/lib/([^/]+/)?libCoordinateTransformation\.so\.1(\.0\.0)?$|/share/CoordinateTransformation/proj/'"$copyright"
+require_contents $development '/include/|/libCoordinateTransformation\.so$|/cmake/CoordinateTransformation/|/pkgconfig/'"$copyright"
+require_contents $documentation '/share/doc/.*\.md$'"$copyright"
+for package in "${expected[@]}"; do require_copyright "$package"; done
 [ "$(field $documentation Architecture)" = all ] || fail "the documentation is made for one architecture"
 dpkg-deb -I "$(package_file $library)" shlibs |
     grep -qE "^libCoordinateTransformation 1 $library" || fail "no shlibs entry"
@@ -60,7 +75,7 @@ through_pkg_config "$prefix" "$work/pkg_config"
 [ "$with_tools" = ON ] || exit 0
 require_dependency $tools "$library \\(= $version\\)"
 require_dependency $tools 'libproj[0-9]+ .*'
-require_contents $tools '/bin/crs(ctl|-projdir)$|/share/man/man1/crs.*\.1$'
+require_contents $tools '/bin/crs(ctl|-projdir)$|/share/man/man1/crs.*\.1$'"$copyright"
 LD_LIBRARY_PATH=$(library_folder "$prefix")
 export LD_LIBRARY_PATH
 for program in crsctl crs-projdir; do

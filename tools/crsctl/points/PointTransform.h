@@ -21,7 +21,7 @@ public:
     // finite.
     bool run(std::array<double, ORDINATES>& ordinates, bool hasHeight, std::string& reason) const;
 
-    // Of the target: what its configured entry says, else what suits its unit. A height is in metres.
+    // Of the target: what its configured entry says, else what suits its unit. A height is taken for metres.
     const Decimals& decimals() const { return decimalsOfTarget; }
 
 private:
