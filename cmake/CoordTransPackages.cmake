@@ -54,7 +54,7 @@ set(CPACK_COMPONENT_TOOLS_DESCRIPTION "Command-line programs, with their manual 
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_NAME coordinatetransformation-doc)
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SECTION doc)
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
-set(CPACK_COMPONENT_DOCUMENTATION_DESCRIPTION "Guides and references for users and operators.")
+set(CPACK_COMPONENT_DOCUMENTATION_DESCRIPTION "The guides, the README and the terms of use of the data.")
 
 # Debian looks for the terms of a package under the name of the package.
 foreach(component IN LISTS CPACK_COMPONENTS_ALL)

@@ -7,8 +7,8 @@
 
 namespace CoordinateTransformation {
 
-/// A point could not be transformed. Service exception code "qvUnexpectedException". The only class of the
-/// library that asks for a reserve buffer.
+/// A point could not be transformed. Service exception code "qvUnexpectedException". The only subclass of
+/// structured_exception in the library that asks for a reserve buffer.
 class COORDTRANS_EXPORT TransExecException : public TransformationException {
 public:
     /// \param text the message, from the transformer PROJ's own text for the failure.
