@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <type_traits>
 
 #include "CoordinateTransformation/AbstractCrs.h"
 #include "CoordinateTransformation/Export.h"
@@ -20,9 +21,14 @@ struct NullConstruction {};
 /// An owned CRS belongs to exactly one handle; a borrowed one outlives it. Copying a handle that borrows
 /// copies no CRS, copying one that owns copies the CRS.
 class COORDTRANS_EXPORT Crs {
+    // A pointer to a CRS or nullptr; no class, such as a handle, that merely converts to one.
+    template <typename Pointer>
+    using IfComparable =
+        std::enable_if_t<!std::is_class_v<Pointer> && std::is_convertible_v<Pointer, AbstractCrs const*>, bool>;
+
 public:
     /// An empty handle.
-    explicit Crs(NullConstruction);
+    Crs(NullConstruction);
     /// Takes ownership of `owned`, which may be null.
     Crs(AbstractCrs* owned);
     /// Borrows `borrowed`; an empty handle when it is null.
@@ -63,7 +69,11 @@ public:
     bool operator==(AbstractCrs const* other) const { return crs == other; }
     /// The negation of operator==.
     bool operator!=(AbstractCrs const* other) const { return crs != other; }
-    // The conversions would make these comparisons ambiguous.
+    // Without these the conversions would make the comparisons ambiguous, or choose the one that copies.
+    /// Whether both handles hold the same object, or none.
+    bool operator==(Crs const& other) const { return crs == other.crs; }
+    /// The negation of operator==.
+    bool operator!=(Crs const& other) const { return crs != other.crs; }
     /// Identity, not equality.
     bool operator==(AbstractCrs* other) const { return crs == other; }
     /// The negation of operator==.
@@ -72,6 +82,16 @@ public:
     bool operator==(std::nullptr_t) const { return crs == nullptr; }
     /// Whether the handle holds a CRS.
     bool operator!=(std::nullptr_t) const { return crs != nullptr; }
+    /// Identity, with the pointer or nullptr first.
+    template <typename Pointer, IfComparable<Pointer> = true>
+    friend bool operator==(Pointer other, Crs const& handle) {
+        return handle.get() == other;
+    }
+    /// The negation of operator==.
+    template <typename Pointer, IfComparable<Pointer> = true>
+    friend bool operator!=(Pointer other, Crs const& handle) {
+        return handle.get() != other;
+    }
     /// Whether the CRS is borrowed. Says nothing about an empty handle.
     bool isHoldingConst() const { return holdingConst; }
     /// True for an empty handle and for the unknown CRS; false for the default CRS.
