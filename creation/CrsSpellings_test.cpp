@@ -9,6 +9,7 @@
 
 #include "CoordinateTransformation/CrsUnknownSyntaxOrAlias.h"
 #include "QSHelpers/ConversionError.h"
+#include "QuarvelSrv/SrsFormattingOptions.h"
 #include "creation/PooledCreator.h"
 
 namespace CoordinateTransformation {

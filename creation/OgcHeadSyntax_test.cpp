@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
+#include "QuarvelSrv/SrsFormattingOptions.h"
 #include "creation/CrsNameSyntax.h"
 #include "crs/OgcDefinitionsHost.h"
 #include "tests/support/FakeCrs.h"

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "QuarvelSrv/SrsFormattingOptions.h"
 #include "creation/CrsNameSyntax.h"
 #include "tests/support/FakeCrs.h"
 

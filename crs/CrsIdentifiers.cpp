@@ -2,6 +2,7 @@
 
 #include "CoordinateTransformation/AbstractCrs.h"
 #include "QSHelpers/UnexpectedException.h"
+#include "QuarvelSrv/SrsFormattingOptions.h"
 #include "crs/OgcDefinitionsHost.h"
 #include "text/NumericText.h"
 

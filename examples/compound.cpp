@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
+#include "QuarvelSrv/SrsFormattingOptions.h"
 
 using namespace CoordinateTransformation;
 

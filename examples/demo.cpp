@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
+#include "QuarvelSrv/SrsFormattingOptions.h"
 
 using namespace CoordinateTransformation;
 

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
+#include "QuarvelSrv/SrsFormattingOptions.h"
 
 using namespace CoordinateTransformation;
 

@@ -3,6 +3,7 @@
 
 #include <stdexcept>
 
+#include "QuarvelSrv/SrsFormattingOptions.h"
 #include "fuzz/Input.h"
 
 using namespace CoordinateTransformation;

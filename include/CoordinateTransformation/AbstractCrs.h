@@ -5,7 +5,10 @@
 
 #include "CoordinateTransformation/CRSindicationFormatInfo.h"
 #include "CoordinateTransformation/Export.h"
-#include "QuarvelSrv/SrsFormattingOptions.h"
+
+namespace QuarvelSrv {
+struct SrsFormattingOptions;
+}
 
 namespace CoordinateTransformation {
 

@@ -1,7 +1,8 @@
 #pragma once
 
 /// \file
-/// Everything the library offers.
+/// Everything the library offers, save for the definition of QuarvelSrv::SrsFormattingOptions: a server has its own,
+/// and other programs include "QuarvelSrv/SrsFormattingOptions.h".
 
 /// \namespace CoordinateTransformation
 /// CRS, their creation from names, their configuration, and the transformation of points.
@@ -36,4 +37,3 @@
 #include "QSHelpers/Exception.h"
 #include "QSHelpers/FileNotFoundException.h"
 #include "QSHelpers/UnexpectedException.h"
-#include "QuarvelSrv/SrsFormattingOptions.h"

@@ -5,6 +5,7 @@
 
 #include "DocsServer.h"
 #include "Page.h"
+#include "QuarvelSrv/SrsFormattingOptions.h"
 
 // The tables of calls on docs/names-out.md: each call is read as C++ and made.
 namespace DocsTest {

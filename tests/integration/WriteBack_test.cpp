@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "QuarvelSrv/SrsFormattingOptions.h"
 #include "Server.h"
 
 // What is written out is read again as the same CRS.

@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
+#include "QuarvelSrv/SrsFormattingOptions.h"
 #include "tools/crsctl/start/Session.h"
 
 namespace crsctl {
