@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "QSHelpers/NumericText.h"
+
 namespace QSHelpers {
 
 // The only conversions between numbers and text. Free of shared state and of the locale.
@@ -24,16 +26,6 @@ T convertTextToNumeric(const std::string& text, bool rejectNegative, bool intege
 extern template unsigned int convertTextToNumeric<unsigned int>(const std::string& text, bool rejectNegative,
                                                                 bool integerOnly);
 extern template double convertTextToNumeric<double>(const std::string& text, bool rejectNegative, bool integerOnly);
-
-// Decimal, without padding or grouping.
-std::string convertNumericToText(unsigned int value);
-std::string convertNumericToText(int value);
-
-// `precision` digits after the point, with exponent when `scientific`. A negative precision writes as many
-// digits as matter: 15 significant ones without exponent, or 16 with it. Positive infinity gives one NUL
-// character. UnexpectedException or, for a negative precision with exponent, ConversionError when the text
-// would need 500 characters or more.
-std::string convertNumericToText(double value, int precision, bool scientific);
 
 enum TrimMode { TRIM_LEFT = 0, TRIM_RIGHT = 1, TRIM_BOTH = 2 };
 

@@ -8,7 +8,7 @@
 /// CRS, their creation from names, their configuration, and the transformation of points.
 
 /// \namespace QSHelpers
-/// Failures of the helpers that read numbers and files.
+/// Numbers as text, and the failures of the helpers that read numbers and files.
 
 /// \namespace QuarvelSrv
 /// The types of the server that the library reads.
@@ -36,4 +36,5 @@
 #include "QSHelpers/ConversionError.h"
 #include "QSHelpers/Exception.h"
 #include "QSHelpers/FileNotFoundException.h"
+#include "QSHelpers/NumericText.h"
 #include "QSHelpers/UnexpectedException.h"

@@ -123,6 +123,15 @@ TEST(CompoundTest, IsWrittenAsItsHorizontalPartWhenReducedToTwoDimensions) {
     EXPECT_EQ(server.request("27700*5701")->getDim(), 3U);
 }
 
+TEST(NumberTest, IsWrittenByTheLibraryForResponses) {
+    const Server server;
+    EXPECT_EQ(QSHelpers::convertNumericToText(server.request("EPSG:4326")->getPrimaryCode()), "4326");
+    EXPECT_EQ(QSHelpers::convertNumericToText(-1), "-1");
+    EXPECT_EQ(QSHelpers::convertNumericToText(5538630.7034, 3, false), "5538630.703");
+    EXPECT_EQ(QSHelpers::convertNumericToText(0.9996, -1, false), "0.9996");
+    EXPECT_THROW(QSHelpers::convertNumericToText(1, 500, false), QSHelpers::UnexpectedException);
+}
+
 class TextFormTest : public testing::TestWithParam<const char*> {
 protected:
     const Server server;
