@@ -10,6 +10,7 @@
 #include "QSHelpers/FileNotFoundException.h"
 #include "creation/AxisOrderTable.h"
 #include "creation/ProjError.h"
+#include "platform/ErrnoGuard.h"
 #include "proj/Proj4Transformer.h"
 #include "proj/classic/ClassicProj.h"
 
@@ -90,6 +91,7 @@ AbstractCrs* Proj4CrsCreator::createUnknown() const {
 void Proj4CrsCreator::init() {
     const std::string property = config->getConfigProperty(DIRECTORY_PROPERTY);
     if (searchPathSet) return;
+    const ErrnoGuard errnoGuard;
     const std::string directory = chooseDirectory(property);
     requireDirectory(directory);
     loadFiles(directory);

@@ -5,6 +5,7 @@
 #include "CoordinateTransformation/Misconfigured.h"
 #include "creation/AxisOrderTable.h"
 #include "crs/EpsgCodes.h"
+#include "platform/ErrnoGuard.h"
 #include "proj/Proj4Locks.h"
 #include "proj/classic/ClassicProj.h"
 #include "text/NumericText.h"
@@ -21,6 +22,7 @@ constexpr double METRES_PER_DEGREE = 111319.4907931134;
 
 // Null when PROJ cannot make the projection. The context lives as long as the projection, that is for ever.
 projPJ makeProjection(unsigned int code) {
+    const ErrnoGuard errnoGuard;
     const std::string definition = "+init=epsg:" + convertNumericToText(code);
     const ClassicProj::projCtx context = ClassicProj::pj_ctx_alloc();
     const projPJ projection = ClassicProj::pj_init_plus_ctx(context, definition.c_str());

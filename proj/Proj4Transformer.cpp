@@ -7,6 +7,7 @@
 #include "CoordinateTransformation/Misconfigured.h"
 #include "CoordinateTransformation/Proj4Crs.h"
 #include "CoordinateTransformation/TransExecException.h"
+#include "platform/ErrnoGuard.h"
 #include "proj/Proj4Locks.h"
 #include "proj/classic/ClassicProj.h"
 
@@ -28,6 +29,7 @@ Proj4Transformer* theProj4Transformer = new (std::nothrow) Proj4Transformer;
 // PROJ takes easting first. Intended: the result is exchanged before the error is looked at, also for a failure.
 void Proj4Transformer::transformCoordinates(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y,
                                             double* z) const {
+    const ErrnoGuard errnoGuard;
     const std::lock_guard<std::mutex> guard(proj4TransformLock);
     const ClassicProj::projPJ from = projectionOf(source);
     const ClassicProj::projPJ to = projectionOf(target);

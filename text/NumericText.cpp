@@ -13,6 +13,7 @@
 
 #include "QSHelpers/ConversionError.h"
 #include "QSHelpers/UnexpectedException.h"
+#include "platform/ErrnoGuard.h"
 
 namespace QSHelpers {
 
@@ -215,6 +216,7 @@ void readNumber(const std::string& text, bool rejectNegative, bool integerOnly, 
 
 template <typename T>
 T convertTextToNumeric(const std::string& text, bool rejectNegative, bool integerOnly) {
+    const CoordinateTransformation::ErrnoGuard errnoGuard;
     T value;
     readNumber(text, rejectNegative, integerOnly, value);
     return value;
@@ -229,6 +231,7 @@ std::string convertNumericToText(unsigned int value) { return std::to_string(val
 std::string convertNumericToText(int value) { return std::to_string(value); }
 
 std::string convertNumericToText(double value, int precision, bool scientific) {
+    const CoordinateTransformation::ErrnoGuard errnoGuard;
     if (value == std::numeric_limits<double>::infinity()) return POSITIVE_INFINITY_TEXT;
     if (precision >= 0) return formatWithPrecision(value, precision, scientific);
     return scientific ? formatScientific(value) : formatPlain(value);

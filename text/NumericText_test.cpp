@@ -1,6 +1,7 @@
 #include "text/NumericText.h"
 
 #include <array>
+#include <cerrno>
 #include <cfloat>
 #include <climits>
 #include <cmath>
@@ -507,6 +508,18 @@ TEST(TrimWhitespaceTest, NumbersItsModes) {
 TEST(TrimWhitespaceTest, KeepsNulCharacters) {
     const std::string text(" \0 ", 3);
     EXPECT_EQ(trimWhitespace(text, TRIM_BOTH), std::string(1, '\0'));
+}
+
+TEST(ErrnoTest, IsAsItWasAfterAConversion) {
+    errno = 4711;
+    readFactor("1e-400");
+    EXPECT_THROW(readFactor("1e400"), ConversionError);
+    EXPECT_THROW(readFactor("anything"), ConversionError);
+    convertTextToNumeric<unsigned int>("1e-400", true, false);
+    writePlain(DBL_MIN);
+    convertNumericToText(DBL_TRUE_MIN, -1, true);
+    EXPECT_THROW(convertNumericToText(DBL_MAX, INT_MAX, true), UnexpectedException);
+    EXPECT_EQ(errno, 4711);
 }
 
 }  // namespace
