@@ -84,13 +84,10 @@ const AbstractCrs* CrsConfig::getFromCodeCache(const std::string& key, bool thro
 }
 
 void CrsConfig::cleanCodeAndIdentifierCache() {
-    while (!codeCache.empty()) {
-        delete codeCache.begin()->second;
-        codeCache.erase(codeCache.begin());
-    }
+    codeCache.clear();
     nameCache.clear();
-    for (const AbstractCrs* const crs : ownedByNameOnly) delete crs;
-    ownedByNameOnly.clear();
+    for (const AbstractCrs* const crs : owned) delete crs;
+    owned.clear();
 }
 
 }  // namespace CoordinateTransformation

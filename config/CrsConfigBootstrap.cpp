@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
 #include "CoordinateTransformation/AbstractCrs.h"
 #include "CoordinateTransformation/CrsConfig.h"
@@ -15,6 +16,7 @@ namespace CoordinateTransformation {
 namespace {
 
 using QSHelpers::convertNumericToText;
+using OwnedCrs = std::unique_ptr<const AbstractCrs>;
 
 constexpr char SUBSYSTEM_VARIABLE[] = "USE_COORD_TRANSFORMATION_SUBSYSTEM";
 constexpr char PROJ4_SUBSYSTEM[] = "proj4";
@@ -94,17 +96,13 @@ void CrsConfig::registerAlias(const CrsConfigData& entry, const Crs& crs) {
         mapped->setAxisOrderEastNorthOrLonLat(*eastNorth);
     const std::string name = mapped->getAliasOrIdentifier(true);
     configuredCrsIdentifiers.insert(name);
-    cacheByName(mapped->copy(), {name});
+    cacheByName(OwnedCrs(mapped->copy()), {name});
 }
 
-// Takes `crs` over for the name cache alone.
-void CrsConfig::cacheByName(const AbstractCrs* crs, const std::vector<std::string>& names) {
-    std::unique_ptr<const AbstractCrs> offered(crs);
-    ownedByNameOnly.push_back(crs);
-    static_cast<void>(offered.release());
-    if (insertNames(crs, names)) return;
-    ownedByNameOnly.pop_back();
-    delete crs;
+// For the name cache alone.
+void CrsConfig::cacheByName(std::unique_ptr<const AbstractCrs> crs, const std::vector<std::string>& names) {
+    const AbstractCrs* const offered = own(std::move(crs));
+    if (!insertNames(offered, names)) discard(offered);
 }
 
 // Whether a name took `crs`.
@@ -114,19 +112,25 @@ bool CrsConfig::insertNames(const AbstractCrs* crs, const std::vector<std::strin
     return taken;
 }
 
+const AbstractCrs* CrsConfig::own(std::unique_ptr<const AbstractCrs> crs) {
+    owned.insert(crs.get());
+    return crs.release();
+}
+
+void CrsConfig::discard(const AbstractCrs* crs) {
+    owned.erase(crs);
+    delete crs;
+}
+
 void CrsConfig::cacheLongNameAndCode(const AbstractCrs* crs) {
-    std::unique_ptr<const AbstractCrs> offered(crs);
+    if (owned.count(crs) != 0) return;
+    own(OwnedCrs(crs));
     const std::string primary = convertNumericToText(crs->getPrimaryCode());
     const std::string suffix612 = secondarySuffix(*crs, ",crs:EPSG:6.12:");
     const std::string suffix = secondarySuffix(*crs, ",crs:EPSG::");
     bool taken = codeCache.emplace(codeKey(*crs), crs).second;
-    if (!taken) ownedByNameOnly.push_back(crs);
-    static_cast<void>(offered.release());
     for (const NameWriter write : SHORT_NAMES) taken |= insertNames(crs, {write(*crs)});
-    if (!taken) {
-        ownedByNameOnly.pop_back();
-        delete crs;
-    }
+    if (!taken) discard(crs);
     cacheCrsNamedByUrn("urn:ogc:def:crs:EPSG:6.12:", primary, "urn:x-ogc:def:crs:EPSG:6.12:", suffix612);
     cacheCrsNamedByUrn("urn:ogc:def:crs:EPSG::", primary, "urn:ogc:def:crs,crs:EPSG::", suffix);
 }
@@ -135,10 +139,10 @@ void CrsConfig::cacheLongNameAndCode(const AbstractCrs* crs) {
 // with another head.
 void CrsConfig::cacheCrsNamedByUrn(const std::string& head, const std::string& primary, const std::string& twinHead,
                                    const std::string& suffix) {
-    const std::unique_ptr<const AbstractCrs> created(creator->createFromURN(head + primary + suffix));
+    const OwnedCrs created(creator->createFromURN(head + primary + suffix));
     if (created == nullptr) return;
     const std::string code = convertNumericToText(created->getPrimaryCode());
-    cacheByName(created->copy(), {head + code + suffix, twinHead + code + suffix});
+    cacheByName(OwnedCrs(created->copy()), {head + code + suffix, twinHead + code + suffix});
 }
 
 }  // namespace CoordinateTransformation

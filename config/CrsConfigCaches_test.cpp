@@ -8,6 +8,7 @@
 
 #include "CoordinateTransformation/CrsConfig.h"
 #include "CoordinateTransformation/CrsNotConfigured.h"
+#include "QSHelpers/UnexpectedException.h"
 #include "config/CrsConfigFixture.h"
 
 // What is registered under which names, which entry keeps a name, and who releases the objects.
@@ -406,6 +407,49 @@ TEST_F(RegistrationTest, KeepsACrsThatOnlyANameTook) {
     EXPECT_EQ(server.named("EPSG:4326"), first);
     EXPECT_EQ(server.named("EPSG:4326;NE;10"), scaled);
     EXPECT_EQ(server.journal.held(), HELD_PER_CRS + 1);
+    server.config.cleanCodeAndIdentifierCache();
+    EXPECT_EQ(server.journal.held(), 0U);
+}
+
+TEST_F(RegistrationTest, OfACrsThatTheCodeCacheHoldsChangesNothing) {
+    const AbstractCrs* const crs = givenRegistered(4326, 0, 1);
+    const std::size_t held = server.journal.held();
+    server.config.cacheLongNameAndCode(crs);
+    EXPECT_EQ(server.config.getFromCodeCache("4326", false), crs);
+    EXPECT_TRUE(server.journal.live.contains(crs));
+    EXPECT_EQ(server.journal.held(), held);
+}
+
+// The second CRS of a code with another scale factor is held for its text form alone.
+TEST_F(RegistrationTest, OfACrsThatTheNameCacheAloneHoldsChangesNothing) {
+    givenRegistered(4326, 0, 1);
+    const AbstractCrs* const crs = givenRegistered(4326, 0, 2);
+    const std::size_t held = server.journal.held();
+    server.config.cacheLongNameAndCode(crs);
+    EXPECT_NE(server.config.getFromCodeCache("4326", false), crs);
+    EXPECT_EQ(server.named("EPSG:4326;NE;2"), crs);
+    EXPECT_EQ(server.journal.held(), held);
+    server.destroy();
+    EXPECT_EQ(server.journal.heldAtDestruction, 0U);
+}
+
+TEST_F(RegistrationTest, OfTheCrsOfAnAliasOrAUrnChangesNothing) {
+    server.givenInitialised({"<CRS mapToEpsgCode=\"31467\">GK3</CRS>"});
+    const std::size_t held = server.journal.held();
+    for (const char* const name : {"GK3", "urn:ogc:def:crs:EPSG:6.12:31467", "urn:ogc:def:crs,crs:EPSG::31467"}) {
+        const AbstractCrs* const crs = server.named(name);
+        server.config.cacheLongNameAndCode(crs);
+        EXPECT_EQ(server.named(name), crs) << name;
+        EXPECT_EQ(server.journal.held(), held) << name;
+    }
+}
+
+TEST_F(RegistrationTest, ThatFailedBeforeAnyNameKeepsTheCrsUntilTheCachesAreEmptied) {
+    AbstractCrs* const crs = server.creator->createUnknown();
+    EXPECT_THROW(server.config.cacheLongNameAndCode(crs), QSHelpers::UnexpectedException);
+    EXPECT_THROW(givenRegistered(0, 0, 2), QSHelpers::UnexpectedException);
+    server.config.cacheLongNameAndCode(crs);
+    EXPECT_EQ(server.journal.held(), 2U);
     server.config.cleanCodeAndIdentifierCache();
     EXPECT_EQ(server.journal.held(), 0U);
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "CoordinateTransformation/CrsNotConfigured.h"
 #include "CoordinateTransformation/CrsUnknownSyntaxOrAlias.h"
@@ -33,18 +34,18 @@ std::optional<unsigned int> codeIfNumber(const std::optional<std::string>& text)
     }
 }
 
+using OwnedCrs = std::unique_ptr<AbstractCrs>;
+
 // The object that a URN or URL is first turned into; only a copy of it is handed on.
-AbstractCrs* createUrnOriginal(const CrsCreator& creator, const OgcUrnTexts& texts) {
+OwnedCrs createUrnOriginal(const CrsCreator& creator, const OgcUrnTexts& texts) {
     const unsigned int second = texts.secondCode.empty() ? 0 : readCode(texts.secondCode);
-    return creator.createFromCode(readCode(texts.firstCode), second, true);
+    return OwnedCrs(creator.createFromCode(readCode(texts.firstCode), second, true));
 }
 
-// Intended: the original is not released, unless the build says otherwise.
-void finishWithUrnOriginal(AbstractCrs* original) {
-#if defined(COORDTRANS_RELEASE_URN_ORIGINAL)
-    delete original;
-#else
-    static_cast<void>(original);
+// Intended: the original of a CRS that is handed on is not released, unless the build says otherwise.
+void finishWithUrnOriginal([[maybe_unused]] OwnedCrs original) {
+#if !defined(COORDTRANS_RELEASE_URN_ORIGINAL)
+    static_cast<void>(original.release());
 #endif
 }
 
@@ -72,7 +73,7 @@ CrsCreator::~CrsCreator() = default;
 
 Crs CrsCreator::createFromName(const std::string& name, bool throwOnFailure, bool checkAllowed) const {
     if (const AbstractCrs* const pooled = getFromNameCache(name, false)) return Crs(pooled);
-    std::unique_ptr<AbstractCrs> created(recognise(name));
+    OwnedCrs created(recognise(name));
     if (created == nullptr) {
         if (throwOnFailure) throw CrsUnknownSyntaxOrAlias(name);
         return Crs(NullConstruction());
@@ -106,18 +107,18 @@ AbstractCrs* CrsCreator::createFromURL(const std::string& name) const {
 AbstractCrs* CrsCreator::createFromOgcUrn(const std::string& name, std::size_t startPos) const {
     const std::optional<OgcUrnTexts> texts = parseOgcUrnBody(name, startPos);
     if (!texts) return nullptr;
-    AbstractCrs* const original = createUrnOriginal(*this, *texts);
+    OwnedCrs original = createUrnOriginal(*this, *texts);
     if (original == nullptr) return nullptr;
-    std::unique_ptr<AbstractCrs> crs(original->copy());
-    finishWithUrnOriginal(original);
+    OwnedCrs crs(original->copy());
     crs->setEpsgVersion(texts->version);
+    finishWithUrnOriginal(std::move(original));
     return crs.release();
 }
 
 AbstractCrs* CrsCreator::createFromGML(const std::string& name) const {
     const std::optional<unsigned int> code = codeIfNumber(parseGmlReference(name));
     if (!code) return nullptr;
-    std::unique_ptr<AbstractCrs> crs(createFromCode(*code, 0, true));
+    OwnedCrs crs(createFromCode(*code, 0, true));
     // Responses echo the request's own spelling.
     if (crs != nullptr) crs->setAlias(name);
     return crs.release();
@@ -141,7 +142,7 @@ AbstractCrs* CrsCreator::createFromCrsURN_WFS_1_1(const std::string& name) const
 // Every axis order but "EN" counts as "NE".
 AbstractCrs* CrsCreator::createFromSpecialTextFormat(const std::string& text) const {
     SpecialTextFields fields(text);
-    std::unique_ptr<AbstractCrs> crs(getFromNameCache(fields.next().value(), true)->copy());
+    OwnedCrs crs(getFromNameCache(fields.next().value(), true)->copy());
     const std::optional<std::string> axisOrder = fields.next();
     if (axisOrder) crs->setAxisOrderEastNorthOrLonLat(*axisOrder == "EN");
     const std::optional<std::string> primaryScale = fields.next();

@@ -1,77 +1,29 @@
 // A program of its own: it replaces the global allocation functions.
 
-#include <cstdlib>
+#include "tests/support/AllocationFailure.h"
+
 #include <gtest/gtest.h>
-#include <new>
 #include <string>
 
+#include "CoordinateTransformation/BBoxOutOfBounds.h"
+#include "CoordinateTransformation/CrsNotConfigured.h"
+#include "CoordinateTransformation/CrsUnknownSyntaxOrAlias.h"
+#include "CoordinateTransformation/FatalSubsystemError.h"
 #include "CoordinateTransformation/Misconfigured.h"
 #include "CoordinateTransformation/TransExecException.h"
 #include "CoordinateTransformation/structured_exception.h"
 #include "QSHelpers/ConversionError.h"
-
-namespace {
-
-constexpr int NEVER = -1;
-
-thread_local int allocationsUntilFailure = NEVER;
-thread_local long outstanding = 0;
-
-void* allocate(std::size_t size) {
-    if (allocationsUntilFailure == 0) throw std::bad_alloc();
-    allocationsUntilFailure -= allocationsUntilFailure > 0 ? 1 : 0;
-    void* const memory = std::malloc(size != 0 ? size : 1);
-    if (memory == nullptr) throw std::bad_alloc();
-    ++outstanding;
-    return memory;
-}
-
-void release(void* memory) {
-    outstanding -= memory != nullptr ? 1 : 0;
-    std::free(memory);
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) { return allocate(size); }
-void* operator new[](std::size_t size) { return allocate(size); }
-void operator delete(void* memory) noexcept { release(memory); }
-void operator delete[](void* memory) noexcept { release(memory); }
-void operator delete(void* memory, std::size_t) noexcept { release(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { release(memory); }
+#include "QSHelpers/FileNotFoundException.h"
+#include "QSHelpers/UnexpectedException.h"
 
 namespace {
 
 using CoordinateTransformation::Misconfigured;
 using CoordinateTransformation::TransExecException;
+using TestSupport::allocationsOf;
+using TestSupport::succeedsWith;
 
 const std::string LONG_TEXT(200, 'x');
-
-// True when `action` got through with that many allocations; else it failed with bad_alloc.
-template <typename Action>
-bool succeedsWith(int allocations, Action action) {
-    allocationsUntilFailure = allocations;
-    bool failed = false;
-    try {
-        action();
-    } catch (const std::bad_alloc&) {
-        failed = true;
-    }
-    allocationsUntilFailure = NEVER;
-    return !failed;
-}
-
-// Lets `action` fail at each of its allocations in turn, until it gets through. Returns how many there are.
-template <typename Action>
-int allocationsOf(Action action) {
-    int allocations = 0;
-    for (bool succeeded = false; !succeeded; ++allocations) {
-        const long before = outstanding;
-        succeeded = succeedsWith(allocations, action);
-        EXPECT_EQ(outstanding, before) << "after " << allocations << " allocations";
-    }
-    return allocations - 1;
-}
 
 TEST(AllocationFailureTest, LosesNothingWhenARootIsBuilt) {
     const char* const list[] = {"a", nullptr, "b"};
@@ -79,15 +31,23 @@ TEST(AllocationFailureTest, LosesNothingWhenARootIsBuilt) {
     EXPECT_EQ(allocationsOf(build), 5);
 }
 
-TEST(AllocationFailureTest, LosesNothingWhenAnExceptionOfABranchIsBuilt) {
-    EXPECT_GE(allocationsOf([] { const Misconfigured exception(LONG_TEXT); }), 4);
-    EXPECT_GE(allocationsOf([] { const TransExecException exception(LONG_TEXT); }), 5);
-    EXPECT_GE(allocationsOf([] { const QSHelpers::ConversionError exception(LONG_TEXT); }), 4);
+template <typename E>
+void expectNothingLostBy(int leastAllocations) {
+    EXPECT_GE(allocationsOf([] { const E exception(LONG_TEXT); }), leastAllocations);
+    const E source(LONG_TEXT);
+    EXPECT_GE(allocationsOf([&source] { const E copy(source); }), leastAllocations);
 }
 
-TEST(AllocationFailureTest, LosesNothingWhenAnExceptionIsCopied) {
-    const TransExecException source(LONG_TEXT);
-    EXPECT_GE(allocationsOf([&source] { const TransExecException copy(source); }), 5);
+TEST(AllocationFailureTest, LosesNothingWhenAnExceptionOfABranchIsBuiltOrCopied) {
+    expectNothingLostBy<Misconfigured>(4);
+    expectNothingLostBy<TransExecException>(5);
+    expectNothingLostBy<CoordinateTransformation::BBoxOutOfBounds>(4);
+    expectNothingLostBy<CoordinateTransformation::CrsNotConfigured>(4);
+    expectNothingLostBy<CoordinateTransformation::CrsUnknownSyntaxOrAlias>(4);
+    expectNothingLostBy<CoordinateTransformation::FatalSubsystemError>(4);
+    expectNothingLostBy<QSHelpers::ConversionError>(4);
+    expectNothingLostBy<QSHelpers::FileNotFoundException>(4);
+    expectNothingLostBy<QSHelpers::UnexpectedException>(4);
 }
 
 TEST(AllocationFailureTest, LeavesNoParametersWhenTheNewOnesCannotBeHad) {

@@ -2,6 +2,7 @@
 
 #include <list>
 #include <map>
+#include <memory>
 #include <set>
 #include <sstream>
 #include <string>
@@ -84,7 +85,7 @@ protected:
     /// Empties caches and sets and initialises anew. Stays marked initialised when that fails.
     void reinit();
     /// Registers `crs`, which it takes over, under its code key and all its names. A key that is taken keeps
-    /// its CRS.
+    /// its CRS. Nothing happens when the configuration owns `crs` already.
     void cacheLongNameAndCode(const AbstractCrs* crs);
     /// Empties the two caches and releases their CRS objects; the sets of codes and identifiers stay.
     void cleanCodeAndIdentifierCache();
@@ -96,8 +97,10 @@ private:
     void registerAlias(const CrsConfigData& entry, const Crs& crs);
     void cacheCrsNamedByUrn(const std::string& head, const std::string& primary, const std::string& twinHead,
                             const std::string& suffix);
-    void cacheByName(const AbstractCrs* crs, const std::vector<std::string>& names);
+    void cacheByName(std::unique_ptr<const AbstractCrs> crs, const std::vector<std::string>& names);
     bool insertNames(const AbstractCrs* crs, const std::vector<std::string>& names);
+    const AbstractCrs* own(std::unique_ptr<const AbstractCrs> crs);
+    void discard(const AbstractCrs* crs);
 
     std::list<CrsConfigData>* configuredCrs;
     CrsCreator* creator;
@@ -106,8 +109,8 @@ private:
     std::set<std::string> configuredCrsIdentifiers;
     CrsByName codeCache;
     CrsByName nameCache;
-    // What only nameCache refers to.
-    std::vector<const AbstractCrs*> ownedByNameOnly;
+    // What the caches refer to.
+    std::set<const AbstractCrs*> owned;
     bool initialised;
 };
 
