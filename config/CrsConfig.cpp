@@ -29,6 +29,14 @@ const AbstractCrs* find(const std::map<std::string, const AbstractCrs*>& cache, 
     return nullptr;
 }
 
+// How well an entry of its primary code fits a CRS: the secondary code counts more than the alias.
+int fitOf(const CrsConfigData& entry, unsigned int secondaryCode, const AbstractCrs& crs) {
+    int fit = secondaryCode == crs.getSecCompoundCode() ? 4 : 0;
+    if (entry.getAlias() == crs.getAlias()) fit += 2;
+    if (!entry.isMapped()) fit += 1;
+    return fit;
+}
+
 }  // namespace
 
 CrsConfig::CrsConfig() : configuredCrs(new std::list<CrsConfigData>), creator(nullptr), initialised(false) {}
@@ -58,6 +66,20 @@ void CrsConfig::merge(CrsConfig& other) {
     if (other.initialised) other.reinit();
     for (const CrsConfigData& entry : *other.configuredCrs) addCrsConfigData(entry);
     if (initialised) reinit();
+}
+
+const CrsConfigData* CrsConfig::getEntryFor(const AbstractCrs& crs) const {
+    const auto [first, last] = registeredEntries.equal_range(crs.getPrimaryCode());
+    const CrsConfigData* best = nullptr;
+    int bestFit = 0;
+    for (auto entry = first; entry != last; ++entry) {
+        const int fit = fitOf(*entry->second.data, entry->second.secondaryCode, crs);
+        if (best == nullptr || fit > bestFit) {
+            best = entry->second.data;
+            bestFit = fit;
+        }
+    }
+    return best;
 }
 
 bool CrsConfig::isCrsConfigured(const unsigned int& code) const {

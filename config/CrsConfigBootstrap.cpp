@@ -65,6 +65,7 @@ void CrsConfig::injectCreator(CrsCreator* crsCreator) {
 void CrsConfig::init() {
     if (creator == nullptr) throw Misconfigured("No CrsCreator injected");
     creator->init();
+    registeredEntries.clear();
     for (const CrsConfigData& entry : *configuredCrs) registerEntry(entry);
     initialised = true;
 }
@@ -73,12 +74,14 @@ void CrsConfig::reinit() {
     cleanCodeAndIdentifierCache();
     configuredCodes.clear();
     configuredCrsIdentifiers.clear();
+    registeredEntries.clear();
     init();
 }
 
 void CrsConfig::registerEntry(const CrsConfigData& entry) {
     const Crs crs = creator->createFromName(entry.getIdentifier(), false, false);
     if (crs.get() == nullptr) throw Misconfigured("The EPSG code \"" + entry.getIdentifier() + "\" is unknown");
+    registeredEntries.emplace(crs->getPrimaryCode(), RegisteredEntry{crs->getSecCompoundCode(), &entry});
     configuredCodes.insert(static_cast<int>(crs->getPrimaryCode()));
     configuredCrsIdentifiers.insert(convertNumericToText(crs->getPrimaryCode()));
     configuredCrsIdentifiers.insert(crs->getAliasOrIdentifier(false));

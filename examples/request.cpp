@@ -10,6 +10,7 @@
 #include "QuarvelSrv/SrsFormattingOptions.h"
 
 using namespace CoordinateTransformation;
+using QSHelpers::convertNumericToText;
 
 namespace {
 
@@ -21,11 +22,10 @@ constexpr char FRAGMENT[] = R"(
       <CRS numberOfDecimalPlaces="1" mapToEpsgCode="31467">GK3</CRS>
     </CrsConfiguration>)";
 
-// The places that the entry configures, else those of the CRS's unit.
+// The places that the entry of the CRS configures, else those of the CRS's unit.
 int decimalPlaces(const CrsConfig& config, const AbstractCrs& crs) {
-    for (const CrsConfigData& entry : *config.getConfiguredCrs())
-        if (entry.getAliasOrIdentifier() == crs.getAliasOrIdentifier(true) && entry.getNumberOfDecimalPlaces())
-            return *entry.getNumberOfDecimalPlaces();
+    const CrsConfigData* const entry = config.getEntryFor(crs);
+    if (entry != nullptr && entry->getNumberOfDecimalPlaces()) return *entry->getNumberOfDecimalPlaces();
     return crs.isGeographic() ? CrsConfigData::DEFAULT_NUMBER_OF_PLACES_DEGREE
                               : CrsConfigData::DEFAULT_NUMBER_OF_PLACES_METER;
 }
@@ -47,7 +47,8 @@ void answer(const CrsConfig& config, const char* name) {
         double x = 500000.0, y = 5538630.703;  // easting, northing
         stored->transformTo(wanted.get(), x, y);
         const int places = decimalPlaces(config, *wanted.get());
-        std::printf("    %.*f %.*f  %s\n", places, x, places, y, responseName(name, *wanted.get()).c_str());
+        std::printf("    %s %s  %s\n", convertNumericToText(x, places, false).c_str(),
+                    convertNumericToText(y, places, false).c_str(), responseName(name, *wanted.get()).c_str());
     } catch (const TransformationException& failure) {
         std::printf("    %s: %s\n", failure.getServiceExceptionCode().c_str(), failure.what());
     } catch (const QSHelpers::Exception& failure) {

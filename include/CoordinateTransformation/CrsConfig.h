@@ -71,6 +71,11 @@ public:
     const std::list<CrsConfigData>* getConfiguredCrs() const { return configuredCrs; }
     /// Codes, identifiers and aliases of the configured CRS; empty before `init`.
     const std::set<std::string> getConfiguredCrsIdentifiers() const { return configuredCrsIdentifiers; }
+    /// The entry by which the server offers `crs`: one with its codes, before one with its primary code alone; among
+    /// these one with its alias, before one without an alias, before any other; among equals the first. So a CRS has
+    /// the output settings of its entry whatever the spelling that named it. Null when its primary code is not
+    /// configured, and before `init`. Borrowed, and valid while the configuration lives.
+    const CrsConfigData* getEntryFor(const AbstractCrs& crs) const;
     /// Whether `code` is the primary code of a configured CRS; false before `init`.
     bool isCrsConfigured(const unsigned int& code) const;
     /// Whether a CRS is registered under exactly `name`; false before `init`.
@@ -93,6 +98,11 @@ protected:
 private:
     using CrsByName = std::map<std::string, const AbstractCrs*>;
 
+    struct RegisteredEntry {
+        unsigned int secondaryCode;
+        const CrsConfigData* data;
+    };
+
     void registerEntry(const CrsConfigData& entry);
     void registerAlias(const CrsConfigData& entry, const Crs& crs);
     void cacheCrsNamedByUrn(const std::string& head, const std::string& primary, const std::string& twinHead,
@@ -111,6 +121,8 @@ private:
     CrsByName nameCache;
     // What the caches refer to.
     std::set<const AbstractCrs*> owned;
+    // By primary code, in the order of the entry list.
+    std::multimap<unsigned int, RegisteredEntry> registeredEntries;
     bool initialised;
 };
 
