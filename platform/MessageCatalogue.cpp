@@ -1,30 +1,46 @@
 #include "platform/MessageCatalogue.h"
 
+#include <type_traits>
+
 namespace msg {
 
 namespace {
 
 constexpr char DEFAULT_MESSAGE[] = "No message is registered for this failure.";
 
-Message* handOut(std::string text) {
-    thread_local Message message{std::string()};
-    message = Message(std::move(text));
-    return &message;
+// A destructor would run before those of the host's own objects that still fail, and would keep the library from being
+// unloaded while a thread is to run it.
+thread_local Message handedOut("");
+static_assert(std::is_trivially_destructible_v<Message>);
+
+Message* handOut(const char* text) {
+    handedOut = Message(text);
+    return &handedOut;
+}
+
+bool isInsideCharacter(const std::string& text, std::size_t position) {
+    return (static_cast<unsigned char>(text[position]) & 0xC0U) == 0x80U;
+}
+
+void cutTo(std::string& text, std::size_t length) {
+    if (text.size() <= length) return;
+    while (length > 0 && isInsideCharacter(text, length)) --length;
+    text.resize(length);
 }
 
 }  // namespace
 
-Message::Message(std::string text) : rendered(std::move(text)) {}
-
 void Message::substitute(unsigned int index, const char* text) {
     const std::string placeholder = "[&" + std::to_string(index) + "]";
     const std::string replacement = text;
-    for (auto at = rendered.find(placeholder); at != std::string::npos;
-         at = rendered.find(placeholder, at + replacement.size()))
-        rendered.replace(at, placeholder.size(), replacement);
+    std::string result = getMessage();
+    for (auto at = result.find(placeholder); at != std::string::npos;
+         at = result.find(placeholder, at + replacement.size()))
+        result.replace(at, placeholder.size(), replacement);
+    cutTo(result, LONGEST_RENDERED);
+    rendered[result.copy(rendered, LONGEST_RENDERED)] = '\0';
+    original = nullptr;
 }
-
-const char* Message::getMessage() const { return rendered.c_str(); }
 
 MTE::MTE(unsigned int entryNumber, const char* entryLanguage, const char* subsystemName, const char* situationName,
          const char* messageText, MessageHandler* owner, bool first, bool second)

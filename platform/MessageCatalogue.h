@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <mutex>
 #include <string>
@@ -10,19 +11,25 @@ namespace msg {
 class MessageHandler;
 
 // A message being rendered: a template whose placeholders "[&n]" are replaced by texts. Not shared between
-// threads.
+// threads. Owns no memory but its own, so that each thread may keep one without a destructor.
 class Message {
 public:
-    explicit Message(std::string text);
+    // The longest text, in bytes, that substitution leaves; the rest is cut off, between two UTF-8 characters.
+    static constexpr std::size_t LONGEST_RENDERED = 2047;
+
+    // `text` is borrowed and must be a string literal. Without substitution its length has no bound.
+    explicit constexpr Message(const char* text) : original(text) {}
 
     // Replaces every "[&index]" by `text`; a placeholder that `text` brings along waits for a later call.
     // REQUIRES: `text` is not null.
     void substitute(unsigned int index, const char* text);
     // The text with the placeholders that were not substituted still in it.
-    const char* getMessage() const;
+    const char* getMessage() const { return original != nullptr ? original : rendered; }
 
 private:
-    std::string rendered;
+    // Null once a text has been substituted.
+    const char* original;
+    char rendered[LONGEST_RENDERED + 1] = {};
 };
 
 // One message text of the catalogue, registered for as long as the object lives. The texts are borrowed and
@@ -66,7 +73,8 @@ public:
     static MessageHandler& object();
 
     // The message of the pair, ready for substitution, or null when no entry has it. Belongs to the calling
-    // thread and holds until that thread's next request for a message, from whichever handler.
+    // thread and holds until that thread's next request for a message, from whichever handler; the last one
+    // holds until the thread has ended altogether, destructors of its thread_local objects included.
     Message* find(const char* subsystem, const char* situation);
     // The message for a pair without an entry, under the same terms.
     Message* getDefaultMessage();

@@ -3,6 +3,7 @@
 #include <future>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <optional>
 #include <string>
 #include <thread>
@@ -37,6 +38,33 @@ TEST(MessageTest, TakesAnEmptyText) {
     Message message("<[&0]>");
     message.substitute(0, "");
     EXPECT_STREQ(message.getMessage(), "<>");
+}
+
+TEST(MessageTest, KeepsATemplateOfAnyLength) {
+    const std::string text(100'000, 'x');
+    EXPECT_EQ(Message(text.c_str()).getMessage(), text);
+}
+
+TEST(MessageTest, KeepsASubstitutedTextOfTheLongestLength) {
+    Message message("<[&0]>");
+    const std::string text(Message::LONGEST_RENDERED - 2, 'x');
+    message.substitute(0, text.c_str());
+    EXPECT_EQ(message.getMessage(), "<" + text + ">");
+}
+
+TEST(MessageTest, CutsASubstitutedTextThatIsLonger) {
+    Message message("<[&0]>");
+    message.substitute(0, std::string(100'000, 'x').c_str());
+    EXPECT_EQ(message.getMessage(), "<" + std::string(Message::LONGEST_RENDERED - 1, 'x'));
+}
+
+TEST(MessageTest, CutsBetweenCharacters) {
+    const std::string filled(Message::LONGEST_RENDERED - 1, 'x');
+    for (const char* const character : {"\xC3\xA4", "\xE2\x82\xAC", "\xF0\x9F\x8C\x8D"}) {
+        Message message("[&0]");
+        message.substitute(0, (filled + character).c_str());
+        EXPECT_EQ(message.getMessage(), filled) << character;
+    }
 }
 
 class MessageHandlerTest : public testing::Test {
@@ -105,6 +133,21 @@ TEST_F(MessageHandlerTest, GivesEachThreadItsOwnMessage) {
         theirs->substitute(0, "theirs");
     }).join();
     EXPECT_STREQ(mine->getMessage(), "[&0] leaks");
+}
+
+// The sanitizers' allocator counts nothing here, but reports at the end what is left behind.
+TEST_F(MessageHandlerTest, KeepsNothingOfThreadsThatHaveEnded) {
+    const MTE entry(1, "en", "roof", "leak", "[&0] leaks", &handler, false, false);
+    const std::string text(1000, 'x');
+    const auto askInThreads = [&](int count) {
+        for (int i = 0; i < count; ++i)
+            std::thread([&] { handler.find("roof", "leak")->substitute(0, text.c_str()); }).join();
+    };
+    askInThreads(100);
+    const std::size_t before = mallinfo2().uordblks;
+    constexpr int THREADS = 20'000;
+    askInThreads(THREADS);
+    EXPECT_LT(mallinfo2().uordblks, before + THREADS);
 }
 
 TEST_F(MessageHandlerTest, ServesThreadsThatRegisterAndAskAtOnce) {
