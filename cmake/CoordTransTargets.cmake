@@ -17,6 +17,23 @@ function(coordtrans_optimise_across_sources target)
   endif()
 endfunction()
 
+# Hidden visibility does not reach what the headers of the standard library and of Boost instantiate; only the linker
+# can keep that inside. Linkers that know no version scripts, on systems other than ELF, export what the sources say.
+include(CheckLinkerFlag)
+set(coordtrans_exports ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+check_linker_flag(CXX "LINKER:--version-script,${coordtrans_exports}" COORDTRANS_LINKER_LIMITS_EXPORTS)
+# Some linkers refuse a script that names what an optimiser has removed.
+check_linker_flag(CXX "LINKER:--undefined-version" COORDTRANS_LINKER_MINDS_MISSING_EXPORTS)
+function(coordtrans_limit_exports target)
+  get_target_property(type ${target} TYPE)
+  if(COORDTRANS_LINKER_LIMITS_EXPORTS AND type STREQUAL "SHARED_LIBRARY")
+    target_link_options(
+      ${target} PRIVATE "LINKER:--version-script,${coordtrans_exports}"
+      $<$<BOOL:${COORDTRANS_LINKER_MINDS_MISSING_EXPORTS}>:LINKER:--undefined-version>)
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${coordtrans_exports})
+  endif()
+endfunction()
+
 function(coordtrans_configure_objects)
   coordtrans_optimise_across_sources(coordtrans_objects)
   set_target_properties(
@@ -53,6 +70,7 @@ function(coordtrans_add_library)
   set_target_properties(CoordinateTransformation PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION
                                                                                        ${PROJECT_VERSION_MAJOR})
   coordtrans_optimise_across_sources(CoordinateTransformation)
+  coordtrans_limit_exports(CoordinateTransformation)
   target_compile_features(CoordinateTransformation PUBLIC cxx_std_17)
   target_include_directories(
     CoordinateTransformation PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>

@@ -33,8 +33,10 @@ public:
                                       double* z) const = 0;
 
 private:
-    bool prepare(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y, double* z) const;
-    void followUp(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y, double* z) const;
+    COORDTRANS_INTERNAL bool prepare(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y,
+                                     double* z) const;
+    COORDTRANS_INTERNAL void followUp(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y,
+                                      double* z) const;
 };
 
 }  // namespace CoordinateTransformation

@@ -107,10 +107,10 @@ public:
 private:
     friend class CrsConfig;
 
-    Crs();
-    AbstractCrs* getModifiableCopy();
-    void deleteNonConstCrs();
-    void slurp(Crs const& other);
+    COORDTRANS_INTERNAL Crs();
+    COORDTRANS_INTERNAL AbstractCrs* getModifiableCopy();
+    COORDTRANS_INTERNAL void deleteNonConstCrs();
+    COORDTRANS_INTERNAL void slurp(Crs const& other);
 
     // Held as modifiable whether owned or borrowed; holdingConst forbids writing through it.
     AbstractCrs* crs = nullptr;

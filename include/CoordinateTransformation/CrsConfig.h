@@ -103,14 +103,14 @@ private:
         const CrsConfigData* data;
     };
 
-    void registerEntry(const CrsConfigData& entry);
-    void registerAlias(const CrsConfigData& entry, const Crs& crs);
-    void cacheCrsNamedByUrn(const std::string& head, const std::string& primary, const std::string& twinHead,
-                            const std::string& suffix);
-    void cacheByName(std::unique_ptr<const AbstractCrs> crs, const std::vector<std::string>& names);
-    bool insertNames(const AbstractCrs* crs, const std::vector<std::string>& names);
-    const AbstractCrs* own(std::unique_ptr<const AbstractCrs> crs);
-    void discard(const AbstractCrs* crs);
+    COORDTRANS_INTERNAL void registerEntry(const CrsConfigData& entry);
+    COORDTRANS_INTERNAL void registerAlias(const CrsConfigData& entry, const Crs& crs);
+    COORDTRANS_INTERNAL void cacheCrsNamedByUrn(const std::string& head, const std::string& primary,
+                                                const std::string& twinHead, const std::string& suffix);
+    COORDTRANS_INTERNAL void cacheByName(std::unique_ptr<const AbstractCrs> crs, const std::vector<std::string>& names);
+    COORDTRANS_INTERNAL bool insertNames(const AbstractCrs* crs, const std::vector<std::string>& names);
+    COORDTRANS_INTERNAL const AbstractCrs* own(std::unique_ptr<const AbstractCrs> crs);
+    COORDTRANS_INTERNAL void discard(const AbstractCrs* crs);
 
     std::list<CrsConfigData>* configuredCrs;
     CrsCreator* creator;

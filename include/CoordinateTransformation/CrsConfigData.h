@@ -50,8 +50,8 @@ public:
     bool sameIdentifierOrAliases(const CrsConfigData& other) const;
 
 private:
-    static std::string withEpsgPrefix(const std::string& code);
-    void becomeCrs84();
+    COORDTRANS_INTERNAL static std::string withEpsgPrefix(const std::string& code);
+    COORDTRANS_INTERNAL void becomeCrs84();
 
     std::string identifier;
     std::string alias;

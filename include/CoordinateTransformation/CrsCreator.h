@@ -77,7 +77,7 @@ protected:
     virtual AbstractCrs* createFromGML(const std::string& name) const;
 
 private:
-    AbstractCrs* recognise(const std::string& name) const;
+    COORDTRANS_INTERNAL AbstractCrs* recognise(const std::string& name) const;
 };
 
 }  // namespace CoordinateTransformation

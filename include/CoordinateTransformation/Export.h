@@ -13,3 +13,10 @@
 #else
 #define COORDTRANS_EXPORT __attribute__((visibility("default")))
 #endif
+
+/// Keeps a private function of an exported class out of what the library exports.
+#if defined(_WIN32)
+#define COORDTRANS_INTERNAL
+#else
+#define COORDTRANS_INTERNAL __attribute__((visibility("hidden")))
+#endif

@@ -41,7 +41,7 @@ public:
     void* getProjDef() const { return projDef; }
 
 private:
-    void initProj4();
+    COORDTRANS_INTERNAL void initProj4();
 
     void* projDef = nullptr;
 };

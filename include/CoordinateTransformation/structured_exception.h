@@ -82,8 +82,8 @@ public:
     std::uint32_t getReserveLength() const { return reserveLength; }
 
 private:
-    void copyGivenParameters();
-    void releaseParameters();
+    COORDTRANS_INTERNAL void copyGivenParameters();
+    COORDTRANS_INTERNAL void releaseParameters();
 
     char* whatText;
     std::uintptr_t exceptionAddress;

@@ -1,13 +1,22 @@
-// host reload PLUGIN DIRECTORY LONGITUDE: loads, uses and unloads a module twice.
+// host reload PLUGIN DIRECTORY LONGITUDE FILE...: loads, uses and unloads a module several times; each time the files,
+// the module among them, are in memory while it is loaded and have left it afterwards.
 // host both PLUGIN DIRECTORY LONGITUDE PLUGIN DIRECTORY LONGITUDE: two modules, each with a copy of the library, at
 // once.
 
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
+#include <fstream>
+#include <future>
+#include <string>
+#include <thread>
+#include <vector>
 
 namespace {
+
+constexpr int ROUNDS = 5;
 
 [[noreturn]] void fail(const char* what) {
     std::fprintf(stderr, "%s\n", what);
@@ -39,12 +48,58 @@ private:
     void* handle = nullptr;
 };
 
-void reload(char** arguments) {
-    for (int round = 0; round < 2; ++round) {
+// A module as the kernel lists it.
+std::string realName(const char* file) {
+    char name[PATH_MAX];
+    if (realpath(file, name) == nullptr) fail("no such file");
+    return name;
+}
+
+bool isInMemory(const std::string& file) {
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);)
+        if (line.size() > file.size() && line.compare(line.size() - file.size(), file.size(), file) == 0) return true;
+    return false;
+}
+
+bool isLoaded(const std::string& file) {
+    void* const handle = dlopen(file.c_str(), RTLD_NOW | RTLD_NOLOAD);
+    if (handle != nullptr) dlclose(handle);
+    return handle != nullptr;
+}
+
+void requireLoaded(const std::vector<std::string>& files, bool loaded) {
+    for (const std::string& file : files)
+        if (isInMemory(file) != loaded || isLoaded(file) != loaded)
+            fail((file + (loaded ? " is not in memory" : " is still in memory")).c_str());
+}
+
+// The module is used by this thread, by one that ends before it is unloaded and by one that ends after.
+void loadAndUnload(char** arguments, const std::vector<std::string>& files) {
+    std::promise<void> used;
+    std::promise<void> unloaded;
+    std::thread outlives;
+    {
         const Module module(arguments);
+        requireLoaded(files, true);
         module.use();
-        module.use();
+        std::thread([&] { module.use(); }).join();
+        outlives = std::thread([&] {
+            module.use();
+            used.set_value();
+            unloaded.get_future().wait();
+        });
+        used.get_future().wait();
     }
+    requireLoaded(files, false);
+    unloaded.set_value();
+    outlives.join();
+}
+
+void reload(char** arguments, char** end) {
+    std::vector<std::string> files;
+    for (char** file = arguments + 3; file != end; ++file) files.push_back(realName(*file));
+    for (int round = 0; round < ROUNDS; ++round) loadAndUnload(arguments, files);
 }
 
 void both(char** arguments) {
@@ -59,8 +114,8 @@ void both(char** arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc == 5 && std::strcmp(argv[1], "reload") == 0)
-        reload(argv + 2);
+    if (argc > 5 && std::strcmp(argv[1], "reload") == 0)
+        reload(argv + 2, argv + argc);
     else if (argc == 8 && std::strcmp(argv[1], "both") == 0)
         both(argv + 2);
     else
