@@ -35,18 +35,23 @@ void addRow(const CsvRow& row, const std::string& place) {
         throw Misconfigured(place + "row does contain less or more than two elements which are separated with a \"" +
                             CELL_SEPARATOR + "\" character");
     const bool eastNorth = readEastNorth(row[1], place);
-    axisOrderTable.emplace(readCode(row[0], place), eastNorth);
+    getAxisOrderTable().emplace(readCode(row[0], place), eastNorth);
 }
 
 }  // namespace
 
-// Never released, like all that lives as long as the process: threads may still run when it ends.
-std::map<unsigned int, bool>& axisOrderTable = *new std::map<unsigned int, bool>;
+std::map<unsigned int, bool>& getAxisOrderTable() {
+    // Never released, like all that lives as long as the process: threads may still run when it ends.
+    static auto& table = *new std::map<unsigned int, bool>;
+    return table;
+}
+
+std::map<unsigned int, bool>& axisOrderTable = getAxisOrderTable();
 bool searchPathSet = false;
 
 // line = code ";" ( "en" | "ne" ) "\n"
 void loadAxisOrderTable(const std::string& path) {
-    if (!axisOrderTable.empty()) return;
+    if (!getAxisOrderTable().empty()) return;
     std::ifstream file(path);
     if (!file) throw Misconfigured("Unable to open AxisOrder file \"" + path + "\"");
     // Intended: the count goes up before a row is looked at, so that messages name the first line as line 2.

@@ -7,6 +7,12 @@ namespace CoordinateTransformation {
 
 // EPSG code to axis order, true for east-north. Filled once, on one thread, before any CRS is made; only read
 // afterwards, by any number of threads.
+//
+// Made at first use: a host's static initialisers may run before those of a static library.
+std::map<unsigned int, bool>& getAxisOrderTable();
+
+// The same table under the name that it has once the library is loaded. Null before, so the library reads it
+// through the function.
 extern std::map<unsigned int, bool>& axisOrderTable;
 
 // Whether PROJ has accepted the configuration directory. Once set, the directory is settled for the process.

@@ -63,7 +63,7 @@ void setSearchPath(const std::string& directory) {
 
 }  // namespace
 
-Proj4CrsCreator::Proj4CrsCreator(const CrsConfig& crsConfig) : transformer(theProj4Transformer), config(&crsConfig) {}
+Proj4CrsCreator::Proj4CrsCreator(const CrsConfig& crsConfig) : transformer(getProj4Transformer()), config(&crsConfig) {}
 
 Proj4CrsCreator::~Proj4CrsCreator() = default;
 

@@ -15,12 +15,20 @@ namespace {
 
 constexpr std::uint32_t RESERVE_BUFFER_SIZE = 4096;
 
-// The load-time objects stand in this file because no user of the library can avoid linking it.
-const msg::MTE platformFaultEntry(0, "en", PLATFORM_FAULT_SUBSYSTEM, PLATFORM_FAULT_SITUATION,
-                                  "Meldung: Das Subsystem [&0] hat die Fehlersituation [&1] gemeldet. Text: [&2], "
-                                  "Parameter sind 1: [&3], 2: [&4], 3: [&5], usw.",
-                                  nullptr, false, false);
-[[maybe_unused]] const bool translatorRegistered = CoordinateTransformation::registerStructuredExceptionTranslator();
+// Made at load or earlier: the static initialisers of a host that links the static library may run first.
+void registerPlatformFaultEntry() {
+    static const msg::MTE entry(0, "en", PLATFORM_FAULT_SUBSYSTEM, PLATFORM_FAULT_SITUATION,
+                                "Meldung: Das Subsystem [&0] hat die Fehlersituation [&1] gemeldet. Text: [&2], "
+                                "Parameter sind 1: [&3], 2: [&4], 3: [&5], usw.",
+                                nullptr, false, false);
+}
+
+// What is done at load stands in this file because no user of the library can avoid linking it.
+bool registerAtLoad() {
+    registerPlatformFaultEntry();
+    return CoordinateTransformation::registerStructuredExceptionTranslator();
+}
+[[maybe_unused]] const bool registered = registerAtLoad();
 
 char* duplicate(const char* text) {
     if (text == nullptr) return nullptr;
@@ -96,6 +104,7 @@ const char* structured_exception::what() const noexcept { return whatText != nul
 std::string structured_exception::getDetailedMessage() const { return "structured_exception"; }
 
 const char* structured_exception::getCatalogMessage() const {
+    registerPlatformFaultEntry();
     msg::MessageHandler& handler = msg::MessageHandler::object();
     msg::Message* message = handler.find(subsystem, situation);
     if (message == nullptr) return handler.getDefaultMessage()->getMessage();

@@ -1,5 +1,6 @@
 #include "CoordinateTransformation/Proj4Crs.h"
 
+#include <map>
 #include <mutex>
 
 #include "CoordinateTransformation/Misconfigured.h"
@@ -77,8 +78,9 @@ void Proj4Crs::setCode(unsigned int primary, unsigned int secondary, bool applyE
 }
 
 void Proj4Crs::setEpsgStandardAxisOrder() {
-    const auto entry = axisOrderTable.find(primaryCode);
-    axisOrderEastNorthOrLonLat = entry == axisOrderTable.end() || entry->second;
+    const std::map<unsigned int, bool>& table = getAxisOrderTable();
+    const auto entry = table.find(primaryCode);
+    axisOrderEastNorthOrLonLat = entry == table.end() || entry->second;
 }
 
 void Proj4Crs::setCustomProperties(unsigned int primary, unsigned int secondary, bool eastNorthOrLonLat,
@@ -92,8 +94,9 @@ void Proj4Crs::setCustomProperties(unsigned int primary, unsigned int secondary,
 // A compound CRS is bound through its horizontal part.
 void Proj4Crs::initProj4() {
     const std::lock_guard<std::mutex> guard(proj4DefLock);
-    const auto cached = proj4DefCache.find(primaryCode);
-    if (cached != proj4DefCache.end()) {
+    std::map<unsigned int, projPJ>& cache = getProj4DefCache();
+    const auto cached = cache.find(primaryCode);
+    if (cached != cache.end()) {
         projDef = cached->second;
         return;
     }
@@ -103,7 +106,7 @@ void Proj4Crs::initProj4() {
         throw Misconfigured("Failed to configure CRS " + convertNumericToText(primaryCode) +
                             ". Please ensure that the CRS is defined properly in the proj4 configuration for "
                             "QuarvelServer.");
-    proj4DefCache.emplace(primaryCode, projection);
+    cache.emplace(primaryCode, projection);
 }
 
 }  // namespace CoordinateTransformation

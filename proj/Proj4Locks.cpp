@@ -4,7 +4,13 @@ namespace CoordinateTransformation {
 
 std::mutex proj4TransformLock;
 std::mutex proj4DefLock;
-// Never released: threads may still run when the process ends.
-std::map<unsigned int, ClassicProj::projPJ>& proj4DefCache = *new std::map<unsigned int, ClassicProj::projPJ>;
+
+std::map<unsigned int, ClassicProj::projPJ>& getProj4DefCache() {
+    // Never released: threads may still run when the process ends.
+    static auto& cache = *new std::map<unsigned int, ClassicProj::projPJ>;
+    return cache;
+}
+
+std::map<unsigned int, ClassicProj::projPJ>& proj4DefCache = getProj4DefCache();
 
 }  // namespace CoordinateTransformation

@@ -24,7 +24,12 @@ ClassicProj::projPJ projectionOf(AbstractCrs const* crs) {
 
 }  // namespace
 
-Proj4Transformer* theProj4Transformer = new (std::nothrow) Proj4Transformer;
+Proj4Transformer* getProj4Transformer() {
+    static auto* const transformer = new (std::nothrow) Proj4Transformer;
+    return transformer;
+}
+
+Proj4Transformer* theProj4Transformer = getProj4Transformer();
 
 // PROJ takes easting first. Intended: the result is exchanged before the error is looked at, also for a failure.
 void Proj4Transformer::transformCoordinates(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y,

@@ -13,7 +13,12 @@ public:
                               double* z) const override;
 };
 
-// The one of the process, made at load and never destroyed; null if memory ran out then.
+// The one of the process, made at load or at first use, if that is earlier: a host's static initialisers may run
+// before those of a static library. Never destroyed; null if memory ran out when it was made.
+Proj4Transformer* getProj4Transformer();
+
+// The same under the name that it has once the library is loaded. Null before, so the library reads it through
+// the function.
 extern Proj4Transformer* theProj4Transformer;
 
 }  // namespace CoordinateTransformation

@@ -25,7 +25,7 @@ constexpr int SCIENTIFIC_PLACES = 15;
 constexpr char WHITESPACE[] = "\r\n\t ";
 
 // Part of the interface.
-const std::string POSITIVE_INFINITY_TEXT(1, '\0');
+constexpr char POSITIVE_INFINITY_CHARACTER = '\0';
 
 bool appendDigit(std::uint32_t& mantissa, unsigned int digit) {
     constexpr std::uint32_t LARGEST = std::numeric_limits<std::uint32_t>::max();
@@ -232,7 +232,7 @@ std::string convertNumericToText(int value) { return std::to_string(value); }
 
 std::string convertNumericToText(double value, int precision, bool scientific) {
     const CoordinateTransformation::ErrnoGuard errnoGuard;
-    if (value == std::numeric_limits<double>::infinity()) return POSITIVE_INFINITY_TEXT;
+    if (value == std::numeric_limits<double>::infinity()) return std::string(1, POSITIVE_INFINITY_CHARACTER);
     if (precision >= 0) return formatWithPrecision(value, precision, scientific);
     return scientific ? formatScientific(value) : formatPlain(value);
 }
