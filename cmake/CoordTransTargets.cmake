@@ -64,6 +64,30 @@ function(coordtrans_sources)
   target_sources(coordtrans_objects PRIVATE ${ARGN})
 endfunction()
 
+# What the objects read of the host's catalogue.
+function(coordtrans_use_host_catalogue)
+  if(NOT COORDTRANS_MESSAGE_CATALOGUE_HEADER OR NOT COORDTRANS_MESSAGE_CATALOGUE_TARGET)
+    message(FATAL_ERROR "a host's catalogue needs COORDTRANS_MESSAGE_CATALOGUE_HEADER and _TARGET")
+  endif()
+  if(COORDTRANS_BUILD_TESTS)
+    message(FATAL_ERROR "the tests need the builtin message catalogue")
+  endif()
+  target_compile_definitions(
+    coordtrans_objects PRIVATE COORDTRANS_MESSAGE_CATALOGUE_HEADER="${COORDTRANS_MESSAGE_CATALOGUE_HEADER}")
+  target_link_libraries(coordtrans_objects PRIVATE ${COORDTRANS_MESSAGE_CATALOGUE_TARGET})
+endfunction()
+
+# An installed library does not name the host's catalogue: a shared one has it among its needs, a program on a static one
+# links it. So the library is linked with the file; a target would have to be installed with it.
+function(coordtrans_link_host_catalogue)
+  set(catalogue ${COORDTRANS_MESSAGE_CATALOGUE_TARGET})
+  if(TARGET ${catalogue})
+    add_dependencies(CoordinateTransformation ${catalogue})
+    set(catalogue $<TARGET_LINKER_FILE:${catalogue}>)
+  endif()
+  target_link_libraries(CoordinateTransformation PRIVATE $<BUILD_INTERFACE:${catalogue}>)
+endfunction()
+
 function(coordtrans_add_library)
   add_library(CoordinateTransformation $<TARGET_OBJECTS:coordtrans_objects>)
   add_library(CoordinateTransformation::CoordinateTransformation ALIAS CoordinateTransformation)
@@ -81,6 +105,9 @@ function(coordtrans_add_library)
     CoordinateTransformation
     PUBLIC Boost::headers
     PRIVATE PROJ::proj Boost::filesystem Boost::system Threads::Threads)
+  if(COORDTRANS_MESSAGE_CATALOGUE STREQUAL "host")
+    coordtrans_link_host_catalogue()
+  endif()
 endfunction()
 
 # coordtrans_add_test_program(NAME [INTERNAL|STATIC] SOURCES...): one GoogleTest program, each of its tests a ctest

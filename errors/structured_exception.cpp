@@ -5,8 +5,12 @@
 
 #include "errors/CatalogueKeys.h"
 #include "errors/StructuredExceptionTranslation.h"
-#include "platform/MessageCatalogue.h"
 #include "platform/WindowsFaults.h"
+#if defined(COORDTRANS_MESSAGE_CATALOGUE_HEADER)
+#include COORDTRANS_MESSAGE_CATALOGUE_HEADER
+#else
+#include "platform/MessageCatalogue.h"
+#endif
 
 using CoordinateTransformation::PLATFORM_FAULT_SITUATION;
 using CoordinateTransformation::PLATFORM_FAULT_SUBSYSTEM;
