@@ -1,5 +1,9 @@
 #pragma once
 
+#if defined(COORDTRANS_MESSAGE_CATALOGUE_HEADER)
+#error "the host has brought the catalogue"
+#endif
+
 #include <cstddef>
 #include <map>
 #include <mutex>
