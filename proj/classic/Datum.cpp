@@ -1,9 +1,11 @@
 #include "proj/classic/Datum.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <string_view>
+
+#include "proj/classic/Numbers.h"
 
 namespace ClassicProj {
 
@@ -33,22 +35,13 @@ constexpr double WGS_84_SEMI_MAJOR = 6378137.0;
 constexpr double WGS_84_ECCENTRICITY_SQUARED = 0.006694379990;
 constexpr double ECCENTRICITY_TOLERANCE = 0.000000000050;
 
-// The number a text begins with; 0 for a text that begins with none.
-double readNumber(const std::string& text, std::size_t begin, std::size_t end) {
-    begin = std::min(text.find_first_not_of(" +", begin), end);
-    double number = 0;
-    std::from_chars(text.data() + begin, text.data() + end, number);
-    return number;
-}
-
-std::array<double, 7> readToWgs84(const std::string& text) {
+std::array<double, 7> readToWgs84(std::string_view text) {
     std::array<double, 7> values{};
-    std::size_t begin = 0;
     for (double& value : values) {
-        const std::size_t end = std::min(text.find(',', begin), text.size());
-        value = readNumber(text, begin, end);
-        if (end == text.size()) break;
-        begin = end + 1;
+        const std::size_t comma = text.find(',');
+        value = readNumber(text.substr(0, comma));
+        if (comma == std::string_view::npos) break;
+        text.remove_prefix(comma + 1);
     }
     return values;
 }

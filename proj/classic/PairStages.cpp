@@ -1,9 +1,10 @@
 #include "proj/classic/PairStages.h"
 
 #include <algorithm>
-#include <charconv>
 #include <sstream>
 #include <utility>
+
+#include "proj/classic/Numbers.h"
 
 namespace ClassicProj {
 
@@ -48,11 +49,6 @@ private:
     std::vector<Step> steps;
     std::vector<StageText> stages;
 };
-
-std::string writeNumber(double number) {
-    char text[32];
-    return std::string(text, std::to_chars(text, text + sizeof(text), number).ptr);
-}
 
 // The semi-axes rather than a name: PROJ takes the ellipsoids of WGS 84 and GRS 80 for one when it is given
 // their names, the classic interface does not.
