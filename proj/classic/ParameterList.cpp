@@ -1,6 +1,10 @@
 #include "proj/classic/ParameterList.h"
 
 #include <algorithm>
+#include <cmath>
+#include <string_view>
+
+#include "proj/classic/Numbers.h"
 
 namespace ClassicProj {
 
@@ -12,18 +16,41 @@ bool contains(std::initializer_list<const char*> keys, const std::string& key) {
     return std::find(keys.begin(), keys.end(), key) != keys.end();
 }
 
-}  // namespace
+bool isIn(const char* characters, char c) { return std::string_view(characters).find(c) != std::string_view::npos; }
 
-ParameterList::ParameterList(const std::string& text) {
+bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+
+bool beginsParameter(const std::string& text, std::size_t at) {
+    return text[at] == '+' && at + 1 < text.size() && isLetter(text[at + 1]);
+}
+
+// The text with one blank for each run of white space that parts anything.
+std::string withoutIdleSpace(const std::string& text) {
+    std::string kept;
     std::size_t begin = text.find_first_not_of(WHITE_SPACE);
     while (begin != std::string::npos) {
+        const bool goesOn = isIn("=,", text[begin]) || (!kept.empty() && isIn("=,", kept.back()));
+        if (!kept.empty() && (!goesOn || beginsParameter(text, begin))) kept += ' ';
         const std::size_t end = std::min(text.find_first_of(WHITE_SPACE, begin), text.size());
-        if (text[begin] == '+') ++begin;
-        const std::size_t equals = std::min(text.find('=', begin), end);
+        kept.append(text, begin, end - begin);
+        begin = text.find_first_not_of(WHITE_SPACE, end);
+    }
+    return kept;
+}
+
+}  // namespace
+
+ParameterList::ParameterList(const std::string& text) : nul(text.find('\0') != std::string::npos) {
+    const std::string tight = withoutIdleSpace(text);
+    std::size_t begin = tight.find_first_not_of(WHITE_SPACE);
+    while (begin != std::string::npos) {
+        const std::size_t end = std::min(tight.find_first_of(WHITE_SPACE, begin), tight.size());
+        if (tight[begin] == '+') ++begin;
+        const std::size_t equals = std::min(tight.find('=', begin), end);
         const std::size_t value = std::min(equals + 1, end);
         if (equals > begin)
-            parameters.emplace_back(text.substr(begin, equals - begin), text.substr(value, end - value));
-        begin = text.find_first_not_of(WHITE_SPACE, end);
+            parameters.emplace_back(tight.substr(begin, equals - begin), tight.substr(value, end - value));
+        begin = tight.find_first_not_of(WHITE_SPACE, end);
     }
 }
 
@@ -41,13 +68,20 @@ std::string ParameterList::get(const std::string& key) const {
     return "";
 }
 
+bool ParameterList::hasInfinity() const {
+    return std::any_of(parameters.begin(), parameters.end(),
+                       [](const auto& parameter) { return !std::isfinite(readNumber(parameter.second)); });
+}
+
 void ParameterList::addDefaults(const ParameterList& defaults) {
+    nul = nul || defaults.nul;
     for (const auto& parameter : defaults.parameters)
         if (!has(parameter.first)) parameters.push_back(parameter);
 }
 
 ParameterList ParameterList::only(std::initializer_list<const char*> keys) const {
     ParameterList kept;
+    kept.nul = nul;
     for (const auto& parameter : parameters)
         if (contains(keys, parameter.first)) kept.parameters.push_back(parameter);
     return kept;
@@ -55,6 +89,7 @@ ParameterList ParameterList::only(std::initializer_list<const char*> keys) const
 
 ParameterList ParameterList::without(std::initializer_list<const char*> keys) const {
     ParameterList kept;
+    kept.nul = nul;
     for (const auto& parameter : parameters)
         if (!contains(keys, parameter.first)) kept.parameters.push_back(parameter);
     return kept;

@@ -27,6 +27,51 @@ TEST(ParameterListTest, ReadsKeysAndValuesInOrder) {
     for (const auto& [text, read] : texts) EXPECT_EQ(ParameterList(text).toText(), read) << text;
 }
 
+TEST(ParameterListTest, SkipsBlanksAroundCommasAndEqualsSigns) {
+    const struct {
+        const char* text;
+        const char* read;
+    } texts[] = {
+        {"+towgs84=598.1, 73.7, 418.2 +units=m", " +towgs84=598.1,73.7,418.2 +units=m"},
+        {"+towgs84=598.1 ,73.7 , 418.2", " +towgs84=598.1,73.7,418.2"},
+        {"+towgs84 = 598.1,73.7\t= 5", " +towgs84=598.1,73.7=5"},
+        {"+towgs84=1,\n  2,\r\n\t3\n+units=m", " +towgs84=1,2,3 +units=m"},
+        {"+towgs84=1,,\v 3", " +towgs84=1,,3"},
+        {"+towgs84=, 2", " +towgs84=,2"},
+        {"+nadgrids=@a , @null +proj = utm +zone= 32", " +nadgrids=@a,@null +proj=utm +zone=32"},
+        {"proj = utm zone = 32", " +proj=utm +zone=32"},
+        {"+x_0= +500 +towgs84=1, +2, +.5", " +x_0=+500 +towgs84=1,+2,+.5"},
+        {"+south= +zone=32", " +south +zone=32"},
+        {"+towgs84=1,2, +zone=32", " +towgs84=1,2, +zone=32"},
+        {"+towgs84=1,2,", " +towgs84=1,2,"},
+        {"+zone= ", " +zone"},
+        {"+zone= +", " +zone=+"},
+        {" = 5 +zone=32", " +zone=32"},
+    };
+    for (const auto& [text, read] : texts) EXPECT_EQ(ParameterList(text).toText(), read) << text;
+}
+
+TEST(ParameterListTest, KnowsOfANulByte) {
+    const std::string nul(1, '\0');
+    for (const std::string& text :
+         {"+proj=u" + nul + "tm", nul + "+proj=utm", "+proj=utm +zone=32 +zone" + nul + "=33"}) {
+        EXPECT_TRUE(ParameterList(text).hasNul());
+        EXPECT_TRUE(ParameterList(text).without({"zone"}).hasNul());
+        EXPECT_TRUE(ParameterList(text).only({"zone"}).hasNul());
+        ParameterList added("+proj=utm +zone=1");
+        added.addDefaults(ParameterList(text));
+        EXPECT_TRUE(added.hasNul());
+    }
+    EXPECT_FALSE(ParameterList("+proj=utm \\0 0").hasNul());
+}
+
+TEST(ParameterListTest, KnowsNumbersThatAreNotFinite) {
+    for (const char* value : {"nan", "-NaN", "inf", "+INF", "infinity", "1e309", "-1e309"})
+        EXPECT_TRUE(ParameterList(std::string("+a=5 +k=") + value).hasInfinity()) << value;
+    for (const char* value : {"", "1", "1e308", "1e-400", "utm", "n", "intl", "na", "natearth", "1,inf"})
+        EXPECT_FALSE(ParameterList(std::string("+a=5 +k=") + value).hasInfinity()) << value;
+}
+
 TEST(ParameterListTest, TellsAParameterWithoutValueFromAMissingOne) {
     const ParameterList parameters("+south +zone=32");
     EXPECT_TRUE(parameters.has("south"));
