@@ -50,7 +50,6 @@ INSTANTIATE_TEST_SUITE_P(
                     Move{"Mercator", MERCATOR, LONG_LAT, THERE, HERE},
                     Move{"Lon0OfLongLat", LONG_LAT + "+lon_0=9", LONG_LAT + "+lon_0=-20", HERE, HERE},
                     Move{"X0OfLongLat", LONG_LAT + "+x_0=9 +k=2", LONG_LAT + "+y_0=5", HERE, HERE},
-                    Move{"UnitsOfLongLat", LONG_LAT + "+units=km", LONG_LAT, HERE, HERE},
                     Move{"Lon0OfMercator", LONG_LAT, MERCATOR + "+lon_0=9", HERE, {0, NORTHING, 100}}),
     nameOfMove);
 
@@ -117,6 +116,79 @@ INSTANTIATE_TEST_SUITE_P(
     nameOfMove);
 
 INSTANTIATE_TEST_SUITE_P(
+    UnitsOfGeographicHeights, ParameterTest,
+    testing::Values(Move{"OfTheTarget", LONG_LAT, LONG_LAT + "+units=km", HERE, {9, 50, 0.1}},
+                    Move{"OfTheSource", LONG_LAT + "+units=us-ft", LONG_LAT, {9, 50, 100 / US_FOOT}, HERE},
+                    Move{"FromAProjection", MERCATOR, LONG_LAT + "+units=ft", THERE, {9, 50, 100 / FOOT}},
+                    Move{"ToAProjection", "+proj=latlon +R=6371000 +units=km", MERCATOR, {9, 50, 0.1}, THERE},
+                    Move{"ToMeterOfTheTarget", LONG_LAT, LONG_LAT + "+to_meter=0.5", HERE, {9, 50, 200}},
+                    Move{"ToMeterOfTheSource", LONG_LAT + "+to_meter=0.5", LONG_LAT, HERE, {9, 50, 50}},
+                    Move{"UnitsBeforeToMeter", LONG_LAT, LONG_LAT + "+to_meter=7 +units=km", HERE, {9, 50, 0.1}},
+                    Move{"Metres", LONG_LAT, LONG_LAT + "+units=m", {9, 91, 100}, {9, 91, 100}},
+                    Move{"BesideVerticalUnits", LONG_LAT, LONG_LAT + "+units=km +vunits=ft", HERE, {9, 50, 100 / FOOT}},
+                    Move{"BesideVerticalMetres", LONG_LAT + "+to_meter=2 +vunits=m", LONG_LAT, HERE, HERE},
+                    Move{"BesideAPrimeMeridian", LONG_LAT, LONG_LAT + "+units=km +pm=2", HERE, {7, 50, 0.1}},
+                    Move{"BesideAnAxisOrder", LONG_LAT, LONG_LAT + "+units=km +axis=neu", HERE, {50, 9, 0.1}},
+                    Move{"BeyondTheDateLine", LONG_LAT, LONG_LAT + "+units=km", {200, 50, 100}, {200, 50, 0.1}}),
+    nameOfMove);
+
+// About the pole itself only the longitude of its meridian changes. Coordinates are radians, unless there are units.
+const std::string ROTATED = "+proj=ob_tran +o_proj=longlat +o_lat_p=90 +o_lon_p=0 +lon_0=4 " + SPHERE;
+constexpr double ROTATED_LONGITUDE = 5 * RADIANS;
+constexpr double ROTATED_LATITUDE = 50 * RADIANS;
+const std::string DEGREES = " +to_meter=0.017453292519943295 ";
+
+const double GEOGRAPHIC_LATITUDE = std::atan(std::tan(50 * RADIANS) / (1 - WGS84.eccentricitySquared()));
+
+INSTANTIATE_TEST_SUITE_P(
+    RotatedPole, ParameterTest,
+    testing::Values(
+        Move{"InRadians", LONG_LAT, ROTATED, HERE, {ROTATED_LONGITUDE, ROTATED_LATITUDE, 100}},
+        Move{"OfTheSource", ROTATED, LONG_LAT, {ROTATED_LONGITUDE, ROTATED_LATITUDE, 100}, HERE},
+        Move{"InDegrees", LONG_LAT, ROTATED + DEGREES, HERE, {5, 50, 100 / RADIANS}},
+        Move{"InDegreesOfTheSource", ROTATED + DEGREES, LONG_LAT, {5, 50, 100 / RADIANS}, HERE},
+        Move{"InDegreesAndMetres", LONG_LAT, ROTATED + DEGREES + "+vunits=m", HERE, {5, 50, 100}},
+        Move{"InDegreesAndMetresOfTheSource", ROTATED + DEGREES + "+vunits=m", LONG_LAT, {5, 50, 100}, HERE},
+        Move{"InNamedUnits",
+             LONG_LAT,
+             ROTATED + "+units=km",
+             HERE,
+             {ROTATED_LONGITUDE / 1000, ROTATED_LATITUDE / 1000, 0.1}},
+        Move{"ByAnyNameOfLongLat",
+             LONG_LAT,
+             "+proj=ob_tran +o_proj=latlon +o_lat_p=90 +o_lon_p=0 +lon_0=4 +R=6371000 +vunits=m" + DEGREES,
+             HERE,
+             {5, 50, 100}},
+        Move{"WithAFalseOrigin",
+             LONG_LAT,
+             ROTATED + "+x_0=1 +y_0=-2 +z_0=5 +to_meter=0.5",
+             HERE,
+             {2 * (ROTATED_LONGITUDE + 1), 2 * (ROTATED_LATITUDE - 2), 200}},
+        Move{"WithAnAxisOrder", LONG_LAT, ROTATED + DEGREES + "+vunits=m +axis=nwu", HERE, {50, -5, 100}},
+        Move{"BesideAnotherPrimeMeridian", LONG_LAT, ROTATED + DEGREES + "+vunits=m +pm=2", HERE, {3, 50, 100}},
+        Move{"OnAnEllipsoid",
+             "+proj=longlat +ellps=WGS84",
+             "+proj=ob_tran +o_proj=longlat +o_lat_p=90 +o_lon_p=0 +lon_0=4 +ellps=WGS84 +vunits=m" + DEGREES,
+             HERE,
+             {5, 50, 100}},
+        Move{"OfGeocentricLatitudes",
+             "+proj=longlat +ellps=WGS84",
+             "+proj=ob_tran +o_proj=longlat +o_lat_p=90 +o_lon_p=0 +lon_0=4 +ellps=WGS84 +geoc",
+             HERE,
+             {ROTATED_LONGITUDE, GEOGRAPHIC_LATITUDE, 100}},
+        Move{"BeforeAProjection", ROTATED + DEGREES + "+vunits=m", MERCATOR, {5, 50, 100}, THERE}),
+    nameOfMove);
+
+// Computed by pj_transform of PROJ 7.2.1.
+TEST(RotatedPoleTest, IsWhereTheClassicLibraryHasIt) {
+    const std::string rotated =
+        "+proj=ob_tran +o_proj=longlat +o_lon_p=0 +o_lat_p=39.25 +lon_0=18 +R=6371000 +vunits=m "
+        "+to_meter=0.0174532925199433";
+    expectNear(moved(LONG_LAT, rotated, HERE), {-5.77122127583427, -0.39885179978241275, 100}, ANGLE_TOLERANCE);
+    expectNear(moved(rotated, LONG_LAT, {-5.77122127583427, -0.39885179978241275, 100}), HERE, ANGLE_TOLERANCE);
+}
+
+INSTANTIATE_TEST_SUITE_P(
     VerticalUnits, ParameterTest,
     testing::Values(
         Move{"OfTheTarget", LONG_LAT, MERCATOR + "+vunits=ft", HERE, {EASTING, NORTHING, 100 / FOOT}},
@@ -180,6 +252,13 @@ INSTANTIATE_TEST_SUITE_P(
         Move{"OfTheTarget", "+proj=longlat +datum=WGS84", "+proj=geocent +datum=WGS84", HERE, ON_WGS_84},
         Move{"OfTheSource", "+proj=geocent +datum=WGS84", "+proj=longlat +datum=WGS84", ON_WGS_84, {9, 50, 100.0}},
         Move{"OfBoth", "+proj=geocent +datum=WGS84", "+proj=geocent +datum=WGS84", ON_WGS_84, ON_WGS_84},
+        Move{"WithoutACentralMeridian", "+proj=longlat +datum=WGS84", "+proj=geocent +datum=WGS84 +lon_0=30", HERE,
+             ON_WGS_84},
+        Move{"WithoutACentralMeridianOfTheSource", "+proj=geocent +datum=WGS84 +lon_0=30", "+proj=longlat +datum=WGS84",
+             ON_WGS_84, HERE},
+        Move{"WithoutGeocentricLatitudes", "+proj=longlat +datum=WGS84", "+proj=geocent +datum=WGS84 +geoc", HERE,
+             ON_WGS_84},
+        Move{"FromAPrimeMeridian", LONG_LAT, "+proj=geocent +R=6371000 +pm=2 +lon_0=1", {92, 0, 0}, {0, RADIUS, 0}},
         Move{"OnASphere", LONG_LAT, "+proj=geocent +R=6371000", {90, 0, 1000}, {0, RADIUS + 1000, 0}},
         Move{"UnitsOfTheTarget", LONG_LAT, "+proj=geocent +R=6371000 +units=km", {90, 0, 1000}, {0, 6372, 0}},
         Move{"UnitsOfTheSource",
@@ -188,6 +267,43 @@ INSTANTIATE_TEST_SUITE_P(
              {0, 6371, 0},
              {RADIUS * 90 * RADIANS, 0, 0}}),
     nameOfMove);
+
+// The plate carree maps latitudes on the sphere of the semi-major axis, whatever the ellipsoid is.
+const double PLATE_EASTING = WGS84.a * LONGITUDE * RADIANS;
+const double PLATE_NORTHING = WGS84.a * LATITUDE * RADIANS;
+
+INSTANTIATE_TEST_SUITE_P(PlateCarree, ParameterTest,
+                         testing::Values(Move{"OfTheTarget",
+                                              "+proj=longlat +ellps=WGS84",
+                                              "+proj=eqc +ellps=WGS84",
+                                              HERE,
+                                              {PLATE_EASTING, PLATE_NORTHING, 100}},
+                                         Move{"OfTheSource",
+                                              "+proj=eqc +ellps=WGS84",
+                                              "+proj=longlat +ellps=WGS84",
+                                              {PLATE_EASTING, PLATE_NORTHING, 100},
+                                              HERE},
+                                         Move{"WithAStandardParallel",
+                                              "+proj=longlat +ellps=WGS84",
+                                              "+proj=eqc +ellps=WGS84 +lat_ts=60",
+                                              HERE,
+                                              {PLATE_EASTING / 2, PLATE_NORTHING, 100}},
+                                         Move{"ByAxes",
+                                              "+proj=longlat +ellps=WGS84",
+                                              "+proj=eqc +a=6378137 +b=6356752 +units=km",
+                                              HERE,
+                                              {PLATE_EASTING / 1000, PLATE_NORTHING / 1000, 0.1}},
+                                         Move{"OfGeocentricLatitudes",
+                                              "+proj=longlat +ellps=WGS84",
+                                              "+proj=eqc +ellps=WGS84 +geoc",
+                                              HERE,
+                                              {PLATE_EASTING, PLATE_NORTHING, 100}},
+                                         Move{"BehindARotation",
+                                              "+proj=longlat +ellps=WGS84",
+                                              "+proj=ob_tran +o_proj=eqc +o_lat_p=90 +o_lon_p=0 +ellps=WGS84",
+                                              HERE,
+                                              {PLATE_EASTING, PLATE_NORTHING, 100}}),
+                         nameOfMove);
 
 const Point AT_THE_POLE{0, 90, 0};
 const Point AT_THE_EQUATOR{0, 0, 0};

@@ -51,6 +51,48 @@ TEST(DefinitionTest, IsRefusedWithAnErrorNumber) {
         expectRefused(text);
 }
 
+TEST(DefinitionTest, IsRefusedForANumberThatIsNotFinite) {
+    for (const char* parameter : {"+towgs84=nan,0,0", "+towgs84=1,inf,3", "+towgs84=1,2,3,4,5,6,1e309",
+                                  "+towgs84=-infinity", "+x_0=nan", "+y_0=inf", "+k=inf", "+lon_0=nan", "+lat_ts=nan",
+                                  "+to_meter=inf", "+to_meter=nan", "+vto_meter=1e400", "+pm=inf", "+unknown=nan"}) {
+        expectRefused(std::string("+proj=merc +ellps=bessel ") + parameter);
+        expectRefused(std::string("+proj=longlat +ellps=bessel ") + parameter);
+    }
+}
+
+TEST(DefinitionTest, IsRefusedForAnEllipsoidThatIsNotFiniteAndPositive) {
+    for (const char* figure : {"+a=inf",
+                               "+a=nan",
+                               "+a=1e309",
+                               "+a=0",
+                               "+a=-6378137",
+                               "+a=6378137 +b=nan",
+                               "+a=6378137 +b=inf",
+                               "+a=6378137 +b=0",
+                               "+a=6378137 +b=-6356752",
+                               "+a=6378137 +rf=nan",
+                               "+a=6378137 +f=nan",
+                               "+a=6378137 +f=1",
+
+                               "+a=6378137 +es=nan",
+                               "+a=6378137 +es=1",
+                               "+a=6378137 +e=inf",
+                               "+R=inf",
+                               "+R=nan",
+                               "+R=-1",
+                               "+ellps=bessel +a=inf",
+                               "+a=1e308 +f=-1e10",
+                               "+a=6378137 +b=1e308"}) {
+        expectRefused(std::string("+proj=longlat ") + figure);
+        expectRefused(std::string("+proj=merc ") + figure);
+    }
+}
+
+TEST(DefinitionTest, TakesNoPartInNumbersThatItsDatumDoesNotUse) {
+    define("+proj=longlat +ellps=bessel +nadgrids=@a +towgs84=nan");
+    define("+proj=longlat +ellps=bessel +title=nan");
+}
+
 TEST(DefinitionTest, IsRefusedWithoutAnEllipsoidWhenThereAreToBeNoDefaults) {
     expectRefused("+proj=longlat +no_defs");
     expectRefused("+proj=utm +zone=32 +no_defs");
@@ -161,6 +203,27 @@ TEST_F(InitDefinitionTest, IsRefusedWhenItIsNotThere) {
     for (const char* init : {"epsg:2", "epsg:3", "epsg:4", "epsg:5", "epsg:", "epsg", "", ":1", "EPSG:1", "missing:1",
                              "epsg:1:1", "epsg: 1"})
         expectRefused(std::string("+init=") + init);
+}
+
+TEST_F(InitDefinitionTest, IsRefusedAsAWholeForANulByte) {
+    using namespace std::string_literals;
+    givenEpsg(
+        "<1> +proj=merc +R=1000 +x_0=5\0 +y_0=7 <>\n"s
+        "<2> +proj=merc +R=1000 \0<>\n"s
+        "<3> \0+proj=merc +R=1000 <>\n"s
+        "<4> +proj=merc +R=1000 +ellps=bes\0sel <>\n"s
+        "<5> +proj=merc +R=1000 +x_0=1 +x_0=\0 <>\n"s
+        "<6> +proj=merc +R=1000 <>\n"s);
+    for (const char* init : {"1", "2", "3", "4", "5"}) expectRefused(std::string("+init=epsg:") + init);
+    expectRefused("+init=epsg:4 +ellps=bessel");
+    EXPECT_NEAR(eastingOf("+init=epsg:6"), 1000, LENGTH_TOLERANCE);
+}
+
+TEST_F(InitDefinitionTest, MayHaveBlanksAroundCommasAndEqualsSigns) {
+    givenEpsg("<1> +proj = merc +R= 1000 +x_0 =5 <>\n<2> +proj=longlat +ellps=bessel +towgs84=598.1,\n73.7 , 418.2 <>");
+    EXPECT_NEAR(eastingOf("+init=epsg:1"), 1005, LENGTH_TOLERANCE);
+    const Point there = moved("+init=epsg:2", "+proj=geocent +datum=WGS84", {9, 50, 0});
+    EXPECT_LT(distance(there, shifted({598.1, 73.7, 418.2}, geocentric(BESSEL, {9, 50, 0}))), 1e-4) << there;
 }
 
 TEST_F(InitDefinitionTest, MayBeInAnyFile) {

@@ -95,6 +95,10 @@ Datum readDatum(const ParameterList& parameters, const Ellipsoid& ellipsoid, con
     return datum;
 }
 
+bool isFinite(const Datum& datum) {
+    return std::all_of(datum.toWgs84.begin(), datum.toWgs84.end(), [](double value) { return std::isfinite(value); });
+}
+
 bool needsNoShift(const Datum& source, const Datum& target) {
     return source.kind == DatumKind::UNKNOWN || target.kind == DatumKind::UNKNOWN || isSame(source, target);
 }

@@ -37,6 +37,9 @@ bool expandDatum(ParameterList& parameters);
 // REQUIRES: the datum has been expanded.
 Datum readDatum(const ParameterList& parameters, const Ellipsoid& ellipsoid, const Ellipsoid& wgs84);
 
+// Whether all numbers of its shift are finite.
+bool isFinite(const Datum& datum);
+
 // Whether coordinates of the two need no shift: either has no datum, or both have the same.
 bool needsNoShift(const Datum& source, const Datum& target);
 

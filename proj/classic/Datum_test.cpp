@@ -88,6 +88,14 @@ TEST(DatumTest, ReadsUpToSevenShiftParameters) {
     }
 }
 
+TEST(DatumTest, IsFiniteWhenAllOfItsShiftIs) {
+    for (const char* text : {"nan", "0,inf,0", "1,2,3,4,5,6,-inf", "1e309,0,0", "0,-1e400"})
+        EXPECT_FALSE(isFinite(datumOf(std::string("+towgs84=") + text, BESSEL))) << text;
+    for (const char* text : {"", "1,2,3", "1e-400", "x2", "1,2,3,4,5,6,7,nan"})
+        EXPECT_TRUE(isFinite(datumOf(std::string("+towgs84=") + text, BESSEL))) << text;
+    EXPECT_TRUE(isFinite(datumOf("+nadgrids=nan", BESSEL)));
+}
+
 TEST(DatumTest, ReadsNumbersInAnyLocale) {
     const GroupingLocale locale;
     EXPECT_EQ(datumOf("+towgs84=1234.5,0.25,0", BESSEL).toWgs84, (Shift{1234.5, 0.25, 0, 0, 0, 0, 0}));

@@ -1,8 +1,10 @@
 #include "proj/classic/Definition.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 
+#include "proj/classic/Numbers.h"
 #include "proj/classic/ProjectionPtr.h"
 
 namespace ClassicProj {
@@ -17,11 +19,25 @@ constexpr std::initializer_list<const char*> ELLIPSOID_KEYS = {"ellps", "a",   "
 // meaning there.
 constexpr std::initializer_list<const char*> LONG_LAT_KEYS = {"pm", "axis", "vunits", "vto_meter", "lon_wrap", "geoc"};
 
+// Those of heights as well, where there are no vertical ones.
+constexpr std::initializer_list<const char*> UNIT_KEYS = {"units", "to_meter"};
+
+// What PROJ heeds for geocentric coordinates and the classic interface does not.
+constexpr std::initializer_list<const char*> KEYS_WITHOUT_MEANING_IN_GEOCENTRIC = {"lon_0", "geoc"};
+
 // What the pair of two CRS takes care of, or has no meaning in a step.
 constexpr std::initializer_list<const char*> KEYS_OUTSIDE_STEPS = {
     "init", "datum", "towgs84", "nadgrids", "geoidgrids", "no_defs", "type", "title", "wktext", "catalog", "date"};
 
 constexpr std::initializer_list<const char*> LONG_LAT_PROJECTIONS = {"longlat", "latlong", "lonlat", "latlon"};
+
+// Those that the classic interface computes on the sphere of the semi-major axis, and some versions of PROJ on the
+// ellipsoid.
+constexpr std::initializer_list<const char*> SPHERICAL_PROJECTIONS = {"eqc"};
+
+bool isOneOf(std::initializer_list<const char*> names, const std::string& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
 
 int whyNot(PJ_CONTEXT* proj) {
     const int error = proj_context_errno(proj);
@@ -33,6 +49,11 @@ int checkProjection(const std::string& step, PJ_CONTEXT* proj) {
     return projection == nullptr ? whyNot(proj) : 0;
 }
 
+bool isFigure(const Ellipsoid& ellipsoid) {
+    return std::isfinite(ellipsoid.semiMajor) && std::isfinite(ellipsoid.semiMinor) && ellipsoid.semiMajor > 0 &&
+           ellipsoid.semiMinor > 0;
+}
+
 // Semi-axes, read off the geocentric coordinates of a point on the equator and of a pole.
 int measureEllipsoid(const std::string& parameters, PJ_CONTEXT* proj, Ellipsoid& ellipsoid) {
     constexpr double QUARTER_TURN = 1.5707963267948966;
@@ -42,7 +63,7 @@ int measureEllipsoid(const std::string& parameters, PJ_CONTEXT* proj, Ellipsoid&
     ellipsoid.semiMinor = proj_trans(cartesian.get(), PJ_FWD, proj_coord(0, QUARTER_TURN, 0, 0)).xyz.z;
     const double ratio = ellipsoid.semiMinor / ellipsoid.semiMajor;
     ellipsoid.eccentricitySquared = (1 - ratio) * (1 + ratio);
-    return 0;
+    return isFigure(ellipsoid) ? 0 : PROJ_ERR_INVALID_OP_ILLEGAL_ARG_VALUE;
 }
 
 // Definitions share a handful of ellipsoids, each of which is measured once.
@@ -71,34 +92,77 @@ bool isPipeline(const ParameterList& parameters) {
 
 // "+over": longitudes of a geographic CRS are handed on as they are, only "+lon_wrap" moves them.
 std::string longLatStep(const ParameterList& parameters) {
-    return "+proj=longlat +over" + parameters.only(ELLIPSOID_KEYS).toText() + parameters.only(LONG_LAT_KEYS).toText();
+    return "+proj=longlat +over" + parameters.only(ELLIPSOID_KEYS).toText() + parameters.only(LONG_LAT_KEYS).toText() +
+           parameters.only(UNIT_KEYS).toText();
 }
 
 std::string projectionStep(const ParameterList& parameters) {
     return parameters.without(KEYS_OUTSIDE_STEPS).toText().substr(1);
 }
 
-}  // namespace
+std::string sphericalStep(const ParameterList& parameters, const Ellipsoid& ellipsoid) {
+    return projectionStep(parameters.without(ELLIPSOID_KEYS)) + " +R=" + writeNumber(ellipsoid.semiMajor);
+}
 
-int makeDefinition(ParameterList parameters, PJ_CONTEXT* proj, Definition& definition) {
-    if (isPipeline(parameters) || !expandDatum(parameters)) return PROJ_ERR_INVALID_OP_ILLEGAL_ARG_VALUE;
-    addDefaultEllipsoid(parameters);
-    if (!parameters.has("proj") || !parameters.hasAnyOf(ELLIPSOID_KEYS)) return PROJ_ERR_INVALID_OP_MISSING_ARG;
-    const std::string projection = parameters.get("proj");
-    definition.isGeocentric = projection == "geocent";
-    definition.isLongLat =
-        std::find(LONG_LAT_PROJECTIONS.begin(), LONG_LAT_PROJECTIONS.end(), projection) != LONG_LAT_PROJECTIONS.end();
-    definition.step = definition.isLongLat ? longLatStep(parameters) : projectionStep(parameters);
-    definition.geoidGrids = parameters.get("geoidgrids");
+// PROJ heeds neither units nor false easting and northing of rotated longitudes and latitudes. They are the same as the
+// coordinates of a plane that maps angles to themselves, on an ellipsoid of that shape with the semi-major axis 1.
+std::string rotatedPoleStep(const ParameterList& parameters, const Ellipsoid& ellipsoid) {
+    return projectionStep(parameters.without(ELLIPSOID_KEYS).without({"o_proj", "z_0"})) +
+           " +o_proj=affine +a=1 +b=" + writeNumber(ellipsoid.semiMinor / ellipsoid.semiMajor);
+}
+
+// What is projected: of an oblique projection that behind the rotation.
+std::string projectedBy(const ParameterList& parameters) {
+    return parameters.get(parameters.get("proj") == "ob_tran" ? "o_proj" : "proj");
+}
+
+std::string writeStep(const ParameterList& parameters, const Definition& definition) {
+    const std::string projection = projectedBy(parameters);
+    if (definition.isLongLat) return longLatStep(parameters);
+    if (definition.isGeocentric) return projectionStep(parameters.without(KEYS_WITHOUT_MEANING_IN_GEOCENTRIC));
+    if (isOneOf(LONG_LAT_PROJECTIONS, projection)) return rotatedPoleStep(parameters, definition.datum.ellipsoid);
+    if (isOneOf(SPHERICAL_PROJECTIONS, projection)) return sphericalStep(parameters, definition.datum.ellipsoid);
+    return projectionStep(parameters);
+}
+
+// Whether the step leaves geodetic coordinates as they are. Units in metres do.
+bool isIdle(const ParameterList& parameters, const Definition& definition, PJ_CONTEXT* proj) {
+    if (!definition.isLongLat || parameters.hasAnyOf(LONG_LAT_KEYS)) return false;
+    if (!parameters.hasAnyOf(UNIT_KEYS)) return true;
+    const ProjectionPtr longLat(proj_create(proj, definition.step.c_str()));
+    return longLat != nullptr && proj_trans(longLat.get(), PJ_FWD, proj_coord(0, 0, 1, 0)).xyz.z == 1;
+}
+
+// Whether the parameters say what they should in a way that can be read.
+bool isReadable(const ParameterList& parameters) {
+    return !parameters.hasNul() && !isPipeline(parameters) && !parameters.without(KEYS_OUTSIDE_STEPS).hasInfinity();
+}
+
+// All of the definition must make sense, also what has no meaning for a geographic CRS.
+int findDatum(const ParameterList& parameters, PJ_CONTEXT* proj, Definition& definition) {
     Ellipsoid ellipsoid;
     Ellipsoid wgs84;
     int error = findEllipsoid(parameters, proj, ellipsoid);
     if (error == 0) error = findEllipsoid(ParameterList("ellps=WGS84"), proj, wgs84);
-    // All of the definition must make sense, also what has no meaning for a geographic CRS.
     if (error == 0) error = checkProjection(projectionStep(parameters), proj);
     if (error != 0) return error;
     definition.datum = readDatum(parameters, ellipsoid, wgs84);
-    if (definition.isLongLat && !parameters.hasAnyOf(LONG_LAT_KEYS)) definition.step.clear();
+    return isFinite(definition.datum) ? 0 : PROJ_ERR_INVALID_OP_ILLEGAL_ARG_VALUE;
+}
+
+}  // namespace
+
+int makeDefinition(ParameterList parameters, PJ_CONTEXT* proj, Definition& definition) {
+    if (!isReadable(parameters) || !expandDatum(parameters)) return PROJ_ERR_INVALID_OP_ILLEGAL_ARG_VALUE;
+    addDefaultEllipsoid(parameters);
+    if (!parameters.has("proj") || !parameters.hasAnyOf(ELLIPSOID_KEYS)) return PROJ_ERR_INVALID_OP_MISSING_ARG;
+    const int error = findDatum(parameters, proj, definition);
+    if (error != 0) return error;
+    definition.isGeocentric = parameters.get("proj") == "geocent";
+    definition.isLongLat = isOneOf(LONG_LAT_PROJECTIONS, parameters.get("proj"));
+    definition.geoidGrids = parameters.get("geoidgrids");
+    definition.step = writeStep(parameters, definition);
+    if (isIdle(parameters, definition, proj)) definition.step.clear();
     return 0;
 }
 
