@@ -1,5 +1,7 @@
 // What pj_transform does to a point where the datums of two CRS meet.
 
+#include <cstdint>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <proj.h>
 
@@ -94,6 +96,8 @@ INSTANTIATE_TEST_SUITE_P(
         ShiftedDatum{"AllZeroOnAnotherEllipsoid", "+ellps=bessel +towgs84=0,0,0", BESSEL, {}},
         ShiftedDatum{
             "OfAnEllipsoidByItsAxes", "+a=6378206.4 +b=6356583.8 +towgs84=-8,160,176", CLARKE_1866, {-8, 160, 176}},
+        ShiftedDatum{"WithBlanks", "+ellps = bessel +towgs84=598.1, 73.7 ,418.2", BESSEL, {598.1, 73.7, 418.2}},
+        ShiftedDatum{"WithTextForNumbers", "+ellps=bessel +towgs84=598.1m,x73.7,418.2", BESSEL, {598.1, 0, 418.2}},
         ShiftedDatum{"BesideADatum", "+datum=GGRS87 +towgs84=1,2,3", GRS80, {1, 2, 3}}),
     [](const auto& datum) { return std::string(datum.param.name); });
 
@@ -104,6 +108,19 @@ TEST(DatumShiftBetweenTwoTest, GoesThroughWgs84) {
     const Point actual = moved("+proj=longlat +ellps=bessel +towgs84=598.1,73.7,418.2,0.202,0.045,-2.455,6.7",
                                "+proj=geocent +datum=OSGB36", HERE);
     EXPECT_LT(distance(actual, expected), TENTH_OF_A_MILLIMETRE) << actual << expected;
+}
+
+// A projection on the sphere of the semi-major axis leaves the datum its ellipsoid.
+TEST(DatumShiftOfAPlateCarreeTest, IsThatOfItsEllipsoid) {
+    const std::string plate = "+proj=eqc +ellps=bessel +towgs84=598.1,73.7,418.2,0.202,0.045,-2.455,6.7";
+    const Shift shift{598.1, 73.7, 418.2, 0.202, 0.045, -2.455, 6.7};
+    const Point there{BESSEL.a * HERE.x * RADIANS, BESSEL.a * HERE.y * RADIANS, HERE.z};
+    const Point expected = shifted(shift, geocentric(BESSEL, HERE));
+    const Point actual = moved(plate, WORLD_GEOCENTRIC, there);
+    EXPECT_LT(distance(actual, expected), TENTH_OF_A_MILLIMETRE) << actual << expected;
+    expectNear(moved("+proj=geocent +ellps=bessel +towgs84=598.1,73.7,418.2,0.202,0.045,-2.455,6.7", plate,
+                     geocentric(BESSEL, HERE)),
+               there, 1e-5);
 }
 
 TEST(DatumShiftBetweenTwoTest, ReadsItsNumbersInAnyLocale) {
@@ -172,25 +189,38 @@ TEST_P(GridShiftTest, MovesPointsFromWgs84) {
     expectNear(moved(WORLD, gridded, shiftedByGrid), unshifted, GRID_TOLERANCE);
 }
 
+TEST_P(GridShiftTest, KeepsTheTurnOfALongitude) {
+    for (const double turn : {360, -360}) {
+        const Point there{unshifted.x + turn, unshifted.y, unshifted.z};
+        const Point shiftedThere{shiftedByGrid.x + turn, shiftedByGrid.y, shiftedByGrid.z};
+        expectNear(moved(gridded, WORLD, there), shiftedThere, GRID_TOLERANCE);
+        expectNear(moved(WORLD, gridded, shiftedThere), there, GRID_TOLERANCE);
+    }
+}
+
 constexpr double MESH_EASTWARD = -(3.761898994445801 + 3.6774001121520996 + 3.766439914703369 + 3.6811320781707764) / 4;
 constexpr double MESH_NORTHWARD = -(4.133027076721191 + 4.135500907897949 + 4.172945022583008 + 4.175432205200195) / 4;
 
 INSTANTIATE_TEST_SUITE_P(
     All, GridShiftTest,
-    testing::Values(GridShift{"Germany", "+ellps=bessel +nadgrids=BETA2007.gsb", 9, 50, -3.761898994445801,
-                              -4.133027076721191},
-                    GridShift{"BetweenNodes", "+ellps=bessel +nadgrids=BETA2007.gsb", 8 + 55.0 / 60, 50.05,
-                              MESH_EASTWARD, MESH_NORTHWARD},
-                    GridShift{"Potsdam", "+datum=potsdam", 9, 50, -3.761898994445801, -4.133027076721191},
-                    GridShift{"France", "+a=6378249.2 +b=6356515 +nadgrids=ntf_r93.gsb", 4, 47, -2.276331901550293,
-                              -0.1858759969472885},
-                    GridShift{"WithoutAnOptionalGrid", "+ellps=bessel +nadgrids=@missing.gsb,BETA2007.gsb", 9, 50,
-                              -3.761898994445801, -4.133027076721191},
-                    GridShift{"BeforeAShift", "+ellps=bessel +nadgrids=BETA2007.gsb +towgs84=600,70,400", 9, 50,
-                              -3.761898994445801, -4.133027076721191},
-                    GridShift{"BeforeTheNullGrid", "+ellps=bessel +nadgrids=BETA2007.gsb,null", 9, 50,
-                              -3.761898994445801, -4.133027076721191},
-                    GridShift{"BesideTheNullGrid", "+ellps=bessel +nadgrids=BETA2007.gsb,null", -60, -30, 0, 0}),
+    testing::Values(
+        GridShift{"Germany", "+ellps=bessel +nadgrids=BETA2007.gsb", 9, 50, -3.761898994445801, -4.133027076721191},
+        GridShift{"BetweenNodes", "+ellps=bessel +nadgrids=BETA2007.gsb", 8 + 55.0 / 60, 50.05, MESH_EASTWARD,
+                  MESH_NORTHWARD},
+        GridShift{"Potsdam", "+datum=potsdam", 9, 50, -3.761898994445801, -4.133027076721191},
+        GridShift{"France", "+a=6378249.2 +b=6356515 +nadgrids=ntf_r93.gsb", 4, 47, -2.276331901550293,
+                  -0.1858759969472885},
+        GridShift{"WithoutAnOptionalGrid", "+ellps=bessel +nadgrids=@missing.gsb,BETA2007.gsb", 9, 50,
+                  -3.761898994445801, -4.133027076721191},
+        GridShift{"BeforeAShift", "+ellps=bessel +nadgrids=BETA2007.gsb +towgs84=600,70,400", 9, 50, -3.761898994445801,
+                  -4.133027076721191},
+        GridShift{"BeforeTheNullGrid", "+ellps=bessel +nadgrids=BETA2007.gsb,null", 9, 50, -3.761898994445801,
+                  -4.133027076721191},
+        GridShift{"BesideTheNullGrid", "+ellps=bessel +nadgrids=BETA2007.gsb,null", -60, -30, 0, 0},
+        GridShift{"BeforeTheOptionalNullGrid", "+ellps=bessel +nadgrids=BETA2007.gsb,@null", 9, 50, -3.761898994445801,
+                  -4.133027076721191},
+        GridShift{"BesideTheOptionalNullGrid", "+ellps=bessel +nadgrids=BETA2007.gsb,@null", -60, -30, 0, 0},
+        GridShift{"OutsideBesideTheNullGrid", "+ellps=bessel +nadgrids=BETA2007.gsb, null", 170, 10, 0, 0}),
     [](const auto& shift) { return std::string(shift.param.name); });
 
 TEST(GridShiftBesideHelmertTest, MeetsItOnWgs84) {
@@ -233,6 +263,67 @@ TEST_F(GridFileTest, IsAnErrorWhenItIsNoGrid) {
     EXPECT_NE(error("+proj=longlat +ellps=bessel +nadgrids=broken.gsb", HERE), 0);
 }
 
+template <typename Number>
+void append(std::string& bytes, Number number) {
+    char memory[sizeof(Number)];
+    std::memcpy(memory, &number, sizeof(Number));
+    bytes.append(memory, sizeof(Number));
+}
+
+template <typename Number>
+void appendBigEndian(std::string& bytes, Number number) {
+    std::string own;
+    append(own, number);
+    bytes.append(own.rbegin(), own.rend());
+}
+
+// A grid of 2 by 2 nodes around the date line, from 170 to 190 degrees, that shifts by one degree to the east (CTABLE
+// V2; little-endian, longitudes positive to the west).
+std::string gridAtTheDateLine() {
+    std::string bytes = "CTABLE V2.0" + std::string(85, '\0');
+    for (const double degrees : {170, -10, 20, 20}) append(bytes, degrees * RADIANS);
+    for (const std::int32_t size : {2, 2, 0, 0, 0, 0, 0, 0}) append(bytes, size);
+    for (int node = 0; node < 4; ++node) {
+        append(bytes, static_cast<float>(-1 * RADIANS));
+        append(bytes, 0.0F);
+    }
+    return bytes;
+}
+
+TEST_F(GridFileTest, ShiftsAcrossTheDateLine) {
+    directory.write("dateline.ct2", gridAtTheDateLine());
+    searchOnlyIn({directory.name()});
+    const std::string gridded = "+proj=longlat +ellps=bessel +nadgrids=dateline.ct2";
+    for (const double longitude : {179.5, 180.5, -179.5, -180.5, 175.0, 188.5, 535.5}) {
+        const Point here{longitude, 5, 100};
+        const Point there{longitude + 1, 5, 100};
+        // A degree in single precision.
+        expectNear(moved(gridded, WORLD, here), there, 1e-7);
+        expectNear(moved(WORLD, gridded, there), here, 1e-7);
+    }
+}
+
+// A geoid of 2 by 2 nodes from 190 to 210 degrees: 30 m (GTX; big-endian).
+std::string geoidBeyondTheDateLine() {
+    std::string bytes;
+    for (const double degrees : {40, 190, 20, 20}) appendBigEndian(bytes, degrees);
+    for (const std::int32_t size : {2, 2}) appendBigEndian(bytes, size);
+    for (int node = 0; node < 4; ++node) appendBigEndian(bytes, 30.0F);
+    return bytes;
+}
+
+TEST_F(GridFileTest, HoldsPointsOnAnyTurn) {
+    directory.write("east.gtx", geoidBeyondTheDateLine());
+    searchOnlyIn({directory.name()});
+    for (const char* grid : {"east.gtx", "@missing.gtx,east.gtx"}) {
+        const std::string heights = WORLD + " +geoidgrids=" + grid;
+        for (const double longitude : {200, -160, 560, -520}) {
+            expectNear(moved(heights, WORLD, {longitude, 50, 100}), {longitude, 50, 130}, ANGLE_TOLERANCE);
+            expectNear(moved(WORLD, heights, {longitude, 50, 100}), {longitude, 50, 70}, ANGLE_TOLERANCE);
+        }
+    }
+}
+
 TEST_F(GridFileTest, IsAnErrorForAPointOutsideOfIt) {
     for (const Point& point : {Point{-60, -30, 0}, Point{9, 60, 0}, Point{0, 50, 0}})
         EXPECT_NE(error("+proj=longlat +ellps=bessel +nadgrids=BETA2007.gsb", point), 0) << point;
@@ -261,6 +352,14 @@ INSTANTIATE_TEST_SUITE_P(
         Move{"BetweenNodes", WORLD + GEOID_GRID, WORLD, {9.125, 50.125, 0}, {9.125, 50.125, GEOID_OF_MESH}},
         Move{"InTheGulfOfGuinea", WORLD + GEOID_GRID, WORLD, {0, 0, 0}, {0, 0, 17.161579132080078}},
         Move{"OnTheSouthernHemisphere", WORLD + GEOID_GRID, WORLD, {-60, -30, 0}, {-60, -30, 17.788869857788086}},
+        Move{"BeyondTheDateLine", WORLD + GEOID_GRID, WORLD, {300, -30, 0}, {300, -30, 17.788869857788086}},
+        Move{"BeyondTheDateLineOfTheTarget", WORLD, WORLD + GEOID_GRID, {300, -30, 0}, {300, -30, -17.788869857788086}},
+        Move{"BeforeTheDateLine", WORLD + GEOID_GRID, WORLD, {-351, 50, 100}, {-351, 50, 100 + GEOID}},
+        Move{"OfBothBeyondTheDateLine",
+             WORLD + GEOID_GRID,
+             WORLD + GEOID_GRID + " +pm=1",
+             {369, 50, 100},
+             {368, 50, 100}},
         Move{"BehindThePrimeMeridian", WORLD + GEOID_GRID + " +pm=4", WORLD, {5, 50, 100}, {9, 50, 100 + GEOID}},
         Move{"InVerticalUnits", WORLD + GEOID_GRID + " +vunits=km", WORLD, {9, 50, 0.1}, {9, 50, 100 + GEOID}},
         Move{"WithoutAnOptionalGrid", WORLD + " +geoidgrids=@missing.gtx", WORLD, HERE, HERE},

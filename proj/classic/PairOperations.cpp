@@ -19,6 +19,17 @@ PJ_COORD makePoint(double x, double y, double z) {
     return point;
 }
 
+// A grid lies on one turn of longitudes, and PROJ folds what it shifts by one; the classic interface does not.
+PJ_COORD shiftByGrid(PJ* grid, PJ_DIRECTION direction, PJ_COORD point) {
+    constexpr double FULL_TURN = 6.283185307179586;
+    const double longitude = point.xyz.x;
+    point.xyz.x = std::remainder(longitude, FULL_TURN);
+    PJ_COORD moved = proj_trans(grid, direction, point);
+    const double turns = std::round((longitude - moved.xyz.x) / FULL_TURN);
+    if (turns != 0) moved.xyz.x += turns * FULL_TURN;
+    return moved;
+}
+
 // Why `projection` gave no finite result, and makes it forget.
 int takeError(PJ* projection) {
     const int error = proj_errno(projection);
@@ -34,7 +45,9 @@ int PairOperation::transform(double& x, double& y, double* z) const {
     double movedZ = z == nullptr ? 0.0 : *z;
     if (!areFinite(movedX, movedY, movedZ)) return PROJ_ERR_COORD_TRANSFM_INVALID_COORD;
     for (const Stage& stage : stages) {
-        const PJ_COORD moved = proj_trans(stage.projection, stage.direction, makePoint(movedX, movedY, movedZ));
+        const PJ_COORD point = makePoint(movedX, movedY, movedZ);
+        const PJ_COORD moved = stage.isGridShift ? shiftByGrid(stage.projection, stage.direction, point)
+                                                 : proj_trans(stage.projection, stage.direction, point);
         movedX = moved.xyz.x;
         movedY = moved.xyz.y;
         movedZ = moved.xyz.z;
@@ -84,7 +97,7 @@ bool PairOperations::addStages(const Key& key, PairOperation& operation) {
     for (const StageText& stage : writeStages(*key.source, *key.target, key.withGeoids)) {
         PJ* const projection = stage.isGridShift ? sharedGridShift(stage.text) : ownProjection(stage.text, operation);
         if (projection == nullptr) return false;
-        operation.stages.push_back({projection, stage.backwards ? PJ_INV : PJ_FWD});
+        operation.stages.push_back({projection, stage.backwards ? PJ_INV : PJ_FWD, stage.isGridShift});
     }
     return true;
 }

@@ -28,6 +28,7 @@ private:
     struct Stage {
         PJ* projection;
         PJ_DIRECTION direction;
+        bool isGridShift;
     };
 
     std::vector<Stage> stages;
