@@ -268,7 +268,7 @@ INSTANTIATE_TEST_SUITE_P(
              {RADIUS * 90 * RADIANS, 0, 0}}),
     nameOfMove);
 
-// The plate carree maps latitudes on the sphere of the semi-major axis, whatever the ellipsoid is.
+// These are computed on the sphere of the semi-major axis, whatever the ellipsoid is.
 const double PLATE_EASTING = WGS84.a * LONGITUDE * RADIANS;
 const double PLATE_NORTHING = WGS84.a * LATITUDE * RADIANS;
 
@@ -304,6 +304,47 @@ INSTANTIATE_TEST_SUITE_P(PlateCarree, ParameterTest,
                                               HERE,
                                               {PLATE_EASTING, PLATE_NORTHING, 100}}),
                          nameOfMove);
+
+const double TANGENT_EASTING = WGS84.a * std::tan(LONGITUDE * RADIANS);
+const double TANGENT_NORTHING = WGS84.a * std::tan(LATITUDE * RADIANS) / std::cos(LONGITUDE * RADIANS);
+
+// Wagner's sixth projection in the size that it has in PROJ up to 9.6.
+const double WAGNER_NORTHING = 0.94745 * PLATE_NORTHING;
+const double WAGNER_EASTING = 0.94745 * PLATE_EASTING * std::sqrt(1 - 3 * std::pow(LATITUDE / 180, 2));
+
+INSTANTIATE_TEST_SUITE_P(OnTheSphere, ParameterTest,
+                         testing::Values(Move{"Gnomonic",
+                                              "+proj=longlat +ellps=WGS84",
+                                              "+proj=gnom +ellps=WGS84",
+                                              HERE,
+                                              {TANGENT_EASTING, TANGENT_NORTHING, 100}},
+                                         Move{"GnomonicOfTheSource",
+                                              "+proj=gnom +ellps=WGS84",
+                                              "+proj=longlat +ellps=WGS84",
+                                              {TANGENT_EASTING, TANGENT_NORTHING, 100},
+                                              HERE},
+                                         Move{"WagnerVi",
+                                              "+proj=longlat +ellps=WGS84",
+                                              "+proj=wag6 +ellps=WGS84",
+                                              HERE,
+                                              {WAGNER_EASTING, WAGNER_NORTHING, 100}},
+                                         Move{"WagnerViOfTheSource",
+                                              "+proj=wag6 +ellps=WGS84",
+                                              "+proj=longlat +ellps=WGS84",
+                                              {WAGNER_EASTING, WAGNER_NORTHING, 100},
+                                              HERE},
+                                         Move{"WagnerViInUnits",
+                                              LONG_LAT,
+                                              "+proj=wag6 +R=6371000 +units=km +x_0=1000",
+                                              {0, 50, 100},
+                                              {1, 0.94745 * RADIUS* LATITUDE* RADIANS / 1000, 0.1}}),
+                         nameOfMove);
+
+// Computed by pj_transform of PROJ 7.2.1; later versions have other digits in their constants.
+TEST(IcosahedronTest, IsOnTheSphere) {
+    const Point there = moved("+proj=longlat +ellps=WGS84", "+proj=isea +ellps=WGS84", HERE);
+    expectNear(there, {-153297.320166902, 8984662.679199906, 100}, 0.01);
+}
 
 const Point AT_THE_POLE{0, 90, 0};
 const Point AT_THE_EQUATOR{0, 0, 0};

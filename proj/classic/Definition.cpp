@@ -31,9 +31,10 @@ constexpr std::initializer_list<const char*> KEYS_OUTSIDE_STEPS = {
 
 constexpr std::initializer_list<const char*> LONG_LAT_PROJECTIONS = {"longlat", "latlong", "lonlat", "latlon"};
 
-// Those that the classic interface computes on the sphere of the semi-major axis, and some versions of PROJ on the
-// ellipsoid.
-constexpr std::initializer_list<const char*> SPHERICAL_PROJECTIONS = {"eqc"};
+// Those that the classic interface computes on the sphere of the semi-major axis. PROJ takes the ellipsoid for gnom
+// since 9.2, for eqc since 9.8 and for isea since 9.9; wag6 is another size since 9.7.
+constexpr std::initializer_list<const char*> SPHERICAL_PROJECTIONS = {"eqc", "gnom", "isea", "wag6"};
+constexpr double LENGTH_OF_A_RADIAN_IN_WAG6 = 0.94745;
 
 bool isOneOf(std::initializer_list<const char*> names, const std::string& name) {
     return std::find(names.begin(), names.end(), name) != names.end();
@@ -100,8 +101,16 @@ std::string projectionStep(const ParameterList& parameters) {
     return parameters.without(KEYS_OUTSIDE_STEPS).toText().substr(1);
 }
 
-std::string sphericalStep(const ParameterList& parameters, const Ellipsoid& ellipsoid) {
-    return projectionStep(parameters.without(ELLIPSOID_KEYS)) + " +R=" + writeNumber(ellipsoid.semiMajor);
+// What lengths of PROJ must be multiplied by to be those of the classic interface.
+double scaleOf(const std::string& projection, PJ_CONTEXT* proj) {
+    if (projection != "wag6") return 1;
+    const ProjectionPtr wag6(proj_create(proj, "+proj=wag6 +R=1"));
+    return wag6 == nullptr ? 1
+                           : LENGTH_OF_A_RADIAN_IN_WAG6 / proj_trans(wag6.get(), PJ_FWD, proj_coord(0, 1, 0, 0)).xy.y;
+}
+
+std::string sphericalStep(const ParameterList& parameters, double radius) {
+    return projectionStep(parameters.without(ELLIPSOID_KEYS)) + " +R=" + writeNumber(radius);
 }
 
 // PROJ heeds neither units nor false easting and northing of rotated longitudes and latitudes. They are the same as the
@@ -116,12 +125,14 @@ std::string projectedBy(const ParameterList& parameters) {
     return parameters.get(parameters.get("proj") == "ob_tran" ? "o_proj" : "proj");
 }
 
-std::string writeStep(const ParameterList& parameters, const Definition& definition) {
+std::string writeStep(const ParameterList& parameters, const Definition& definition, PJ_CONTEXT* proj) {
     const std::string projection = projectedBy(parameters);
+    const Ellipsoid& ellipsoid = definition.datum.ellipsoid;
     if (definition.isLongLat) return longLatStep(parameters);
     if (definition.isGeocentric) return projectionStep(parameters.without(KEYS_WITHOUT_MEANING_IN_GEOCENTRIC));
-    if (isOneOf(LONG_LAT_PROJECTIONS, projection)) return rotatedPoleStep(parameters, definition.datum.ellipsoid);
-    if (isOneOf(SPHERICAL_PROJECTIONS, projection)) return sphericalStep(parameters, definition.datum.ellipsoid);
+    if (isOneOf(LONG_LAT_PROJECTIONS, projection)) return rotatedPoleStep(parameters, ellipsoid);
+    if (isOneOf(SPHERICAL_PROJECTIONS, projection))
+        return sphericalStep(parameters, ellipsoid.semiMajor * scaleOf(projection, proj));
     return projectionStep(parameters);
 }
 
@@ -161,7 +172,7 @@ int makeDefinition(ParameterList parameters, PJ_CONTEXT* proj, Definition& defin
     definition.isGeocentric = parameters.get("proj") == "geocent";
     definition.isLongLat = isOneOf(LONG_LAT_PROJECTIONS, parameters.get("proj"));
     definition.geoidGrids = parameters.get("geoidgrids");
-    definition.step = writeStep(parameters, definition);
+    definition.step = writeStep(parameters, definition, proj);
     if (isIdle(parameters, definition, proj)) definition.step.clear();
     return 0;
 }
