@@ -66,12 +66,27 @@ int expandInit(ParameterList& parameters) {
     return 0;
 }
 
+int expandAndMake(ParameterList parameters, Definition& definition) {
+    const int error = expandInit(parameters);
+    return error != 0 ? error : makeDefinition(parameters, definitionMaker().proj, definition);
+}
+
+// The init file of a definition that cannot be made may have a better one by now.
+bool readInitFileAgain(const ParameterList& parameters) {
+    const std::string init = parameters.get("init");
+    const auto found = definitionMaker().initFiles.find(init.substr(0, init.find(':')));
+    return found != definitionMaker().initFiles.end() && found->second.readIfChanged();
+}
+
 projPJ addDefinition(const char* text, Context& context) {
     DefinitionMaker& maker = definitionMaker();
-    ParameterList parameters{std::string(text)};
+    const ParameterList parameters{std::string(text)};
     Definition definition;
-    context.error = expandInit(parameters);
-    if (context.error == 0) context.error = makeDefinition(parameters, maker.proj, definition);
+    context.error = expandAndMake(parameters, definition);
+    if (context.error != 0 && readInitFileAgain(parameters)) {
+        definition = Definition();
+        context.error = expandAndMake(parameters, definition);
+    }
     if (context.error != 0) return nullptr;
     definition.context = &context;
     maker.made.push_back(definition);

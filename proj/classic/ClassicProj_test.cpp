@@ -275,6 +275,14 @@ TEST_F(InitDefinitionTest, IsFoundOnceTheFileHasIt) {
     define("+init=epsg:2");
 }
 
+TEST_F(InitDefinitionTest, IsMadeOnceTheFileHasABetterOne) {
+    directory.write("other", "<1> +proj=nonsense +ellps=bessel <>");
+    expectRefused("+init=other:1");
+    expectRefused("+init=other:1");
+    directory.write("other", "<1> +proj=longlat +ellps=bessel <>");
+    define("+init=other:1");
+}
+
 TEST_F(InitDefinitionTest, IsMadeByManyThreads) {
     std::string text;
     for (int code = 1; code <= 40; ++code) text += "<" + std::to_string(code) + "> +proj=merc +R=1000 <>\n";

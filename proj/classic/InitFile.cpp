@@ -1,57 +1,20 @@
 #include "proj/classic/InitFile.h"
 
-#include <algorithm>
-#include <fstream>
-#include <sstream>
 #include <system_error>
 #include <utility>
 
+#include "text/FileText.h"
+#include "text/InitFileText.h"
+
 namespace ClassicProj {
 
-namespace {
-
-// Far beyond any definition; a run of text as long as this is a broken file.
-constexpr std::size_t LONGEST_DEFINITION = 65536;
-
-std::string withoutComments(const std::string& text) {
-    std::istringstream lines(text);
-    std::string kept;
-    for (std::string line; std::getline(lines, line);) kept += line.substr(0, line.find('#')) + "\n";
-    return kept;
-}
-
-// The end of the definition that begins at `begin`: the next "<" outside a comment.
-std::size_t findDefinitionEnd(const std::string& text, std::size_t begin) {
-    std::size_t end = text.find_first_of("<#", begin);
-    while (end != std::string::npos && text[end] == '#') {
-        const std::size_t lineEnd = text.find('\n', end);
-        end = lineEnd == std::string::npos ? lineEnd : text.find_first_of("<#", lineEnd);
-    }
-    return std::min(end, text.size());
-}
-
-std::string readWhole(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return std::move(text).str();
-}
-
-}  // namespace
+using CoordinateTransformation::FileText;
+using CoordinateTransformation::InitFileDefinition;
 
 std::unordered_map<std::string, std::string> parseInitFile(const std::string& text) {
     std::unordered_map<std::string, std::string> definitions;
-    std::size_t open = findDefinitionEnd(text, 0);
-    while (open < text.size()) {
-        const std::size_t codeBegin = open + 1;
-        const std::size_t codeEnd = std::min(text.find_first_of("> \t\r\n<", codeBegin), text.size());
-        const std::size_t end = findDefinitionEnd(text, codeEnd);
-        const bool isDefinition = codeEnd > codeBegin && codeEnd < text.size() && text[codeEnd] == '>';
-        if (isDefinition && end - codeEnd <= LONGEST_DEFINITION)
-            definitions.emplace(text.substr(codeBegin, codeEnd - codeBegin),
-                                withoutComments(text.substr(codeEnd + 1, end - codeEnd - 1)));
-        open = end;
-    }
+    for (InitFileDefinition& definition : CoordinateTransformation::readInitFileText(text))
+        definitions.emplace(std::move(definition.code), std::move(definition.text));
     return definitions;
 }
 
@@ -77,7 +40,9 @@ std::optional<InitFile::Stamp> InitFile::stampOfFile() const {
 bool InitFile::readIfChanged() {
     const std::optional<Stamp> stamp = stampOfFile();
     if (!stamp || stamp == stampWhenRead) return false;
-    definitions = parseInitFile(readWhole(path));
+    const FileText file = CoordinateTransformation::readFile(path.string());
+    if (!file.failure.empty()) return false;
+    definitions = parseInitFile(file.content);
     stampWhenRead = stamp;
     return true;
 }

@@ -9,7 +9,8 @@
 namespace ClassicProj {
 
 // The index of an init file: code to definition text. The file is read once, and again when a code is missing
-// and the file's size or time has changed. A file that cannot be read is a file without codes.
+// and the file's size or time has changed. A read that fails or breaks off changes nothing: the index stays as it
+// was, and the next code that is missing has the file read again.
 //
 // Not thread-safe.
 class InitFile {
@@ -19,6 +20,9 @@ public:
     // The definition text of `code`, or nothing.
     std::optional<std::string> find(const std::string& code);
 
+    // Reads the file if its size or time is another than when it was read last. Whether it has been read.
+    bool readIfChanged();
+
 private:
     struct Stamp {
         std::uintmax_t size = 0;
@@ -27,20 +31,13 @@ private:
     };
 
     std::optional<Stamp> stampOfFile() const;
-    bool readIfChanged();
 
     std::filesystem::path path;
     std::optional<Stamp> stampWhenRead;
     std::unordered_map<std::string, std::string> definitions;
 };
 
-// The definitions in the text of an init file. Of two with one code the first counts.
-//
-//   file       = { anything else | definition }
-//   definition = "<" code ">" { text | comment } "<"
-//   comment    = "#" up to the end of the line
-//
-// A code holds neither white space nor "<". The "<" that ends a definition begins the next one or "<>".
+// The definitions in the text of an init file, see InitFileText. Of two with one code the first counts.
 std::unordered_map<std::string, std::string> parseInitFile(const std::string& text);
 
 }  // namespace ClassicProj

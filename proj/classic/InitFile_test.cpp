@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <string>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "proj/classic/ParameterList.h"
@@ -187,6 +188,66 @@ TEST_F(InitFileTest, DoesNotWaitForAPipe) {
 TEST(UnreadableInitFileTest, HasNoCodes) {
     InitFile file("/proc/self/mem");
     EXPECT_FALSE(file.find("1").has_value());
+}
+
+// While it lives, the process can open no file.
+class NoDescriptors {
+public:
+    NoDescriptors() {
+        getrlimit(RLIMIT_NOFILE, &limit);
+        const rlimit none{0, limit.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &none);
+    }
+    ~NoDescriptors() { setrlimit(RLIMIT_NOFILE, &limit); }
+    NoDescriptors(const NoDescriptors&) = delete;
+    NoDescriptors& operator=(const NoDescriptors&) = delete;
+
+private:
+    rlimit limit{};
+};
+
+class InitFileForAMomentTest : public InitFileTest {
+protected:
+    std::string findWithoutDescriptors(const std::string& code) {
+        const NoDescriptors exhausted;
+        return find(code);
+    }
+};
+
+TEST_F(InitFileForAMomentTest, FindsACodeThatTheFirstReadCouldNot) {
+    write("<1> +a <>");
+    EXPECT_EQ(findWithoutDescriptors("1"), "none");
+    EXPECT_EQ(find("1"), " +a");
+}
+
+TEST_F(InitFileForAMomentTest, KeepsItsIndexWhenItCannotReadAgain) {
+    write("<1> +a <>");
+    EXPECT_EQ(find("1"), " +a");
+    write("<1> +c <>\n<2> +b <>");
+    EXPECT_EQ(findWithoutDescriptors("2"), "none");
+    EXPECT_EQ(findWithoutDescriptors("1"), " +a");
+    EXPECT_EQ(find("2"), " +b");
+    EXPECT_EQ(find("1"), " +c");
+}
+
+TEST_F(InitFileForAMomentTest, KeepsItsIndexWhenAReadBreaksOff) {
+    write("<1> +a <>");
+    EXPECT_EQ(find("1"), " +a");
+    std::filesystem::remove(directory.file("epsg"));
+    directory.makeSymlink("epsg", "/proc/self/mem");
+    EXPECT_EQ(find("2"), "none");
+    EXPECT_EQ(find("1"), " +a");
+    std::filesystem::remove(directory.file("epsg"));
+    write("<2> +b <>");
+    EXPECT_EQ(find("2"), " +b");
+}
+
+TEST_F(InitFileForAMomentTest, KeepsItsIndexWhenTheFileHasGrownBeyondAllMeasure) {
+    write("<1> +a <>");
+    EXPECT_EQ(find("1"), " +a");
+    std::filesystem::resize_file(directory.file("epsg"), (std::uintmax_t{256} << 20) + 1);
+    EXPECT_EQ(find("2"), "none");
+    EXPECT_EQ(find("1"), " +a");
 }
 
 class EndlessLineTest : public InitFileTest {
