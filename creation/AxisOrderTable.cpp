@@ -1,12 +1,13 @@
 #include "creation/AxisOrderTable.h"
 
 #include <boost/filesystem/operations.hpp>
-#include <fstream>
+#include <sstream>
 
 #include "CoordinateTransformation/Misconfigured.h"
 #include "QSHelpers/ConversionError.h"
 #include "QSHelpers/FileNotFoundException.h"
 #include "creation/CsvRow.h"
+#include "text/FileText.h"
 #include "text/NumericText.h"
 
 namespace CoordinateTransformation {
@@ -50,13 +51,17 @@ std::map<unsigned int, bool>& axisOrderTable = getAxisOrderTable();
 bool searchPathSet = false;
 
 // line = code ";" ( "en" | "ne" ) "\n"
+//
+// A row reader takes a read that breaks off for the end, so the file is read whole first.
 void loadAxisOrderTable(const std::string& path) {
     if (!getAxisOrderTable().empty()) return;
-    std::ifstream file(path);
-    if (!file) throw Misconfigured("Unable to open AxisOrder file \"" + path + "\"");
+    const FileText file = readFile(path);
+    if (!file.opened) throw Misconfigured("Unable to open AxisOrder file \"" + path + "\"");
+    if (!file.failure.empty()) throw Misconfigured("Unable to read AxisOrder file \"" + path + "\": " + file.failure);
+    std::istringstream rows(file.content);
     // Intended: the count goes up before a row is looked at, so that messages name the first line as line 2.
     unsigned int line = 1;
-    for (CsvRowIterator row(file, CELL_SEPARATOR); row != CsvRowIterator(); ++row)
+    for (CsvRowIterator row(rows, CELL_SEPARATOR); row != CsvRowIterator(); ++row)
         addRow(*row, "Error in AxisOrder configuration file \"" + path + "\", line " +
                          QSHelpers::convertNumericToText(++line) + ": ");
 }

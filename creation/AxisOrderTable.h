@@ -19,8 +19,8 @@ extern std::map<unsigned int, bool>& axisOrderTable;
 extern bool searchPathSet;
 
 // Fills the table from a file of lines "code;en" or "code;ne", unless it holds an entry already. Misconfigured,
-// naming the file, for one that cannot be opened and, with the line, for the first malformed line; the rows before
-// that line stay in force.
+// naming the file, for one that cannot be opened, for one that cannot be read to its end, of which nothing is kept,
+// and, with the line, for the first malformed line; the rows before that line stay in force.
 void loadAxisOrderTable(const std::string& path);
 
 // Returns when `path` is a regular file, else raises QSHelpers::FileNotFoundException. Failures of the query

@@ -255,6 +255,20 @@ TEST_F(AxisOrderTableTest, ReportsAFileThatCannotBeOpened) {
     expectMisconfigured("", "Unable to open AxisOrder file \"\"");
 }
 
+// A regular file by its type whose first byte no process may read, the administrator's included.
+TEST_F(AxisOrderTableTest, ReportsAReadThatBreaksOff) {
+    const std::string path = directory.makeSymlink("epsg-axisorder.csv", "/proc/self/mem");
+    expectMisconfigured(path, "Unable to read AxisOrder file \"" + path + "\": Input/output error");
+    EXPECT_THAT(axisOrderTable, IsEmpty());
+}
+
+TEST_F(AxisOrderTableTest, ReportsAFileBeyondAllMeasure) {
+    const std::string path = directory.write("epsg-axisorder.csv", "4326;ne\n");
+    std::filesystem::resize_file(path, (std::uintmax_t{256} << 20) + 1);
+    expectMisconfigured(path, "Unable to read AxisOrder file \"" + path + "\": it is larger than 256 MB");
+    EXPECT_THAT(axisOrderTable, IsEmpty());
+}
+
 TEST_F(AxisOrderTableTest, ClosesTheFileOnEveryPath) {
     // The lowest free descriptor is the same before and after.
     const auto lowestFree = [] {

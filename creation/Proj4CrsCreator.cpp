@@ -13,6 +13,7 @@
 #include "platform/ErrnoGuard.h"
 #include "proj/Proj4Transformer.h"
 #include "proj/classic/ClassicProj.h"
+#include "text/FileText.h"
 
 namespace CoordinateTransformation {
 
@@ -44,9 +45,17 @@ void requireDirectory(const std::string& directory) {
         throw Misconfigured("Configured Proj4 directory \"" + directory + "\" not found!");
 }
 
+// A code that cannot be bound later on names itself alone; here the file and the reason can be named.
+void requireReadable(const std::string& path) {
+    const FileText file = readFile(path);
+    if (!file.failure.empty()) throw Misconfigured("Unable to read init file \"" + path + "\": " + file.failure);
+}
+
 void loadFiles(const boost::filesystem::path& directory) {
     try {
-        requireRegularFile((directory / INIT_FILE).string());
+        const std::string initFile = (directory / INIT_FILE).string();
+        requireRegularFile(initFile);
+        requireReadable(initFile);
         const std::string axisOrderFile = (directory / AXIS_ORDER_FILE).string();
         requireRegularFile(axisOrderFile);
         loadAxisOrderTable(axisOrderFile);

@@ -176,6 +176,22 @@ TEST_F(Proj4CrsCreatorInitTest, ReportsAMissingAxisOrderFile) {
     expectMisconfiguredBy(directory, fileNotFound(directory + "/epsg-axisorder.csv"));
 }
 
+TEST_F(Proj4CrsCreatorInitTest, ReportsAnInitFileThatCannotBeRead) {
+    const std::string directory = givenDirectoryOf("", "4326;ne\n");
+    std::filesystem::remove(directory + "/epsg");
+    temporary.makeSymlink("proj/epsg", "/proc/self/mem");
+    expectMisconfiguredBy(directory, "Unable to read init file \"" + directory + "/epsg\": Input/output error");
+}
+
+TEST_F(Proj4CrsCreatorInitTest, ReportsAnInitFileBeyondAllMeasure) {
+    const std::string directory = givenDirectoryOf("", "4326;ne\n");
+    std::filesystem::resize_file(directory + "/epsg", (std::uintmax_t{256} << 20) + 1);
+    expectMisconfiguredBy(directory, "Unable to read init file \"" + directory + "/epsg\": it is larger than 256 MB");
+    std::filesystem::resize_file(directory + "/epsg", 0);
+    init(directory);
+    EXPECT_TRUE(searchPathSet);
+}
+
 TEST_F(Proj4CrsCreatorInitTest, LetsTheFaultOfAMalformedAxisOrderFilePass) {
     const std::string directory = givenDirectoryOf("", "4326;NE\n");
     const std::string message = "Error in AxisOrder configuration file \"" + directory +
