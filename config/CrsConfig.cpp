@@ -1,10 +1,11 @@
 #include "CoordinateTransformation/CrsConfig.h"
 
-#include <boost/property_tree/xml_parser.hpp>
+#include <utility>
 
 #include "CoordinateTransformation/AbstractCrs.h"
 #include "CoordinateTransformation/CrsCreator.h"
 #include "CoordinateTransformation/CrsNotConfigured.h"
+#include "config/FragmentReader.h"
 
 namespace CoordinateTransformation {
 
@@ -39,7 +40,16 @@ int fitOf(const CrsConfigData& entry, unsigned int secondaryCode, const Abstract
 
 }  // namespace
 
-CrsConfig::CrsConfig() : configuredCrs(new std::list<CrsConfigData>), creator(nullptr), initialised(false) {}
+// What two entries must not both have: see CrsConfigData::sameIdentifierOrAliases.
+struct EntryIndex {
+    std::set<std::pair<std::string, std::string>> identifiersAndAliases;
+};
+
+CrsConfig::CrsConfig()
+    : configuredCrs(new std::list<CrsConfigData>),
+      creator(nullptr),
+      entryIndex(std::make_shared<EntryIndex>()),
+      initialised(false) {}
 
 CrsConfig::~CrsConfig() {
     cleanCodeAndIdentifierCache();
@@ -48,16 +58,15 @@ CrsConfig::~CrsConfig() {
 }
 
 void CrsConfig::configure(std::istringstream& document) {
-    ptree tree;
-    boost::property_tree::read_xml(document, tree);
+    const ptree tree = readFragment(document);
     addEntries(*this, tree, "CrsConfiguration", {"CRS"});
     addEntries(*this, tree, "SRSList", {"SRS", "EPSGCode"});
 }
 
 bool CrsConfig::addCrsConfigData(const CrsConfigData& entry) {
-    for (const CrsConfigData& present : *configuredCrs)
-        if (present.sameIdentifierOrAliases(entry)) return false;
-    configuredCrs->push_back(entry);
+    std::list<CrsConfigData> added(1, entry);
+    if (!entryIndex->identifiersAndAliases.emplace(entry.getIdentifier(), entry.getAlias()).second) return false;
+    configuredCrs->splice(configuredCrs->end(), added);
     return true;
 }
 

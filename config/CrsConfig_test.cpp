@@ -3,6 +3,8 @@
 #include <boost/property_tree/xml_parser.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <list>
+#include <memory>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -24,7 +26,7 @@ using Names = std::vector<std::string>;
 
 struct Document {
     const char* behaviour;
-    const char* xml;
+    std::string xml;
     Names entries;
 };
 
@@ -172,16 +174,6 @@ TEST(ConfigureTest, IsFreeOfTheLocale) {
     EXPECT_TRUE(server.config.isCrsConfigured("EPSG:31467;EN;1"));
 }
 
-TEST(ConfigureTest, ReadsADeeplyNestedDocument) {
-    constexpr int depth = 1000;
-    std::string xml = "<CrsConfiguration><CRS>1</CRS>";
-    for (int i = 0; i < depth; ++i) xml += "<CRS>";
-    for (int i = 0; i < depth; ++i) xml += "</CRS>";
-    JournaledConfig server;
-    server.configure(xml + "<CRS>2</CRS></CrsConfiguration>");
-    EXPECT_THAT(server.entries(), ElementsAre("EPSG:1", "", "EPSG:2"));
-}
-
 TEST(ConfigureTest, ReadsAHugeDocument) {
     constexpr int count = 3000;
     std::string xml = "<SRSList>";
@@ -242,6 +234,134 @@ INSTANTIATE_TEST_SUITE_P(Documents, MalformedDocumentTest,
                                          "<CrsConfiguration><CRS><![CDATA[4326</CRS></CrsConfiguration>", "<", "<?xml",
                                          "</CrsConfiguration>"));
 
+// What the property tree's reader accepts, or would not survive, and `configure` refuses.
+struct Refused {
+    const char* behaviour;
+    std::string xml;
+    const char* message;
+    unsigned long line;
+};
+
+void PrintTo(const Refused& refused, std::ostream* stream) { *stream << refused.behaviour; }
+
+class RefusedDocumentTest : public testing::TestWithParam<Refused> {};
+
+TEST_P(RefusedDocumentTest, RaisesTheReadersErrorAndAddsNothing) {
+    JournaledConfig server;
+    server.givenConfigured({"<CRS>4979</CRS>"});
+    try {
+        server.configure(GetParam().xml);
+        FAIL() << "accepted";
+    } catch (const xml_parser_error& error) {
+        EXPECT_EQ(error.message(), GetParam().message);
+        EXPECT_EQ(error.line(), GetParam().line);
+        EXPECT_EQ(error.filename(), "");
+    }
+    EXPECT_THAT(server.entries(), ElementsAre("EPSG:4979"));
+}
+
+std::string nested(std::size_t depth) {
+    std::string xml;
+    for (std::size_t i = 0; i < depth; ++i) xml += "<a>";
+    for (std::size_t i = 0; i < depth; ++i) xml += "</a>";
+    return xml;
+}
+
+std::string asUtf16(const std::string& text, bool littleEndian) {
+    std::string wide;
+    for (const char character : text)
+        wide += littleEndian ? std::string{character, '\0'} : std::string{'\0', character};
+    return wide;
+}
+
+INSTANTIATE_TEST_SUITE_P(Markup, RefusedDocumentTest,
+                         testing::Values(Refused{"a wrong end tag", "<SRSList>\n<SRS>4326</CRS>\n</SRSList>",
+                                                 "end tag </CRS> does not match <SRS> of line 2", 2},
+                                         Refused{"end tags that cross", "<SRSList>\n<SRS>\n4326</SRSList></SRS>",
+                                                 "end tag </SRSList> does not match <SRS> of line 2", 3},
+                                         Refused{"an end tag in another case", "<SRSList></srslist>",
+                                                 "end tag </srslist> does not match <SRSList> of line 1", 1},
+                                         Refused{"an end tag without a name", "<SRSList></>",
+                                                 "end tag </> does not match <SRSList> of line 1", 1}));
+
+INSTANTIATE_TEST_SUITE_P(
+    References, RefusedDocumentTest,
+    testing::Values(
+        Refused{"an undeclared entity", "<SRSList>\n<SRS>&bogus;</SRS></SRSList>",
+                "&bogus; is no entity that is known; known are amp, lt, gt, quot and apos", 2},
+        Refused{"a bare ampersand", "<SRSList><SRS>A & B</SRS></SRSList>", "& without an entity; write &amp;", 1},
+        Refused{"an ampersand at the end of a text", "<SRSList><SRS>A&</SRS></SRSList>",
+                "& without an entity; write &amp;", 1},
+        Refused{"a bare ampersand in an attribute", "<SRSList>\n\n<SRS mapToEpsgCode='4&6'>A</SRS></SRSList>",
+                "& without an entity; write &amp;", 3},
+        Refused{"an undeclared entity in an attribute", "<SRSList><SRS mapToEpsgCode=\"&x;\">A</SRS></SRSList>",
+                "&x; is no entity that is known; known are amp, lt, gt, quot and apos", 1},
+        Refused{"an ampersand of a URL", "<SRSList><SRS mapToEpsgCode='1'>http://a?b=1&c=2</SRS></SRSList>",
+                "& without an entity; write &amp;", 1},
+        Refused{"a reference to no character", "<SRSList><SRS>&#0;</SRS></SRSList>", "&#0; is no character", 1},
+        Refused{"a reference without digits", "<SRSList><SRS>&#;</SRS></SRSList>", "&#; is no character", 1},
+        Refused{"a reference that runs over", "<SRSList><SRS>&#x10000000000000041;</SRS></SRSList>",
+                "&#x10000000000000041; is no character", 1},
+        Refused{"a decimal reference of hexadecimal digits", "<SRSList><SRS>&#4A;</SRS></SRSList>",
+                "&#4A; is no character", 1}));
+
+INSTANTIATE_TEST_SUITE_P(
+    Bytes, RefusedDocumentTest,
+    testing::Values(Refused{"text behind a NUL byte",
+                            "<SRSList>\n<SRS>1</SRS></SRSList>" + std::string("\0<SRS>2</SRS>", 14), "a NUL byte", 2},
+                    Refused{"a NUL byte alone", std::string(1, '\0'), "a NUL byte", 1},
+                    Refused{"UTF-16 without a mark, big end first", asUtf16("<SRSList/>", false),
+                            "the text is UTF-16; it must be UTF-8", 1}));
+
+INSTANTIATE_TEST_SUITE_P(
+    Depth, RefusedDocumentTest,
+    testing::Values(Refused{"257 nested elements", nested(257), "elements are nested more than 256 deep", 1},
+                    Refused{"an empty element below 256", nested(255).insert(255 * 3, "<b>\n<c/></b>"),
+                            "elements are nested more than 256 deep", 2},
+                    Refused{"elements without end", nested(100000).substr(0, 300000),
+                            "elements are nested more than 256 deep", 1}));
+
+class Utf16DocumentTest : public testing::TestWithParam<std::string> {};
+
+TEST_P(Utf16DocumentTest, IsMalformed) {
+    JournaledConfig server;
+    EXPECT_THROW(server.configure(GetParam()), xml_parser_error);
+    EXPECT_THAT(server.entries(), IsEmpty());
+}
+
+constexpr char SRS_LIST[] = "<SRSList><SRS>4326</SRS></SRSList>";
+INSTANTIATE_TEST_SUITE_P(Orders, Utf16DocumentTest,
+                         testing::Values("\xFF\xFE" + asUtf16(SRS_LIST, true), "\xFE\xFF" + asUtf16(SRS_LIST, false),
+                                         asUtf16(SRS_LIST, true), asUtf16(SRS_LIST, false),
+                                         asUtf16("\n <SRSList/>", true), asUtf16("\n <SRSList/>", false)));
+
+INSTANTIATE_TEST_SUITE_P(
+    WellFormed, DocumentTest,
+    testing::Values(
+        Document{"the predefined entities",
+                 "<SRSList><SRS mapToEpsgCode='1'>&amp;&lt;&gt;&quot;&apos;</SRS></SRSList>",
+                 {"&<>\"'=EPSG:1"}},
+        Document{"references to characters",
+                 "<SRSList><SRS mapToEpsgCode='&#52;&#x33;26'>&#x41;&#66;&#xe4;&#x20AC;&#x1F30D;&#9;</SRS></SRSList>",
+                 {"AB\xc3\xa4\xe2\x82\xac\xf0\x9f\x8c\x8d\t=EPSG:4326"}},
+        Document{"an ampersand that needs no entity",
+                 "<!-- & </b> &x; --><?a & &x; <b>?><SRSList><![CDATA[& &x; <b>]]><SRS>1</SRS></SRSList>",
+                 {"EPSG:1"}},
+        Document{"CDATA in an entry",
+                 "<SRSList><SRS mapToEpsgCode='1'><![CDATA[a & <b>]]></SRS></SRSList>",
+                 {"a & <b>=EPSG:1"}},
+        Document{
+            "a document type", "<!DOCTYPE SRSList [<!ENTITY x '<b>&y;'>]><SRSList><SRS>1</SRS></SRSList>", {"EPSG:1"}},
+        Document{"another declaration", "<!ELEMENT SRSList ANY><SRSList><SRS>1</SRS></SRSList>", {"EPSG:1"}},
+        Document{"either quote",
+                 "<SRSList><SRS mapToEpsgCode=\"1\">a</SRS><SRS mapToEpsgCode = '2' >b</SRS></SRSList>",
+                 {"a=EPSG:1", "b=EPSG:2"}},
+        Document{"a quote and markup inside the other quote",
+                 "<SRSList><SRS x=\"'/>\" y='\"</SRS>'>1</SRS></SRSList>",
+                 {"EPSG:1"}},
+        Document{"white space in tags", "<SRSList\n>\t<SRS\r\n>1</SRS\n><SRS /></SRSList >", {"EPSG:1", ""}},
+        Document{"256 nested elements", "<SRSList><SRS>1</SRS><!-- --></SRSList>" + nested(256), {"EPSG:1"}}));
+
 TEST(AddEntryTest, AppendsACopy) {
     JournaledConfig server;
     EXPECT_TRUE(server.config.addCrsConfigData(CrsConfigData("EPSG:1")));
@@ -265,6 +385,35 @@ TEST(AddEntryTest, ComparesExactly) {
     EXPECT_TRUE(server.config.addCrsConfigData(CrsConfigData("EPSG:1")));
     EXPECT_TRUE(server.config.addCrsConfigData(CrsConfigData("epsg:1")));
     EXPECT_TRUE(server.config.addCrsConfigData(CrsConfigData("EPSG:1 ")));
+}
+
+// A copy shares the entries, so neither may miss what the other has added.
+TEST(AddEntryTest, ComparesWithWhatAShallowCopyHasAdded) {
+    JournaledConfig server;
+    EXPECT_TRUE(server.config.addCrsConfigData(CrsConfigData("EPSG:1")));
+    auto* const copy = new CrsConfig(server.config);
+    EXPECT_FALSE(copy->addCrsConfigData(CrsConfigData("EPSG:1")));
+    EXPECT_TRUE(copy->addCrsConfigData(CrsConfigData("EPSG:2")));
+    EXPECT_FALSE(server.config.addCrsConfigData(CrsConfigData("EPSG:2")));
+    EXPECT_TRUE(server.config.addCrsConfigData(CrsConfigData("EPSG:3")));
+    EXPECT_FALSE(copy->addCrsConfigData(CrsConfigData("EPSG:3")));
+    EXPECT_THAT(server.entries(), ElementsAre("EPSG:1", "EPSG:2", "EPSG:3"));
+    server.leaveAlive();
+    delete copy;
+}
+
+TEST(AddEntryTest, ComparesWithTheEntriesThatWereAssigned) {
+    JournaledConfig source;
+    source.givenConfigured({"<CRS>1</CRS>"});
+    auto* const target = new CrsConfig;
+    EXPECT_TRUE(target->addCrsConfigData(CrsConfigData("EPSG:2")));
+    std::unique_ptr<const std::list<CrsConfigData>> left(target->getConfiguredCrs());
+    *target = source.config;
+    EXPECT_FALSE(target->addCrsConfigData(CrsConfigData("EPSG:1")));
+    EXPECT_TRUE(target->addCrsConfigData(CrsConfigData("EPSG:2")));
+    EXPECT_THAT(source.entries(), ElementsAre("EPSG:1", "EPSG:2"));
+    source.leaveAlive();
+    delete target;
 }
 
 TEST(AddEntryTest, LeavesTheCachesToTheNextInitialisation) {

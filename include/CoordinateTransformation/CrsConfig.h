@@ -17,6 +17,7 @@ namespace CoordinateTransformation {
 class AbstractCrs;
 class Crs;
 class CrsCreator;
+struct EntryIndex;
 
 /// The server's configuration of the CRS it offers, and after `init` the pool of ready CRS objects under every
 /// name that a request may use for them.
@@ -123,6 +124,8 @@ private:
     std::set<const AbstractCrs*> owned;
     // By primary code, in the order of the entry list.
     std::multimap<unsigned int, RegisteredEntry> registeredEntries;
+    // Beside configuredCrs, and shared by copies as that is.
+    std::shared_ptr<EntryIndex> entryIndex;
     bool initialised;
 };
 
