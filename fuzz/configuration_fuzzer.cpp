@@ -1,18 +1,46 @@
-// Configuration fragments: read, or refused by the XML reader with its own error.
+// Configuration fragments: read, with the elements that the scanner sees, or refused with the XML reader's error.
 
 #include <boost/property_tree/xml_parser.hpp>
 
+#include "config/FragmentReader.h"
+#include "config/FragmentScanner.h"
 #include "fuzz/Input.h"
 
 using namespace CoordinateTransformation;
+using boost::property_tree::ptree;
+
+namespace {
+
+void collectElements(const ptree& tree, std::size_t depth, std::vector<std::string>& names) {
+    Fuzz::require(depth <= DEEPEST_NESTING);
+    for (const auto& [name, child] : tree) {
+        if (name == "<xmlattr>" || name == "<xmlcomment>") continue;
+        names.push_back(name);
+        collectElements(child, depth + 1, names);
+    }
+}
+
+void requireSameElements(const std::string& text, const ptree& tree) {
+    std::vector<std::string> inTree;
+    collectElements(tree, 0, inTree);
+    std::vector<std::string> scanned;
+    for (const FragmentElement& element : fragmentElements(text)) scanned.emplace_back(element.name);
+    Fuzz::require(scanned == inTree);
+}
+
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     CrsConfig config;
-    std::istringstream fragment(Fuzz::text(data, size));
+    const std::string text = Fuzz::text(data, size);
+    std::istringstream fragment(text);
     try {
         config.configure(fragment);
+        Fuzz::require(!findFragmentFault(text));
+        requireSameElements(text, readFragmentText(text));
     } catch (const boost::property_tree::xml_parser_error&) {
         Fuzz::require(config.getConfiguredCrs()->empty());
+        Fuzz::require(findFragmentFault(text).has_value());
     }
     for (const CrsConfigData& entry : *config.getConfiguredCrs())
         Fuzz::require(entry.isMapped() == !entry.getAlias().empty());
