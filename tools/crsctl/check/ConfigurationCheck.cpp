@@ -5,8 +5,10 @@
 #include "tools/crsctl/check/Fragment.h"
 #include "tools/crsctl/check/NameClaims.h"
 #include "tools/crsctl/check/ObservedStart.h"
+#include "tools/crsctl/check/ProjDirectoryCheck.h"
 #include "tools/crsctl/names/NameReport.h"
 #include "tools/crsctl/names/NameReportOutput.h"
+#include "tools/crsctl/start/ProjDirectory.h"
 #include "tools/crsctl/text/Printable.h"
 #include "tools/crsctl/text/Table.h"
 
@@ -93,14 +95,17 @@ bool hasError(const Findings& findings) {
     return false;
 }
 
-std::string placeInWords(const std::string& file, const Place& place) {
-    std::string words = printable(file, 1000);
+std::string placeInWords(const std::string& fragment, const Place& place) {
+    std::string words = printable(place.file.empty() ? fragment : place.file, 1000);
     if (place.line != 0) words += ":" + std::to_string(place.line);
     if (place.column != 0) words += ":" + std::to_string(place.column);
     return words;
 }
 
-const char* severityInWords(Severity severity) { return severity == Severity::Error ? "error" : "warning"; }
+const char* severityInWords(Severity severity) {
+    if (severity == Severity::Note) return "note";
+    return severity == Severity::Error ? "error" : "warning";
+}
 
 std::string decimalsInWords(const CheckedEntry& entry) {
     if (entry.decimalsConfigured) return std::to_string(entry.decimals);
@@ -159,6 +164,7 @@ Json entryAsJson(const CheckedEntry& entry) {
 Json findingAsJson(const Finding& finding) {
     const Place& place = finding.place;
     return {{"severity", severityInWords(finding.severity)},
+            {"file", place.file.empty() ? Json() : Json(place.file)},
             {"line", place.line == 0 ? Json() : Json(place.line)},
             {"column", place.column == 0 ? Json() : Json(place.column)},
             {"element", place.element.empty() ? Json() : Json(place.element)},
@@ -173,10 +179,13 @@ ConfigurationReport checkConfiguration(const std::string& file, const std::strin
     const Fragment fragment = readFragment(text);
     report.findings = fragment.findings;
     checkEntries(fragment, options.projDir, report);
-    report.failure = startFailure(text, options.projDir);
+    report.failure = fragment.wellFormed ? startFailure(text, options.projDir) : fragment.failure;
     report.starts = report.failure.empty();
     if (!report.starts && !hasError(report.findings))
         report.findings.push_back({Severity::Error, Place(), report.failure});
+    const Findings ofDirectory = checkProjDirectory(projDirectory(projDirectoryChoice(options.projDir)));
+    report.findings.insert(report.findings.end(), ofDirectory.begin(), ofDirectory.end());
+    report.hasErrors = hasError(report.findings);
     sortByPlace(report.findings);
     return report;
 }

@@ -30,10 +30,11 @@ struct ConfigurationReport {
     std::string failure;                // what the start fails for; empty when it does not
     std::vector<CheckedEntry> entries;  // without those dropped as duplicates
     Findings findings;
+    bool hasErrors = false;
 };
 
-// Reads the fragment `text` as a server would and starts the library with it. SetUpError when the library does not
-// even start without it.
+// Reads the fragment `text` as a server would, starts the library with it and looks through the PROJ directory.
+// SetUpError when the library does not even start without it.
 ConfigurationReport checkConfiguration(const std::string& file, const std::string& text, const CommonOptions& options);
 
 std::string asText(const ConfigurationReport& report);

@@ -7,7 +7,8 @@ namespace crsctl {
 
 void sortByPlace(Findings& findings) {
     std::stable_sort(findings.begin(), findings.end(), [](const Finding& left, const Finding& right) {
-        return std::tie(left.place.line, left.place.column) < std::tie(right.place.line, right.place.column);
+        return std::tie(left.place.file, left.place.line, left.place.column) <
+               std::tie(right.place.file, right.place.line, right.place.column);
     });
 }
 

@@ -6,14 +6,16 @@
 
 namespace crsctl {
 
-// Error: a server does not start. Warning: something is ignored, dropped or not what it looks like.
-enum class Severity { Error, Warning };
+// Error: a server does not start, or a definition cannot be used. Warning: something is ignored, dropped or not what
+// it looks like. Note: something that may be as it should.
+enum class Severity { Error, Warning, Note };
 
-// Where in a fragment: 0 where no place is known.
+// Where in a file: 0 where no place is known.
 struct Place {
     std::size_t line = 0;
     std::size_t column = 0;
-    std::string element;  // "CRS", "SRSList"; empty for the fragment as a whole
+    std::string element = {};  // "CRS", "SRSList"; empty for the fragment as a whole
+    std::string file = {};     // empty: the fragment
 };
 
 struct Finding {
@@ -24,7 +26,7 @@ struct Finding {
 
 using Findings = std::vector<Finding>;
 
-// In the order of the fragment; of one place in the order in which they were found.
+// Those of the fragment first, each file in its order; of one place in the order in which they were found.
 void sortByPlace(Findings& findings);
 
 }  // namespace crsctl

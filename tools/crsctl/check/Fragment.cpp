@@ -3,16 +3,20 @@
 #include <boost/property_tree/xml_parser.hpp>
 #include <map>
 #include <set>
-#include <sstream>
+#include <utility>
 
-#include "tools/crsctl/check/ElementPlaces.h"
+#include "config/FragmentReader.h"
+#include "config/FragmentScanner.h"
 #include "tools/crsctl/check/EntryAttributes.h"
 #include "tools/crsctl/text/Printable.h"
 
 namespace crsctl {
 
 using boost::property_tree::ptree;
+using boost::property_tree::xml_parser_error;
 using CoordinateTransformation::CrsConfigData;
+using CoordinateTransformation::FragmentElement;
+using CoordinateTransformation::FragmentFault;
 
 namespace {
 
@@ -41,8 +45,8 @@ bool isBlankText(const std::string& text) { return text.find_first_not_of(" \t\r
 
 class FragmentReader {
 public:
-    FragmentReader(const ptree& readTree, const std::vector<ElementPlace>& elementPlaces)
-        : tree(readTree), places(elementPlaces) {}
+    FragmentReader(const ptree& readTree, const std::vector<FragmentElement>& startTags)
+        : tree(readTree), elements(startTags) {}
 
     Fragment run() {
         walkTopLevel();
@@ -56,11 +60,10 @@ private:
         fragment.findings.push_back({Severity::Warning, place, text});
     }
 
-    // An element that the walk over the text does not confirm has no place.
+    // The tree keeps no places, but has the elements in the order of their start tags.
     Place placeOf(const std::string& name) {
-        if (nextElement >= places.size() || places[nextElement].name != name) return {0, 0, name};
-        const ElementPlace& place = places[nextElement++];
-        return {place.line, place.column, name};
+        const FragmentElement& element = elements.at(nextElement++);
+        return {element.place.line, element.place.column, name};
     }
 
     // Passes over an element that is ignored together with all that it holds.
@@ -118,9 +121,12 @@ private:
     }
 
     void take(FragmentEntry entry) {
-        for (std::size_t i = 0; i < fragment.entries.size() && !entry.duplicateOf; ++i)
-            if (fragment.entries[i].data.sameIdentifierOrAliases(entry.data)) entry.duplicateOf = i;
-        if (entry.duplicateOf) warnOfDuplicate(entry, fragment.entries[*entry.duplicateOf]);
+        const auto [first, isNew] =
+            taken.emplace(std::pair(entry.data.getIdentifier(), entry.data.getAlias()), fragment.entries.size());
+        if (!isNew) {
+            entry.duplicateOf = first->second;
+            warnOfDuplicate(entry, fragment.entries[first->second]);
+        }
         fragment.entries.push_back(std::move(entry));
     }
 
@@ -134,33 +140,33 @@ private:
     }
 
     const ptree& tree;
-    const std::vector<ElementPlace>& places;
+    const std::vector<FragmentElement>& elements;
     std::size_t nextElement = 0;
     std::map<std::string, std::vector<FragmentEntry>> entriesOf;
+    std::map<std::pair<std::string, std::string>, std::size_t> taken;  // by identifier and alias
     Fragment fragment;
 };
 
-Fragment malformed(const boost::property_tree::xml_parser_error& failure) {
+// The scanner has the better place where the tree reader itself has refused the text.
+Fragment malformed(const xml_parser_error& failure, const std::optional<FragmentFault>& fault) {
     Fragment fragment;
     fragment.wellFormed = false;
-    Place place;
-    place.line = failure.line();
-    fragment.findings.push_back({Severity::Error, place, "the fragment is malformed: " + failure.message()});
+    fragment.failure = failure.what();
+    const Place place = fault ? Place{fault->place.line, fault->place.column} : Place{failure.line(), 0};
+    fragment.findings.push_back(
+        {Severity::Error, place, "the fragment is malformed: " + (fault ? fault->message : failure.message())});
     return fragment;
 }
 
 }  // namespace
 
 Fragment readFragment(const std::string& text) {
-    ptree tree;
-    std::istringstream document(text);
     try {
-        boost::property_tree::read_xml(document, tree);
-    } catch (const boost::property_tree::xml_parser_error& failure) {
-        return malformed(failure);
+        const ptree tree = CoordinateTransformation::readFragmentText(text);
+        return FragmentReader(tree, CoordinateTransformation::fragmentElements(text)).run();
+    } catch (const xml_parser_error& failure) {
+        return malformed(failure, CoordinateTransformation::findFragmentFault(text));
     }
-    const std::vector<ElementPlace> places = elementPlaces(text);
-    return FragmentReader(tree, places).run();
 }
 
 }  // namespace crsctl

@@ -24,6 +24,7 @@ struct Fragment {
     std::vector<FragmentEntry> entries;  // in the order in which the server takes them
     Findings findings;
     bool wellFormed = true;
+    std::string failure;  // with which the server refuses a malformed one
 };
 
 Fragment readFragment(const std::string& text);

@@ -31,9 +31,10 @@ CommandResult checkCommand(const CommonOptions& common, const std::string& file)
     const ConfigurationReport report = checkConfiguration(inputName(file), readTextFile(file), common);
     CommandResult result;
     result.output = common.json ? serialised(asJson(report)) : asText(report);
-    if (report.starts) return result;
+    if (!report.hasErrors) return result;
     result.exitCode = EXIT_REFUSED;
-    result.notes.push_back(inputName(file) + ": " + printable(report.failure, 1000));
+    result.notes.push_back(inputName(file) + ": " +
+                           (report.starts ? "the PROJ directory has errors" : printable(report.failure, 1000)));
     return result;
 }
 

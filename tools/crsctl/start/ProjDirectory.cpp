@@ -33,6 +33,12 @@ std::string projDirectoryProperty(const ProjDirectoryChoice& choice) {
     return choice.installed;
 }
 
+std::string projDirectory(const ProjDirectoryChoice& choice) {
+    const std::string property = projDirectoryProperty(choice);
+    if (!property.empty()) return property;
+    return choice.environment.empty() ? BUILT_IN_DIRECTORY : choice.environment;
+}
+
 ProjDirectoryChoice projDirectoryChoice(const std::string& option) {
     const char* const environment = std::getenv(DIRECTORY_VARIABLE);
     return {option, environment == nullptr ? "" : environment, isDirectory(BUILT_IN_DIRECTORY), installedDirectory()};

@@ -16,6 +16,9 @@ struct ProjDirectoryChoice {
 // environment, or its built-in directory.
 std::string projDirectoryProperty(const ProjDirectoryChoice& choice);
 
+// The directory itself.
+std::string projDirectory(const ProjDirectoryChoice& choice);
+
 // The choice as it stands for this process.
 ProjDirectoryChoice projDirectoryChoice(const std::string& option);
 

@@ -14,6 +14,7 @@ namespace {
 struct Case {
     ProjDirectoryChoice choice;
     const char* property;
+    const char* directory;
 };
 
 void PrintTo(const Case& tried, std::ostream* stream) {
@@ -22,14 +23,17 @@ void PrintTo(const Case& tried, std::ostream* stream) {
 
 class TheProjDirectory : public testing::TestWithParam<Case> {};
 
-TEST_P(TheProjDirectory, IsChosenInOrder) { EXPECT_EQ(projDirectoryProperty(GetParam().choice), GetParam().property); }
+TEST_P(TheProjDirectory, IsChosenInOrder) {
+    EXPECT_EQ(projDirectoryProperty(GetParam().choice), GetParam().property);
+    EXPECT_EQ(projDirectory(GetParam().choice), GetParam().directory);
+}
 
 INSTANTIATE_TEST_SUITE_P(Choices, TheProjDirectory,
-                         testing::Values(Case{{"option", "environment", true, "installed"}, "option"},
-                                         Case{{"", "environment", true, "installed"}, ""},
-                                         Case{{"", "environment", false, "installed"}, ""},
-                                         Case{{"", "", true, "installed"}, ""},
-                                         Case{{"", "", false, "installed"}, "installed"}));
+                         testing::Values(Case{{"option", "environment", true, "installed"}, "option", "option"},
+                                         Case{{"", "environment", true, "installed"}, "", "environment"},
+                                         Case{{"", "environment", false, "installed"}, "", "environment"},
+                                         Case{{"", "", true, "installed"}, "", "/opt/quarvelserver/share/proj4"},
+                                         Case{{"", "", false, "installed"}, "installed", "installed"}));
 
 TEST(TheChoice, LooksIntoTheEnvironment) {
     setenv("QUARVELSRV_PROJ4_CONF_DIR", "/from/the/environment", 1);

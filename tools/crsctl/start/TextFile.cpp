@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "config/FragmentScanner.h"
 #include "tools/crsctl/start/Failures.h"
 
 namespace crsctl {
@@ -20,7 +21,7 @@ std::string readDescriptor(int descriptor, const std::string& path) {
     for (;;) {
         const ssize_t count = read(descriptor, block.data(), block.size());
         if (count > 0) content.append(block.data(), static_cast<std::size_t>(count));
-        if (count == 0) return content;
+        if (count == 0 || content.size() > CoordinateTransformation::LARGEST_FRAGMENT) return content;
         if (count < 0 && errno != EINTR) failFor(path);
     }
 }
