@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
@@ -26,6 +27,18 @@ protected:
         init(directory.name());
     }
 
+    // A regular file by its type whose first byte no process may read.
+    void initWithUnreadable(const std::string& file) const {
+        const TestSupport::TemporaryDirectory& root = directory;
+        std::filesystem::remove_all(root.file("broken"));
+        const std::string broken = root.makeDirectory("broken");
+        root.write("broken/epsg", "");
+        root.write("broken/epsg-axisorder.csv", "");
+        std::filesystem::remove(root.file("broken/" + file));
+        root.makeSymlink("broken/" + file, "/proc/self/mem");
+        init(broken);
+    }
+
     // The table, with the directory in place of "DIR".
     Table table() const {
         Table found = tablesOf(readPage("failures.md"), "failure").at(2);
@@ -50,6 +63,8 @@ TEST_F(StartUpFailuresTest, AreAsThePageSays) {
                                   directory.write("half/epsg", "");
                                   init(half);
                               }},
+                             {"epsg file that breaks off", [this] { initWithUnreadable("epsg"); }},
+                             {"axis-order file that breaks off", [this] { initWithUnreadable("epsg-axisorder.csv"); }},
                              {"axis-order line without two fields", [this] { initWithAxisOrders("4326\n"); }},
                              {"axis order that is none", [this] { initWithAxisOrders("4326;EN\n"); }},
                              {"axis order for a code that is none", [this] { initWithAxisOrders("EPSG:4326;en\n"); }},

@@ -17,6 +17,7 @@
 #include <unistd.h>
 #include <vector>
 
+#include "tests/support/TemporaryDirectory.h"
 #include "tools/crsctl/start/TextFile.h"
 #include "tools/crsctl/testing/TemporaryFile.h"
 
@@ -114,6 +115,26 @@ TEST(Checking, ReadsStandardInput) {
     const Outcome outcome = run({"check", "-", "--json"}, CONFIGURATION);
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(nlohmann::json::parse(outcome.output)["file"], "standard input");
+}
+
+TEST(Checking, EndsForAFileThatDoesNot) {
+    const Outcome outcome = run({"check", "/dev/zero"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.output,
+                HasSubstr("/dev/zero:1:1: error: the fragment is malformed: the fragment is larger than "
+                          "256 MB\n"));
+    EXPECT_EQ(outcome.errors, "crsctl check: /dev/zero: <unspecified file>(1): the fragment is larger than 256 MB\n");
+}
+
+// Started with its own PROJ directory, which would start a server and still has an error.
+TEST(Checking, FailsForAnErrorInTheProjDirectory) {
+    const TestSupport::TemporaryDirectory directory;
+    directory.write("epsg", "<1> +proj=longlat +nadgrids=no_such_grid <>\n");
+    directory.write("epsg-axisorder.csv", "1;en\n");
+    const Outcome outcome = run({"check", "--proj-dir", directory.name(), "-"}, "<SRSList/>");
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.output, HasSubstr("a server would start; 0 entries, 1 error, 0 warnings\n"));
+    EXPECT_EQ(outcome.errors, "crsctl check: standard input: the PROJ directory has errors\n");
 }
 
 TEST(Naming, ListsWhatTheCacheAnswers) {

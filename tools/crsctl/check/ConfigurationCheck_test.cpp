@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <ostream>
 
+#include "tests/support/TemporaryDirectory.h"
 #include "tools/crsctl/testing/TestSession.h"
 #include "tools/crsctl/text/Printable.h"
 
@@ -178,13 +179,67 @@ TEST(AnUnknownContainer, IsIgnored) {
     EXPECT_EQ(findingsOf(report), "warning 1: ignored: only CrsConfiguration and SRSList are read at this level\n");
 }
 
-TEST(AMalformedFragment, IsReportedWithItsLine) {
-    const ConfigurationReport report = reportOf("<CrsConfiguration>\n<CRS>4326\n</CrsConfiguration>");
+struct Malformed {
+    std::string fragment;
+    const char* finding;  // "line:column: text"
+    const char* failure;
+};
+
+void PrintTo(const Malformed& tried, std::ostream* stream) { *stream << printable(tried.fragment); }
+
+class AMalformedFragment : public testing::TestWithParam<Malformed> {};
+
+TEST_P(AMalformedFragment, IsReportedWithItsPlace) {
+    const ConfigurationReport report = reportOf(GetParam().fragment);
     EXPECT_FALSE(report.starts);
+    EXPECT_EQ(report.failure, GetParam().failure);
     ASSERT_EQ(report.findings.size(), 1U);
-    EXPECT_EQ(report.findings[0].severity, Severity::Error);
-    EXPECT_GT(report.findings[0].place.line, 0U);
-    EXPECT_THAT(report.findings[0].text, HasSubstr("the fragment is malformed: "));
+    const Finding& finding = report.findings.front();
+    EXPECT_EQ(finding.severity, Severity::Error);
+    EXPECT_EQ(std::to_string(finding.place.line) + ":" + std::to_string(finding.place.column) + ": " + finding.text,
+              std::string(GetParam().finding));
+}
+
+std::string nested(std::size_t depth) {
+    std::string elements;
+    for (std::size_t i = 0; i < depth; ++i) elements += "<a>";
+    return elements;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Faults, AMalformedFragment,
+    testing::Values(
+        Malformed{"<CrsConfiguration>\n<CRS>4326\n</CrsConfiguration>",
+                  "3:1: the fragment is malformed: end tag </CrsConfiguration> does not match <CRS> of line 2",
+                  "<unspecified file>(3): unexpected end of data"},
+        Malformed{"<SRSList>\n <SRS>4326</CRS></SRSList>",
+                  "2:11: the fragment is malformed: end tag </CRS> does not match <SRS> of line 2",
+                  "<unspecified file>(2): end tag </CRS> does not match <SRS> of line 2"},
+        Malformed{"<SRSList>\n <SRS>A&B</SRS></SRSList>",
+                  "2:8: the fragment is malformed: & without an entity; write &amp;",
+                  "<unspecified file>(2): & without an entity; write &amp;"},
+        Malformed{std::string("<SRSList/>\n\0", 12), "2:1: the fragment is malformed: a NUL byte",
+                  "<unspecified file>(2): a NUL byte"},
+        Malformed{"<SRSList>\n" + nested(300),
+                  "2:766: the fragment is malformed: elements are nested more than 256 deep",
+                  "<unspecified file>(2): elements are nested more than 256 deep"}));
+
+TEST(AProjDirectory, IsCheckedBesideTheFragment) {
+    const TestSupport::TemporaryDirectory directory;
+    directory.write("epsg", "<4326> +proj=longlat +datum=WGS84 <>\n<1> +proj=longlat +nadgrids=no_such_grid <>\n");
+    directory.write("epsg-axisorder.csv", "4326;ne");
+    CommonOptions options = optionsFor();
+    options.projDir = directory.name();
+    const ConfigurationReport report = checkConfiguration("crs.xml", "<SRS/>", options);
+    EXPECT_TRUE(report.hasErrors);
+    EXPECT_THAT(
+        asText(report),
+        HasSubstr("crs.xml:1:1: warning: SRS: ignored: only CrsConfiguration and SRSList are read at this level\n" +
+                  directory.name() + "/epsg:2: error: 1: the grid file no_such_grid is missing\n" + directory.name() +
+                  "/epsg-axisorder.csv:1: warning: not read, because the line end is missing: 4326;ne\n"
+                  "crs.xml: a server would start; 0 entries, 1 error, 2 warnings\n"));
+    EXPECT_TRUE(asJson(report)["findings"][0]["file"].is_null());
+    EXPECT_EQ(asJson(report)["findings"][1]["file"], directory.name() + "/epsg");
 }
 
 // An identifier that fails by itself is answered where an earlier alias has claimed it.

@@ -89,7 +89,10 @@ CommandText checkText() {
              "that is wrong or suspicious, each with its line: what the start would fail for, entries that are "
              "dropped as duplicates, containers, elements and attributes that are ignored, attribute values that do "
              "not convert, an axis order without an alias, names that are claimed twice, blanks around a code.",
-             "The exit code is 0 only when a server would start."},
+             "The files of the PROJ directory are looked through as well: a last line of epsg-axisorder.csv that is "
+             "not read because its line end is missing, codes with two axis orders or two definitions, grid files "
+             "that are missing, parameters that are no numbers.",
+             "The exit code is 0 only when a server would start and nothing is an error."},
             {},
             {{"crsctl check crs.xml", "Before a configuration goes into production."},
              {"crsctl check --json crs.xml", "The same for a program."}}};
