@@ -45,11 +45,11 @@ struct EntryIndex {
     std::set<std::pair<std::string, std::string>> identifiersAndAliases;
 };
 
+// The list is allocated last: nothing would release it after a failure.
 CrsConfig::CrsConfig()
-    : configuredCrs(new std::list<CrsConfigData>),
-      creator(nullptr),
-      entryIndex(std::make_shared<EntryIndex>()),
-      initialised(false) {}
+    : configuredCrs(nullptr), creator(nullptr), entryIndex(std::make_shared<EntryIndex>()), initialised(false) {
+    configuredCrs = new std::list<CrsConfigData>;
+}
 
 CrsConfig::~CrsConfig() {
     cleanCodeAndIdentifierCache();
