@@ -7,6 +7,8 @@
 #include <ios>
 #include <system_error>
 
+#include "platform/ErrnoGuard.h"
+
 namespace CoordinateTransformation {
 
 std::string readUpTo(std::streambuf& source, std::size_t limit) {
@@ -33,6 +35,7 @@ FileText readToEnd(std::streambuf& file) {
 }
 
 FileText readFile(const std::string& path) {
+    const ErrnoGuard errnoGuard;
     std::filebuf file;
     errno = 0;
     if (file.open(path, std::ios::in | std::ios::binary) == nullptr)
