@@ -1,5 +1,6 @@
 #include "platform/MessageCatalogue.h"
 
+#include <pthread.h>
 #include <type_traits>
 
 namespace msg {
@@ -82,5 +83,15 @@ void MessageHandler::remove(const MTE& entry) {
     const auto found = entries.find(Key(entry.getSubsystem(), entry.getSituation()));
     if (found != entries.end() && found->second == &entry) entries.erase(found);
 }
+
+namespace {
+
+void beforeFork() { MessageHandler::object().lock(); }
+void afterFork() { MessageHandler::object().unlock(); }
+
+// A child finds the lock free. The C library forgets the handlers when the library is unloaded.
+[[maybe_unused]] const int registered = pthread_atfork(beforeFork, afterFork, afterFork);
+
+}  // namespace
 
 }  // namespace msg

@@ -87,6 +87,10 @@ public:
     // Forgets the entry; nothing happens when another one holds the pair.
     void remove(const MTE& entry);
 
+    // Hold every other operation off while the process forks.
+    void lock() { entriesLock.lock(); }
+    void unlock() { entriesLock.unlock(); }
+
 private:
     using Key = std::pair<std::string, std::string>;
 

@@ -7,6 +7,10 @@
 
 namespace CoordinateTransformation {
 
+// All locks around PROJ are held while the process forks, in the order proj4DefLock, proj4TransformLock, those of the
+// classic interface. So a child finds them free and what they guard in order. A new lock takes its place in that
+// order. The catalogue, whose lock is taken alone, sees to its own.
+
 // Serialises every use of pj_transform.
 extern std::mutex proj4TransformLock;
 

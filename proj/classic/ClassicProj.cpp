@@ -3,23 +3,30 @@
 #include <deque>
 #include <map>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "proj/classic/Definition.h"
+#include "proj/classic/ForEachProcess.h"
 #include "proj/classic/InitFile.h"
 #include "proj/classic/PairOperations.h"
+#include "proj/classic/ProjFiles.h"
 #include "proj/classic/SearchPath.h"
 
 namespace ClassicProj {
 
+unsigned int forksSinceLoad = 0;
+
 namespace {
 
-// What making definitions needs, in one place. Never released: definitions live as long as the process.
+std::mutex definitionLock;
+
+// What making definitions needs, in one place, under definitionLock. Never released: definitions live as long as the
+// process.
 struct DefinitionMaker {
-    std::mutex lock;
-    PJ_CONTEXT* proj = makeContext();
+    ForEachProcess<PJ_CONTEXT*> proj{makeContext};
     std::map<std::string, InitFile> initFiles;
     // A deque keeps its elements in place.
     std::deque<Definition> made;
@@ -32,9 +39,12 @@ DefinitionMaker& definitionMaker() {
     return maker;
 }
 
+PairOperations makeOperations() { return PairOperations(makeContext, PairOperations::DEFAULT_BOUND); }
+
+// Under the lock of whoever calls pj_transform.
 PairOperations& pairOperations() {
-    static auto& operations = *new PairOperations(makeContext(), PairOperations::DEFAULT_BOUND);
-    return operations;
+    static auto& operations = *new ForEachProcess<PairOperations>(makeOperations);
+    return operations.get();
 }
 
 // Serves calls without a context.
@@ -66,9 +76,19 @@ int expandInit(ParameterList& parameters) {
     return 0;
 }
 
-int expandAndMake(ParameterList parameters, Definition& definition) {
+int defineWhileMemoryLasts(const ParameterList& parameters, Definition& definition) {
+    DefinitionMaker& maker = definitionMaker();
+    try {
+        return makeDefinition(parameters, maker.proj.get(), definition);
+    } catch (const std::bad_alloc&) {
+        maker.proj.abandon();
+        throw;
+    }
+}
+
+int expandAndDefine(ParameterList parameters, Definition& definition) {
     const int error = expandInit(parameters);
-    return error != 0 ? error : makeDefinition(parameters, definitionMaker().proj, definition);
+    return error != 0 ? error : defineWhileMemoryLasts(parameters, definition);
 }
 
 // The init file of a definition that cannot be made may have a better one by now.
@@ -79,23 +99,18 @@ bool readInitFileAgain(const ParameterList& parameters) {
 }
 
 projPJ addDefinition(const char* text, Context& context) {
-    DefinitionMaker& maker = definitionMaker();
     const ParameterList parameters{std::string(text)};
     Definition definition;
-    context.error = expandAndMake(parameters, definition);
+    context.error = expandAndDefine(parameters, definition);
     if (context.error != 0 && readInitFileAgain(parameters)) {
         definition = Definition();
-        context.error = expandAndMake(parameters, definition);
+        context.error = expandAndDefine(parameters, definition);
     }
     if (context.error != 0) return nullptr;
     definition.context = &context;
-    maker.made.push_back(definition);
-    return &maker.made.back();
-}
-
-// A geocentric CRS has no point without its z.
-bool lacksHeight(const Definition& source, const Definition& target, const double* z) {
-    return z == nullptr && (source.isGeocentric || target.isGeocentric);
+    std::deque<Definition>& made = definitionMaker().made;
+    made.push_back(definition);
+    return &made.back();
 }
 
 }  // namespace
@@ -105,7 +120,7 @@ projCtx pj_ctx_alloc() { return new Context; }
 void pj_ctx_free(projCtx context) { delete context; }
 
 projPJ pj_init_plus_ctx(projCtx context, const char* definition) {
-    const std::lock_guard<std::mutex> guard(definitionMaker().lock);
+    const std::lock_guard<std::mutex> guard(definitionLock);
     return addDefinition(definition, context == nullptr ? defaultContext : *context);
 }
 
@@ -113,12 +128,11 @@ int pj_is_latlong(projPJ definition) { return definition == nullptr || definitio
 
 int pj_transform(projPJ source, projPJ target, long count, int offset, double* x, double* y, double* z) {
     if (source == nullptr || target == nullptr) return PROJ_ERR_OTHER_API_MISUSE;
-    if (lacksHeight(*source, *target, z)) return PROJ_ERR_COORD_TRANSFM_INVALID_COORD;
+    PairOperations& operations = pairOperations();
     int error = 0;
-    const PairOperation* const operation = pairOperations().find(*source, *target, z != nullptr, error);
     for (long i = 0; error == 0 && i < count; ++i) {
         const long at = i * offset;
-        error = operation->transform(x[at], y[at], z == nullptr ? nullptr : z + at);
+        error = operations.transform(*source, *target, x[at], y[at], z == nullptr ? nullptr : z + at);
     }
     return error;
 }
@@ -126,20 +140,35 @@ int pj_transform(projPJ source, projPJ target, long count, int offset, double* x
 // PROJ keeps only the last text that a context was asked for.
 const char* pj_strerrno(int error) {
     if (error == 0) return nullptr;
+    const std::lock_guard<std::mutex> guard(definitionLock);
     DefinitionMaker& maker = definitionMaker();
-    const std::lock_guard<std::mutex> guard(maker.lock);
     const auto known = maker.errorTexts.find(error);
     if (known != maker.errorTexts.end()) return known->second.c_str();
-    return maker.errorTexts.emplace(error, proj_context_errno_string(maker.proj, error)).first->second.c_str();
+    return maker.errorTexts.emplace(error, proj_context_errno_string(maker.proj.get(), error)).first->second.c_str();
 }
 
 int* pj_get_errno_ref() { return &defaultContext.error; }
 
 void pj_set_searchpath(int count, const char** paths) {
-    const std::lock_guard<std::mutex> guard(definitionMaker().lock);
+    const std::lock_guard<std::mutex> guard(definitionLock);
     setSearchDirectories(std::vector<std::string>(paths, paths + count));
     definitionMaker().initFiles.clear();
     defaultContext.error = 0;
+}
+
+void lockForFork() {
+    definitionLock.lock();
+    projFilesLock.lock();
+}
+
+void unlockAfterFork() {
+    projFilesLock.unlock();
+    definitionLock.unlock();
+}
+
+void startAfreshInChild() {
+    ++forksSinceLoad;
+    closeInheritedFiles();
 }
 
 }  // namespace ClassicProj

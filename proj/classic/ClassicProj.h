@@ -26,7 +26,9 @@ int pj_is_latlong(projPJ definition);
 // other coordinates in the unit of their definition, in the order of its "+axis". Returns 0, or PROJ's error
 // number for the first point that fails, which then keeps its values; the points before it are transformed.
 //
-// REQUIRES: calls do not overlap.
+// A height that is NaN counts as none and stays NaN.
+//
+// REQUIRES: calls do not overlap, nor with a fork.
 int pj_transform(projPJ source, projPJ target, long count, int offset, double* x, double* y, double* z);
 
 // PROJ's text for an error number, null for 0. Valid for the life of the process. Thread-safe.
@@ -37,5 +39,13 @@ int* pj_get_errno_ref();
 
 // The directories in which init files and grids are looked for, before PROJ's own. Not while other calls run.
 void pj_set_searchpath(int count, const char** paths);
+
+// Waits for what other threads do here, other than pj_transform, and holds them off until unlockAfterFork.
+void lockForFork();
+// In parent and child.
+void unlockAfterFork();
+// In the child, before unlockAfterFork: what PROJ has made for the parent is used no more and made anew at need.
+// Definitions stay.
+void startAfreshInChild();
 
 }  // namespace ClassicProj

@@ -82,10 +82,12 @@ TEST_F(PointsTest, NeedTwoDefinitions) {
     EXPECT_EQ(x, valuesBefore);
 }
 
+constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
+
 TEST_F(PointsTest, MustBeFinite) {
     const double infinity = std::numeric_limits<double>::infinity();
-    for (const double bad : {HUGE_VAL, -infinity, std::numeric_limits<double>::quiet_NaN()}) {
-        for (std::size_t which = 0; which < 3; ++which) {
+    for (const double bad : {HUGE_VAL, -infinity, NOT_A_NUMBER}) {
+        for (std::size_t which = 0; which < (std::isnan(bad) ? 2 : 3); ++which) {
             std::array<double, 3> point{0.1, 0.2, 0.3};
             const std::size_t other = (which + 1) % 3;
             const double valueOfOther = point[other];
@@ -97,6 +99,34 @@ TEST_F(PointsTest, MustBeFinite) {
     }
 }
 
+TEST_F(PointsTest, MoveWithoutAHeightThatIsNotANumber) {
+    const projPJ utm = define("+proj=utm +zone=32 +ellps=GRS80 +towgs84=0,0,0");
+    const projPJ shifted = define("+proj=tmerc +lon_0=9 +ellps=bessel +towgs84=598.1,73.7,418.2,0.2,0.04,-2.4,6.7");
+    const projPJ gridded = define("+proj=longlat +ellps=bessel +nadgrids=BETA2007.gsb");
+    const projPJ geoid = define("+proj=longlat +datum=WGS84 +geoidgrids=egm96_15.gtx");
+    const projPJ feet = define("+proj=longlat +datum=WGS84 +vunits=us-ft");
+    for (const projPJ target : {longLat, utm, shifted, gridded, geoid, feet}) {
+        double flat[] = {9 * RADIANS, 50 * RADIANS};
+        double point[] = {9 * RADIANS, 50 * RADIANS, NOT_A_NUMBER};
+        ASSERT_EQ(pj_transform(longLat, target, 1, 1, &flat[0], &flat[1], nullptr), 0);
+        EXPECT_EQ(pj_transform(longLat, target, 1, 1, &point[0], &point[1], &point[2]), 0);
+        EXPECT_EQ(point[0], flat[0]);
+        EXPECT_EQ(point[1], flat[1]);
+        EXPECT_TRUE(std::isnan(point[2]));
+    }
+}
+
+TEST_F(PointsTest, MayHaveHeightsAndNoneInTurn) {
+    const projPJ geoid = define("+proj=longlat +datum=WGS84 +geoidgrids=egm96_15.gtx");
+    double heights[] = {0, NOT_A_NUMBER, 0};
+    double longitudes[] = {0, 0, 0};
+    double latitudes[] = {0, 0, 0};
+    EXPECT_EQ(pj_transform(longLat, geoid, 3, 1, longitudes, latitudes, heights), 0);
+    EXPECT_NEAR(heights[0], -17.16, 0.01);
+    EXPECT_TRUE(std::isnan(heights[1]));
+    EXPECT_EQ(heights[2], heights[0]);
+}
+
 TEST_F(PointsTest, OfAGeocentricCrsNeedTheirZ) {
     const projPJ geocentricCrs = define("+proj=geocent +R=1000");
     for (const auto& [source, target] : {std::pair(longLat, geocentricCrs), std::pair(geocentricCrs, longLat),
@@ -104,6 +134,8 @@ TEST_F(PointsTest, OfAGeocentricCrsNeedTheirZ) {
         double a = 0.1;
         double b = 0.2;
         EXPECT_NE(pj_transform(source, target, 1, 1, &a, &b, nullptr), 0);
+        double height = NOT_A_NUMBER;
+        EXPECT_NE(pj_transform(source, target, 1, 1, &a, &b, &height), 0);
         EXPECT_EQ(a, 0.1);
         EXPECT_EQ(b, 0.2);
     }

@@ -46,7 +46,7 @@ int whyNot(PJ_CONTEXT* proj) {
 }
 
 int checkProjection(const std::string& step, PJ_CONTEXT* proj) {
-    const ProjectionPtr projection(proj_create(proj, step.c_str()));
+    const ProjectionPtr projection = makeProjection(proj, step);
     return projection == nullptr ? whyNot(proj) : 0;
 }
 
@@ -58,7 +58,7 @@ bool isFigure(const Ellipsoid& ellipsoid) {
 // Semi-axes, read off the geocentric coordinates of a point on the equator and of a pole.
 int measureEllipsoid(const std::string& parameters, PJ_CONTEXT* proj, Ellipsoid& ellipsoid) {
     constexpr double QUARTER_TURN = 1.5707963267948966;
-    const ProjectionPtr cartesian(proj_create(proj, ("+proj=cart" + parameters).c_str()));
+    const ProjectionPtr cartesian = makeProjection(proj, "+proj=cart" + parameters);
     if (cartesian == nullptr) return whyNot(proj);
     ellipsoid.semiMajor = proj_trans(cartesian.get(), PJ_FWD, proj_coord(0, 0, 0, 0)).xyz.x;
     ellipsoid.semiMinor = proj_trans(cartesian.get(), PJ_FWD, proj_coord(0, QUARTER_TURN, 0, 0)).xyz.z;

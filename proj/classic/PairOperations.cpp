@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <functional>
+#include <new>
 #include <utility>
 
 #include "proj/classic/PairStages.h"
@@ -30,14 +31,15 @@ PJ_COORD shiftByGrid(PJ* grid, PJ_DIRECTION direction, PJ_COORD point) {
     return moved;
 }
 
-// Why `projection` gave no finite result, and makes it forget.
-int takeError(PJ* projection) {
-    const int error = proj_errno(projection);
-    proj_errno_reset(projection);
-    return error != 0 ? error : PROJ_ERR_COORD_TRANSFM;
-}
+// How long a pair that cannot be made is not tried again, and how many such pairs are known at once.
+constexpr std::chrono::seconds PATIENCE{1};
+constexpr std::size_t MOST_FAILURES = 1024;
 
 }  // namespace
+
+inline PJ_COORD PairOperation::Stage::move(const PJ_COORD& point) const {
+    return isGridShift ? shiftByGrid(projection, direction, point) : proj_trans(projection, direction, point);
+}
 
 int PairOperation::transform(double& x, double& y, double* z) const {
     double movedX = x;
@@ -45,13 +47,11 @@ int PairOperation::transform(double& x, double& y, double* z) const {
     double movedZ = z == nullptr ? 0.0 : *z;
     if (!areFinite(movedX, movedY, movedZ)) return PROJ_ERR_COORD_TRANSFM_INVALID_COORD;
     for (const Stage& stage : stages) {
-        const PJ_COORD point = makePoint(movedX, movedY, movedZ);
-        const PJ_COORD moved = stage.isGridShift ? shiftByGrid(stage.projection, stage.direction, point)
-                                                 : proj_trans(stage.projection, stage.direction, point);
+        const PJ_COORD moved = stage.move(makePoint(movedX, movedY, movedZ));
         movedX = moved.xyz.x;
         movedY = moved.xyz.y;
         movedZ = moved.xyz.z;
-        if (!areFinite(movedX, movedY, movedZ)) return takeError(stage.projection);
+        if (!areFinite(movedX, movedY, movedZ)) return findError(makePoint(x, y, z == nullptr ? 0.0 : *z));
     }
     x = movedX;
     y = movedY;
@@ -59,8 +59,22 @@ int PairOperation::transform(double& x, double& y, double* z) const {
     return 0;
 }
 
-PairOperations::PairOperations(PJ_CONTEXT* projContext, std::size_t mostPairs)
-    : context(projContext), bound(mostPairs) {}
+// The number that PROJ has at hand after the failure may be an older one: some points fail without any, and all
+// projections of a context share it.
+int PairOperation::findError(PJ_COORD point) const {
+    int error = 0;
+    for (const Stage& stage : stages) {
+        proj_errno_reset(stage.projection);
+        point = stage.move(makePoint(point.xyz.x, point.xyz.y, point.xyz.z));
+        error = proj_errno(stage.projection);
+        proj_errno_reset(stage.projection);
+        if (!areFinite(point.xyz.x, point.xyz.y, point.xyz.z)) break;
+    }
+    return error != 0 ? error : PROJ_ERR_COORD_TRANSFM;
+}
+
+PairOperations::PairOperations(MakeContext contextMaker, std::size_t mostPairs, Now currentTime)
+    : makeContext(contextMaker), bound(mostPairs), now(currentTime) {}
 
 // Definitions are never far apart in memory, so the low bits of the target are spread before they are mixed in.
 std::size_t PairOperations::KeyHash::operator()(const Key& key) const {
@@ -71,26 +85,60 @@ std::size_t PairOperations::KeyHash::operator()(const Key& key) const {
 
 const PairOperation* PairOperations::findOrMake(const Key& key, int& error) {
     const auto found = index.find(key);
-    if (found == index.end()) return make(key, error);
+    if (found == index.end()) return tryToMake(key, error);
     entries.splice(entries.begin(), entries, found->second);
     return &entries.front().operation;
+}
+
+const PairOperation* PairOperations::tryToMake(const Key& key, int& error) {
+    error = recentFailure(key);
+    if (error != 0) return nullptr;
+    const PairOperation* const made = make(key, error);
+    if (made == nullptr) rememberFailure(key, error);
+    return made;
 }
 
 const PairOperation* PairOperations::make(const Key& key, int& error) {
     Entries made(1);
     made.front().key = key;
-    if (!addStages(key, made.front().operation)) {
-        error = proj_context_errno(context);
-        if (error == 0) error = PROJ_ERR_INVALID_OP;
-        return nullptr;
+    if (addStagesWhileMemoryLasts(key, made.front().operation)) return keep(made);
+    error = proj_context_errno(context);
+    if (error == 0) error = PROJ_ERR_INVALID_OP;
+    return nullptr;
+}
+
+// The operations that are there go on with the context in which memory has ended; it makes no new ones.
+bool PairOperations::addStagesWhileMemoryLasts(const Key& key, PairOperation& operation) {
+    try {
+        if (context == nullptr) context = makeContext();
+        return addStages(key, operation);
+    } catch (const std::bad_alloc&) {
+        context = nullptr;
+        throw;
     }
-    if (entries.size() >= bound) {
+}
+
+const PairOperation* PairOperations::keep(Entries& made) {
+    index.emplace(made.front().key, made.begin());
+    entries.splice(entries.begin(), made);
+    if (entries.size() > bound) {
         index.erase(entries.back().key);
         entries.pop_back();
     }
-    entries.splice(entries.begin(), made);
-    index[key] = entries.begin();
     return &entries.front().operation;
+}
+
+int PairOperations::recentFailure(const Key& key) {
+    const auto found = failures.find(key);
+    if (found == failures.end()) return 0;
+    if (now() - found->second.when < PATIENCE) return found->second.error;
+    failures.erase(found);
+    return 0;
+}
+
+void PairOperations::rememberFailure(const Key& key, int error) {
+    if (failures.size() >= MOST_FAILURES) failures.clear();
+    failures[key] = {error, now()};
 }
 
 bool PairOperations::addStages(const Key& key, PairOperation& operation) {
@@ -103,7 +151,7 @@ bool PairOperations::addStages(const Key& key, PairOperation& operation) {
 }
 
 PJ* PairOperations::ownProjection(const std::string& text, PairOperation& operation) {
-    ProjectionPtr projection(proj_create(context, text.c_str()));
+    ProjectionPtr projection = makeProjection(context, text);
     if (projection == nullptr) return nullptr;
     operation.owned.push_back(std::move(projection));
     return operation.owned.back().get();
@@ -112,7 +160,7 @@ PJ* PairOperations::ownProjection(const std::string& text, PairOperation& operat
 PJ* PairOperations::sharedGridShift(const std::string& text) {
     const auto known = gridShifts.find(text);
     if (known != gridShifts.end()) return known->second.get();
-    ProjectionPtr projection(proj_create(context, text.c_str()));
+    ProjectionPtr projection = makeGridShift(context, text);
     if (projection == nullptr) return nullptr;
     return gridShifts.emplace(text, std::move(projection)).first->second.get();
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <cmath>
 #include <cstddef>
 #include <list>
 #include <map>
@@ -29,21 +31,44 @@ private:
         PJ* projection;
         PJ_DIRECTION direction;
         bool isGridShift;
+
+        PJ_COORD move(const PJ_COORD& point) const;
     };
+
+    int findError(PJ_COORD point) const;
 
     std::vector<Stage> stages;
     std::vector<ProjectionPtr> owned;
 };
 
 // The operations of the pairs in use: made at first use, the least recently used given up for a new one when
-// there are as many as the bound. Grid shifts are made once for all pairs and stay, and with them their files.
+// there are as many as the bound. A pair that cannot be made is tried again after a second. Grid shifts are made
+// once for all pairs and stay, and with them their files.
 //
-// Not thread-safe. Owns its operations and grid shifts; borrows the context.
+// Not thread-safe. Owns its operations and grid shifts; contexts are never released.
 class PairOperations {
 public:
-    static constexpr std::size_t DEFAULT_BOUND = 1024;
+    using Clock = std::chrono::steady_clock;
+    using Now = Clock::time_point (*)();
+    using MakeContext = PJ_CONTEXT* (*)();
 
-    PairOperations(PJ_CONTEXT* projContext, std::size_t mostPairs);
+    static constexpr std::size_t DEFAULT_BOUND = 8192;
+
+    PairOperations(MakeContext contextMaker, std::size_t mostPairs, Now currentTime = Clock::now);
+
+    // Moves the point in place; `z` may be null. A height that is NaN counts as none and stays. 0, or PROJ's error
+    // number for a point that cannot be moved, and then the point keeps its values.
+    //
+    // Throws std::bad_alloc when memory ends while the pair is made, of which nothing is kept.
+    int transform(const Definition& source, const Definition& target, double& x, double& y, double* z) {
+        double* const height = z != nullptr && std::isnan(*z) ? nullptr : z;
+        // A geocentric CRS has no point without its z.
+        if (height == nullptr && (source.isGeocentric || target.isGeocentric))
+            return PROJ_ERR_COORD_TRANSFM_INVALID_COORD;
+        int error = 0;
+        const PairOperation* const operation = find(source, target, height != nullptr, error);
+        return operation == nullptr ? error : operation->transform(x, y, height);
+    }
 
     // The operation of the pair, or null with PROJ's error number in `error`. Holds until the next call.
     const PairOperation* find(const Definition& source, const Definition& target, bool withHeights, int& error) {
@@ -55,6 +80,8 @@ public:
     }
 
     std::size_t size() const { return entries.size(); }
+    // Of the pairs that could not be made of late.
+    std::size_t failureCount() const { return failures.size(); }
 
 private:
     struct Key {
@@ -73,18 +100,31 @@ private:
         PairOperation operation;
     };
     using Entries = std::list<Entry>;
+    struct Failure {
+        int error;
+        Clock::time_point when;
+    };
 
     const PairOperation* findOrMake(const Key& key, int& error);
+    const PairOperation* tryToMake(const Key& key, int& error);
     const PairOperation* make(const Key& key, int& error);
+    bool addStagesWhileMemoryLasts(const Key& key, PairOperation& operation);
+    const PairOperation* keep(Entries& made);
+    int recentFailure(const Key& key);
+    void rememberFailure(const Key& key, int error);
     bool addStages(const Key& key, PairOperation& operation);
     PJ* ownProjection(const std::string& text, PairOperation& operation);
     PJ* sharedGridShift(const std::string& text);
 
-    PJ_CONTEXT* context;
+    // Null until something is to be made.
+    PJ_CONTEXT* context = nullptr;
+    MakeContext makeContext;
     std::size_t bound;
+    Now now;
     // Most recently used first.
     Entries entries;
     std::unordered_map<Key, Entries::iterator, KeyHash> index;
+    std::unordered_map<Key, Failure, KeyHash> failures;
     std::map<std::string, ProjectionPtr> gridShifts;
 };
 

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <limits>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 #include "proj/classic/SearchPath.h"
 #include "proj/classic/TestGeodesy.h"
@@ -35,6 +37,12 @@ std::ptrdiff_t openFiles() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), std::filesystem::directory_iterator());
 }
 
+using Clock = PairOperations::Clock;
+
+// A clock that the tests put forward.
+Clock::time_point currentTime;
+Clock::time_point now() { return currentTime; }
+
 class PairOperationsTest : public testing::Test {
 protected:
     void SetUp() override { setSearchDirectories({}); }
@@ -50,7 +58,7 @@ protected:
     Definition utm31 = definitionOf("+proj=utm +zone=31 +datum=WGS84");
     Definition utm32 = definitionOf("+proj=utm +zone=32 +datum=WGS84");
     Definition utm33 = definitionOf("+proj=utm +zone=33 +datum=WGS84");
-    PairOperations operations{projContext(), 2};
+    PairOperations operations{projContext, 2, now};
     int error = 0;
 };
 
@@ -119,15 +127,97 @@ TEST_F(PairOperationsTest, MovesPointsOfPairsInTurn) {
     }
 }
 
-TEST_F(PairOperationsTest, TriesAgainWhenAGridWasMissing) {
+TEST_F(PairOperationsTest, TriesAgainAfterASecondWhenAGridWasMissing) {
     const TemporaryDirectory directory;
     setSearchDirectories({directory.name()});
     const Definition german = definitionOf("+proj=longlat +ellps=bessel +nadgrids=later.gsb");
     EXPECT_EQ(find(german, utm32), nullptr);
     EXPECT_NE(error, 0);
     EXPECT_EQ(operations.size(), 0U);
-    std::filesystem::copy_file(proj_grid_info("BETA2007.gsb").filename, directory.file("later.gsb"));
+    const int missing = error;
+    std::filesystem::copy_file("/usr/share/proj/BETA2007.gsb", directory.file("later.gsb"));
+    currentTime += std::chrono::milliseconds(999);
+    EXPECT_EQ(find(german, utm32), nullptr);
+    EXPECT_EQ(error, missing);
+    currentTime += std::chrono::milliseconds(1);
     EXPECT_NE(find(german, utm32), nullptr);
+}
+
+TEST_F(PairOperationsTest, RemembersAFailureForItsPairAlone) {
+    const Definition german = definitionOf("+proj=longlat +ellps=bessel +nadgrids=missing.gsb");
+    EXPECT_EQ(find(german, utm32), nullptr);
+    EXPECT_NE(find(geographic, utm32), nullptr);
+    EXPECT_NE(find(utm32, geographic), nullptr);
+    EXPECT_EQ(find(german, utm31), nullptr);
+    EXPECT_EQ(operations.failureCount(), 2U);
+}
+
+TEST_F(PairOperationsTest, RemembersNoMoreThanAThousandAndTwentyFourFailures) {
+    std::vector<Definition> targets(1100, utm32);
+    for (Definition& target : targets) {
+        spoil(target);
+        EXPECT_EQ(find(geographic, target), nullptr);
+        EXPECT_LE(operations.failureCount(), 1024U);
+    }
+    EXPECT_EQ(find(geographic, targets.back()), nullptr);
+    EXPECT_NE(find(geographic, utm32), nullptr);
+}
+
+TEST_F(PairOperationsTest, ForgetsAFailureWhenThePairIsMade) {
+    Definition spoilt = utm32;
+    spoil(spoilt);
+    EXPECT_EQ(find(geographic, spoilt), nullptr);
+    spoilt = utm32;
+    currentTime += std::chrono::seconds(1);
+    EXPECT_NE(find(geographic, spoilt), nullptr);
+    EXPECT_EQ(operations.failureCount(), 0U);
+}
+
+// Its reader would wait for a writer.
+TEST_F(PairOperationsTest, FailsForAPipeInPlaceOfAGrid) {
+    const TemporaryDirectory directory;
+    ASSERT_EQ(mkfifo(directory.file("pipe.gsb").c_str(), 0600), 0);
+    setSearchDirectories({directory.name()});
+    for (const std::string& name : {std::string("pipe.gsb"), directory.file("pipe.gsb")}) {
+        EXPECT_EQ(find(definitionOf("+proj=longlat +ellps=bessel +nadgrids=" + name), utm32), nullptr) << name;
+        EXPECT_EQ(find(definitionOf("+proj=longlat +ellps=bessel +geoidgrids=" + name), utm32, true), nullptr) << name;
+    }
+}
+
+// PROJ defers opening a grid that the process has met, and takes the shift for one that moves nothing if that fails.
+TEST_F(PairOperationsTest, FailsForAGridThatHasGone) {
+    const TemporaryDirectory directory;
+    std::filesystem::copy_file("/usr/share/proj/BETA2007.gsb", directory.file("gone.gsb"));
+    setSearchDirectories({directory.name()});
+    const Definition german = definitionOf("+proj=longlat +ellps=bessel +nadgrids=gone.gsb");
+    ASSERT_NE(find(german, utm32), nullptr);
+    std::filesystem::remove(directory.file("gone.gsb"));
+    PairOperations others(projContext, 2, now);
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        EXPECT_EQ(others.find(german, utm32, false, error), nullptr);
+        EXPECT_NE(error, 0);
+        currentTime += std::chrono::seconds(1);
+    }
+}
+
+// With no descriptor left, PROJ takes a grid that is there for one that is missing.
+TEST_F(PairOperationsTest, KeepsNothingThatLacksAGridForWantOfDescriptors) {
+    const Definition german = definitionOf("+proj=longlat +ellps=bessel +nadgrids=@BETA2007.gsb,null");
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{3, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    const PairOperation* const starved = find(german, geographic);
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_EQ(starved, nullptr);
+
+    currentTime += std::chrono::seconds(1);
+    const PairOperation* const made = find(german, geographic);
+    ASSERT_NE(made, nullptr);
+    double x = 9 * RADIANS;
+    double y = 50 * RADIANS;
+    EXPECT_EQ(made->transform(x, y, nullptr), 0);
+    EXPECT_GT(std::abs(x - 9 * RADIANS), 1e-6);
 }
 
 TEST_F(PairOperationsTest, OpensAGridOnceForAllPairs) {
@@ -135,7 +225,7 @@ TEST_F(PairOperationsTest, OpensAGridOnceForAllPairs) {
     std::vector<Definition> targets;
     for (int zone = 1; zone <= 60; ++zone)
         targets.push_back(definitionOf("+proj=utm +datum=WGS84 +zone=" + std::to_string(zone)));
-    PairOperations many(projContext(), 1000);
+    PairOperations many(projContext, 1000);
     std::ptrdiff_t afterFirstPair = 0;
     for (const Definition& target : targets) {
         double x = 9 * RADIANS;
@@ -171,6 +261,27 @@ TEST_F(PairOperationTest, MovesTheNextPointAfterAFailure) {
     y = 0;
     EXPECT_EQ(operation->transform(x, y, nullptr), 0);
     EXPECT_NEAR(x, 500000, 1e-6);
+}
+
+// The easting overflows, for which PROJ has no error of its own.
+TEST_F(PairOperationTest, ReportsNoErrorOfAnEarlierOne) {
+    const Definition overflowing = definitionOf("+proj=utm +zone=32 +datum=WGS84 +to_meter=1e-305");
+    const PairOperation* const operation = find(geographic, overflowing);
+    ASSERT_NE(operation, nullptr);
+    double x = 9 * RADIANS;
+    double y = 50 * RADIANS;
+    const int ownError = operation->transform(x, y, nullptr);
+    EXPECT_NE(ownError, 0);
+
+    Definition spoilt = utm31;
+    spoil(spoilt);
+    EXPECT_EQ(find(geographic, spoilt), nullptr);
+    EXPECT_NE(error, ownError);
+    EXPECT_EQ(find(geographic, overflowing)->transform(x, y, nullptr), ownError);
+
+    double outside = 91 * RADIANS;
+    EXPECT_EQ(find(geographic, utm32)->transform(x, outside, nullptr), PROJ_ERR_COORD_TRANSFM_INVALID_COORD);
+    EXPECT_EQ(find(geographic, overflowing)->transform(x, y, nullptr), ownError);
 }
 
 TEST_F(PairOperationTest, RefusesCoordinatesThatAreNotFinite) {

@@ -1,5 +1,6 @@
 // host reload PLUGIN DIRECTORY LONGITUDE FILE...: loads, uses and unloads a module several times; each time the files,
 // the module among them, are in memory while it is loaded and have left it afterwards.
+// host fork PLUGIN DIRECTORY LONGITUDE: forks while a module is there, when it has gone, and when it has come again.
 // host both PLUGIN DIRECTORY LONGITUDE PLUGIN DIRECTORY LONGITUDE: two modules, each with a copy of the library, at
 // once.
 
@@ -11,7 +12,9 @@
 #include <fstream>
 #include <future>
 #include <string>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -102,6 +105,32 @@ void reload(char** arguments, char** end) {
     for (int round = 0; round < ROUNDS; ++round) loadAndUnload(arguments, files);
 }
 
+template <typename Work>
+void inChild(Work work) {
+    const pid_t child = fork();
+    if (child == 0) {
+        work();
+        _exit(0);
+    }
+    int status = 0;
+    if (waitpid(child, &status, 0) != child || status != 0) fail("a child fails");
+}
+
+// What the library has registered for forks must go with it.
+void forkAround(char** arguments) {
+    const auto useAnew = [arguments] { Module(arguments).use(); };
+    for (int round = 0; round < 2; ++round) {
+        {
+            const Module module(arguments);
+            module.use();
+            inChild([&module] { module.use(); });
+            module.use();
+        }
+        inChild(useAnew);
+        inChild([] {});
+    }
+}
+
 void both(char** arguments) {
     const Module first(arguments);
     const Module second(arguments + 3);
@@ -116,9 +145,11 @@ void both(char** arguments) {
 int main(int argc, char** argv) {
     if (argc > 5 && std::strcmp(argv[1], "reload") == 0)
         reload(argv + 2, argv + argc);
+    else if (argc == 5 && std::strcmp(argv[1], "fork") == 0)
+        forkAround(argv + 2);
     else if (argc == 8 && std::strcmp(argv[1], "both") == 0)
         both(argv + 2);
     else
-        fail("usage: host reload|both ...");
+        fail("usage: host reload|fork|both ...");
     std::puts("ended well");
 }

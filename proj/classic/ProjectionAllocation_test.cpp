@@ -1,0 +1,157 @@
+// Memory that ends while PROJ makes something.
+
+#include <cmath>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <limits>
+#include <new>
+
+#include "proj/classic/PairOperations.h"
+#include "proj/classic/ProjFiles.h"
+#include "proj/classic/SearchPath.h"
+#include "proj/classic/TestGeodesy.h"
+
+namespace {
+
+constexpr long NEVER = std::numeric_limits<long>::max();
+
+long allocations = 0;
+long firstFailure = NEVER;
+long lastFailure = NEVER;
+
+bool fails() {
+    const long number = allocations++;
+    return number >= firstFailure && number <= lastFailure;
+}
+
+void* allocateOrNull(std::size_t size) { return fails() ? nullptr : std::malloc(size != 0 ? size : 1); }
+
+void* allocate(std::size_t size) {
+    void* const memory = allocateOrNull(size);
+    if (memory == nullptr) throw std::bad_alloc();
+    return memory;
+}
+
+// Not inlined: the compiler would take it for a release that does not fit its allocation.
+[[gnu::noinline]] void release(void* memory) { std::free(memory); }
+
+}  // namespace
+
+void* operator new(std::size_t size) { return allocate(size); }
+void* operator new[](std::size_t size) { return allocate(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocateOrNull(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocateOrNull(size); }
+void operator delete(void* memory) noexcept { release(memory); }
+void operator delete[](void* memory) noexcept { release(memory); }
+void operator delete(void* memory, std::size_t) noexcept { release(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { release(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { release(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { release(memory); }
+
+namespace ClassicProj {
+namespace {
+
+using TestSupport::RADIANS;
+
+Definition definitionOf(const std::string& text) {
+    Definition definition;
+    // Contexts are for ever, as in the library, but for the making of things.
+    EXPECT_EQ(makeDefinition(ParameterList(text), makeContext(), definition), 0) << text;
+    return definition;
+}
+
+// True when `action` ran into a failure; what it throws is what a caller would see.
+template <typename Action>
+bool runsShort(long first, long howMany, Action action) {
+    allocations = 0;
+    firstFailure = first;
+    lastFailure = first + howMany - 1;
+    try {
+        action();
+    } catch (const std::bad_alloc&) {
+    }
+    firstFailure = NEVER;
+    return allocations > first;
+}
+
+struct Pair {
+    const char* name;
+    const char* source;
+    const char* target;
+};
+
+void PrintTo(const Pair& pair, std::ostream* stream) { *stream << pair.source << " to " << pair.target; }
+
+// How many allocations fail, one after the other.
+class EndOfMemoryTest : public testing::TestWithParam<std::tuple<Pair, long>> {
+protected:
+    int transform(PairOperations& operations) {
+        point = {9.5 * RADIANS, 50.5 * RADIANS, 100};
+        return operations.transform(source, target, point.x, point.y, &point.z);
+    }
+    // The result that the pair has with memory in plenty.
+    void expectRight(PairOperations& operations, long after) {
+        ASSERT_EQ(transform(operations), 0) << after;
+        EXPECT_EQ(point.x, expected.x) << after;
+        EXPECT_EQ(point.y, expected.y) << after;
+        EXPECT_EQ(point.z, expected.z) << after;
+    }
+    void SetUp() override {
+        PairOperations operations(makeContext, 2);
+        ASSERT_EQ(transform(operations), 0);
+        expected = point;
+    }
+
+    const Pair pair = std::get<0>(GetParam());
+    const Definition source = definitionOf(pair.source);
+    const Definition target = definitionOf(pair.target);
+    TestSupport::Point point{};
+    TestSupport::Point expected{};
+};
+
+// The grids are known from SetUp, so PROJ opens them with the first point. It allocates under a lock of its own, which
+// an end of memory leaves locked, for lists that it meets for the first time, or whose names are longer than 15
+// characters.
+TEST_P(EndOfMemoryTest, LeavesNothingBehindThatIsHalfMade) {
+    bool ranShort = true;
+    long after = 0;
+    for (; ranShort; ++after) {
+        PairOperations operations(makeContext, 2);
+        int error = 0;
+        ranShort = runsShort(after, std::get<1>(GetParam()), [&] { error = transform(operations); });
+        EXPECT_TRUE(error != 0 || !ranShort || point.x == expected.x || point.x == 9.5 * RADIANS) << after;
+        expectRight(operations, after);
+    }
+    EXPECT_GT(after, 100);
+}
+
+constexpr Pair PAIRS[] = {
+    {"Projection", "+proj=longlat +datum=WGS84", "+proj=utm +zone=32 +datum=WGS84"},
+    {"Pipeline", "+proj=longlat +datum=WGS84",
+     "+proj=tmerc +lon_0=9 +ellps=bessel +towgs84=598.1,73.7,418.2,0.2,0.04,-2.4,6.7"},
+    {"Geoid", "+proj=longlat +datum=WGS84", "+proj=longlat +datum=WGS84 +geoidgrids=egm96_15.gtx"},
+    {"Grids", "+proj=longlat +ellps=bessel +nadgrids=@BETA2007.gsb", "+proj=utm +zone=32 +datum=WGS84"},
+};
+
+std::string nameOf(const testing::TestParamInfo<std::tuple<Pair, long>>& parameters) {
+    return std::get<0>(parameters.param).name + std::to_string(std::get<1>(parameters.param));
+}
+
+INSTANTIATE_TEST_SUITE_P(Pairs, EndOfMemoryTest, testing::Combine(testing::ValuesIn(PAIRS), testing::Values(1L, 40L)),
+                         nameOf);
+
+TEST(EndOfMemoryInADefinitionTest, LeavesNothingBehindThatIsHalfMade) {
+    bool ranShort = true;
+    for (long after = 0; ranShort; ++after) {
+        // Each time an ellipsoid that has not been measured before.
+        const std::string text = "+proj=utm +zone=32 +a=6378137 +rf=298." + std::to_string(1000 + after);
+        PJ_CONTEXT* const context = makeContext();
+        Definition definition;
+        ranShort = runsShort(after, 1, [&] { makeDefinition(ParameterList(text), context, definition); });
+        const Definition again = definitionOf(text);
+        EXPECT_NEAR(again.datum.ellipsoid.semiMinor, 6378137 * (1 - 1 / 298.15), 50) << after;
+    }
+}
+
+}  // namespace
+}  // namespace ClassicProj

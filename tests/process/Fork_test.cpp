@@ -1,0 +1,287 @@
+// A server forks: workers after its start, helpers beside threads that are at work.
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+#include "Server.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace ProcessTest {
+namespace {
+
+using CoordinateTransformation::TransExecException;
+
+constexpr int POINTS = 2000;
+using Heights = std::array<double, POINTS>;
+
+// The one PROJ directory of the program: the first that serves is settled for the process.
+const CrsConfig& server() {
+    static const TestSupport::TemporaryDirectory directory;
+    static const auto config = [] {
+        writeProjDirectory(directory.name());
+        std::ofstream(directory.file("epsg"), std::ios::app)
+            << "<4258> +proj=longlat +ellps=GRS80 +towgs84=0,0,0 +no_defs <>\n"
+               "<5798> +proj=longlat +datum=WGS84 +geoidgrids=egm96_15.gtx +no_defs <>\n";
+        return startServer(directory.name());
+    }();
+    return *config;
+}
+
+double heightAboveGeoid(double latitude, double longitude) {
+    const Crs source = server().getCreator().createFromName("EPSG:4326", true, false);
+    const Crs target = server().getCreator().createFromName("EPSG:5798", true, false);
+    double x = latitude;
+    double y = longitude;
+    double z = 0;
+    source->transformTo(target.get(), x, y, z);
+    return z;
+}
+
+// Points all over the world, those that follow each other far apart; `first` is where to begin.
+void computeHeights(Heights& heights, int first) {
+    for (int i = 0; i < POINTS; ++i) {
+        const int point = (first + i) % POINTS;
+        heights[static_cast<std::size_t>(point)] = heightAboveGeoid(point * 37 % 179 - 89, point * 53 % 359 - 179);
+    }
+}
+
+// A forked process that does `work` and ends with what it returns.
+class Child {
+public:
+    template <typename Work>
+    explicit Child(Work work) : process(fork()) {
+        if (process != 0) return;
+        bool succeeded = false;
+        try {
+            succeeded = work();
+        } catch (...) {
+        }
+        _exit(succeeded ? 0 : 1);
+    }
+    Child(Child&& other) noexcept : process(other.process) { other.process = -1; }
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+    ~Child() {
+        if (process > 0) end();
+    }
+
+    // False for a child that failed, and for one that hangs.
+    bool succeeds() {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        int status = 0;
+        while (waitpid(process, &status, WNOHANG) == 0) {
+            if (std::chrono::steady_clock::now() > deadline) return false;
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        process = -1;
+        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    }
+
+private:
+    void end() const {
+        kill(process, SIGKILL);
+        waitpid(process, nullptr, 0);
+    }
+
+    pid_t process;
+};
+
+class Pipe {
+public:
+    Pipe() { EXPECT_EQ(pipe(ends.data()), 0); }
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+    ~Pipe() {
+        close(ends[0]);
+        close(ends[1]);
+    }
+
+    template <typename T>
+    bool send(const T& value) const {
+        std::size_t done = 0;
+        while (done < sizeof(T)) {
+            const ssize_t count = write(ends[1], reinterpret_cast<const char*>(&value) + done, sizeof(T) - done);
+            if (count <= 0) return false;
+            done += static_cast<std::size_t>(count);
+        }
+        return true;
+    }
+    template <typename T>
+    bool receive(T& value) const {
+        std::size_t done = 0;
+        while (done < sizeof(T)) {
+            const ssize_t count = read(ends[0], reinterpret_cast<char*>(&value) + done, sizeof(T) - done);
+            if (count <= 0) return false;
+            done += static_cast<std::size_t>(count);
+        }
+        return true;
+    }
+
+private:
+    std::array<int, 2> ends{};
+};
+
+// Eight workers read the grid at the same time; each gives its heights to `check`.
+template <typename Check>
+void computeInEightWorkers(Check check) {
+    constexpr int WORKERS = 8;
+    const Pipe start;
+    std::array<Pipe, WORKERS> results;
+    std::vector<Child> workers;
+    for (int worker = 0; worker < WORKERS; ++worker)
+        workers.emplace_back([&start, &result = results[static_cast<std::size_t>(worker)], worker] {
+            Heights heights;
+            char signal = 0;
+            if (!start.receive(signal)) return false;
+            computeHeights(heights, worker * 211);
+            return result.send(heights);
+        });
+    EXPECT_TRUE(start.send(std::array<char, WORKERS>()));
+    for (const Pipe& result : results) {
+        Heights heights;
+        ASSERT_TRUE(result.receive(heights));
+        check(heights);
+    }
+    for (Child& worker : workers) EXPECT_TRUE(worker.succeeds());
+}
+
+// Files whose position is shared go wrong only when two read at once: hence the rounds.
+TEST(ForkTest, LetsEightWorkersUseAGridThatTheServerHasOpened) {
+    // EGM96 puts the geoid 17.2 m above the ellipsoid at 0 N 0 E.
+    EXPECT_NEAR(heightAboveGeoid(0, 0), -17.2, 0.05);
+    std::vector<Heights> ofWorkers;
+    for (int round = 0; round < 5; ++round)
+        computeInEightWorkers([&ofWorkers](const Heights& heights) { ofWorkers.push_back(heights); });
+    Heights ofServer;
+    computeHeights(ofServer, 0);
+    EXPECT_EQ(ofWorkers.size(), 40U);
+    EXPECT_TRUE(std::all_of(ofWorkers.begin(), ofWorkers.end(),
+                            [&ofServer](const Heights& heights) { return heights == ofServer; }));
+}
+
+bool failsAsItShould() {
+    try {
+        moved(server(), "EPSG:4326", "EPSG:25832", {99, 9});
+    } catch (const TransExecException& failure) {
+        return failure.getCatalogMessage() != nullptr && std::string(failure.what()) == "Invalid coordinate";
+    }
+    return false;
+}
+
+// Transforms through a grid and by parameters, binds a code that the parent never does, and fails.
+bool doesEverything() {
+    const Point shifted = moved(server(), "EPSG:4314", "EPSG:4326", {GRIDDED_LATITUDE, GRIDDED_LONGITUDE});
+    const Point bound = moved(server(), "EPSG:4258", "EPSG:25832", {9, 52});
+    return std::abs(shifted.x - SHIFTED_LATITUDE) < GRID_TOLERANCE && std::abs(bound.x - 500000) < 1e-6 &&
+           failsAsItShould();
+}
+
+// Threads that do what the requests of a server do, until the object goes.
+class BusyThreads {
+public:
+    BusyThreads() {
+        server();
+        run([] { moved(server(), "EPSG:4314", "EPSG:25832", {GRIDDED_LATITUDE, GRIDDED_LONGITUDE}); });
+        run([] { moved(server(), "urn:ogc:def:crs:EPSG::4277", "EPSG:3857", {50, 9}); });
+        run([] {
+            EXPECT_TRUE(failsAsItShould());
+            EXPECT_THROW(moved(server(), "EPSG:9999", "EPSG:4326", {0, 0}), std::exception);
+        });
+        while (running < static_cast<int>(threads.size())) std::this_thread::yield();
+    }
+    BusyThreads(const BusyThreads&) = delete;
+    BusyThreads& operator=(const BusyThreads&) = delete;
+    ~BusyThreads() {
+        stopped = true;
+        for (std::thread& thread : threads) thread.join();
+    }
+
+private:
+    void run(void (*work)()) {
+        threads.emplace_back([this, work] {
+            work();
+            ++running;
+            while (!stopped) work();
+        });
+    }
+
+    std::atomic<bool> stopped{false};
+    std::atomic<int> running{0};
+    std::vector<std::thread> threads;
+};
+
+TEST(ForkTest, LetsAHundredChildrenWorkBesideThreadsOfTheirParent) {
+    const BusyThreads threads;
+    for (int child = 0; child < 100; ++child) ASSERT_TRUE(Child(doesEverything).succeeds()) << child;
+}
+
+TEST(ForkTest, LetsTheChildOfAChildWork) {
+    EXPECT_TRUE(doesEverything());
+    const double height = heightAboveGeoid(10, 20);
+    const auto grandchild = [height] {
+        return doesEverything() && heightAboveGeoid(10, 20) == height && Child(doesEverything).succeeds();
+    };
+    const auto child = [height, &grandchild] {
+        return heightAboveGeoid(10, 20) == height && Child(grandchild).succeeds() && doesEverything();
+    };
+    EXPECT_TRUE(Child(child).succeeds());
+    EXPECT_TRUE(doesEverything());
+}
+
+// Its parent has none: ThreadSanitizer knows no threads that begin in the child of a process with threads.
+TEST(ForkTest, LetsAWorkerHaveThreadsAndChildren) {
+    EXPECT_TRUE(doesEverything());
+    const auto worker = [] {
+        const BusyThreads threads;
+        return doesEverything() && Child(doesEverything).succeeds() && doesEverything();
+    };
+    EXPECT_TRUE(Child(worker).succeeds());
+    EXPECT_TRUE(doesEverything());
+}
+
+std::string filesOfThisProcess() {
+    std::string names;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code error;
+        names += std::filesystem::read_symlink(entry, error).string() + "\n";
+    }
+    return names;
+}
+
+std::string outputOf(const char* command) {
+    std::FILE* const stream = popen(command, "r");
+    std::string output;
+    for (int c = std::fgetc(stream); c != EOF; c = std::fgetc(stream)) output += static_cast<char>(c);
+    EXPECT_EQ(pclose(stream), 0);
+    return output;
+}
+
+TEST(ForkTest, KeepsFilesFromProgramsThatTheServerStarts) {
+    heightAboveGeoid(0, 0);
+    doesEverything();
+    const std::string here = filesOfThisProcess();
+    const std::string there = outputOf("ls -l /proc/self/fd");
+    for (const char* const file : {"egm96_15.gtx", "BETA2007.gsb", "proj.db"}) {
+        EXPECT_NE(here.find(file), std::string::npos) << file;
+        EXPECT_EQ(there.find(file), std::string::npos) << file;
+    }
+}
+
+TEST(ForkTest, ClosesTheGridsOfTheParentInAChild) {
+    heightAboveGeoid(0, 0);
+    EXPECT_TRUE(Child([] { return filesOfThisProcess().find("egm96_15.gtx") == std::string::npos; }).succeeds());
+    EXPECT_NE(filesOfThisProcess().find("egm96_15.gtx"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace ProcessTest
