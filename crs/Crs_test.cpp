@@ -42,6 +42,7 @@ bool isFlagged(State state) { return state == BORROWING || state == LEFT_BY_BORR
 class UncopyableCrs : public FakeCrs {
 public:
     using FakeCrs::FakeCrs;
+    using FakeCrs::operator=;
     AbstractCrs* copy() const override { throw std::bad_alloc(); }
 };
 
@@ -472,6 +473,7 @@ TEST_F(CrsTest, ForcesAnOwnedCrsInPlace) {
 class CrsThatNotesForcing : public FakeCrs {
 public:
     using FakeCrs::FakeCrs;
+    using FakeCrs::operator=;
     void forceDim2D() override { setAlias("forced"); }
 };
 

@@ -275,6 +275,7 @@ TEST_F(FailedCodeTest, CanBeMadeGood) {
 class RecordingCrs : public Proj4Crs {
 public:
     using Proj4Crs::Proj4Crs;
+    using Proj4Crs::operator=;
 
     void setEpsgStandardAxisOrder() override {
         calls.push_back("axis order of " + getAliasOrIdentifier(false) +

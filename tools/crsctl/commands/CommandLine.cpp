@@ -22,20 +22,20 @@ bool hasFlag(const OptionText& option, const std::string& flag) {
 }
 
 // The words of an option; an option without words is a mistake of this program.
-const OptionText& optionText(const CommandText& command, const std::string& flag) {
+const OptionText& optionText(const CommandText& command, const char* flag) {
     for (const std::vector<OptionText>* options : {&command.options, &commonOptionTexts()})
         for (const OptionText& option : *options)
             if (hasFlag(option, flag)) return option;
-    throw std::logic_error("no text for " + flag);
+    throw std::logic_error(std::string("no text for ") + flag);
 }
 
 template <typename Value>
-CLI::Option* addOption(CLI::App& app, const CommandText& text, const std::string& flag, Value& value) {
+CLI::Option* addOption(CLI::App& app, const CommandText& text, const char* flag, Value& value) {
     const OptionText& option = optionText(text, flag);
     return app.add_option(option.flags, value, option.text)->type_name(option.value);
 }
 
-CLI::Option* addFlag(CLI::App& app, const CommandText& text, const std::string& flag, bool& value) {
+CLI::Option* addFlag(CLI::App& app, const CommandText& text, const char* flag, bool& value) {
     const OptionText& option = optionText(text, flag);
     return app.add_flag(option.flags, value, option.text);
 }
