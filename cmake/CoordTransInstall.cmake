@@ -52,7 +52,7 @@ if(BUILD_SHARED_LIBS)
   set(pc_private_libs "")
 else()
   set(pc_cflags "-DCOORDTRANS_STATIC")
-  set(pc_private_libs "-lproj -lboost_filesystem -lboost_system -pthread -lstdc++")
+  set(pc_private_libs "-lproj -lboost_filesystem -pthread -lstdc++")
 endif()
 # Relative to the file itself, so that an installation can be moved. A directory that is absolute stays so.
 file(RELATIVE_PATH pc_to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
@@ -83,5 +83,5 @@ install(
 
 # Packages are made of the whole; a project that embeds the library makes its own.
 if(PROJECT_IS_TOP_LEVEL)
-  include(CoordTransPackages)
+  include(cmake/CoordTransPackages.cmake)
 endif()

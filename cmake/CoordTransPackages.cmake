@@ -41,10 +41,10 @@ set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "The library and a PROJ directory for it
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libcoordinatetransformation-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Headers, CMake package and pkg-config file.")
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libboost-dev (>= 1.74)")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libboost-dev (>= ${coordtrans_oldest_boost})")
 if(NOT BUILD_SHARED_LIBS)
   string(APPEND CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
-         ", libboost-filesystem-dev (>= 1.74), libboost-system-dev (>= 1.74), libproj-dev (>= 9)")
+         ", libboost-filesystem-dev (>= ${coordtrans_oldest_boost}), libproj-dev (>= ${coordtrans_oldest_proj})")
 endif()
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME coordinatetransformation-tools)

@@ -1,14 +1,21 @@
 # The functions by which the folders name their sources and tests.
 
-# Warnings are errors, for the targets of this project only: the target is never exported.
-add_library(coordtrans_developer INTERFACE)
+include(CheckCXXCompilerFlag)
+include(CheckIPOSupported)
+
+# Warnings are errors, for the targets of this project only: an imported target is neither exported nor seen by a project
+# that embeds this one.
+add_library(coordtrans_developer INTERFACE IMPORTED)
 if(COORDTRANS_DEVELOPER)
-  target_compile_options(coordtrans_developer INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+  if(MSVC)
+    target_compile_options(coordtrans_developer INTERFACE /W4 /WX)
+  else()
+    target_compile_options(coordtrans_developer INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+  endif()
 endif()
 
 # The path of a point runs through five sources; inlining across them spares a third of what the library adds to
 # PROJ. A static library stays as it is, for users with other compilers. Whatever links the objects needs it too.
-include(CheckIPOSupported)
 check_ipo_supported(RESULT coordtrans_ipo_supported OUTPUT ignored LANGUAGES CXX)
 function(coordtrans_optimise_across_sources target)
   if(COORDTRANS_INTERPROCEDURAL AND coordtrans_ipo_supported AND BUILD_SHARED_LIBS)
@@ -52,11 +59,14 @@ function(coordtrans_configure_objects)
     PUBLIC $<$<NOT:$<BOOL:${BUILD_SHARED_LIBS}>>:COORDTRANS_STATIC>
     PRIVATE COORDTRANS_BUILDING $<$<BOOL:${COORDTRANS_RELEASE_URN_ORIGINAL}>:COORDTRANS_RELEASE_URN_ORIGINAL>)
   # Calls inside the library need not go through the symbol table that a host could interpose.
-  target_compile_options(coordtrans_objects PRIVATE -fno-semantic-interposition)
+  check_cxx_compiler_flag(-fno-semantic-interposition COORDTRANS_HAS_NO_SEMANTIC_INTERPOSITION)
+  if(COORDTRANS_HAS_NO_SEMANTIC_INTERPOSITION)
+    target_compile_options(coordtrans_objects PRIVATE -fno-semantic-interposition)
+  endif()
   target_link_libraries(
     coordtrans_objects
     PUBLIC Boost::headers
-    PRIVATE coordtrans_developer PROJ::proj Boost::filesystem Boost::system Threads::Threads)
+    PRIVATE coordtrans_developer PROJ::proj Boost::filesystem Threads::Threads)
 endfunction()
 
 # Adds sources of the current folder to the library.
@@ -104,7 +114,7 @@ function(coordtrans_add_library)
   target_link_libraries(
     CoordinateTransformation
     PUBLIC Boost::headers
-    PRIVATE PROJ::proj Boost::filesystem Boost::system Threads::Threads)
+    PRIVATE PROJ::proj Boost::filesystem Threads::Threads)
   if(COORDTRANS_MESSAGE_CATALOGUE STREQUAL "host")
     coordtrans_link_host_catalogue()
   endif()
@@ -122,12 +132,12 @@ function(coordtrans_add_test_program name)
   find_package(GTest REQUIRED)
   add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE coordtrans_developer GTest::gmock GTest::gtest_main)
-  target_compile_options(${name} PRIVATE -O0)
+  target_compile_options(${name} PRIVATE $<$<NOT:$<BOOL:${MSVC}>>:-O0>)
   target_compile_definitions(${name} PRIVATE COORDTRANS_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
   if(arg_INTERNAL)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
     target_link_libraries(${name} PRIVATE $<TARGET_OBJECTS:coordtrans_objects> Boost::headers Boost::filesystem
-                                          Boost::system PROJ::proj Threads::Threads)
+                                          PROJ::proj Threads::Threads)
     target_compile_features(${name} PRIVATE cxx_std_17)
     coordtrans_optimise_across_sources(${name})
     target_compile_definitions(

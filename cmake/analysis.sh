@@ -84,7 +84,7 @@ build_with_clang() {
     local standard=$1 folder=$2
     shift 2
     say "Building with clang++ as C++$standard (log: $folder.log)"
-    if ! { cmake --preset release -B "$folder" -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_CXX_STANDARD="$standard" \
+    if ! { cmake --preset developer -B "$folder" -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_CXX_STANDARD="$standard" \
         -DCMAKE_BUILD_TYPE=Debug -DCOORDTRANS_GENERATE_PROJ_DIRECTORY=OFF "$@" && cmake --build "$folder"; } >"$folder.log" 2>&1; then
         tail -n 30 "$folder.log" >&2
         exit 1
@@ -96,4 +96,17 @@ build_with_clang() {
 check_clang() {
     build_with_clang 20 build/clang
     build_with_clang 17 build/clang17 -DCOORDTRANS_BUILD_TESTS=OFF -DCOORDTRANS_BUILD_BENCHMARKS=OFF
+}
+
+# The library against the other C++ standard library. The distribution's Boost.Filesystem is built with g++'s, so this
+# shows that every source compiles; linked and run is the library with the one only.
+check_libcxx() {
+    local folder=build/libcxx
+    say "Compiling the library with libc++ (log: $folder.log)"
+    if ! { cmake --preset release -B "$folder" -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_CXX_FLAGS=-stdlib=libc++ \
+        -DCMAKE_BUILD_TYPE=Debug -DCOORDTRANS_BUILD_TOOLS=OFF -DCOORDTRANS_DEVELOPER=ON &&
+        cmake --build "$folder" --target coordtrans_objects; } >"$folder.log" 2>&1; then
+        tail -n 30 "$folder.log" >&2
+        exit 1
+    fi
 }

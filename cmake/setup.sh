@@ -1,9 +1,9 @@
 # Read by the commands of the repository: puts the packages that a build needs on the machine.
 
-BUILD_PACKAGES="g++ cmake ninja-build libproj-dev proj-data libboost-dev libboost-filesystem-dev libboost-system-dev"
+BUILD_PACKAGES="g++ cmake ninja-build libproj-dev proj-data libboost-dev libboost-filesystem-dev"
 TOOL_PACKAGES="libcli11-dev nlohmann-json3-dev"
 TEST_PACKAGES="libgtest-dev libgmock-dev libbenchmark-dev dpkg-dev file pkg-config"
-ANALYSIS_PACKAGES="git doxygen clang clang-format clang-tidy g++-mingw-w64-x86-64-posix"
+ANALYSIS_PACKAGES="git doxygen clang libc++-dev libc++abi-dev clang-format clang-tidy g++-mingw-w64-x86-64-posix"
 
 say() { printf '\n== %s\n' "$*"; }
 
@@ -40,16 +40,17 @@ require_packages() {
     rm -f "$log"
 }
 
-# build PRESET [TARGET...]: configures and builds, quietly unless it fails.
+# build PRESET [FOLDER]: configures and builds in build/FOLDER, quietly unless it fails. FOLDER is called like the preset.
 build() {
-    local preset=$1 log
-    shift
-    log=build/$preset.log
+    local preset=$1 folder=build/${2:-$1}
+    local log=$folder.log
     mkdir -p build
-    say "Building $preset (log: $log)"
-    if ! { cmake --preset "$preset" && cmake --build "build/$preset" ${1:+--target "$@"}; } >"$log" 2>&1; then
+    say "Building $folder (log: $log)"
+    if ! { cmake --preset "$preset" -B "$folder" && cmake --build "$folder"; } >"$log" 2>&1; then
         grep -nE 'error|Error|FAILED|warning' "$log" | head -n 30 >&2 || true
         tail -n 30 "$log" >&2
         exit 1
     fi
+    # A newer CMake warns of what a later one refuses.
+    if grep -A 10 -E '^CMake.* Warning' "$log" >&2; then exit 1; fi
 }

@@ -94,3 +94,9 @@ through_pkg_config() {
     quietly "$compiler" -std=c++17 "$without_proj" "$here/consumer/main.cpp" -o "$2/consumer" "${flags[@]}"
     check_consumer "$2/consumer" "$1" "$proj_directory"
 }
+
+# configure_embedding BUILD add_subdirectory|FetchContent ON|OFF|unset: the project that holds the library's sources.
+configure_embedding() {
+    quietly "$cmake" -S "$here/embedding" -B "$1" -DEMBED_BY="$2" -DSHARED="$3" -DLIBRARY_SOURCE_DIR="$source_dir" \
+        -DCMAKE_CXX_FLAGS="" -DFETCHCONTENT_FULLY_DISCONNECTED=ON
+}

@@ -5,8 +5,6 @@ set -euo pipefail
 work=$1
 prefix=$2
 
-options=(-DBUILD_SHARED_LIBS=OFF -DCOORDTRANS_GENERATE_PROJ_DIRECTORY=OFF)
-for part in TESTS TOOLS EXAMPLES BENCHMARKS FUZZERS; do options+=("-DCOORDTRANS_BUILD_$part=OFF"); done
-quietly "$cmake" -S "$source_dir" -B "$work" "${options[@]}"
+quietly "$cmake" -S "$source_dir" -B "$work" -DBUILD_SHARED_LIBS=OFF -DCOORDTRANS_BUILD_TOOLS=OFF
 quietly "$cmake" --build "$work"
 "$here/install.sh" "$work" "$prefix"

@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# embedding_guest.sh WORK: an embedded library is of the kind that its project asks for and changes nothing of it.
+set -euo pipefail
+. "$(dirname "$0")/common.sh"
+work=$1
+
+# The library's own options and what project() notes of it are named after it.
+OWN='^(COORDTRANS_[A-Z0-9_a-z]*|CoordinateTransformation_(SOURCE_DIR|BINARY_DIR|IS_TOP_LEVEL|LIB_DEPENDS))='
+
+rm -rf "$work"
+while read -r shared kind; do
+    configure_embedding "$work/$shared" add_subdirectory "$shared"
+    [ "$(cat "$work/$shared/kind.txt")" = "$kind" ] || fail "BUILD_SHARED_LIBS $shared: $(cat "$work/$shared/kind.txt")"
+    changes=$(diff "$work/$shared/before.txt" "$work/$shared/after.txt" | sed -n 's/^[<>] //p' | grep -vE "$OWN" || true)
+    [ -z "$changes" ] || fail "the library changes its project:"$'\n'"$changes"
+done <<'END'
+unset STATIC_LIBRARY
+OFF STATIC_LIBRARY
+ON SHARED_LIBRARY
+END
