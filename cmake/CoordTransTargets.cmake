@@ -63,6 +63,7 @@ function(coordtrans_configure_objects)
   if(COORDTRANS_HAS_NO_SEMANTIC_INTERPOSITION)
     target_compile_options(coordtrans_objects PRIVATE -fno-semantic-interposition)
   endif()
+  coordtrans_harden(coordtrans_objects)
   target_link_libraries(
     coordtrans_objects
     PUBLIC Boost::headers
@@ -105,6 +106,7 @@ function(coordtrans_add_library)
                                                                                        ${PROJECT_VERSION_MAJOR})
   coordtrans_optimise_across_sources(CoordinateTransformation)
   coordtrans_limit_exports(CoordinateTransformation)
+  coordtrans_harden(CoordinateTransformation)
   target_compile_features(CoordinateTransformation PUBLIC cxx_std_17)
   target_include_directories(
     CoordinateTransformation PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>

@@ -110,3 +110,37 @@ check_libcxx() {
         exit 1
     fi
 }
+
+# hardening_gaps FILE...: what programs and shared libraries lack of that which cmake/CoordTransHardening.cmake gives.
+hardening_gaps() {
+    local file headers dynamic symbols
+    for file in "$@"; do
+        headers=$(readelf -hlW "$file") dynamic=$(readelf -dW "$file") symbols=$(readelf --dyn-syms -W "$file")
+        [[ $headers == *GNU_RELRO* && $dynamic == *BIND_NOW* ]] || echo "$file: relocations stay writable"
+        [[ $headers == *' DYN '* ]] || echo "$file: the address is always the same"
+        [[ $symbols == *__stack_chk_fail* ]] || echo "$file: no canaries"
+        grep -v __stack_chk <<<"$symbols" | grep -qE ' __[a-z_]+_chk[@ ]' || echo "$file: no function checks bounds"
+        # Start-up code of the C library alone has a few.
+        [ "$(uname -m)" != x86_64 ] || [ "$(objdump -d "$file" | grep -c endbr64)" -gt 10 ] ||
+            echo "$file: targets of indirect calls are not marked"
+    done
+}
+
+# Probes of the stack leave nothing that readelf shows; the compiler's commands have them.
+sources_without_stack_probes() {
+    grep -E '"command".*(coordtrans_objects|crsctl|crsctl_core|crs-projdir|projdir_core)\.dir/' "$1/compile_commands.json" |
+        grep -v -e -fstack-clash-protection || true
+}
+
+check_hardening() {
+    say "Hardening of library and tools"
+    local gaps folder=build/release
+    gaps=$(hardening_gaps $folder/libCoordinateTransformation.so $folder/tools/crsctl/crsctl $folder/tools/projdir/crs-projdir)
+    gaps+=$(sources_without_stack_probes $folder)
+    [ -z "$gaps" ] || fail "$gaps"
+    # The check must notice a program that has nothing of it.
+    g++ -x c++ - -o build/unhardened -O2 -no-pie -U_FORTIFY_SOURCE -fno-stack-protector -fcf-protection=none \
+        -Wl,-z,norelro,-z,lazy <<<'int main() {}'
+    gaps=$(hardening_gaps build/unhardened)
+    [ "$(wc -l <<<"$gaps")" = 5 ] || fail "of five gaps these were found: $gaps"
+}
