@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <map>
@@ -46,9 +47,11 @@ bool isExpressible(unsigned int code) {
     const PjPtr crs = openCrs(context, code);
     if (proj_as_proj_string(context.get(), crs.get(), PJ_PROJ_4, nullptr) == nullptr) return false;
     const PjPtr axes(proj_crs_get_coordinate_system(context.get(), crs.get()));
-    const char* unit = nullptr;
-    proj_cs_get_axis_info(context.get(), axes.get(), 0, nullptr, nullptr, nullptr, nullptr, &unit, nullptr, nullptr);
-    return proj_cs_get_type(context.get(), axes.get()) != PJ_CS_TYPE_ELLIPSOIDAL || textOrEmpty(unit) == "degree";
+    double radiansOfUnit = 0;
+    proj_cs_get_axis_info(context.get(), axes.get(), 0, nullptr, nullptr, nullptr, &radiansOfUnit, nullptr, nullptr,
+                          nullptr);
+    return proj_cs_get_type(context.get(), axes.get()) != PJ_CS_TYPE_ELLIPSOIDAL ||
+           std::fabs(radiansOfUnit - std::acos(-1) / 180) < 1e-12;
 }
 
 // Made once; the library settles its directory once in a process.
