@@ -45,8 +45,8 @@ void lookUpAll(benchmark::State& state, const std::vector<std::string>& names, L
 void measureMap(benchmark::State& state, const std::map<std::string, void*>& names,
                 const std::vector<std::string>& drawn) {
     lookUpAll(state, drawn, [&names](const std::string& name) {
-        const auto found = names.find(name);
-        benchmark::DoNotOptimize(found->second);
+        void* found = names.find(name)->second;
+        benchmark::DoNotOptimize(found);
     });
 }
 
