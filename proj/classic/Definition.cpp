@@ -104,7 +104,7 @@ std::string projectionStep(const ParameterList& parameters) {
 // What lengths of PROJ must be multiplied by to be those of the classic interface.
 double scaleOf(const std::string& projection, PJ_CONTEXT* proj) {
     if (projection != "wag6") return 1;
-    const ProjectionPtr wag6(proj_create(proj, "+proj=wag6 +R=1"));
+    const ProjectionPtr wag6 = makeProjection(proj, "+proj=wag6 +R=1");
     return wag6 == nullptr ? 1
                            : LENGTH_OF_A_RADIAN_IN_WAG6 / proj_trans(wag6.get(), PJ_FWD, proj_coord(0, 1, 0, 0)).xy.y;
 }
@@ -140,7 +140,7 @@ std::string writeStep(const ParameterList& parameters, const Definition& definit
 bool isIdle(const ParameterList& parameters, const Definition& definition, PJ_CONTEXT* proj) {
     if (!definition.isLongLat || parameters.hasAnyOf(LONG_LAT_KEYS)) return false;
     if (!parameters.hasAnyOf(UNIT_KEYS)) return true;
-    const ProjectionPtr longLat(proj_create(proj, definition.step.c_str()));
+    const ProjectionPtr longLat = makeProjection(proj, definition.step);
     return longLat != nullptr && proj_trans(longLat.get(), PJ_FWD, proj_coord(0, 0, 1, 0)).xyz.z == 1;
 }
 
