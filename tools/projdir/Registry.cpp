@@ -1,8 +1,9 @@
 #include "tools/projdir/Registry.h"
 
-#include <algorithm>
 #include <charconv>
 #include <cstdlib>
+#include <map>
+#include <utility>
 
 namespace ProjDir {
 
@@ -59,10 +60,10 @@ std::string readMetadata(const ProjContext& context, const char* key) {
 
 // A CRS with several areas of use stands in PROJ's list with each of them.
 void sortByCode(std::vector<RegistryCrs>& registry) {
-    std::stable_sort(registry.begin(), registry.end(), [](const auto& a, const auto& b) { return a.code < b.code; });
-    const auto end =
-        std::unique(registry.begin(), registry.end(), [](const auto& a, const auto& b) { return a.code == b.code; });
-    registry.erase(end, registry.end());
+    std::map<unsigned int, RegistryCrs> firstOfCode;
+    for (RegistryCrs& crs : registry) firstOfCode.try_emplace(crs.code, std::move(crs));
+    registry.clear();
+    for (auto& [code, crs] : firstOfCode) registry.push_back(std::move(crs));
 }
 
 }  // namespace

@@ -73,8 +73,9 @@ std::string writeDistribution(const std::vector<double>& distances) {
 std::vector<const Agreement*> sortWorstFirst(const std::vector<Agreement>& agreements, Distance distance) {
     std::vector<const Agreement*> sorted;
     for (const Agreement& agreement : agreements) sorted.push_back(&agreement);
-    std::stable_sort(sorted.begin(), sorted.end(),
-                     [distance](const Agreement* a, const Agreement* b) { return a->*distance > b->*distance; });
+    std::sort(sorted.begin(), sorted.end(), [distance](const Agreement* a, const Agreement* b) {
+        return a->*distance > b->*distance || (a->*distance == b->*distance && a < b);
+    });
     return sorted;
 }
 

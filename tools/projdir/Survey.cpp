@@ -82,8 +82,12 @@ std::vector<OperationShare> Survey::countShares() const {
     std::vector<OperationShare> shares;
     for (const UsedOperation& operation : best.used()) shares.push_back({operation, 0});
     for (const ReferencePoint& point : points) ++shares[point.operation].points;
-    std::stable_sort(shares.begin(), shares.end(), [](const auto& a, const auto& b) { return a.points > b.points; });
-    return shares;
+    std::vector<OperationShare> mostUsedFirst;
+    for (const OperationShare& share : shares)
+        mostUsedFirst.insert(std::upper_bound(mostUsedFirst.begin(), mostUsedFirst.end(), share,
+                                              [](const auto& a, const auto& b) { return a.points > b.points; }),
+                             share);
+    return mostUsedFirst;
 }
 
 ShiftEvidence Survey::gatherEvidence() const {
