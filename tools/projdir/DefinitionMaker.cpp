@@ -2,7 +2,19 @@
 
 #include <utility>
 
+#include "tools/projdir/Line.h"
+
 namespace ProjDir {
+
+namespace {
+
+// Parts of the text are the database's own words.
+std::string requireOneDefinition(const std::string& text) {
+    if (!isOneDefinition(text)) throw NotExpressible("its definition holds a character that ends a definition");
+    return text;
+}
+
+}  // namespace
 
 DefinitionMaker::DefinitionMaker(const MakingRules& makingRules) : rules(makingRules) { context.openDatabaseAlone(); }
 
@@ -14,6 +26,7 @@ Outcome DefinitionMaker::make(const RegistryCrs& crs) {
     } catch (const NotExpressible& reason) {
         outcome.omission = reason.what();
     }
+    requireSoundDatabase(context, "EPSG:" + std::to_string(crs.code));
     return outcome;
 }
 
@@ -23,7 +36,7 @@ void DefinitionMaker::define(Outcome& outcome) {
     definition.isNorthFirst = survey.isNorthFirst();
     definition.shift = chooseFor(survey);
     definition.hasUnknownPart = survey.hasUnknownPart();
-    definition.text = survey.text().write(writeDatumShift(definition.shift));
+    definition.text = requireOneDefinition(survey.text().write(writeDatumShift(definition.shift)));
     outcome.shares = survey.countShares();
     if (rules.withCheckPoints) outcome.checkPoints = survey.makeCheckPoints();
     outcome.definition = std::move(definition);

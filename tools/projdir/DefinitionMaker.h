@@ -43,6 +43,7 @@ class DefinitionMaker {
 public:
     explicit DefinitionMaker(const MakingRules& makingRules);
 
+    // RegistryError when PROJ fails over its database: what it makes then is not what the registry holds.
     Outcome make(const RegistryCrs& crs);
 
 private:

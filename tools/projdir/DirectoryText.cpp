@@ -1,5 +1,7 @@
 #include "tools/projdir/DirectoryText.h"
 
+#include "tools/projdir/Line.h"
+
 namespace ProjDir {
 
 namespace {
@@ -11,8 +13,8 @@ constexpr char UNKNOWN_CRS_AXIS_ORDER[] = "0;en\n";
 std::string writeComment(const Outcome& outcome) {
     const std::string shift = describeShift(outcome.definition->shift);
     const bool isPartly = outcome.definition->hasUnknownPart && outcome.definition->shift.kind != ShiftKind::UNKNOWN;
-    return "# " + outcome.crs.name + (shift.empty() ? "" : "; " + shift) +
-           (isPartly ? "; PROJ knows no shift in part of the area" : "") + "\n";
+    return writeLine("# " + outcome.crs.name + (shift.empty() ? "" : "; " + shift) +
+                     (isPartly ? "; PROJ knows no shift in part of the area" : ""));
 }
 
 std::string writeEntry(const Outcome& outcome) {
@@ -26,7 +28,7 @@ std::string writeAxisOrder(const Outcome& outcome) {
 }  // namespace
 
 std::string writeInitFile(const RegistryVersion& version, const std::vector<Outcome>& outcomes) {
-    std::string text = "# " + describe(version) + "\n" + UNKNOWN_CRS_ENTRY;
+    std::string text = writeLine("# " + describe(version)) + UNKNOWN_CRS_ENTRY;
     for (const Outcome& outcome : outcomes)
         if (outcome.definition) text += writeEntry(outcome);
     return text;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tools/projdir/Line.h"
+
 namespace ProjDir {
 namespace {
 
@@ -36,6 +38,26 @@ TEST(DirectoryTextTest, WritesEntriesUnderTheirNames) {
               "<10> +proj=longlat <>\n"
               "# Second / Zone; shift EPSG:1\n"
               "<20> +proj=utm <>\n");
+}
+
+// What a registry holds that somebody has tampered with.
+TEST(DirectoryTextTest, KeepsEveryNameInItsComment) {
+    std::vector<Outcome> outcomes = {
+        makeOutcome(10, "A\n<666> +proj=merc <>\r<667>\v#\f\x1B[2J<B>", "+proj=longlat", true)};
+    outcomes[0].definition->shift.source = "EPSG:1\n<668>";
+    EXPECT_EQ(writeInitFile({"v1\n<669>", "2022-08-31", "9.1.1"}, outcomes),
+              "# EPSG Geodetic Parameter Dataset v1 <669> of 2022-08-31, from the database of PROJ 9.1.1\n"
+              "# Unknown and default CRS\n"
+              "<0> +proj=longlat +datum=WGS84 +no_defs <>\n"
+              "# A <666> +proj=merc <> <667> #  [2J<B>; shift EPSG:1 <668>\n"
+              "<10> +proj=longlat <>\n");
+    EXPECT_EQ(writeAxisOrderFile(outcomes), "0;en\n10;ne\n");
+}
+
+TEST(DirectoryTextTest, KnowsWhatEndsADefinition) {
+    EXPECT_TRUE(isOneDefinition("+proj=utm +zone=32 +nadgrids=a-b_c.gsb"));
+    for (const char* text : {"+proj=utm <>", "<1>", "+proj=utm #", "+proj=utm\n", "+a=\t1"})
+        EXPECT_FALSE(isOneDefinition(text)) << text;
 }
 
 TEST(DirectoryTextTest, WritesALineForEveryEntry) {

@@ -3,7 +3,6 @@
 #include <atomic>
 #include <exception>
 #include <mutex>
-#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -41,13 +40,13 @@ void makeShareSafely(Work& work) {
     }
 }
 
-// A system that gives no more threads leaves more work to those that are there.
+// A system that gives no more threads, or no memory for them, leaves more work to those that are there.
 std::vector<std::thread> startHelpers(Work& work, unsigned int count) {
     std::vector<std::thread> helpers;
     helpers.reserve(count);
     try {
         while (helpers.size() < count) helpers.emplace_back([&work] { makeShareSafely(work); });
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {
     }
     return helpers;
 }

@@ -65,6 +65,15 @@ std::string besides(const std::string& target) { return target + ".tmp-" + std::
 
 }  // namespace
 
+HeldSignals::HeldSignals() {
+    sigset_t held;
+    sigemptyset(&held);
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM}) sigaddset(&held, signal);
+    pthread_sigmask(SIG_BLOCK, &held, &before);
+}
+
+HeldSignals::~HeldSignals() { pthread_sigmask(SIG_SETMASK, &before, nullptr); }
+
 OutputFile::OutputFile(const std::string& targetPath, bool mayOverwrite) : target(followLinks(targetPath)) {
     std::error_code error;
     const std::filesystem::file_status status = std::filesystem::status(target, error);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <csignal>
 #include <stdexcept>
 #include <string>
 
@@ -9,6 +10,19 @@ namespace ProjDir {
 class OutputError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
+};
+
+// Holds back the signals that end a program, on the thread that makes it, until it goes: for as long as there are
+// files that must not stay behind. Those that came meanwhile are delivered then.
+class HeldSignals {
+public:
+    HeldSignals();
+    HeldSignals(const HeldSignals&) = delete;
+    HeldSignals& operator=(const HeldSignals&) = delete;
+    ~HeldSignals();
+
+private:
+    sigset_t before{};
 };
 
 // A file that comes into being whole or not at all: its text goes to another name beside it, on the disk before
@@ -30,6 +44,8 @@ public:
     void write(const std::string& text);
     // REQUIRES: written.
     void publish();
+    // A terminal, a pipe or the like, which may keep `publish` waiting.
+    bool isStream() const { return isDirect; }
 
 private:
     void writeStream(const std::string& text) const;

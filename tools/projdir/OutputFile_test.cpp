@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "tools/projdir/TestDirectory.h"
@@ -146,6 +147,26 @@ TEST(OutputFileTest, NamesADirectoryThatIsNotThere) {
     const TestDirectory directory;
     const OutputFile file(directory.file("none/epsg"), false);
     EXPECT_THAT(failureOf([&] { file.probe(); }), HasSubstr("No such file or directory"));
+}
+
+// In a process of its own: it is to be ended.
+TEST(HeldSignalsTest, AreDeliveredWhenTheWorkIsDone) {
+    const TestDirectory directory;
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
+        const pid_t child = fork();
+        if (child == 0) {
+            {
+                const HeldSignals held;
+                raise(signal);
+                directory.write("done", "");
+            }
+            _exit(0);
+        }
+        int status = 0;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal);
+        EXPECT_TRUE(std::filesystem::remove(directory.file("done")));
+    }
 }
 
 TEST(OutputDirectoryTest, IsMadeAndKept) {

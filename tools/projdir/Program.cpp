@@ -6,13 +6,15 @@
 #include <cstdio>
 #include <exception>
 #include <fstream>
-#include <memory>
+#include <optional>
 #include <system_error>
 #include <thread>
 
 #include "tools/projdir/CodeList.h"
 #include "tools/projdir/DirectoryText.h"
 #include "tools/projdir/Generation.h"
+#include "tools/projdir/Line.h"
+#include "tools/projdir/MemoryWatch.h"
 #include "tools/projdir/Numbers.h"
 #include "tools/projdir/OutputFile.h"
 #include "tools/projdir/Report.h"
@@ -38,29 +40,33 @@ std::vector<RegistryCrs> selectCrs(const Options& options, const std::vector<Reg
     return selectListed(registry, readCodesFile(options.codesFile), options.includeDeprecated);
 }
 
-// The files of one run. What is not published is gone when they are.
-struct Output {
-    explicit Output(const Options& options)
-        : directory(options.directory),
-          initFile(directory.file(INIT_FILE), options.force),
-          axisOrderFile(directory.file(AXIS_ORDER_FILE), options.force) {
-        if (!options.reportFile.empty()) report = std::make_unique<OutputFile>(options.reportFile, options.force);
-        initFile.probe();
-        if (report) report->probe();
-    }
+// Nothing stays on the disk while the definitions are made: whatever ends the program leaves nothing behind.
+void probeOutput(const Options& options) {
+    const HeldSignals held;
+    const OutputDirectory directory(options.directory);
+    OutputFile(directory.file(INIT_FILE), options.force).probe();
+    OutputFile(directory.file(AXIS_ORDER_FILE), options.force).probe();
+    if (!options.reportFile.empty()) OutputFile(options.reportFile, options.force).probe();
+}
 
-    OutputDirectory directory;
-    OutputFile initFile;
-    OutputFile axisOrderFile;
-    std::unique_ptr<OutputFile> report;
-};
+void publishDirectory(const Options& options, const std::string& definitions, const std::string& axisOrders) {
+    const HeldSignals held;
+    OutputDirectory directory(options.directory);
+    OutputFile initFile(directory.file(INIT_FILE), options.force);
+    OutputFile axisOrderFile(directory.file(AXIS_ORDER_FILE), options.force);
+    initFile.write(definitions);
+    axisOrderFile.write(axisOrders);
+    axisOrderFile.publish();
+    initFile.publish();
+    directory.keep();
+}
 
-void publishDirectory(const RegistryVersion& version, const std::vector<Outcome>& outcomes, Output& output) {
-    output.initFile.write(writeInitFile(version, outcomes));
-    output.axisOrderFile.write(writeAxisOrderFile(outcomes));
-    output.axisOrderFile.publish();
-    output.initFile.publish();
-    output.directory.keep();
+void publishReport(const Options& options, const std::string& text) {
+    std::optional<HeldSignals> held;
+    OutputFile report(options.reportFile, options.force);
+    if (!report.isStream()) held.emplace();
+    report.write(text);
+    report.publish();
 }
 
 std::vector<Outcome> makeOutcomes(const Options& options, const std::vector<RegistryCrs>& list) {
@@ -91,32 +97,49 @@ private:
     std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
 };
 
+// Who names a code counts on its definition.
+void requireDefinitions(const Options& options, const std::vector<Outcome>& outcomes) {
+    const std::string leftOut = options.codesFile.empty() ? "" : writeLeftOut(outcomes);
+    if (!leftOut.empty())
+        throw CodeListError(options.codesFile + " names CRS that no definition can be made for:\n" +
+                            leftOut.substr(0, leftOut.size() - 1));
+}
+
+std::vector<Outcome> makeDirectory(const Options& options, const RegistryVersion& version,
+                                   const std::vector<RegistryCrs>& list) {
+    std::vector<Outcome> outcomes = makeOutcomes(options, list);
+    requireDefinitions(options, outcomes);
+    const std::string definitions = writeInitFile(version, outcomes);
+    const std::string axisOrders = writeAxisOrderFile(outcomes);
+    MemoryWatch::requireNoShortage();
+    publishDirectory(options, definitions, axisOrders);
+    return outcomes;
+}
+
 int runOrRaise(const Options& options) {
     const Stopwatch stopwatch;
     const ProjContext context;
     const RegistryVersion version = readRegistryVersion(context);
     const std::vector<RegistryCrs> list = selectCrs(options, readRegistry(context));
-    Output output(options);
-    const std::vector<Outcome> outcomes = makeOutcomes(options, list);
-    publishDirectory(version, outcomes, output);
-    print(describe(version) + "\n\n" + writeSummary(outcomes) + "Made in " + writeFixed(stopwatch.seconds(), 1) +
-          " s\n");
+    probeOutput(options);
+    const std::vector<Outcome> outcomes = makeDirectory(options, version, list);
+    print(writeLine(describe(version)) + "\n" + writeSummary(outcomes) + "Made in " +
+          writeFixed(stopwatch.seconds(), 1) + " s\n");
     const std::vector<Agreement> agreements = verifyOutcomes(options, outcomes);
     if (!agreements.empty()) print("\n" + writeAgreement(agreements));
-    if (output.report) {
-        output.report->write(writeReport(version, outcomes, agreements));
-        output.report->publish();
-    }
+    if (!options.reportFile.empty()) publishReport(options, writeReport(version, outcomes, agreements));
+    MemoryWatch::requireNoShortage();
     return isAccepted(agreements) ? 0 : 1;
 }
 
 }  // namespace
 
 int run(const Options& options) {
+    const MemoryWatch watch;
     try {
         return runOrRaise(options);
     } catch (const std::exception& failure) {
-        std::fprintf(stderr, "crs-projdir: %s\n", failure.what());
+        std::fprintf(stderr, "crs-projdir: %s\n", MemoryWatch::wasShort() ? "out of memory" : failure.what());
         return 1;
     }
 }

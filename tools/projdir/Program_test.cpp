@@ -1,7 +1,12 @@
 #include "tools/projdir/Program.h"
 
+#include <chrono>
+#include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
 
 #include "tools/projdir/TestDirectory.h"
 
@@ -10,14 +15,15 @@ namespace {
 
 using testing::AllOf;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
-using testing::IsEmpty;
+using testing::StartsWith;
 
 class ProgramTest : public testing::Test {
 protected:
     ProgramTest() {
         options.directory = work.file("out");
-        options.codesFile = work.write("codes", "4326\n25832\n5701\n");
+        options.codesFile = work.write("codes", "4326\n25832\n");
     }
 
     // The exit code; what was printed stays in `output` and `error`.
@@ -31,6 +37,13 @@ protected:
     }
 
     bool isNothingMade() const { return !std::filesystem::exists(options.directory); }
+
+    std::set<std::string> listOutput() const {
+        std::set<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(options.directory))
+            names.insert(entry.path().filename().string());
+        return names;
+    }
 
     TestDirectory work;
     Options options;
@@ -50,7 +63,7 @@ TEST_F(ProgramTest, MakesTheTwoFiles) {
 TEST_F(ProgramTest, WritesTheReport) {
     options.reportFile = work.file("report");
     EXPECT_EQ(runProgram(), 0);
-    EXPECT_THAT(work.read("report"), HasSubstr("EPSG:5701 ODN height: a vertical CRS has no classic definition"));
+    EXPECT_THAT(work.read("report"), HasSubstr("     2 definitions\n"));
 }
 
 TEST_F(ProgramTest, MakesTheSameBytesAgain) {
@@ -88,6 +101,17 @@ TEST_F(ProgramTest, NamesACodeThatIsUnknown) {
     EXPECT_TRUE(isNothingMade());
 }
 
+TEST_F(ProgramTest, NamesEveryListedCodeThatHasNoDefinition) {
+    work.write("codes", "4326\n5701\n7405\n");
+    EXPECT_EQ(runProgram(), 1);
+    EXPECT_EQ(output, "");
+    EXPECT_THAT(error, StartsWith("crs-projdir: " + options.codesFile +
+                                  " names CRS that no definition can be made for:\n  EPSG:5701 "));
+    EXPECT_THAT(error, AllOf(HasSubstr(": a vertical CRS has no classic definition\n  EPSG:7405 "),
+                             EndsWith(": a compound CRS has no classic definition\n")));
+    EXPECT_TRUE(isNothingMade());
+}
+
 TEST_F(ProgramTest, NamesAListThatCannotBeRead) {
     options.codesFile = work.file("none");
     EXPECT_EQ(runProgram(), 1);
@@ -106,6 +130,26 @@ TEST_F(ProgramTest, LeavesTheDirectoryWholeWhenTheReportDoesNotFit) {
     EXPECT_EQ(runProgram(), 1);
     EXPECT_EQ(error, "crs-projdir: cannot write \"/dev/full\": No space left on device\n");
     EXPECT_EQ(work.read("out/epsg-axisorder.csv"), "0;en\n4326;ne\n25832;en\n");
+}
+
+// Wherever it is interrupted: there is no directory, or a whole one.
+TEST_F(ProgramTest, LeavesNothingHalfMadeWhenItIsInterrupted) {
+    int interruptions = 0;
+    for (const int signal : {SIGINT, SIGTERM}) {
+        for (const int milliseconds : {50, 100, 200, 300, 400, 600}) {
+            const pid_t child = fork();
+            if (child == 0) _exit(std::freopen("/dev/null", "w", stdout) == nullptr ? 1 : run(options));
+            std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+            kill(child, signal);
+            int status = 0;
+            ASSERT_EQ(waitpid(child, &status, 0), child);
+            interruptions += WIFSIGNALED(status) ? 1 : 0;
+            if (isNothingMade()) continue;
+            EXPECT_THAT(listOutput(), ElementsAre("epsg", "epsg-axisorder.csv"));
+            std::filesystem::remove_all(options.directory);
+        }
+    }
+    EXPECT_GT(interruptions, 0);
 }
 
 // PROJ reads the variables anew for every context.

@@ -1,23 +1,47 @@
 #include "tools/projdir/ProjHandles.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
+#include <initializer_list>
+#include <new>
 #include <utility>
 
 namespace ProjDir {
 
 namespace {
 
-void keepMessage(void* kept, int /*level*/, const char* message) {
-    *static_cast<std::string*>(kept) = textOrEmpty(message);
+bool isOneOf(const std::string& word, std::initializer_list<const char*> words) {
+    return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+// PROJ names the function in front of its message. Steps of an operation ("hgridshift: could not find required
+// grid(s).") fail over grids, which need not be installed; a text that cannot be written or read is the CRS's own.
+bool isAboutDatabase(const std::string& message) {
+    if (message.find("SQLite") != std::string::npos) return true;
+    const std::string function = message.substr(0, message.find(':'));
+    if (function.rfind("proj_", 0) != 0 || isOneOf(function, {"proj_as_proj_string", "proj_create"})) return false;
+    // No operation leads from one of them to another.
+    return message.find("celestial body") == std::string::npos;
 }
 
 }  // namespace
 
 ProjContext::ProjContext() : context(proj_context_create()) {
+    if (context == nullptr) throw std::bad_alloc();
     proj_log_level(get(), PJ_LOG_ERROR);
-    proj_log_func(get(), &message, keepMessage);
+    proj_log_func(get(), this, keepMessage);
     proj_context_set_enable_network(get(), 0);
+}
+
+// PROJ is not prepared for exceptions out of here.
+void ProjContext::keepMessage(void* self, int /*level*/, const char* text) {
+    auto& kept = *static_cast<ProjContext*>(self);
+    try {
+        kept.message = textOrEmpty(text);
+        if (kept.failure.empty() && isAboutDatabase(kept.message)) kept.failure = kept.message;
+    } catch (const std::bad_alloc&) {
+    }
 }
 
 void ProjContext::openDatabaseAlone() {

@@ -11,6 +11,7 @@ struct Destroy {
     void operator()(PJ_OBJ_LIST* list) const { proj_list_destroy(list); }
     void operator()(PJ_OPERATION_FACTORY_CONTEXT* factory) const { proj_operation_factory_context_destroy(factory); }
     void operator()(PROJ_CRS_INFO** list) const { proj_crs_info_list_destroy(list); }
+    void operator()(char** list) const { proj_string_list_destroy(list); }
     void operator()(PROJ_CRS_LIST_PARAMETERS* parameters) const { proj_get_crs_list_parameters_destroy(parameters); }
     void operator()(PJ_CONTEXT* context) const { proj_context_destroy(context); }
 };
@@ -21,6 +22,8 @@ using FactoryPtr = std::unique_ptr<PJ_OPERATION_FACTORY_CONTEXT, Destroy>;
 
 // A PROJ context of its own: off the network, and keeping PROJ's messages instead of printing them. Owns the
 // context, which outlives every object made with it. One thread at a time.
+//
+// std::bad_alloc when PROJ has no memory for one.
 class ProjContext {
 public:
     ProjContext();
@@ -33,9 +36,14 @@ public:
     void openDatabaseAlone();
     // What PROJ said last, and forgets it.
     std::string takeMessage();
+    // What PROJ said when it first failed over its database; empty while that is sound.
+    const std::string& databaseFailure() const { return failure; }
 
 private:
+    static void keepMessage(void* self, int level, const char* text);
+
     std::string message;
+    std::string failure;
     std::unique_ptr<PJ_CONTEXT, Destroy> context;
 };
 

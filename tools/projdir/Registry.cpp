@@ -1,9 +1,13 @@
 #include "tools/projdir/Registry.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
+#include <filesystem>
 #include <map>
 #include <utility>
+
+#include "tools/projdir/Line.h"
 
 namespace ProjDir {
 
@@ -40,6 +44,11 @@ std::optional<Area> readArea(const PROJ_CRS_INFO& info) {
     return Area{info.west_lon_degree, info.south_lat_degree, info.east_lon_degree, info.north_lat_degree};
 }
 
+struct ComesBefore {
+    bool operator()(const RegistryCrs& crs, unsigned int code) const { return crs.code < code; }
+    bool operator()(unsigned int code, const RegistryCrs& crs) const { return code < crs.code; }
+};
+
 RegistryCrs readCrs(const PROJ_CRS_INFO& info) {
     return {readCode(info.code), textOrEmpty(info.name), kindOf(info.type), info.deprecated != 0, readArea(info)};
 }
@@ -52,10 +61,41 @@ std::string describeSearch() {
     return " in " + textOrEmpty(proj_info().searchpath);
 }
 
+// SQL statements are longer than what is wrong with them.
+std::string abridge(const std::string& message) {
+    constexpr std::size_t LONGEST_END = 100;
+    if (message.size() <= 2 * LONGEST_END) return message;
+    return message.substr(0, LONGEST_END) + " ... " + message.substr(message.size() - LONGEST_END);
+}
+
+// Nothing beyond what the message says already, where there is no database at all.
+std::string describeFailure(const ProjContext& context) {
+    const std::string& failure = context.databaseFailure();
+    if (failure.empty() || failure.find("Cannot find proj.db") != std::string::npos) return "";
+    return ": " + writeInLine(abridge(failure));
+}
+
 std::string readMetadata(const ProjContext& context, const char* key) {
     const char* const value = proj_context_get_database_metadata(context.get(), key);
-    if (value == nullptr) throw RegistryError("PROJ finds no usable database proj.db" + describeSearch());
-    return value;
+    if (value != nullptr) return value;
+    throw RegistryError("PROJ finds no usable database proj.db" + describeSearch() + describeFailure(context));
+}
+
+// What PROJ lists in another way than the registry is read in. Other kinds of CRS have no definitions.
+std::vector<unsigned int> listCodes(const ProjContext& context) {
+    std::vector<unsigned int> codes;
+    for (const PJ_TYPE type : {PJ_TYPE_GEODETIC_CRS, PJ_TYPE_PROJECTED_CRS}) {
+        const std::unique_ptr<char*, Destroy> list(proj_get_codes_from_database(context.get(), AUTHORITY, type, 1));
+        for (char** code = list.get(); code != nullptr && *code != nullptr; ++code) codes.push_back(readCode(*code));
+    }
+    return codes;
+}
+
+void requireListed(const std::vector<RegistryCrs>& registry, const std::vector<unsigned int>& codes) {
+    for (const unsigned int code : codes)
+        if (!std::binary_search(registry.begin(), registry.end(), code, ComesBefore{}))
+            throw RegistryError("PROJ's database proj.db is damaged: PROJ lists EPSG:" + std::to_string(code) +
+                                " among the codes and not among the CRS" + describeSearch());
 }
 
 // A CRS with several areas of use stands in PROJ's list with each of them.
@@ -85,8 +125,11 @@ std::vector<RegistryCrs> readRegistry(const ProjContext& context) {
         proj_get_crs_info_list_from_database(context.get(), AUTHORITY, parameters.get(), &count));
     std::vector<RegistryCrs> registry;
     for (int i = 0; i < count; ++i) registry.push_back(readCrs(*list.get()[i]));
-    if (registry.empty()) throw RegistryError("PROJ's database proj.db has no EPSG CRS" + describeSearch());
     sortByCode(registry);
+    const std::vector<unsigned int> codes = listCodes(context);
+    requireSoundDatabase(context, "the list of CRS");
+    if (registry.empty()) throw RegistryError("PROJ's database proj.db has no EPSG CRS" + describeSearch());
+    requireListed(registry, codes);
     return registry;
 }
 
@@ -108,8 +151,18 @@ const char* nameOfKind(CrsKind kind) {
 }
 
 PjPtr openCrs(const ProjContext& context, unsigned int code) {
-    return PjPtr(
-        proj_create_from_database(context.get(), AUTHORITY, std::to_string(code).c_str(), PJ_CATEGORY_CRS, 0, nullptr));
+    const std::string text = std::to_string(code);
+    PjPtr crs(proj_create_from_database(context.get(), AUTHORITY, text.c_str(), PJ_CATEGORY_CRS, 0, nullptr));
+    requireSoundDatabase(context, "EPSG:" + text);
+    if (crs == nullptr) throw RegistryError("PROJ cannot make EPSG:" + text);
+    return crs;
+}
+
+void requireSoundDatabase(const ProjContext& context, const std::string& place) {
+    if (context.databaseFailure().empty()) return;
+    const std::filesystem::path path(textOrEmpty(proj_context_get_database_path(context.get())));
+    throw RegistryError("PROJ cannot read its database \"" + path.lexically_normal().string() + "\" at " + place +
+                        ": " + writeInLine(abridge(context.databaseFailure())));
 }
 
 }  // namespace ProjDir

@@ -31,7 +31,7 @@ struct RegistryVersion {
 // "EPSG Geodetic Parameter Dataset v10.076 of 2022-08-31, from the database of PROJ 9.1.1".
 std::string describe(const RegistryVersion& version);
 
-// PROJ finds no usable database.
+// PROJ has no database that it can use, or one that is damaged.
 class RegistryError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -39,13 +39,17 @@ public:
 
 RegistryVersion readRegistryVersion(const ProjContext& context);
 
-// Every CRS of the authority EPSG, in code order.
+// Every CRS of the authority EPSG, in code order. RegistryError when PROJ's lists of them differ.
 std::vector<RegistryCrs> readRegistry(const ProjContext& context);
 
 // "geographic", "projected" and so on.
 const char* nameOfKind(CrsKind kind);
 
-// The CRS of the code, or null.
+// The CRS of the code. RegistryError when PROJ cannot make it.
 PjPtr openCrs(const ProjContext& context, unsigned int code);
+
+// RegistryError, with what PROJ has said, when it has failed over its database since the context was made: PROJ then
+// goes on with less than the registry holds. `place` says where, for the message.
+void requireSoundDatabase(const ProjContext& context, const std::string& place);
 
 }  // namespace ProjDir

@@ -59,9 +59,24 @@ TEST(RegistryTest, HasNamesAreasAndDeprecations) {
     EXPECT_TRUE(findCrs(registry, 25838).isDeprecated);
 }
 
-TEST(RegistryTest, OpensNoCrsThatIsNotThere) {
+TEST(RegistryTest, NamesACrsThatCannotBeMade) {
     const ProjContext context;
-    EXPECT_EQ(openCrs(context, 999999), nullptr);
+    try {
+        openCrs(context, 999999);
+        FAIL() << "opened";
+    } catch (const RegistryError& failure) {
+        EXPECT_THAT(failure.what(), HasSubstr("EPSG:999999"));
+    }
+}
+
+TEST(RegistryTest, TakesTheDatabaseForSoundUntilPROJFailsOverIt) {
+    const ProjContext context;
+    readRegistry(context);
+    const PjPtr crs = openCrs(context, 5701);
+    proj_as_proj_string(context.get(), openCrs(context, 2193).get(), PJ_PROJ_4, nullptr);
+    EXPECT_NO_THROW(requireSoundDatabase(context, "here"));
+    EXPECT_EQ(proj_create_from_database(context.get(), "EPSG", "999999", PJ_CATEGORY_CRS, 0, nullptr), nullptr);
+    EXPECT_THROW(requireSoundDatabase(context, "here"), RegistryError);
 }
 
 TEST(RegistryTest, NamesTheDatabaseThatIsMissing) {

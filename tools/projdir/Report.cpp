@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <map>
 
+#include "tools/projdir/Line.h"
 #include "tools/projdir/Numbers.h"
 
 namespace ProjDir {
@@ -79,16 +80,16 @@ std::vector<const Agreement*> sortWorstFirst(const std::vector<Agreement>& agree
     return sorted;
 }
 
-std::string writeLine(const Agreement& agreement, double distance) {
-    return "  " + padLeft(writeMetres(distance), 14) + "  " + nameOf(agreement.outcome->crs) + ": " +
-           explain(agreement) + "\n";
+std::string writeFarOne(const Agreement& agreement, double distance) {
+    return writeLine("  " + padLeft(writeMetres(distance), 14) + "  " + nameOf(agreement.outcome->crs) + ": " +
+                     explain(agreement));
 }
 
 std::string writeWorst(const std::vector<Agreement>& agreements, std::size_t count) {
     std::string text;
     for (const Agreement* agreement : sortWorstFirst(agreements, &Agreement::largest)) {
         if (count-- == 0) break;
-        text += writeLine(*agreement, agreement->largest);
+        text += writeFarOne(*agreement, agreement->largest);
     }
     return text;
 }
@@ -96,7 +97,7 @@ std::string writeWorst(const std::vector<Agreement>& agreements, std::size_t cou
 std::string writeBeyond(const std::vector<Agreement>& agreements) {
     std::string text;
     for (const Agreement& agreement : agreements)
-        if (!(agreement.largest <= MUCH_TOO_FAR)) text += writeLine(agreement, agreement.largest);
+        if (!(agreement.largest <= MUCH_TOO_FAR)) text += writeFarOne(agreement, agreement.largest);
     return text;
 }
 
@@ -105,15 +106,8 @@ std::string writeBeyondInUnknownParts(const std::vector<Agreement>& agreements) 
     std::string text;
     for (const Agreement& agreement : agreements)
         if (agreement.largest <= MUCH_TOO_FAR && !(agreement.largestAnywhere <= MUCH_TOO_FAR))
-            text += "  " + padLeft(writeMetres(agreement.largestAnywhere), 14) + "  " + nameOf(agreement.outcome->crs) +
-                    "\n";
-    return text;
-}
-
-std::string writeLeftOut(const std::vector<Outcome>& outcomes) {
-    std::string text;
-    for (const Outcome& outcome : outcomes)
-        if (!outcome.definition) text += "  " + nameOf(outcome.crs) + ": " + outcome.omission + "\n";
+            text += writeLine("  " + padLeft(writeMetres(agreement.largestAnywhere), 14) + "  " +
+                              nameOf(agreement.outcome->crs));
     return text;
 }
 
@@ -166,6 +160,13 @@ std::string explain(const Agreement& agreement) {
     return known.size() == 1 ? explainOne(known.front().operation) : explainMany(known);
 }
 
+std::string writeLeftOut(const std::vector<Outcome>& outcomes) {
+    std::string text;
+    for (const Outcome& outcome : outcomes)
+        if (!outcome.definition) text += writeLine("  " + nameOf(outcome.crs) + ": " + outcome.omission);
+    return text;
+}
+
 std::string writeSummary(const std::vector<Outcome>& outcomes) {
     const std::size_t leftOut = countLeftOut(outcomes);
     std::string text = writeCount(outcomes.size() - leftOut) + " definitions\n";
@@ -188,7 +189,7 @@ std::string writeAgreement(const std::vector<Agreement>& agreements) {
 
 std::string writeReport(const RegistryVersion& version, const std::vector<Outcome>& outcomes,
                         const std::vector<Agreement>& agreements) {
-    std::string text = describe(version) + "\n\n" + writeSummary(outcomes);
+    std::string text = writeLine(describe(version)) + "\n" + writeSummary(outcomes);
     if (!agreements.empty()) {
         text += "\n" + writeAgreement(agreements);
         text += section("Beyond ten metres", writeBeyond(agreements));

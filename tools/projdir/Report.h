@@ -11,6 +11,9 @@ namespace ProjDir {
 // How many definitions there are, by the origin of their shift, and how many CRS were left out.
 std::string writeSummary(const std::vector<Outcome>& outcomes);
 
+// A line for each CRS without a definition, with the reason.
+std::string writeLeftOut(const std::vector<Outcome>& outcomes);
+
 // The distribution of the agreement and the worst twenty, each with its reason.
 std::string writeAgreement(const std::vector<Agreement>& agreements);
 

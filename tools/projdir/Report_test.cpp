@@ -111,6 +111,21 @@ TEST(ReportTest, ListsEveryCodeBeyondTenMetresAndEveryOneLeftOut) {
     EXPECT_THAT(text, HasSubstr("\nLeft out\n\n  EPSG:3 Gone: no reason\n"));
 }
 
+TEST(ReportTest, HasALineForEachCrsWhateverItsNameHolds) {
+    std::vector<Outcome> outcomes = {makeOutcome(1, "Far\naway", {makeShare("EPSG:9\n", 81, OFFSET)}),
+                                     makeOutcome(2, "Partly\rfar", {makeShare("EPSG:9", 81)}),
+                                     makeOutcome(3, "Gone\n  EPSG:4 Made up", {})};
+    outcomes[2].definition.reset();
+    outcomes[2].omission = "no\nreason";
+    const std::string text = writeReport({"v1\n", "2022-08-31", "9.1.1"}, outcomes,
+                                         {{&outcomes[0], 11, 11, ""}, {&outcomes[1], 1, 99, "refused\nagain"}});
+    EXPECT_THAT(text, HasSubstr("        11.000 m  EPSG:1 Far away: PROJ uses EPSG:9 , which is no shift"));
+    EXPECT_THAT(text, HasSubstr("        99.000 m  EPSG:2 Partly far\n"));
+    EXPECT_THAT(text, HasSubstr(": refused again\n"));
+    EXPECT_THAT(text, HasSubstr("\n  EPSG:3 Gone   EPSG:4 Made up: no reason\n"));
+    EXPECT_THAT(text, HasSubstr("Dataset v1  of 2022-08-31"));
+}
+
 TEST(ReportTest, SaysSoWhereThereIsNothingToList) {
     const std::string text = writeReport({}, {makeOutcome(1, "Good", {})}, {});
     EXPECT_THAT(text, HasSubstr("\nLeft out\n\n  none\n"));

@@ -99,8 +99,8 @@ bool isGridShift(const std::string& operationText) {
 }
 
 std::string describeSource(const ProjContext& context, const PJ* operation) {
+    if (proj_get_type(operation) != PJ_TYPE_CONCATENATED_OPERATION) return idOf(operation);
     const int count = proj_concatoperation_get_step_count(context.get(), operation);
-    if (count <= 0) return idOf(operation);
     std::string source;
     for (int i = 0; i < count; ++i) {
         const PjPtr step(proj_concatoperation_get_step(context.get(), operation, i));

@@ -20,12 +20,6 @@ constexpr std::size_t LEAST_KNOWN_POINTS = 9;
 // In metres on the ground.
 constexpr double SAME_PROJECTION = 0.001;
 
-PjPtr requireCrs(ProjContext& context, unsigned int code) {
-    PjPtr crs = openCrs(context, code);
-    if (crs == nullptr) throw NotExpressible("PROJ cannot read it: " + context.takeMessage());
-    return crs;
-}
-
 Area requireArea(const RegistryCrs& entry) {
     if (!entry.area) throw NotExpressible("it has no area of use");
     return *entry.area;
@@ -42,7 +36,7 @@ bool isSamePlace(const LonLat& left, const LonLat& right) { return distanceInMet
 }  // namespace
 
 Survey::Survey(ProjContext& projContext, const RegistryCrs& entry)
-    : registryCrs(requireCrs(projContext, entry.code)),
+    : registryCrs(openCrs(projContext, entry.code)),
       classicText(writeClassicText(projContext, crs(), entry)),
       area(requireArea(entry)),
       northFirst(comesNorthFirst(projContext, crs())),

@@ -32,6 +32,7 @@ class Survey {
 public:
     // NotExpressible for a CRS without a classic definition, without an area of use, or of whose points PROJ brings
     // none to WGS 84, and for one whose classic definition PROJ takes for another projection than the registry's.
+    // RegistryError when PROJ cannot make the CRS.
     Survey(ProjContext& projContext, const RegistryCrs& entry);
 
     const PJ* crs() const { return registryCrs.get(); }

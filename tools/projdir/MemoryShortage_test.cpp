@@ -1,0 +1,112 @@
+// A program of its own: it replaces the global allocation functions.
+
+#include <atomic>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <new>
+
+#include "tools/projdir/Program.h"
+#include "tools/projdir/Registry.h"
+#include "tools/projdir/TestDirectory.h"
+
+namespace {
+
+constexpr long NEVER = -1;
+
+std::atomic<long> allocations{0};
+std::atomic<long> failing{NEVER};
+
+// As the standard wants it: the handler is asked before the allocation fails.
+void* allocate(std::size_t size) {
+    if (allocations++ == failing) {
+        if (const std::new_handler handler = std::get_new_handler()) handler();
+        throw std::bad_alloc();
+    }
+    void* const memory = std::malloc(size != 0 ? size : 1);
+    if (memory == nullptr) throw std::bad_alloc();
+    return memory;
+}
+
+void* allocateOrNull(std::size_t size) noexcept {
+    try {
+        return allocate(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+// Not inlined: the compiler would take it for a release that does not fit its allocation.
+[[gnu::noinline]] void release(void* memory) { std::free(memory); }
+
+}  // namespace
+
+void* operator new(std::size_t size) { return allocate(size); }
+void* operator new[](std::size_t size) { return allocate(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocateOrNull(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocateOrNull(size); }
+void operator delete(void* memory) noexcept { release(memory); }
+void operator delete[](void* memory) noexcept { release(memory); }
+void operator delete(void* memory, std::size_t) noexcept { release(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { release(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { release(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { release(memory); }
+
+namespace ProjDir {
+namespace {
+
+class MemoryShortageTest : public testing::Test {
+protected:
+    MemoryShortageTest() {
+        options.directory = work.file("out");
+        options.codesFile = work.write("codes", "4326\n25832\n27700\n");
+    }
+
+    int runProgram() {
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        allocations = 0;
+        const int exitCode = run(options);
+        failing = NEVER;
+        needed = allocations;
+        testing::internal::GetCapturedStdout();
+        error = testing::internal::GetCapturedStderr();
+        return exitCode;
+    }
+
+    // PROJ itself does not survive a failure while it lists the registry.
+    static long allocationsOfTheList() {
+        allocations = 0;
+        const ProjContext context;
+        readRegistryVersion(context);
+        readRegistry(context);
+        return allocations;
+    }
+
+    TestDirectory work;
+    Options options;
+    std::string error;
+    long needed = 0;
+};
+
+TEST_F(MemoryShortageTest, EndsTheRunWhereverItComes) {
+    ASSERT_EQ(runProgram(), 0) << error;
+    const std::string expected = work.read("out/epsg") + work.read("out/epsg-axisorder.csv");
+    const long all = needed;
+    std::filesystem::remove_all(options.directory);
+    const long first = allocationsOfTheList() + 100;
+    int shortages = 0;
+    for (int i = 0; i < 16; ++i) {
+        failing = first + (all - first) * i / 16;
+        if (runProgram() == 0) {
+            EXPECT_EQ(work.read("out/epsg") + work.read("out/epsg-axisorder.csv"), expected);
+        } else {
+            ++shortages;
+            EXPECT_EQ(error, "crs-projdir: out of memory\n");
+        }
+        std::filesystem::remove_all(options.directory);
+    }
+    EXPECT_GT(shortages, 8);
+}
+
+}  // namespace
+}  // namespace ProjDir
