@@ -40,26 +40,36 @@ CLI::Option* addFlag(CLI::App& app, const CommandText& text, const char* flag, b
     return app.add_flag(option.flags, value, option.text);
 }
 
-// CLI11 takes an argument in brackets for a list. A character in front keeps it whole.
+// CLI11 takes an argument in brackets for a list. A character in front keeps it whole. An argument that begins with
+// that character gets another one, so that what is taken off again was put there.
 constexpr char GUARD = '\x01';
+
+bool isInBrackets(const std::string& argument) { return argument.front() == '[' && argument.back() == ']'; }
 
 std::vector<std::string> guardedArguments(int argc, const char* const* argv) {
     std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
     for (std::string& argument : arguments)
-        if (!argument.empty() && argument.front() == '[' && argument.back() == ']') argument.insert(0, 1, GUARD);
+        if (!argument.empty() && (argument.front() == GUARD || isInBrackets(argument))) argument.insert(0, 1, GUARD);
     std::reverse(arguments.begin(), arguments.end());
     return arguments;
 }
 
-void removeGuards(Request& request) {
+void removeGuards(Request& request, std::string& manual) {
     TransformOptions& transform = request.transform;
     std::vector<std::string*> texts = {
         &request.common.configFile, &request.common.projDir, &transform.from, &transform.to,
-        &transform.columns,         &transform.comment};
+        &transform.columns,         &transform.comment,      &manual};
     for (std::string& argument : request.arguments) texts.push_back(&argument);
     for (std::string& file : transform.files) texts.push_back(&file);
     for (std::string* const text : texts)
         if (!text->empty() && text->front() == GUARD) text->erase(0, 1);
+}
+
+// CLI11's messages have the arguments in them.
+std::string withoutGuards(std::string message) {
+    for (const char* const guarded : {"\x01[", "\x01\x01"})
+        for (std::size_t at = 0; (at = message.find(guarded, at)) != std::string::npos; ++at) message.erase(at, 1);
+    return message;
 }
 
 // The options that stand before or behind the command alike.
@@ -158,10 +168,10 @@ Request readCommandLine(int argc, const char* const* argv, std::string& speaker)
         return request;
     } catch (const CLI::ParseError& failure) {
         speaker = speakerFor(textOfSelected(program));
-        throw SetUpError(inOneLine(failure.what()));
+        throw SetUpError(inOneLine(withoutGuards(failure.what())));
     }
     speaker = speakerFor(textOfSelected(program));
-    removeGuards(request);
+    removeGuards(request, manual);
     if (!manual.empty()) {
         request.text = manPageOf(manual);
         return request;

@@ -47,6 +47,8 @@ TEST(ACommandLine, TakesCommonOptionsOnBothSidesOfTheCommand) {
 TEST(ACommandLine, TakesNamesAsTheyStand) {
     EXPECT_THAT(requestOf({"resolve", "", " ", "[a,b]", "%x", "a=b"}).arguments,
                 ElementsAre("", " ", "[a,b]", "%x", "a=b"));
+    EXPECT_THAT(requestOf({"resolve", "\x01x", "\x01[a]", "[", "]", "[]", "[[a]]"}).arguments,
+                ElementsAre("\x01x", "\x01[a]", "[", "]", "[]", "[[a]]"));
 }
 
 TEST(ACommandLine, TakesTheOptionsOfATransformation) {
@@ -96,6 +98,7 @@ TEST_P(ABadCommandLine, IsRefusedInOneLineThatNamesWhatIsWrong) {
         EXPECT_EQ(speaker, GetParam().speaker);
         EXPECT_THAT(failure.what(), HasSubstr(GetParam().complaint));
         EXPECT_THAT(failure.what(), testing::Not(HasSubstr("\n")));
+        EXPECT_THAT(failure.what(), testing::Not(HasSubstr("\\x01")));
         EXPECT_EQ(failure.getExitCode(), 2);
     }
 }
@@ -108,6 +111,10 @@ INSTANTIATE_TEST_SUITE_P(
                     BadCase{{"resolve", "x", "--config"}, "crsctl resolve", "--config"},
                     BadCase{{"check"}, "crsctl check", "FILE"}, BadCase{{"check", "a", "b"}, "crsctl check", "FILE"},
                     BadCase{{"names", "x"}, "crsctl names", "x"}, BadCase{{"--man", "frob"}, "crsctl", "frob"},
+                    BadCase{{"[frob]"}, "crsctl", "[frob]"}, BadCase{{"names", "[a]", "[b]"}, "crsctl names", "[a]"},
+                    BadCase{{"--man", "[frob]"}, "crsctl", "--man [frob]: "},
+                    BadCase{{"transform", "--decimals", "[4]"}, "crsctl transform", "[4]"},
+                    BadCase{{"transform", "--separator", "[x]"}, "crsctl transform", "[x]"},
                     BadCase{{"transform"}, "crsctl transform", "--from"},
                     BadCase{{"transform", "--from", "A"}, "crsctl transform", "--to"},
                     BadCase{{"transform", "--errors", "later"}, "crsctl transform", "later"},

@@ -22,7 +22,10 @@ bool isRegular(int descriptor) {
 }
 
 int openForReading(const std::string& path) {
-    return path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const int descriptor = path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const int error = errno;
+    if (descriptor < 0) fail(inputName(path), error);
+    return descriptor;
 }
 
 // Of standard input somebody else may have read a part.
@@ -47,9 +50,7 @@ std::optional<std::uint64_t> requireReadable(const std::string& path) {
 }
 
 InputFile::InputFile(const std::string& path)
-    : name(inputName(path)), descriptor(openForReading(path)), regular(isRegular(descriptor)) {
-    if (descriptor < 0) fail(name, errno);
-}
+    : name(inputName(path)), descriptor(openForReading(path)), regular(isRegular(descriptor)) {}
 
 InputFile::~InputFile() {
     if (descriptor != STDIN_FILENO) close(descriptor);

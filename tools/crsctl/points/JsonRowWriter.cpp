@@ -9,8 +9,6 @@ namespace crsctl {
 
 namespace {
 
-std::string quotedJson(std::string_view text) { return serialisedInLine(Json(std::string(text))); }
-
 // The value of a column: quotes around it belong to the separated line.
 std::string unquoted(std::string_view value, char separator) {
     if (separator == ' ' || value.size() < 2 || value.front() != '"' || value.back() != '"') return std::string(value);
@@ -22,7 +20,9 @@ std::string unquoted(std::string_view value, char separator) {
     return plain;
 }
 
-bool isKeyOfItsOwn(const std::string& name) { return name == "x" || name == "y" || name == "z" || name == "rest"; }
+bool isKeyOfItsOwn(const std::string& name) {
+    return name == "x" || name == "y" || name == "z" || name == "rest" || name == BYTES_REPLACED;
+}
 
 }  // namespace
 
@@ -47,23 +47,22 @@ void JsonRowWriter::carriedColumns(OutputBuffer& out, std::string_view line, boo
     ColumnScanner columns(line, separator);
     std::string_view value;
     std::string rest;
+    bool replaced = false;
     for (std::size_t index = 0; columns.next(value); ++index) {
         const std::size_t which = layout.ordinateOf(index);
         if (which < Z || (which == Z && hasHeight)) continue;
-        const std::string text = quotedJson(unquoted(value, columns.separator()));
+        const std::string text = quotedJson(unquoted(value, columns.separator()), replaced);
         if (hasName(index)) {
             out.append(',');
-            out.append(quotedJson(layout.names[index]));
+            out.append(quotedJson(layout.names[index], replaced));
             out.append(':');
             out.append(text);
         } else {
             rest += (rest.empty() ? "" : ",") + text;
         }
     }
-    if (rest.empty()) return;
-    out.append(",\"rest\":[");
-    out.append(rest);
-    out.append(']');
+    if (!rest.empty()) out.append(",\"rest\":[" + rest + "]");
+    if (replaced) out.append(",\"" + std::string(BYTES_REPLACED) + "\":true");
 }
 
 void JsonRowWriter::point(OutputBuffer& out, const InputLine& line, const PointLine& point,

@@ -140,9 +140,24 @@ TEST(AJsonRow, HasEachKeyOnce) {
 TEST(AJsonRow, TakesQuotesOffAndEscapesTheRest) {
     Rows rows(OutputFormat::Json, ColumnLayout());
     EXPECT_EQ(rows.of("9,50,\"a \"\"b\"\", c\""), "{\"x\":1.00,\"y\":2.00,\"rest\":[\"a \\\"b\\\", c\"]}\n");
-    EXPECT_EQ(rows.of("9 50 \xFF\x01"), "{\"x\":1.00,\"y\":2.00,\"rest\":[\"\xEF\xBF\xBD\\u0001\"]}\n");
+    EXPECT_EQ(rows.of("9 50 \x01"), "{\"x\":1.00,\"y\":2.00,\"rest\":[\"\\u0001\"]}\n");
     EXPECT_EQ(rows.of("9 50 100" + std::string(" a\0b", 4)),
               "{\"x\":1.00,\"y\":2.00,\"z\":3.0,\"rest\":[\"a\\u0000b\"]}\n");
+}
+
+// In Latin-1, "M\xFCnchen".
+TEST(AJsonRow, SaysWhereBytesWereReplaced) {
+    EXPECT_EQ(Rows(OutputFormat::Json, ColumnLayout()).of("9 50 M\xFCnchen"),
+              "{\"x\":1.00,\"y\":2.00,\"rest\":[\"M\xEF\xBF\xBDnchen\"],\"bytesReplaced\":true}\n");
+    EXPECT_EQ(Rows(OutputFormat::Json, layoutFrom("x,y,Gr\xF6\xDF"
+                                                  "e,bytesReplaced"))
+                  .of("9 50 1 2"),
+              "{\"x\":1.00,\"y\":2.00,\"Gr\xEF\xBF\xBD\xEF\xBF\xBD"
+              "e\":\"1\",\"rest\":[\"2\"],\"bytesReplaced\":true}\n");
+    EXPECT_EQ(Rows(OutputFormat::Json, ColumnLayout()).of("9 50 M\xC3\xBCnchen"),
+              "{\"x\":1.00,\"y\":2.00,\"rest\":[\"M\xC3\xBCnchen\"]}\n");
+    EXPECT_EQ(Rows(OutputFormat::Json, ColumnLayout()).markOfUnreadable("\xFC"),
+              "{\"line\":7,\"error\":\"the reason\",\"input\":\"\xEF\xBF\xBD\",\"bytesReplaced\":true}\n");
 }
 
 TEST(AJsonRow, SaysWhatIsWrong) {
