@@ -1,0 +1,40 @@
+// Axis-order tables as they are loaded: whole, or refused by a message that names the file, the rows before the
+// malformed one in force. A table that is written again loads as itself.
+
+#include <map>
+#include <utility>
+
+#include "CoordinateTransformation/Misconfigured.h"
+#include "creation/AxisOrderTable.h"
+#include "fuzz/Input.h"
+#include "fuzz/ScratchFile.h"
+
+using namespace CoordinateTransformation;
+
+namespace {
+
+std::string writeTable(const std::map<unsigned int, bool>& table) {
+    std::string text;
+    for (const auto& [code, eastNorth] : table) text += std::to_string(code) + (eastNorth ? ";en\n" : ";ne\n");
+    return text;
+}
+
+// Filled once in a process; here once for each input.
+std::map<unsigned int, bool> load(const std::string& path) {
+    axisOrderTable.clear();
+    try {
+        loadAxisOrderTable(path);
+    } catch (const Misconfigured& refused) {
+        Fuzz::require(std::string(refused.what()).find(path) != std::string::npos);
+    }
+    return std::exchange(axisOrderTable, {});
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const Fuzz::ScratchFile scratch;
+    const std::map<unsigned int, bool> table = load(scratch.holding(Fuzz::text(data, size)));
+    Fuzz::require(load(scratch.holding(writeTable(table))) == table);
+    return 0;
+}

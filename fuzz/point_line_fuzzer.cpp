@@ -1,0 +1,68 @@
+// Lines of points as crsctl reads them: a line is refused with a reason, or its ordinates are finite numbers whose
+// texts stand in it. The first line of the input lists the columns, as --columns does, and may be empty.
+
+#include <cmath>
+
+#include "fuzz/Input.h"
+#include "tools/crsctl/points/PointLine.h"
+#include "tools/crsctl/start/Failures.h"
+
+using namespace crsctl;
+
+namespace {
+
+void requireInside(std::string_view part, std::string_view whole) {
+    Fuzz::require(part.data() >= whole.data() && part.data() + part.size() <= whole.data() + whole.size());
+}
+
+// Nothing but separators and blanks stands between columns, and nothing is lost.
+void scan(std::string_view line, Separator separator) {
+    ColumnScanner columns(line, separator);
+    std::string_view column;
+    const char* behind = line.data();
+    while (columns.next(column)) {
+        requireInside(column, line);
+        Fuzz::require(column.data() >= behind);
+        for (const char* c = behind; c != column.data(); ++c)
+            Fuzz::require(*c == ' ' || *c == '\t' || *c == columns.separator());
+        behind = column.data() + column.size();
+    }
+}
+
+void read(const std::string& line, const ColumnLayout& layout, Separator separator) {
+    PointLine point{};
+    std::string reason;
+    if (!readPoint(line, layout, separator, point, reason)) return Fuzz::require(!reason.empty());
+    for (const Ordinate ordinate : {X, Y, Z}) {
+        if (ordinate == Z && !point.hasHeight) continue;
+        Fuzz::require(std::isfinite(point.value[ordinate]) && !point.text[ordinate].empty());
+        requireInside(point.text[ordinate], line);
+    }
+    Fuzz::require(!isBlank(line));
+}
+
+ColumnLayout readLayout(const std::string& columns) {
+    try {
+        return columns.empty() ? ColumnLayout() : layoutFrom(columns);
+    } catch (const SetUpError& refused) {
+        Fuzz::require(*refused.what() != '\0');
+        return {};
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    std::istringstream lines(Fuzz::text(data, size));
+    std::string line;
+    std::getline(lines, line);
+    const ColumnLayout layout = readLayout(line);
+    while (std::getline(lines, line)) {
+        for (const Separator separator :
+             {Separator::Automatic, Separator::Blank, Separator::Comma, Separator::Semicolon}) {
+            scan(line, separator);
+            read(line, layout, separator);
+        }
+    }
+    return 0;
+}
