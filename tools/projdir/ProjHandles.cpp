@@ -1,9 +1,7 @@
 #include "tools/projdir/ProjHandles.h"
 
-#include <algorithm>
 #include <atomic>
 #include <cstddef>
-#include <initializer_list>
 #include <new>
 #include <utility>
 
@@ -11,18 +9,14 @@ namespace ProjDir {
 
 namespace {
 
-bool isOneOf(const std::string& word, std::initializer_list<const char*> words) {
-    return std::find(words.begin(), words.end(), word) != words.end();
-}
+bool has(const std::string& text, const char* part) { return text.find(part) != std::string::npos; }
 
-// PROJ names the function in front of its message. Steps of an operation ("hgridshift: could not find required
-// grid(s).") fail over grids, which need not be installed; a text that cannot be written or read is the CRS's own.
+// PROJ names the function in front of its message. What steps of an operation say ("hgridshift: could not find required
+// grid(s).") is about grids, which need not be installed; and some operations of a sound database cannot be made.
 bool isAboutDatabase(const std::string& message) {
-    if (message.find("SQLite") != std::string::npos) return true;
     const std::string function = message.substr(0, message.find(':'));
-    if (function.rfind("proj_", 0) != 0 || isOneOf(function, {"proj_as_proj_string", "proj_create"})) return false;
-    // No operation leads from one of them to another.
-    return message.find("celestial body") == std::string::npos;
+    if (has(message, "SQLite") || has(function, "_database")) return true;
+    return function.rfind("proj_", 0) == 0 && (has(message, "cannot build") || has(message, "not found"));
 }
 
 }  // namespace
