@@ -1,6 +1,7 @@
 #include "CoordinateTransformation/Proj4Crs.h"
 
 #include <map>
+#include <memory>
 #include <mutex>
 
 #include "CoordinateTransformation/Misconfigured.h"
@@ -25,9 +26,10 @@ constexpr double METRES_PER_DEGREE = 111319.4907931134;
 projPJ makeProjection(unsigned int code) {
     const ErrnoGuard errnoGuard;
     const std::string definition = "+init=epsg:" + convertNumericToText(code);
-    const ClassicProj::projCtx context = ClassicProj::pj_ctx_alloc();
-    const projPJ projection = ClassicProj::pj_init_plus_ctx(context, definition.c_str());
-    if (projection == nullptr) ClassicProj::pj_ctx_free(context);
+    std::unique_ptr<ClassicProj::Context, decltype(&ClassicProj::pj_ctx_free)> context(ClassicProj::pj_ctx_alloc(),
+                                                                                       ClassicProj::pj_ctx_free);
+    const projPJ projection = ClassicProj::pj_init_plus_ctx(context.get(), definition.c_str());
+    if (projection != nullptr) static_cast<void>(context.release());
     return projection;
 }
 

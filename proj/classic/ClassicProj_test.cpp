@@ -51,6 +51,13 @@ TEST(DefinitionTest, IsRefusedWithAnErrorNumber) {
         expectRefused(text);
 }
 
+TEST(DefinitionTest, IsNotLookedForByNameWithoutAProjection) {
+    for (const char* text : {"+ellps=bessel", "+proj +ellps=bessel", "+proj= +ellps=bessel", "WGS 84"}) {
+        expectRefused(text);
+        EXPECT_EQ(*pj_get_errno_ref(), PROJ_ERR_INVALID_OP_MISSING_ARG) << text;
+    }
+}
+
 TEST(DefinitionTest, IsRefusedForANumberThatIsNotFinite) {
     for (const char* parameter : {"+towgs84=nan,0,0", "+towgs84=1,inf,3", "+towgs84=1,2,3,4,5,6,1e309",
                                   "+towgs84=-infinity", "+x_0=nan", "+y_0=inf", "+k=inf", "+lon_0=nan", "+lat_ts=nan",

@@ -166,7 +166,8 @@ int findDatum(const ParameterList& parameters, PJ_CONTEXT* proj, Definition& def
 int makeDefinition(ParameterList parameters, PJ_CONTEXT* proj, Definition& definition) {
     if (!isReadable(parameters) || !expandDatum(parameters)) return PROJ_ERR_INVALID_OP_ILLEGAL_ARG_VALUE;
     addDefaultEllipsoid(parameters);
-    if (!parameters.has("proj") || !parameters.hasAnyOf(ELLIPSOID_KEYS)) return PROJ_ERR_INVALID_OP_MISSING_ARG;
+    // PROJ would look for a text without a projection among the names of its database.
+    if (parameters.get("proj").empty() || !parameters.hasAnyOf(ELLIPSOID_KEYS)) return PROJ_ERR_INVALID_OP_MISSING_ARG;
     const int error = findDatum(parameters, proj, definition);
     if (error != 0) return error;
     definition.isGeocentric = parameters.get("proj") == "geocent";
