@@ -1,6 +1,7 @@
 // A program of its own: it replaces the global allocation functions.
 
 #include <atomic>
+#include <cstdio>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <new>
@@ -110,3 +111,11 @@ TEST_F(MemoryShortageTest, EndsTheRunWhereverItComes) {
 
 }  // namespace
 }  // namespace ProjDir
+
+// PROJ's static destructors do not survive what its objects went through.
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    const int exitCode = RUN_ALL_TESTS();
+    std::fflush(nullptr);
+    std::_Exit(exitCode);
+}

@@ -2,9 +2,22 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 
+#include "tools/projdir/MemoryWatch.h"
 #include "tools/projdir/Program.h"
+
+namespace {
+
+// After a shortage of memory PROJ may hold a lock for ever, and its static destructors would wait for it.
+int end(int exitCode) {
+    if (!ProjDir::MemoryWatch::wasShort()) return exitCode;
+    std::fflush(nullptr);
+    std::_Exit(exitCode);
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
     // A file beyond the size limit is then a failure like a full disk, which leaves nothing behind.
@@ -13,9 +26,9 @@ int main(int argc, char** argv) {
         ProjDir::Options options;
         int exitCode = 0;
         if (!ProjDir::readCommandLine(argc, argv, options, exitCode)) return exitCode;
-        return ProjDir::run(options);
+        return end(ProjDir::run(options));
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "crs-projdir: %s\n", failure.what());
-        return 1;
+        return end(1);
     }
 }
