@@ -8,10 +8,10 @@ work=$1
 OWN='^(COORDTRANS_[A-Z0-9_a-z]*|CoordinateTransformation_(SOURCE_DIR|BINARY_DIR|IS_TOP_LEVEL|LIB_DEPENDS))='
 
 rm -rf "$work"
-while read -r shared kind; do
-    configure_embedding "$work/$shared" add_subdirectory "$shared"
-    [ "$(cat "$work/$shared/kind.txt")" = "$kind" ] || fail "BUILD_SHARED_LIBS $shared: $(cat "$work/$shared/kind.txt")"
-    changes=$(diff "$work/$shared/before.txt" "$work/$shared/after.txt" | sed -n 's/^[<>] //p' | grep -vE "$OWN" || true)
+while read -r setting kind; do
+    configure_embedding "$work/$setting" add_subdirectory "$setting"
+    [ "$(cat "$work/$setting/kind.txt")" = "$kind" ] || fail "BUILD_SHARED_LIBS $setting: $(cat "$work/$setting/kind.txt")"
+    changes=$(diff "$work/$setting/before.txt" "$work/$setting/after.txt" | sed -n 's/^[<>] //p' | grep -vE "$OWN" || true)
     [ -z "$changes" ] || fail "the library changes its project:"$'\n'"$changes"
 done <<'END'
 unset STATIC_LIBRARY
