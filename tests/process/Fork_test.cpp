@@ -77,7 +77,7 @@ public:
 
     // False for a child that failed, and for one that hangs.
     bool succeeds() {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(120);
         int status = 0;
         while (waitpid(process, &status, WNOHANG) == 0) {
             if (std::chrono::steady_clock::now() > deadline) return false;
