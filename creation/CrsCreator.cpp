@@ -24,7 +24,7 @@ unsigned int readCode(const std::string& text) {
 
 double readScaleFactor(const std::string& text) { return QSHelpers::convertTextToNumeric<double>(text, false, false); }
 
-// A text that is no number means that the name is in another spelling.
+// Nothing for a text that is not a number: the name is then in another spelling.
 std::optional<unsigned int> codeIfNumber(const std::optional<std::string>& text) {
     if (!text) return std::nullopt;
     try {

@@ -7,7 +7,7 @@
 
 namespace CoordinateTransformation {
 
-/// Base of the library's own failures: a message for people and the service exception code that the server
+/// Base of the library's own failures: a readable message and the service exception code that the server
 /// writes into its exception report.
 ///
 /// Thread-compatible, thrown by value and caught by reference.

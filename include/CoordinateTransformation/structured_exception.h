@@ -45,7 +45,7 @@ public:
     /// The what text, or "Unknown exception" when there is none.
     const char* what() const noexcept override;
 
-    /// A text for people; "structured_exception" for an object of this class itself.
+    /// A readable text; "structured_exception" for an object of this class itself.
     virtual std::string getDetailedMessage() const;
 
     /// The message as the catalogue renders it for (subsystem, situation), or the catalogue's default

@@ -13,8 +13,8 @@ namespace crsctl {
 // both axis orders.
 Findings checkAxisOrders(const std::string& text);
 
-// "epsg": codes that are defined twice in different ways, grid files that `isThere` denies, and parameters that are no
-// numbers.
+// "epsg": codes that are defined twice in different ways, grid files that `isThere` denies, and parameters that should
+// be numbers and are not.
 Findings checkDefinitions(const std::string& text, const std::function<bool(const std::string& grid)>& isThere);
 
 // Both files of `directory`, with their paths. Grid files are looked for there and in PROJ's own directories.

@@ -90,7 +90,7 @@ void readConfigurationOnce(CommonOptions& common) {
     if (!common.configFile.empty()) common.configText = readTextFile(common.configFile);
 }
 
-// What is no file may be waiting for an answer, which workers would give only with a later block.
+// A pipe or a terminal may wait for each answer; workers would give it only with a later block.
 unsigned int jobsFor(const TransformOptions& options, const BlockReader& reader) {
     if (!reader.bytesInAll()) return 1;
     if (options.jobs > 0) return options.jobs;

@@ -7,7 +7,7 @@
 
 namespace crsctl {
 
-// The report for people: the name, then a line for each thing there is to say.
+// The report as text: the name, then a line for each finding.
 std::string asText(const NameReport& report);
 
 Json asJson(const NameReport& report);

@@ -7,7 +7,7 @@ namespace crsctl {
 // The syntax of a CRS name.
 enum class Spelling { ConfiguredName, Urn, Url, GmlReference, EpsgCode, Wfs11Urn, None };
 
-// The words for people ("OGC URN").
+// The name of the spelling in messages ("OGC URN").
 const char* wordsFor(Spelling spelling);
 
 // What the recognisers of the library make of a name, before any CRS is made of it.

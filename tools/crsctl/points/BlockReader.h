@@ -14,8 +14,8 @@ namespace crsctl {
 // The longest line that is read, without its end.
 constexpr std::size_t LONGEST_LINE = std::size_t{1} << 20U;
 
-// Reads inputs one after another, in blocks of whole lines, in memory that does not grow. What is no regular file
-// is handed on as it arrives. A byte-order mark at the beginning of an input is dropped.
+// Reads inputs one after another, in blocks of whole lines, in memory that does not grow. Input from a pipe or
+// a terminal is handed on as it arrives. A byte-order mark at the beginning of an input is dropped.
 class BlockReader {
 public:
     // `paths` may hold "-" for standard input. With `headers` the first line of each input is no point.
