@@ -121,6 +121,14 @@ TEST(DefinitionTest, MayHaveParametersThatNobodyKnows) {
         define(text);
 }
 
+// PROJ's log quotes a definition that names another.
+TEST(DefinitionTest, MayHaveTheWordsByWhichProjReportsTheEndOfMemory) {
+    for (const std::string words : {"bad_alloc", "out of memory"}) {
+        define("+proj=longlat +ellps=GRS80 +title=" + words);
+        expectRefused("+proj=tmerc +ellps=GRS80 +lat_0=" + words + " ++init=none:1");
+    }
+}
+
 TEST(DefinitionTest, MayBeWrittenWithoutPlusSigns) { define("proj=utm zone=32 ellps=bessel"); }
 
 TEST(DefinitionTest, CountsTheFirstOfTwoParametersWithOneKey) {

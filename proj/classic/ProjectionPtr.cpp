@@ -1,8 +1,8 @@
 #include "proj/classic/ProjectionPtr.h"
 
 #include <cmath>
-#include <cstring>
 #include <new>
+#include <string_view>
 
 #include "proj/classic/ProjFiles.h"
 
@@ -18,11 +18,16 @@ void requireRoom() {
     ::operator delete(room);
 }
 
+bool namesTheEndOfMemory(std::string_view text) {
+    return text.find("bad_alloc") != std::string_view::npos || text.find("out of memory") != std::string_view::npos;
+}
+
 // Listens to what PROJ has to say while it makes something: where memory ends it leaves parts out, a grid or the whole
-// operation, and only its log shows why.
+// operation, and only its log shows why. The log quotes the text: if that has the words itself, they mean nothing.
 class Listener {
 public:
-    explicit Listener(PJ_CONTEXT* projContext) : context(projContext) {
+    Listener(PJ_CONTEXT* projContext, const std::string& text) : context(projContext) {
+        if (namesTheEndOfMemory(text)) return;
         proj_log_func(context, this, listen);
         proj_log_level(context, PJ_LOG_DEBUG);
     }
@@ -39,8 +44,7 @@ public:
 
 private:
     static void listen(void* listener, int /*level*/, const char* message) {
-        if (std::strstr(message, "bad_alloc") != nullptr || std::strstr(message, "out of memory") != nullptr)
-            static_cast<Listener*>(listener)->memoryEnded = true;
+        if (namesTheEndOfMemory(message)) static_cast<Listener*>(listener)->memoryEnded = true;
     }
     static void ignore(void* /*data*/, int /*level*/, const char* /*message*/) {}
 
@@ -90,11 +94,11 @@ bool canOpenGrids(PJ* shift) {
 }  // namespace
 
 ProjectionPtr makeProjection(PJ_CONTEXT* context, const std::string& text) {
-    return make(Listener(context), context, text);
+    return make(Listener(context, text), context, text);
 }
 
 ProjectionPtr makeGridShift(PJ_CONTEXT* context, const std::string& text) {
-    const Listener listener(context);
+    const Listener listener(context, text);
     takeFileTrouble();
     ProjectionPtr shift = make(listener, context, text);
     const bool open = shift != nullptr && canOpenGrids(shift.get());
