@@ -1,41 +1,23 @@
-// A server forks: workers after its start, helpers beside threads that are at work.
+// A server forks workers after its start.
 
 #include <algorithm>
 #include <array>
-#include <atomic>
-#include <chrono>
-#include <csignal>
+#include <cstddef>
 #include <cstdio>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <thread>
+#include <string>
+#include <system_error>
 #include <unistd.h>
 #include <vector>
 
-#include "Server.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "ForkingServer.h"
 
 namespace ProcessTest {
 namespace {
 
-using CoordinateTransformation::TransExecException;
-
 constexpr int POINTS = 2000;
 using Heights = std::array<double, POINTS>;
-
-// The one PROJ directory of the program: the first that serves is settled for the process.
-const CrsConfig& server() {
-    static const TestSupport::TemporaryDirectory directory;
-    static const auto config = [] {
-        writeProjDirectory(directory.name());
-        std::ofstream(directory.file("epsg"), std::ios::app)
-            << "<4258> +proj=longlat +ellps=GRS80 +towgs84=0,0,0 +no_defs <>\n"
-               "<5798> +proj=longlat +datum=WGS84 +geoidgrids=egm96_15.gtx +no_defs <>\n";
-        return startServer(directory.name());
-    }();
-    return *config;
-}
 
 double heightAboveGeoid(double latitude, double longitude) {
     const Crs source = server().getCreator().createFromName("EPSG:4326", true, false);
@@ -54,47 +36,6 @@ void computeHeights(Heights& heights, int first) {
         heights[static_cast<std::size_t>(point)] = heightAboveGeoid(point * 37 % 179 - 89, point * 53 % 359 - 179);
     }
 }
-
-// A forked process that does `work` and ends with what it returns.
-class Child {
-public:
-    template <typename Work>
-    explicit Child(Work work) : process(fork()) {
-        if (process != 0) return;
-        bool succeeded = false;
-        try {
-            succeeded = work();
-        } catch (...) {
-        }
-        _exit(succeeded ? 0 : 1);
-    }
-    Child(Child&& other) noexcept : process(other.process) { other.process = -1; }
-    Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
-    ~Child() {
-        if (process > 0) end();
-    }
-
-    // False for a child that failed, and for one that hangs.
-    bool succeeds() {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(120);
-        int status = 0;
-        while (waitpid(process, &status, WNOHANG) == 0) {
-            if (std::chrono::steady_clock::now() > deadline) return false;
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-        process = -1;
-        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-    }
-
-private:
-    void end() const {
-        kill(process, SIGKILL);
-        waitpid(process, nullptr, 0);
-    }
-
-    pid_t process;
-};
 
 class Pipe {
 public:
@@ -169,62 +110,6 @@ TEST(ForkTest, LetsEightWorkersUseAGridThatTheServerHasOpened) {
                             [&ofServer](const Heights& heights) { return heights == ofServer; }));
 }
 
-bool failsAsItShould() {
-    try {
-        moved(server(), "EPSG:4326", "EPSG:25832", {99, 9});
-    } catch (const TransExecException& failure) {
-        return failure.getCatalogMessage() != nullptr && std::string(failure.what()) == "Invalid coordinate";
-    }
-    return false;
-}
-
-// Transforms through a grid and by parameters, binds a code that the parent never does, and fails.
-bool doesEverything() {
-    const Point shifted = moved(server(), "EPSG:4314", "EPSG:4326", {GRIDDED_LATITUDE, GRIDDED_LONGITUDE});
-    const Point bound = moved(server(), "EPSG:4258", "EPSG:25832", {9, 52});
-    return std::abs(shifted.x - SHIFTED_LATITUDE) < GRID_TOLERANCE && std::abs(bound.x - 500000) < 1e-6 &&
-           failsAsItShould();
-}
-
-// Threads that do what the requests of a server do, until the object goes.
-class BusyThreads {
-public:
-    BusyThreads() {
-        server();
-        run([] { moved(server(), "EPSG:4314", "EPSG:25832", {GRIDDED_LATITUDE, GRIDDED_LONGITUDE}); });
-        run([] { moved(server(), "urn:ogc:def:crs:EPSG::4277", "EPSG:3857", {50, 9}); });
-        run([] {
-            EXPECT_TRUE(failsAsItShould());
-            EXPECT_THROW(moved(server(), "EPSG:9999", "EPSG:4326", {0, 0}), std::exception);
-        });
-        while (running < static_cast<int>(threads.size())) std::this_thread::yield();
-    }
-    BusyThreads(const BusyThreads&) = delete;
-    BusyThreads& operator=(const BusyThreads&) = delete;
-    ~BusyThreads() {
-        stopped = true;
-        for (std::thread& thread : threads) thread.join();
-    }
-
-private:
-    void run(void (*work)()) {
-        threads.emplace_back([this, work] {
-            work();
-            ++running;
-            while (!stopped) work();
-        });
-    }
-
-    std::atomic<bool> stopped{false};
-    std::atomic<int> running{0};
-    std::vector<std::thread> threads;
-};
-
-TEST(ForkTest, LetsAHundredChildrenWorkBesideThreadsOfTheirParent) {
-    const BusyThreads threads;
-    for (int child = 0; child < 100; ++child) ASSERT_TRUE(Child(doesEverything).succeeds()) << child;
-}
-
 TEST(ForkTest, LetsTheChildOfAChildWork) {
     EXPECT_TRUE(doesEverything());
     const double height = heightAboveGeoid(10, 20);
@@ -235,17 +120,6 @@ TEST(ForkTest, LetsTheChildOfAChildWork) {
         return heightAboveGeoid(10, 20) == height && Child(grandchild).succeeds() && doesEverything();
     };
     EXPECT_TRUE(Child(child).succeeds());
-    EXPECT_TRUE(doesEverything());
-}
-
-// Its parent has none: ThreadSanitizer knows no threads that begin in the child of a process with threads.
-TEST(ForkTest, LetsAWorkerHaveThreadsAndChildren) {
-    EXPECT_TRUE(doesEverything());
-    const auto worker = [] {
-        const BusyThreads threads;
-        return doesEverything() && Child(doesEverything).succeeds() && doesEverything();
-    };
-    EXPECT_TRUE(Child(worker).succeeds());
     EXPECT_TRUE(doesEverything());
 }
 

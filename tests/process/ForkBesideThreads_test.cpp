@@ -1,0 +1,65 @@
+// A server forks while its threads are at work.
+
+#include <atomic>
+#include <exception>
+#include <gtest/gtest.h>
+#include <thread>
+#include <vector>
+
+#include "ForkingServer.h"
+
+namespace ProcessTest {
+namespace {
+
+// Threads that do what the requests of a server do, until the object goes.
+class BusyThreads {
+public:
+    BusyThreads() {
+        server();
+        run([] { moved(server(), "EPSG:4314", "EPSG:25832", {GRIDDED_LATITUDE, GRIDDED_LONGITUDE}); });
+        run([] { moved(server(), "urn:ogc:def:crs:EPSG::4277", "EPSG:3857", {50, 9}); });
+        run([] {
+            EXPECT_TRUE(failsAsItShould());
+            EXPECT_THROW(moved(server(), "EPSG:9999", "EPSG:4326", {0, 0}), std::exception);
+        });
+        while (running < static_cast<int>(threads.size())) std::this_thread::yield();
+    }
+    BusyThreads(const BusyThreads&) = delete;
+    BusyThreads& operator=(const BusyThreads&) = delete;
+    ~BusyThreads() {
+        stopped = true;
+        for (std::thread& thread : threads) thread.join();
+    }
+
+private:
+    void run(void (*work)()) {
+        threads.emplace_back([this, work] {
+            work();
+            ++running;
+            while (!stopped) work();
+        });
+    }
+
+    std::atomic<bool> stopped{false};
+    std::atomic<int> running{0};
+    std::vector<std::thread> threads;
+};
+
+TEST(ForkBesideThreadsTest, LetsAHundredChildrenWorkBesideThreadsOfTheirParent) {
+    const BusyThreads threads;
+    for (int child = 0; child < 100; ++child) ASSERT_TRUE(Child(doesEverything).succeeds()) << child;
+}
+
+// Its parent has none: ThreadSanitizer knows no threads that begin in the child of a process with threads.
+TEST(ForkBesideThreadsTest, LetsAWorkerHaveThreadsAndChildren) {
+    EXPECT_TRUE(doesEverything());
+    const auto worker = [] {
+        const BusyThreads threads;
+        return doesEverything() && Child(doesEverything).succeeds() && doesEverything();
+    };
+    EXPECT_TRUE(Child(worker).succeeds());
+    EXPECT_TRUE(doesEverything());
+}
+
+}  // namespace
+}  // namespace ProcessTest
