@@ -156,17 +156,20 @@ function(coordtrans_precompile_test_headers)
   target_precompile_headers(coordtrans_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
 endfunction()
 
-# coordtrans_add_test_program(NAME [INTERNAL|STATIC] SOURCES... [NOT_UNDER SANITIZER...]): one GoogleTest program, each of
-# its tests a ctest test in a process of its own; with COORDTRANS_TESTS_BY_PROGRAM the program is one ctest test, which
-# spares the sanitizers thousands of starts. INTERNAL programs reach internal headers; STATIC programs link the objects as a static
-# library; the others use the built library. A test runs once: optimising it takes far longer than it saves.
+# coordtrans_add_test_program(NAME [INTERNAL|STATIC] SOURCES... [LEAKS FILE] [NOT_UNDER SANITIZER...]): one GoogleTest
+# program, each of its tests a ctest test in a process of its own; with COORDTRANS_TESTS_BY_PROGRAM the program is one
+# ctest test, which spares the sanitizers thousands of starts. INTERNAL programs reach internal headers; STATIC programs
+# link the objects as a static library; the others use the built library. A test runs once: optimising it takes far
+# longer than it saves.
+#
+# LEAKS names LeakSanitizer's file of suppressions, in place of tests/support/leaks.supp.
 #
 # NOT_UNDER names the sanitizers (address, thread) in whose builds the program is built and not run.
 function(coordtrans_add_test_program name)
   if(NOT COORDTRANS_BUILD_TESTS)
     return()
   endif()
-  cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNAL;STATIC" "" "NOT_UNDER")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNAL;STATIC" "LEAKS" "NOT_UNDER")
   foreach(source IN LISTS arg_UNPARSED_ARGUMENTS)
     file(REAL_PATH ${source} path BASE_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR})
     set_property(GLOBAL APPEND PROPERTY COORDTRANS_TEST_SOURCES ${path})
@@ -197,7 +200,11 @@ function(coordtrans_add_test_program name)
   else()
     target_link_libraries(${name} PRIVATE CoordinateTransformation)
   endif()
-  set(environment "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/leaks.supp:print_suppressions=0")
+  set(leaks ${PROJECT_SOURCE_DIR}/tests/support/leaks.supp)
+  if(arg_LEAKS)
+    file(REAL_PATH ${arg_LEAKS} leaks BASE_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR})
+  endif()
+  set(environment "LSAN_OPTIONS=suppressions=${leaks}:print_suppressions=0")
   foreach(sanitizer IN LISTS arg_NOT_UNDER)
     if(CMAKE_CXX_FLAGS MATCHES "-fsanitize=${sanitizer}")
       return()

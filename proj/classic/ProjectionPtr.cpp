@@ -10,7 +10,7 @@ namespace ClassicProj {
 
 namespace {
 
-// PROJ does not survive every want of memory. It needs a tenth of this.
+// PROJ needs a tenth of this. When memory ends while it tries a text, it reports that into a string that is gone.
 constexpr std::size_t ROOM = 1U << 20U;
 
 void requireRoom() {
