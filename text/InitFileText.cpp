@@ -12,6 +12,7 @@ constexpr std::size_t LONGEST_DEFINITION = 65536;
 
 std::string withoutComments(const std::string& text) {
     std::istringstream lines(text);
+    lines.exceptions(std::ios::badbit);
     std::string kept;
     for (std::string line; std::getline(lines, line);) kept += line.substr(0, line.find('#')) + "\n";
     return kept;

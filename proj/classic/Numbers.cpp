@@ -59,6 +59,7 @@ double readWithoutPoint(const std::string& digits, long exponent) {
 
 std::string writeDigits(double number, int digits) {
     std::ostringstream text;
+    text.exceptions(std::ios::badbit);
     text.imbue(std::locale::classic());
     text << std::setprecision(digits) << number;
     return std::move(text).str();

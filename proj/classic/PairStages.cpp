@@ -68,6 +68,7 @@ std::string helmertStep(const std::array<double, 7>& toWgs84) {
 // A grid of this name shifts nothing anywhere.
 bool isNullGrid(const std::string& grids) {
     std::istringstream names(grids);
+    names.exceptions(std::ios::badbit);
     for (std::string name; std::getline(names, name, ',');)
         if (name != "null" && name != "@null") return false;
     return true;

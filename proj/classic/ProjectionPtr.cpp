@@ -66,14 +66,12 @@ ProjectionPtr makeOnce(const Listener& listener, PJ_CONTEXT* context, const std:
     return projection;
 }
 
-bool isReason(int error) { return error != 0 && error != PROJ_ERR_INVALID_OP; }
-
-// Where PROJ gives no reason, another attempt shows it: if that succeeds, memory was the reason.
+// PROJ's reason for a failure may be wrong: since 9.2 it cuts a text with "@" in two when it meets any exception, and
+// gives the reason why the first part fails. Another attempt shows it: if that succeeds, memory was the reason.
 ProjectionPtr make(const Listener& listener, PJ_CONTEXT* context, const std::string& text) {
     ProjectionPtr projection = makeOnce(listener, context, text);
     if (isWhole(projection)) return projection;
-    const bool hasReason = projection == nullptr && isReason(proj_context_errno(context));
-    if (!hasReason && isWhole(makeOnce(listener, context, text))) throw std::bad_alloc();
+    if (isWhole(makeOnce(listener, context, text))) throw std::bad_alloc();
     return nullptr;
 }
 
