@@ -21,6 +21,7 @@ boost::optional<std::string> readText(const ptree& element, const char* path) {
 template <typename T, typename Field>
 void readAttribute(const ptree& element, const char* path, Field& field) {
     std::istringstream stream(readText(element, path).value_or(""));
+    stream.exceptions(std::ios::badbit);
     stream.imbue(std::locale::classic());
     T value{};
     boost::property_tree::customize_stream<char, std::char_traits<char>, T>::extract(stream, value);

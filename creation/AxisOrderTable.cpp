@@ -59,6 +59,7 @@ void loadAxisOrderTable(const std::string& path) {
     if (!file.opened) throw Misconfigured("Unable to open AxisOrder file \"" + path + "\"");
     if (!file.failure.empty()) throw Misconfigured("Unable to read AxisOrder file \"" + path + "\": " + file.failure);
     std::istringstream rows(file.content);
+    rows.exceptions(std::ios::badbit);
     // Intended: the count goes up before a row is looked at, so that messages name the first line as line 2.
     unsigned int line = 1;
     for (CsvRowIterator row(rows, CELL_SEPARATOR); row != CsvRowIterator(); ++row)

@@ -19,6 +19,7 @@ void CsvRow::readNextRow(std::istream& stream) {
     std::getline(stream, line);
     cells.clear();
     std::istringstream lineStream(line);
+    lineStream.exceptions(std::ios::badbit);
     for (std::string cell; std::getline(lineStream, cell, separator);) cells.push_back(cell);
 }
 

@@ -12,10 +12,15 @@ namespace TestSupport {
 constexpr int NEVER = -1;
 
 inline thread_local int allocationsUntilFailure = NEVER;
+// Whether there is memory again after one failure, which then shows only if it is reported.
+inline thread_local bool failsOnce = false;
 inline thread_local long outstanding = 0;
 
 inline void* allocate(std::size_t size) {
-    if (allocationsUntilFailure == 0) throw std::bad_alloc();
+    if (allocationsUntilFailure == 0) {
+        if (failsOnce) allocationsUntilFailure = NEVER;
+        throw std::bad_alloc();
+    }
     allocationsUntilFailure -= allocationsUntilFailure > 0 ? 1 : 0;
     void* const memory = std::malloc(size != 0 ? size : 1);
     if (memory == nullptr) throw std::bad_alloc();
@@ -40,6 +45,15 @@ bool succeedsWith(int allocations, Action action) {
     }
     allocationsUntilFailure = NEVER;
     return !failed;
+}
+
+// The same, when one allocation alone fails.
+template <typename Action>
+bool succeedsWithout(int allocation, Action action) {
+    failsOnce = true;
+    const bool succeeded = succeedsWith(allocation, action);
+    failsOnce = false;
+    return succeeded;
 }
 
 // Lets `action` fail at each of its allocations in turn, each time with a new state, until it gets through; nothing
