@@ -28,6 +28,14 @@ inline void* allocate(std::size_t size) {
     return memory;
 }
 
+inline void* allocateOrNull(std::size_t size) noexcept {
+    try {
+        return allocate(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 inline void release(void* memory) {
     outstanding -= memory != nullptr ? 1 : 0;
     std::free(memory);
@@ -82,6 +90,12 @@ int allocationsOf(Action action) {
 
 void* operator new(std::size_t size) { return TestSupport::allocate(size); }
 void* operator new[](std::size_t size) { return TestSupport::allocate(size); }
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+    return TestSupport::allocateOrNull(size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+    return TestSupport::allocateOrNull(size);
+}
 void operator delete(void* memory) noexcept { TestSupport::release(memory); }
 void operator delete[](void* memory) noexcept { TestSupport::release(memory); }
 void operator delete(void* memory, std::size_t) noexcept { TestSupport::release(memory); }

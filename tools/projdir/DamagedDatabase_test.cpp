@@ -63,24 +63,17 @@ protected:
     std::string error;
 };
 
-TEST_F(DatabaseTest, IsNamedWhereAPageIsDamagedThatIsNeeded) {
+TEST_F(DatabaseTest, IsNamedWhereAPageIsDamaged) {
     const std::string sound = readDatabase();
     ASSERT_EQ(runOn(sound), 0) << error;
-    const std::string expected = made();
     const std::size_t pages = sound.size() / PAGE;
-    int failures = 0;
     for (std::size_t i = 1; i < 16; ++i) {
         std::string damaged = sound;
         damaged.replace(pages * i / 16 * PAGE, PAGE, std::string(PAGE, i % 2 == 0 ? '\0' : '\xFF'));
-        if (runOn(damaged) == 0) {
-            EXPECT_EQ(made(), expected) << "page " << pages * i / 16;
-        } else {
-            ++failures;
-            EXPECT_THAT(error, AllOf(StartsWith("crs-projdir: PROJ"), HasSubstr("proj.db")));
-            EXPECT_TRUE(isNothingMade());
-        }
+        EXPECT_EQ(runOn(damaged), 1) << "page " << pages * i / 16;
+        EXPECT_THAT(error, AllOf(StartsWith("crs-projdir: PROJ"), HasSubstr("proj.db")));
+        EXPECT_TRUE(isNothingMade());
     }
-    EXPECT_GT(failures, 4);
 }
 
 TEST_F(DatabaseTest, IsNamedWhenItIsCutOff) {

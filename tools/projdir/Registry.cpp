@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <map>
+#include <new>
+#include <sqlite3.h>
 #include <utility>
 
 #include "tools/projdir/Line.h"
@@ -81,6 +83,37 @@ std::string readMetadata(const ProjContext& context, const char* key) {
     throw RegistryError("PROJ finds no usable database proj.db" + describeSearch() + describeFailure(context));
 }
 
+struct CloseDatabase {
+    void operator()(sqlite3* database) const { sqlite3_close(database); }
+    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
+
+[[noreturn]] void failOverDatabase(const std::string& path, const std::string& reason) {
+    throw RegistryError("PROJ's database \"" + path + "\" is damaged: " + writeInLine(abridge(reason)));
+}
+
+void requireSuccess(int result, sqlite3* database, const std::string& path) {
+    if (result == SQLITE_NOMEM) throw std::bad_alloc();
+    if (result != SQLITE_OK && result != SQLITE_ROW) failOverDatabase(path, sqlite3_errmsg(database));
+}
+
+// PROJ goes on with less where a page is damaged, and does not report each of them.
+void requireSoundPages(const ProjContext& context) {
+    const char* const name = proj_context_get_database_path(context.get());
+    const std::string path = std::filesystem::path(textOrEmpty(name)).lexically_normal().string();
+    sqlite3* handle = nullptr;
+    const int opened = sqlite3_open_v2(path.c_str(), &handle, SQLITE_OPEN_READONLY, nullptr);
+    const std::unique_ptr<sqlite3, CloseDatabase> database(handle);
+    requireSuccess(opened, handle, path);
+    sqlite3_stmt* prepared = nullptr;
+    requireSuccess(sqlite3_prepare_v2(handle, "PRAGMA quick_check(1)", -1, &prepared, nullptr), handle, path);
+    const std::unique_ptr<sqlite3_stmt, CloseDatabase> statement(prepared);
+    requireSuccess(sqlite3_step(prepared), handle, path);
+    const auto* const verdict = reinterpret_cast<const char*>(sqlite3_column_text(prepared, 0));
+    if (verdict == nullptr) throw std::bad_alloc();
+    if (std::string(verdict) != "ok") failOverDatabase(path, verdict);
+}
+
 // What PROJ lists in another way than the registry is read in. Other kinds of CRS have no definitions.
 std::vector<unsigned int> listCodes(const ProjContext& context) {
     std::vector<unsigned int> codes;
@@ -118,6 +151,7 @@ RegistryVersion readRegistryVersion(const ProjContext& context) {
 }
 
 std::vector<RegistryCrs> readRegistry(const ProjContext& context) {
+    requireSoundPages(context);
     const std::unique_ptr<PROJ_CRS_LIST_PARAMETERS, Destroy> parameters(proj_get_crs_list_parameters_create());
     parameters->allow_deprecated = 1;
     int count = 0;

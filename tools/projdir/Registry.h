@@ -39,7 +39,8 @@ public:
 
 RegistryVersion readRegistryVersion(const ProjContext& context);
 
-// Every CRS of the authority EPSG, in code order. RegistryError when PROJ's lists of them differ.
+// Every CRS of the authority EPSG, in code order. RegistryError when the
+// database has a damaged page or PROJ's lists of them differ.
 std::vector<RegistryCrs> readRegistry(const ProjContext& context);
 
 // "geographic", "projected" and so on.
