@@ -1,12 +1,7 @@
 // Memory that ends while PROJ makes something.
 
-#include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
-#include <dlfcn.h>
-#include <execinfo.h>
 #include <gtest/gtest.h>
 #include <limits>
 #include <new>
@@ -17,6 +12,7 @@
 #include "proj/classic/ProjFiles.h"
 #include "proj/classic/SearchPath.h"
 #include "proj/classic/TestGeodesy.h"
+#include "tests/support/ProjFaults.h"
 
 namespace {
 
@@ -40,26 +36,10 @@ PJ_CONTEXT* makeWatchedContext() {
 // anywhere. Such a failure has no outcome to test, so no allocation of the trial fails.
 bool isTrial() { return newestContext != nullptr && proj_log_level(newestContext, PJ_LOG_TELL) == PJ_LOG_ERROR; }
 
-// osgeo::proj::operation::OperationMethod::getEPSGCode() const. It is noexcept and copies a string, so it ends the
-// process when memory ends there. PROJ 9.6 calls it for each operation, PROJ 9.1 does not.
-constexpr char FATAL_FUNCTION[] = "_ZNK5osgeo4proj9operation15OperationMethod11getEPSGCodeEv";
-
-bool isFatal(void* address) {
-    Dl_info found;
-    return dladdr(address, &found) != 0 && found.dli_sname != nullptr &&
-           std::strcmp(found.dli_sname, FATAL_FUNCTION) == 0;
-}
-
-bool isWithinFatalFunction() {
-    std::array<void*, 16> callers;
-    const int count = backtrace(callers.data(), static_cast<int>(callers.size()));
-    return std::any_of(callers.begin(), callers.begin() + count, isFatal);
-}
-
 bool fails() {
     if (isTrial()) return false;
     const long number = allocations++;
-    return number >= firstFailure && number <= lastFailure && !isWithinFatalFunction();
+    return number >= firstFailure && number <= lastFailure && !TestSupport::isWithin(TestSupport::FATAL_FUNCTION);
 }
 
 void* allocateOrNull(std::size_t size) { return fails() ? nullptr : std::malloc(size != 0 ? size : 1); }

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <new>
 
+#include "tests/support/ProjFaults.h"
 #include "tools/projdir/Program.h"
 #include "tools/projdir/Registry.h"
 #include "tools/projdir/TestDirectory.h"
@@ -17,9 +18,13 @@ constexpr long NEVER = -1;
 std::atomic<long> allocations{0};
 std::atomic<long> failing{NEVER};
 
+bool isWhereProjDoesNotSurvive() {
+    return TestSupport::isWithin(TestSupport::FATAL_FUNCTION) || TestSupport::isWithin(TestSupport::TRIAL_FUNCTION);
+}
+
 // As the standard wants it: the handler is asked before the allocation fails.
 void* allocate(std::size_t size) {
-    if (allocations++ == failing) {
+    if (allocations++ == failing && !isWhereProjDoesNotSurvive()) {
         if (const std::new_handler handler = std::get_new_handler()) handler();
         throw std::bad_alloc();
     }
