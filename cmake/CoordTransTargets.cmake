@@ -146,7 +146,7 @@ function(coordtrans_configure_test_source target)
   find_package(GTest REQUIRED)
   target_link_libraries(${target} PRIVATE coordtrans_developer GTest::gmock)
   target_compile_options(${target} PRIVATE $<$<NOT:$<BOOL:${MSVC}>>:-O0>)
-  # Its checks are for the library; in the sources of tests they take a third of the time of compiling.
+  # UndefinedBehaviorSanitizer is for the library; in the sources of tests it takes a third of the time of compiling.
   if(CMAKE_CXX_FLAGS MATCHES "-fsanitize=[a-z,]*undefined")
     target_compile_options(${target} PRIVATE -fno-sanitize=undefined)
   endif()
@@ -190,14 +190,12 @@ function(coordtrans_add_test_program name)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
     target_link_libraries(${name} PRIVATE $<TARGET_OBJECTS:coordtrans_objects> Boost::headers Boost::filesystem
                                           PROJ::proj Threads::Threads)
-    target_compile_features(${name} PRIVATE cxx_std_17)
     coordtrans_link_objects(${name})
     target_compile_definitions(
       ${name} PRIVATE COORDTRANS_BUILDING $<$<NOT:$<BOOL:${BUILD_SHARED_LIBS}>>:COORDTRANS_STATIC>
                       $<$<BOOL:${COORDTRANS_RELEASE_URN_ORIGINAL}>:COORDTRANS_RELEASE_URN_ORIGINAL>)
   elseif(arg_STATIC)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/include)
-    target_compile_features(${name} PRIVATE cxx_std_17)
     target_compile_definitions(${name} PRIVATE $<$<NOT:$<BOOL:${BUILD_SHARED_LIBS}>>:COORDTRANS_STATIC>)
     coordtrans_link_objects(${name})
     target_link_libraries(${name} PRIVATE coordtrans_static)

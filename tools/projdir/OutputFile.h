@@ -28,8 +28,8 @@ private:
 // A file that comes into being whole or not at all: its text goes to another name beside it, on the disk before
 // `publish` gives it its own. Nothing is left of a file that is not published.
 //
-// A target that is no regular file, such as a terminal or a pipe, is written to directly by `publish`. Of a
-// symbolic link the file behind it is written.
+// `publish` writes directly to a target such as a terminal or a pipe, which is not a regular file. It writes to the
+// file behind a symbolic link.
 class OutputFile {
 public:
     // OutputError when the target is there already and must not be overwritten, or is a directory.

@@ -21,7 +21,7 @@ struct PipelineStep {
 // The parameters of a text such as "+proj=utm +zone=32", in order, without "+".
 std::vector<std::pair<std::string, std::string>> parseParameters(const std::string& text);
 
-// The steps of "+proj=pipeline +step ...", or the only one of an operation that is no pipeline.
+// The steps of "+proj=pipeline +step ...", or the one step of any other operation.
 std::vector<PipelineStep> parsePipeline(const std::string& text);
 
 }  // namespace ProjDir

@@ -30,7 +30,7 @@ Coordinates eastFirst(Coordinates coordinates, bool isNorthFirst) {
     return coordinates;
 }
 
-// A distance that is no number is none of these.
+// False where the distance is not a number.
 bool isSamePlace(const LonLat& left, const LonLat& right) { return distanceInMetres(left, right) <= SAME_PROJECTION; }
 
 }  // namespace

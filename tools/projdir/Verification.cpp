@@ -42,7 +42,7 @@ LonLat moveToWgs84(const AbstractCrs& crs, const AbstractCrs& wgs84, CrsKind kin
     return {x, y};
 }
 
-// A result that is no number is as far away as can be.
+// A distance that is not a number counts as infinite.
 void enlarge(double& largest, double distance) {
     largest = std::isnan(distance) ? std::numeric_limits<double>::infinity() : std::max(largest, distance);
 }

@@ -8,7 +8,7 @@
 
 namespace crsctl {
 
-// "1,234,567" for people.
+// The number with its digits in groups of three: "1,234,567".
 std::string grouped(std::uint64_t number);
 
 // How far a run has come.

@@ -4,9 +4,8 @@
 
 namespace crsctl {
 
-// The line as it stands, with its ordinates replaced. Neighbouring ordinates are separated as cs2cs does, by a tab
-// before y and a blank before z, or by the separator of the line when that is no blank. Blank lines and comments
-// pass unchanged.
+// The line as it stands, with its ordinates replaced. A line whose separator is a blank gets the separators of cs2cs: a
+// tab before y and a blank before z. Any other line keeps its separator. Blank lines and comments pass unchanged.
 class TextRowWriter : public RowWriter {
 public:
     TextRowWriter(const ColumnLayout& columnLayout, const Decimals& places);

@@ -15,7 +15,7 @@ namespace crsctl {
 // would wait for each other. Each worker starts the library for itself, with its own first block.
 //
 // Made before the library is started in this process: files and connections that PROJ has open are not to be
-// shared. A worker ends when its parent does, on whatever way.
+// shared. A worker ends when its parent ends, whatever the cause.
 class Workers {
 public:
     using MakeProcessor = std::function<std::unique_ptr<BlockProcessor>()>;

@@ -17,7 +17,7 @@ struct CommonOptions {
 };
 
 // A configuration of the library with its creator and its PROJ directory, not initialised. SetUpError when the
-// environment asks for a subsystem that there is none of.
+// environment names a subsystem that does not exist.
 std::unique_ptr<CoordinateTransformation::CrsConfig> makeConfig(const std::string& projDirOption);
 
 // The library, started as the server starts it: with the configuration of `options`, or without any entry.
