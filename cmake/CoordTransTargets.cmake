@@ -82,6 +82,7 @@ function(coordtrans_configure_objects)
   if(COORDTRANS_HAS_NO_SEMANTIC_INTERPOSITION)
     target_compile_options(coordtrans_objects PRIVATE -fno-semantic-interposition)
   endif()
+  target_compile_options(coordtrans_objects PRIVATE $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>)
   coordtrans_harden(coordtrans_objects)
   target_link_libraries(
     coordtrans_objects
@@ -186,8 +187,10 @@ function(coordtrans_add_test_program name)
   target_precompile_headers(${name} REUSE_FROM coordtrans_test_headers)
   target_link_libraries(${name} PRIVATE GTest::gtest_main)
   target_compile_definitions(${name} PRIVATE COORDTRANS_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+  # For tests/support.
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
   if(arg_INTERNAL)
-    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/include)
     target_link_libraries(${name} PRIVATE $<TARGET_OBJECTS:coordtrans_objects> Boost::headers Boost::filesystem
                                           PROJ::proj Threads::Threads)
     coordtrans_link_objects(${name})
@@ -229,6 +232,7 @@ function(coordtrans_require_registered_tests)
     platform
     errors
     text
+    names
     crs
     proj
     creation

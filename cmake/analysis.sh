@@ -1,6 +1,6 @@
 # Read by ./check --all: the checks that look at sources rather than run them.
 
-SOURCE_FOLDERS="include platform errors text crs proj creation config tools examples benchmarks fuzz tests"
+SOURCE_FOLDERS="include platform errors text names crs proj creation config tools examples benchmarks fuzz tests"
 
 sources() {
     # shellcheck disable=SC2086
@@ -17,28 +17,29 @@ check_format() {
     { sources '*.h' && sources '*.cpp'; } | xargs clang-format --dry-run -Werror
 }
 
-# includes FOLDER PATTERN: the lines by which sources of the folder, tests and their fixtures aside, include what matches.
-includes() { grep -rnE --include='*.h' --include='*.cpp' --exclude='*_test.cpp' --exclude='*Fixture.h' --exclude='Test*.h' --exclude=PooledCreator.h "#include \"($2)/" "$1" || true; }
+# includes PATTERN FOLDER...: the lines by which sources of the folders include internal headers that match.
+includes() {
+    local pattern=$1
+    shift
+    grep -rnE --include='*.h' --include='*.cpp' "#include \"($pattern)/" "$@" || true
+}
 
-# A folder includes internal headers only of itself and of the folders to its left.
 check_layers() {
     say "Layers"
-    local found=""
-    found+=$(includes platform 'errors|text|crs|proj|creation|config|tests')
-    found+=$(includes errors 'text|crs|proj|creation|config|tests')
-    found+=$(includes text 'crs|proj|creation|config|tests')
-    found+=$(includes crs 'proj|creation|config|tests')
-    # A CRS takes its axis order from the table that the creator loads.
-    found+=$(includes proj 'creation|config|tests' | grep -v '^proj/Proj4Crs.cpp:.*"creation/AxisOrderTable.h"' || true)
-    found+=$(includes creation 'config|tests')
-    found+=$(includes config 'tests')
-    found+=$(includes include 'platform|errors|text|crs|proj|creation|config|tests')
+    local found library="platform errors text names crs proj creation config"
+    # shellcheck disable=SC2086
+    found=$(grep -rE --include='*.h' --include='*.cpp' --exclude='*_test.cpp' '^#include ["<]' include $library |
+        awk -f cmake/layers.awk)
+    # shellcheck disable=SC2086
+    found+=$(includes 'tests|tools' include $library | grep -v '_test\.cpp:' || true)
     # Texts are read, and faults in them found, as the library does it.
-    found+=$(includes tools 'platform|errors|crs|proj|creation')
-    found+=$(includes examples 'platform|errors|text|crs|proj|creation|config|tests')
+    found+=$(includes 'platform|errors|crs|proj|creation' tools)
+    found+=$(includes 'platform|errors|text|names|crs|proj|creation|config' tests/docs tests/integration tests/process)
+    found+=$(includes 'platform|errors|text|names|crs|proj|creation|config|tests' examples)
     # Only the classic interface knows PROJ.
-    found+=$(grep -rnE --include='*.h' --include='*.cpp' '#include <proj(/|\.h)' include platform errors text crs \
-        creation config proj | grep -v '^proj/classic/' || true)
+    # shellcheck disable=SC2086
+    found+=$(grep -rnE --include='*.h' --include='*.cpp' '#include <proj(/|\.h)' include $library | grep -v '^proj/classic/' ||
+        true)
     [ -z "$found" ] || fail "$found"
 }
 
@@ -62,7 +63,7 @@ check_windows_branch() {
 
 check_tidy() {
     say "clang-tidy"
-    find platform errors text crs proj creation config -name '*.cpp' ! -name '*_test.cpp' -print0 |
+    find platform errors text names crs proj creation config -name '*.cpp' ! -name '*_test.cpp' -print0 |
         xargs -0 -n 1 -P "$(nproc)" clang-tidy -p build/clang --quiet --warnings-as-errors='*' 2>build/tidy.log ||
         fail "clang-tidy found something; see above and build/tidy.log"
 }

@@ -1,17 +1,28 @@
 #include "CoordinateTransformation/CrsConfig.h"
 
+#include <cstdlib>
+#include <memory>
 #include <utility>
 
 #include "CoordinateTransformation/AbstractCrs.h"
 #include "CoordinateTransformation/CrsCreator.h"
 #include "CoordinateTransformation/CrsNotConfigured.h"
-#include "config/FragmentReader.h"
+#include "CoordinateTransformation/Misconfigured.h"
+#include "CoordinateTransformation/Proj4CrsCreator.h"
+#include "config/Fragment.h"
+#include "names/CrsName.h"
+#include "text/NumericText.h"
 
 namespace CoordinateTransformation {
 
 namespace {
 
 using boost::property_tree::ptree;
+using QSHelpers::convertNumericToText;
+using OwnedCrs = std::unique_ptr<const AbstractCrs>;
+
+constexpr char SUBSYSTEM_VARIABLE[] = "USE_COORD_TRANSFORMATION_SUBSYSTEM";
+constexpr char PROJ4_SUBSYSTEM[] = "proj4";
 
 // Adds the children of the first top-level `container` whose names are listed.
 void addEntries(CrsConfig& config, const ptree& document, const char* container,
@@ -29,6 +40,8 @@ const AbstractCrs* find(const std::map<std::string, const AbstractCrs*>& cache, 
     if (throwIfMissing) throw CrsNotConfigured(key);
     return nullptr;
 }
+
+CodePair codesOf(const AbstractCrs& crs) { return {crs.getPrimaryCode(), crs.getSecCompoundCode()}; }
 
 // How well an entry of its primary code fits a CRS: the secondary code counts more than the alias.
 int fitOf(const CrsConfigData& entry, unsigned int secondaryCode, const AbstractCrs& crs) {
@@ -57,6 +70,20 @@ CrsConfig::~CrsConfig() {
     delete creator;
 }
 
+CrsConfig* CrsConfig::createDefaultConfigOrFromEnvVar() {
+    const char* const subsystem = std::getenv(SUBSYSTEM_VARIABLE);
+    return createConfigFromId(subsystem == nullptr ? PROJ4_SUBSYSTEM : subsystem);
+}
+
+CrsConfig* CrsConfig::createConfigFromId(const std::string& id) {
+    if (id != PROJ4_SUBSYSTEM)
+        throw Misconfigured("The coordinate transformation subsystem " + id + " is unknown and not available!");
+    auto config = std::make_unique<CrsConfig>();
+    config->injectCreator(new Proj4CrsCreator(*config));
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): a new configuration takes the creator over.
+    return config.release();
+}
+
 void CrsConfig::configure(std::istringstream& document) {
     const ptree tree = readFragment(document);
     addEntries(*this, tree, "CrsConfiguration", {"CRS"});
@@ -75,6 +102,94 @@ void CrsConfig::merge(CrsConfig& other) {
     if (other.initialised) other.reinit();
     for (const CrsConfigData& entry : *other.configuredCrs) addCrsConfigData(entry);
     if (initialised) reinit();
+}
+
+void CrsConfig::injectCreator(CrsCreator* crsCreator) {
+    if (creator == nullptr) creator = crsCreator;
+}
+
+void CrsConfig::init() {
+    if (creator == nullptr) throw Misconfigured("No CrsCreator injected");
+    creator->init();
+    registeredEntries.clear();
+    for (const CrsConfigData& entry : *configuredCrs) registerEntry(entry);
+    initialised = true;
+}
+
+void CrsConfig::reinit() {
+    cleanCodeAndIdentifierCache();
+    configuredCodes.clear();
+    configuredCrsIdentifiers.clear();
+    registeredEntries.clear();
+    init();
+}
+
+void CrsConfig::registerEntry(const CrsConfigData& entry) {
+    const Crs crs = creator->createFromName(entry.getIdentifier(), false, false);
+    if (crs.get() == nullptr) throw Misconfigured("The EPSG code \"" + entry.getIdentifier() + "\" is unknown");
+    registeredEntries.emplace(crs->getPrimaryCode(), RegisteredEntry{crs->getSecCompoundCode(), &entry});
+    configuredCodes.insert(static_cast<int>(crs->getPrimaryCode()));
+    configuredCrsIdentifiers.insert(convertNumericToText(crs->getPrimaryCode()));
+    configuredCrsIdentifiers.insert(crs->getAliasOrIdentifier(false));
+    if (entry.isMapped()) registerAlias(entry, crs);
+    cacheLongNameAndCode(crs->copy());
+}
+
+// Alias and axis-order override reach requests through the alias alone; the other names keep the CRS's own
+// axis order.
+void CrsConfig::registerAlias(const CrsConfigData& entry, const Crs& crs) {
+    Crs handle(crs);
+    AbstractCrs* const mapped = handle.getModifiableCopy();
+    mapped->setAlias(entry.getAlias());
+    if (const boost::optional<bool> eastNorth = entry.getAxisOrderEastNorthOrLonLat())
+        mapped->setAxisOrderEastNorthOrLonLat(*eastNorth);
+    const std::string name = mapped->getAliasOrIdentifier(true);
+    configuredCrsIdentifiers.insert(name);
+    cacheByName(OwnedCrs(mapped->copy()), {name});
+}
+
+// For the name cache alone.
+void CrsConfig::cacheByName(std::unique_ptr<const AbstractCrs> crs, const std::vector<std::string>& names) {
+    const AbstractCrs* const offered = own(std::move(crs));
+    if (!insertNames(offered, names)) discard(offered);
+}
+
+// Whether a name took `crs`.
+bool CrsConfig::insertNames(const AbstractCrs* crs, const std::vector<std::string>& names) {
+    bool taken = false;
+    for (const std::string& name : names) taken |= nameCache.emplace(name, crs).second;
+    return taken;
+}
+
+const AbstractCrs* CrsConfig::own(std::unique_ptr<const AbstractCrs> crs) {
+    owned.insert(crs.get());
+    return crs.release();
+}
+
+void CrsConfig::discard(const AbstractCrs* crs) {
+    owned.erase(crs);
+    delete crs;
+}
+
+void CrsConfig::cacheLongNameAndCode(const AbstractCrs* crs) {
+    if (owned.count(crs) != 0) return;
+    own(OwnedCrs(crs));
+    const CodePair codes = codesOf(*crs);
+    bool taken = codeCache.emplace(writeCodeKey(codes), crs).second;
+    taken |= insertNames(crs, {crs->getAliasOrIdentifier(false), crs->getAliasOrAsOgcURN(nullptr, false)});
+    // A CRS without a code has no text form, and fails with the names before it in place.
+    taken |= insertNames(crs, {crs->getAsText()});
+    taken |= insertNames(crs, registeredCodeNames(codes));
+    if (!taken) discard(crs);
+    for (std::size_t kind = 0; kind < REGISTERED_URN_KINDS; ++kind) cacheCrsNamedByUrn(codes, kind);
+}
+
+// Registers what the creator makes of a URN, under that URN and under its twin with another head.
+void CrsConfig::cacheCrsNamedByUrn(const CodePair& codes, std::size_t kind) {
+    const OwnedCrs created(creator->createFromURN(registeredUrns(codes)[kind].name));
+    if (created == nullptr) return;
+    const RegisteredUrns urns = registeredUrns({created->getPrimaryCode(), codes.secondary})[kind];
+    cacheByName(OwnedCrs(created->copy()), {urns.name, urns.twin});
 }
 
 const CrsConfigData* CrsConfig::getEntryFor(const AbstractCrs& crs) const {

@@ -12,7 +12,7 @@
 #include "CoordinateTransformation/Misconfigured.h"
 #include "CoordinateTransformation/Proj4CrsCreator.h"
 #include "QSHelpers/UnexpectedException.h"
-#include "config/CrsConfigFixture.h"
+#include "tests/support/JournaledConfig.h"
 
 namespace CoordinateTransformation {
 namespace {

@@ -9,7 +9,7 @@
 #include "CoordinateTransformation/CrsConfig.h"
 #include "CoordinateTransformation/CrsNotConfigured.h"
 #include "QSHelpers/UnexpectedException.h"
-#include "config/CrsConfigFixture.h"
+#include "tests/support/JournaledConfig.h"
 
 // What is registered under which names, which entry keeps a name, and who releases the objects.
 namespace CoordinateTransformation {

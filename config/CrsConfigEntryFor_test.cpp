@@ -6,7 +6,7 @@
 #include "CoordinateTransformation/CrsConfig.h"
 #include "CoordinateTransformation/CrsConfigData.h"
 #include "CoordinateTransformation/Misconfigured.h"
-#include "config/CrsConfigFixture.h"
+#include "tests/support/JournaledConfig.h"
 
 namespace CoordinateTransformation {
 namespace {

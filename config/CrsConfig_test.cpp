@@ -13,8 +13,8 @@
 
 #include "CoordinateTransformation/CrsNotConfigured.h"
 #include "CoordinateTransformation/Misconfigured.h"
-#include "config/CrsConfigFixture.h"
 #include "tests/support/GroupingLocale.h"
+#include "tests/support/JournaledConfig.h"
 
 namespace CoordinateTransformation {
 namespace {

@@ -1,10 +1,10 @@
-#include "config/FragmentReader.h"
-
 #include <boost/property_tree/xml_parser.hpp>
 #include <gtest/gtest.h>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+
+#include "config/Fragment.h"
 
 namespace CoordinateTransformation {
 namespace {

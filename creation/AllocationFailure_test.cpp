@@ -7,7 +7,7 @@
 #include <map>
 #include <string>
 
-#include "creation/AxisOrderTable.h"
+#include "proj/AxisOrderTable.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace CoordinateTransformation {

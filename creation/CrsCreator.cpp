@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <utility>
 
 #include "CoordinateTransformation/CrsNotConfigured.h"
 #include "CoordinateTransformation/CrsUnknownSyntaxOrAlias.h"
 #include "CoordinateTransformation/FatalSubsystemError.h"
 #include "QSHelpers/ConversionError.h"
-#include "creation/CrsNameSyntax.h"
+#include "names/CrsName.h"
 #include "text/NumericText.h"
 
 namespace CoordinateTransformation {
@@ -18,28 +19,31 @@ namespace {
 
 using QSHelpers::ConversionError;
 
-unsigned int readCode(const std::string& text) {
-    return QSHelpers::convertTextToNumeric<unsigned int>(text, true, true);
-}
-
 double readScaleFactor(const std::string& text) { return QSHelpers::convertTextToNumeric<double>(text, false, false); }
 
-// Nothing for a text that is not a number: the name is then in another spelling.
-std::optional<unsigned int> codeIfNumber(const std::optional<std::string>& text) {
-    if (!text) return std::nullopt;
+// Nothing for a name whose codes are not numbers: it is then in another spelling.
+std::optional<CodePair> codesIfNumbers(const ParsedName& parsed) {
+    const NameTexts* const texts = std::get_if<NameTexts>(&parsed);
+    if (texts == nullptr) return std::nullopt;
     try {
-        return readCode(*text);
+        const unsigned int first = readCode(texts->first.text);
+        return CodePair{first, texts->second ? readCode(texts->second->text) : 0};
     } catch (const ConversionError&) {
         return std::nullopt;
     }
 }
 
+AbstractCrs* createFromCodes(const CrsCreator& creator, const ParsedName& parsed, bool standardAxisOrder) {
+    const std::optional<CodePair> codes = codesIfNumbers(parsed);
+    return codes ? creator.createFromCode(codes->primary, codes->secondary, standardAxisOrder) : nullptr;
+}
+
 using OwnedCrs = std::unique_ptr<AbstractCrs>;
 
 // The object that a URN or URL is first turned into; only a copy of it is handed on.
-OwnedCrs createUrnOriginal(const CrsCreator& creator, const OgcUrnTexts& texts) {
-    const unsigned int second = texts.secondCode.empty() ? 0 : readCode(texts.secondCode);
-    return OwnedCrs(creator.createFromCode(readCode(texts.firstCode), second, true));
+OwnedCrs createUrnOriginal(const CrsCreator& creator, const NameTexts& texts) {
+    const unsigned int second = texts.second ? readCode(texts.second->text) : 0;
+    return OwnedCrs(creator.createFromCode(readCode(texts.first.text), second, true));
 }
 
 // Intended: the original of a CRS that is handed on is not released, unless the build says otherwise.
@@ -87,12 +91,36 @@ Crs CrsCreator::createFromName(const std::string& name, bool throwOnFailure, boo
 }
 
 AbstractCrs* CrsCreator::recognise(const std::string& name) const {
-    if (AbstractCrs* const crs = createFromURN(name)) return crs;
-    if (AbstractCrs* const crs = createFromURL(name)) return crs;
-    if (AbstractCrs* const crs = createFromGML(name)) return crs;
-    if (AbstractCrs* const crs = createFromEPSG(name, true)) return crs;
-    return createFromCrsURN_WFS_1_1(name);
+    for (const NameSyntax& syntax : NAME_SYNTAXES)
+        if (syntax.property == nullptr || isSyntaxAccepted(syntax.property))
+            if (AbstractCrs* const crs = createAs(syntax, name)) return crs;
+    return nullptr;
 }
+
+// The older syntaxes have a recogniser each, which a concrete creator may override.
+AbstractCrs* CrsCreator::createAs(const NameSyntax& syntax, const std::string& name) const {
+    switch (syntax.spelling) {
+        case Spelling::OGC_URN:
+            return createFromURN(name);
+        case Spelling::OGC_URL:
+            return createFromURL(name);
+        case Spelling::GML_REFERENCE:
+            return createFromGML(name);
+        case Spelling::EPSG_CODE:
+            return createFromEPSG(name, true);
+        case Spelling::WFS_1_1_URN:
+            return createFromCrsURN_WFS_1_1(name);
+        default:
+            return createFromCodes(*this, syntax.parse(name), true);
+    }
+}
+
+NameExplanation CrsCreator::explainName(const std::string& name) const {
+    return CoordinateTransformation::explainName(name,
+                                                 [this](const char* property) { return isSyntaxAccepted(property); });
+}
+
+bool CrsCreator::isSyntaxAccepted(const std::string& /*property*/) const { return false; }
 
 AbstractCrs* CrsCreator::createFromURN(const std::string& name) const {
     const std::optional<std::size_t> body = skipOgcUrnHead(name);
@@ -105,8 +133,9 @@ AbstractCrs* CrsCreator::createFromURL(const std::string& name) const {
 }
 
 AbstractCrs* CrsCreator::createFromOgcUrn(const std::string& name, std::size_t startPos) const {
-    const std::optional<OgcUrnTexts> texts = parseOgcUrnBody(name, startPos);
-    if (!texts) return nullptr;
+    const ParsedName parsed = parseOgcBody(name, startPos);
+    const NameTexts* const texts = std::get_if<NameTexts>(&parsed);
+    if (texts == nullptr) return nullptr;
     OwnedCrs original = createUrnOriginal(*this, *texts);
     if (original == nullptr) return nullptr;
     OwnedCrs crs(original->copy());
@@ -116,25 +145,21 @@ AbstractCrs* CrsCreator::createFromOgcUrn(const std::string& name, std::size_t s
 }
 
 AbstractCrs* CrsCreator::createFromGML(const std::string& name) const {
-    const std::optional<unsigned int> code = codeIfNumber(parseGmlReference(name));
-    if (!code) return nullptr;
-    OwnedCrs crs(createFromCode(*code, 0, true));
+    OwnedCrs crs(createFromCodes(*this, parseGmlReference(name), true));
     // Responses echo the request's own spelling.
     if (crs != nullptr) crs->setAlias(name);
     return crs.release();
 }
 
 AbstractCrs* CrsCreator::createFromEPSG(const std::string& name, bool standardAxisOrder) const {
-    const std::optional<EpsgNameTexts> texts = parseEpsgName(name);
-    if (!texts) return nullptr;
-    const std::optional<unsigned int> first = codeIfNumber(texts->firstCode);
-    const std::optional<unsigned int> second = texts->secondCode ? codeIfNumber(texts->secondCode) : 0U;
-    return first && second ? createFromCode(*first, *second, standardAxisOrder) : nullptr;
+    const ParsedName parsed = parseEpsgName(name);
+    const NameFault* const fault = std::get_if<NameFault>(&parsed);
+    if (fault != nullptr && fault->beyondTheEnd) throw std::out_of_range("invalid string position");
+    return createFromCodes(*this, parsed, standardAxisOrder);
 }
 
 AbstractCrs* CrsCreator::createFromCrsURN_WFS_1_1(const std::string& name) const {
-    const std::optional<unsigned int> code = codeIfNumber(parseWfs11Urn(name));
-    return code ? createFromCode(*code, 0, true) : nullptr;
+    return createFromCodes(*this, parseWfs11Urn(name), true);
 }
 
 // text = name ";" axis order ";" primary scale factor [ ";" secondary scale factor { ";" ignored } ]

@@ -10,7 +10,7 @@
 #include "CoordinateTransformation/CrsUnknownSyntaxOrAlias.h"
 #include "QSHelpers/ConversionError.h"
 #include "QuarvelSrv/SrsFormattingOptions.h"
-#include "creation/PooledCreator.h"
+#include "tests/support/PooledCreator.h"
 
 namespace CoordinateTransformation {
 namespace {

@@ -4,13 +4,12 @@
 #include <boost/filesystem/path.hpp>
 #include <cstdlib>
 
-#include "CoordinateTransformation/CrsConfig.h"
+#include "CoordinateTransformation/CrsConfig.h"  // Mutual: the creator asks the configuration that owns it.
 #include "CoordinateTransformation/Misconfigured.h"
 #include "CoordinateTransformation/Proj4Crs.h"
 #include "QSHelpers/FileNotFoundException.h"
-#include "creation/AxisOrderTable.h"
-#include "creation/ProjError.h"
 #include "platform/ErrnoGuard.h"
+#include "proj/AxisOrderTable.h"
 #include "proj/Proj4Transformer.h"
 #include "proj/classic/ClassicProj.h"
 #include "text/FileText.h"
@@ -67,7 +66,10 @@ void loadFiles(const boost::filesystem::path& directory) {
 void setSearchPath(const std::string& directory) {
     const char* directories[] = {directory.c_str()};
     ClassicProj::pj_set_searchpath(1, directories);
-    requireNoProjError(*ClassicProj::pj_get_errno_ref(), directory);
+    // Joined without a separator on purpose: the text is part of the interface.
+    if (const int error = *ClassicProj::pj_get_errno_ref(); error != 0)
+        throw Misconfigured("Proj4 reported an error using configuration directory " + directory +
+                            ClassicProj::pj_strerrno(error));
 }
 
 }  // namespace
@@ -110,6 +112,10 @@ void Proj4CrsCreator::init() {
 
 bool Proj4CrsCreator::isCrsAllowed(const AbstractCrs* crs) const {
     return config->isCrsConfigured(crs->getPrimaryCode());
+}
+
+bool Proj4CrsCreator::isSyntaxAccepted(const std::string& property) const {
+    return config->getConfigProperty(property) == "true";
 }
 
 }  // namespace CoordinateTransformation

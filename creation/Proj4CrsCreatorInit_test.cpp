@@ -10,7 +10,7 @@
 #include "CoordinateTransformation/CrsConfig.h"
 #include "CoordinateTransformation/Misconfigured.h"
 #include "CoordinateTransformation/Proj4CrsCreator.h"
-#include "creation/FreshProj4Settings.h"
+#include "tests/support/FreshProj4Settings.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace CoordinateTransformation {

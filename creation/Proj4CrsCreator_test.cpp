@@ -7,10 +7,11 @@
 
 #include "CoordinateTransformation/CrsConfig.h"
 #include "CoordinateTransformation/CrsNotConfigured.h"
+#include "CoordinateTransformation/CrsUnknownSyntaxOrAlias.h"
 #include "CoordinateTransformation/Misconfigured.h"
 #include "CoordinateTransformation/Proj4Crs.h"
-#include "creation/FreshProj4Settings.h"
 #include "tests/support/FakeCrs.h"
+#include "tests/support/FreshProj4Settings.h"
 
 namespace CoordinateTransformation {
 namespace {
@@ -128,6 +129,33 @@ TEST_F(Proj4CrsCreatorTest, LeavesAxisOrderAndDimensionAloneUnlessAskedForTheSta
         EXPECT_TRUE(crs->isAxisOrderEastNorthOrLonLat()) << primary;
         EXPECT_EQ(crs->getDim(), 2U) << primary;
     }
+}
+
+TEST_F(Proj4CrsCreatorTest, AcceptsASafeCurieWhereTheConfigurationDoes) {
+    givenConfigured("EPSG:4326");
+    EXPECT_THROW(creator().createFromName("[EPSG:4326]", true, true), CrsUnknownSyntaxOrAlias);
+    config->setConfigProperty("AcceptSafeCuries", "true");
+    const Crs crs = creator().createFromName("[EPSG:4326]", true, true);
+    EXPECT_EQ(crs->getPrimaryCode(), 4326U);
+    EXPECT_FALSE(crs->isAxisOrderEastNorthOrLonLat());
+    EXPECT_EQ(crs->getAlias(), "");
+    EXPECT_THROW(creator().createFromName("[EPSG:4326", true, true), CrsUnknownSyntaxOrAlias);
+    EXPECT_THROW(creator().createFromName("[EPSG:abc]", true, true), CrsUnknownSyntaxOrAlias);
+    EXPECT_THROW(creator().createFromName("[EPSG:25832]", true, true), CrsNotConfigured);
+}
+
+TEST_F(Proj4CrsCreatorTest, AcceptsSafeCuriesForNoOtherValueThanTrue) {
+    for (const char* const value : {"", "false", "TRUE", "1", " true"}) {
+        CrsConfig other;
+        other.setConfigProperty("AcceptSafeCuries", value);
+        EXPECT_EQ(Proj4CrsCreator(other).createFromName("[EPSG:4326]", false, false).get(), nullptr) << value;
+    }
+}
+
+TEST_F(Proj4CrsCreatorTest, ExplainsANameAsTheConfigurationWouldTakeIt) {
+    EXPECT_EQ(creator().explainName("[EPSG:4326]").fault, NameExplanation::Fault::BAD_SYNTAX);
+    config->setConfigProperty("AcceptSafeCuries", "true");
+    EXPECT_EQ(creator().explainName("[EPSG:4326]").text, "a safe CURIE for EPSG:4326");
 }
 
 TEST_F(Proj4CrsCreatorTest, MakesANewObjectEveryTime) {

@@ -7,7 +7,7 @@
 #include "CoordinateTransformation/CrsNotConfigured.h"
 #include "CoordinateTransformation/FatalSubsystemError.h"
 #include "QSHelpers/ConversionError.h"
-#include "creation/PooledCreator.h"
+#include "tests/support/PooledCreator.h"
 
 namespace CoordinateTransformation {
 namespace {

@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "CoordinateTransformation/AbstractCrs.h"
-#include "crs/AbstractCrsFixture.h"
+#include "tests/support/AbstractCrsTest.h"
 
 namespace CoordinateTransformation {
 namespace {

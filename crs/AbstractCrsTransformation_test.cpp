@@ -6,7 +6,7 @@
 #include "CoordinateTransformation/AbstractCrs.h"
 #include "CoordinateTransformation/CoordTransformer.h"
 #include "CoordinateTransformation/TransExecException.h"
-#include "crs/AbstractCrsFixture.h"
+#include "tests/support/AbstractCrsTest.h"
 
 namespace CoordinateTransformation {
 namespace {

@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "crs/AbstractCrsFixture.h"
+#include "tests/support/AbstractCrsTest.h"
 
 namespace CoordinateTransformation {
 namespace {

@@ -9,7 +9,7 @@
 #include "CoordinateTransformation/CRSindicationFormatInfo.h"
 #include "QSHelpers/UnexpectedException.h"
 #include "QuarvelSrv/SrsFormattingOptions.h"
-#include "crs/AbstractCrsFixture.h"
+#include "tests/support/AbstractCrsTest.h"
 #include "tests/support/GroupingLocale.h"
 
 namespace CoordinateTransformation {

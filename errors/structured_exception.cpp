@@ -3,7 +3,6 @@
 #include <cstring>
 #include <memory>
 
-#include "errors/CatalogueKeys.h"
 #include "errors/StructuredExceptionTranslation.h"
 #include "platform/WindowsFaults.h"
 #if defined(COORDTRANS_MESSAGE_CATALOGUE_HEADER)
@@ -12,10 +11,11 @@
 #include "platform/MessageCatalogue.h"
 #endif
 
-using CoordinateTransformation::PLATFORM_FAULT_SITUATION;
-using CoordinateTransformation::PLATFORM_FAULT_SUBSYSTEM;
-
 namespace {
+
+// The pair under which every platform fault reports.
+constexpr char PLATFORM_FAULT_SUBSYSTEM[] = "exception";
+constexpr char PLATFORM_FAULT_SITUATION[] = "default";
 
 constexpr std::uint32_t RESERVE_BUFFER_SIZE = 4096;
 

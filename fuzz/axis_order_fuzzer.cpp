@@ -1,6 +1,6 @@
 // Axis-order files: rows of cells, none of which holds a separator.
 
-#include "creation/CsvRow.h"
+#include "text/CsvRow.h"
 #include "fuzz/Input.h"
 
 using CoordinateTransformation::CsvRowIterator;

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "CoordinateTransformation/Misconfigured.h"
-#include "creation/AxisOrderTable.h"
+#include "proj/AxisOrderTable.h"
 #include "fuzz/Input.h"
 #include "fuzz/ScratchFile.h"
 

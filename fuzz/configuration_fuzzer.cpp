@@ -2,8 +2,7 @@
 
 #include <boost/property_tree/xml_parser.hpp>
 
-#include "config/FragmentReader.h"
-#include "config/FragmentScanner.h"
+#include "config/Fragment.h"
 #include "fuzz/Input.h"
 
 using namespace CoordinateTransformation;

@@ -2,7 +2,7 @@
 
 #include "fuzz/Input.h"
 #include "fuzz/ScratchFile.h"
-#include "proj/classic/InitFile.h"
+#include "text/InitFile.h"
 
 using namespace ClassicProj;
 

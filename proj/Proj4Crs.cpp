@@ -5,9 +5,9 @@
 #include <mutex>
 
 #include "CoordinateTransformation/Misconfigured.h"
-#include "creation/AxisOrderTable.h"
-#include "crs/EpsgCodes.h"
+#include "names/CrsName.h"
 #include "platform/ErrnoGuard.h"
+#include "proj/AxisOrderTable.h"
 #include "proj/Proj4Locks.h"
 #include "proj/classic/ClassicProj.h"
 #include "text/NumericText.h"
@@ -68,10 +68,7 @@ void Proj4Crs::setDimFromCodes() {
 void Proj4Crs::setCode(unsigned int primary, unsigned int secondary, bool applyEpsgStandards) {
     primaryCode = primary;
     secCompoundCode = secondary;
-    if (primary != 0) {
-        identifier = "EPSG:" + convertNumericToText(primary);
-        if (secondary != 0) identifier += "*EPSG:" + convertNumericToText(secondary);
-    }
+    if (primary != 0) identifier = writeEpsgName({primary, secondary});
     if (applyEpsgStandards) {
         setEpsgStandardAxisOrder();
         setDimFromCodes();

@@ -7,7 +7,7 @@
 
 #include "CoordinateTransformation/Misconfigured.h"
 #include "CoordinateTransformation/TransExecException.h"
-#include "proj/Proj4Fixture.h"
+#include "tests/support/Proj4Test.h"
 
 namespace CoordinateTransformation {
 namespace {

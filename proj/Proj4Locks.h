@@ -3,6 +3,7 @@
 #include <map>
 #include <mutex>
 
+#include "platform/ThreadSafety.h"
 #include "proj/classic/ClassicProj.h"
 
 namespace CoordinateTransformation {
@@ -13,6 +14,19 @@ namespace CoordinateTransformation {
 
 // Serialises every use of pj_transform.
 extern std::mutex proj4TransformLock;
+
+// Holds it, and with it the role without which clang lets nobody call pj_transform.
+class COORDTRANS_THREAD_SAFETY(scoped_lockable) TransformGuard {
+public:
+    TransformGuard() COORDTRANS_THREAD_SAFETY(acquire_capability(ClassicProj::transformRole))
+        : guard(proj4TransformLock) {}
+    ~TransformGuard() COORDTRANS_THREAD_SAFETY(release_capability()) = default;
+    TransformGuard(const TransformGuard&) = delete;
+    TransformGuard& operator=(const TransformGuard&) = delete;
+
+private:
+    const std::lock_guard<std::mutex> guard;
+};
 
 // Guards the binding of codes to PROJ objects, and proj4DefCache.
 extern std::mutex proj4DefLock;

@@ -1,7 +1,7 @@
 #include "proj/Proj4Transformer.h"
 
-#include <mutex>
 #include <new>
+#include <pthread.h>
 #include <utility>
 
 #include "CoordinateTransformation/Misconfigured.h"
@@ -12,6 +12,42 @@
 #include "proj/classic/ClassicProj.h"
 
 namespace CoordinateTransformation {
+
+std::mutex proj4TransformLock;
+std::mutex proj4DefLock;
+
+std::map<unsigned int, ClassicProj::projPJ>& getProj4DefCache() {
+    // Never released: threads may still run when the process ends.
+    static auto& cache = *new std::map<unsigned int, ClassicProj::projPJ>;
+    return cache;
+}
+
+std::map<unsigned int, ClassicProj::projPJ>& proj4DefCache = getProj4DefCache();
+
+namespace {
+
+void beforeFork() {
+    proj4DefLock.lock();
+    proj4TransformLock.lock();
+    ClassicProj::lockForFork();
+}
+
+void afterFork() {
+    ClassicProj::unlockAfterFork();
+    proj4TransformLock.unlock();
+    proj4DefLock.unlock();
+}
+
+void afterForkInChild() {
+    ClassicProj::startAfreshInChild();
+    afterFork();
+}
+
+// At load: handlers of a host that use the library are registered later, and so run while its locks are free. The C
+// library forgets the handlers when the library is unloaded.
+[[maybe_unused]] const int registered = pthread_atfork(beforeFork, afterFork, afterForkInChild);
+
+}  // namespace
 
 namespace {
 
@@ -35,7 +71,7 @@ Proj4Transformer* theProj4Transformer = getProj4Transformer();
 void Proj4Transformer::transformCoordinates(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y,
                                             double* z) const {
     const ErrnoGuard errnoGuard;
-    const std::lock_guard<std::mutex> guard(proj4TransformLock);
+    const TransformGuard guard;
     const ClassicProj::projPJ from = projectionOf(source);
     const ClassicProj::projPJ to = projectionOf(target);
     const bool sourceEastNorth = source->isAxisOrderEastNorthOrLonLat();

@@ -9,8 +9,8 @@
 
 #include "CoordinateTransformation/Misconfigured.h"
 #include "CoordinateTransformation/TransExecException.h"
-#include "proj/Proj4Fixture.h"
-#include "proj/classic/TestGeodesy.h"
+#include "tests/support/Geodesy.h"
+#include "tests/support/Proj4Test.h"
 
 namespace CoordinateTransformation {
 namespace {

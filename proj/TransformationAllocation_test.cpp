@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <new>
 
-#include "proj/Proj4Fixture.h"
+#include "tests/support/Proj4Test.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "text/InitFileText.h"
+#include "text/InitFile.h"
 
 namespace CoordinateTransformation {
 namespace {

@@ -1,9 +1,9 @@
-#include "text/InitFileText.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
+
+#include "text/InitFile.h"
 
 namespace CoordinateTransformation {
 namespace {

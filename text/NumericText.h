@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "QSHelpers/NumericText.h"
 
@@ -33,3 +34,21 @@ enum TrimMode { TRIM_LEFT = 0, TRIM_RIGHT = 1, TRIM_BOTH = 2 };
 std::string trimWhitespace(const std::string& text, TrimMode mode);
 
 }  // namespace QSHelpers
+
+namespace CoordinateTransformation {
+
+// The numbers of definitions, correctly rounded and the same in every locale, also where the standard library has
+// no std::from_chars for double.
+
+// The number that `text` begins with; 0 for a text that begins with none. Not finite when it is too large or spelt
+// "nan" or "inf".
+//
+//   number = [ "+" | "-" ] ( digits [ "." [ digits ] ] | "." digits ) [ ( "e" | "E" ) [ "+" | "-" ] digits ]
+double readDouble(std::string_view text);
+
+// In 15 digits, or in 16 or 17 where it takes them to be read back as the same number.
+//
+// REQUIRES: the number is finite.
+std::string writeDouble(double number);
+
+}  // namespace CoordinateTransformation

@@ -13,11 +13,7 @@ class COORDTRANS_EXPORT BBoxOutOfBounds : public TransformationException {
 public:
     /// \param text the message.
     explicit BBoxOutOfBounds(std::string text = "BoundingBox: out of bounds!");
-    /// A deep copy.
-    BBoxOutOfBounds(const BBoxOutOfBounds& other);
     ~BBoxOutOfBounds() override;
-    /// As TransformationException's assignment.
-    BBoxOutOfBounds& operator=(const BBoxOutOfBounds& other);
 };
 
 }  // namespace CoordinateTransformation

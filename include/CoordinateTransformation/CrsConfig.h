@@ -17,6 +17,7 @@ namespace CoordinateTransformation {
 class AbstractCrs;
 class Crs;
 class CrsCreator;
+struct CodePair;
 struct EntryIndex;
 
 /// The server's configuration of the CRS it offers, and after `init` the pool of ready CRS objects under every
@@ -106,8 +107,7 @@ private:
 
     COORDTRANS_INTERNAL void registerEntry(const CrsConfigData& entry);
     COORDTRANS_INTERNAL void registerAlias(const CrsConfigData& entry, const Crs& crs);
-    COORDTRANS_INTERNAL void cacheCrsNamedByUrn(const std::string& head, const std::string& primary,
-                                                const std::string& twinHead, const std::string& suffix);
+    COORDTRANS_INTERNAL void cacheCrsNamedByUrn(const CodePair& codes, std::size_t kind);
     COORDTRANS_INTERNAL void cacheByName(std::unique_ptr<const AbstractCrs> crs, const std::vector<std::string>& names);
     COORDTRANS_INTERNAL bool insertNames(const AbstractCrs* crs, const std::vector<std::string>& names);
     COORDTRANS_INTERNAL const AbstractCrs* own(std::unique_ptr<const AbstractCrs> crs);

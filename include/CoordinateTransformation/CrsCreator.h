@@ -7,8 +7,11 @@
 #include "CoordinateTransformation/Crs.h"
 #include "CoordinateTransformation/CrsPool.h"
 #include "CoordinateTransformation/Export.h"
+#include "CoordinateTransformation/NameExplanation.h"
 
 namespace CoordinateTransformation {
+
+struct NameSyntax;
 
 /// Turns CRS names into CRS objects: looks a name up in the pool, then tries the recognisers, one for each
 /// spelling, in a fixed order. A concrete creator makes the objects and decides which of them the server offers.
@@ -67,6 +70,11 @@ public:
     /// "http:" and the OGC definitions host, then as createFromOgcUrn; simple or compound.
     virtual AbstractCrs* createFromURL(const std::string& name) const;
 
+    /// What `name` is, for a log: its spelling and codes, or why it is no name and where. Nothing is created and the
+    /// pool is not asked: an alias of the configuration has no spelling, and a well-formed name may still name a CRS
+    /// that nobody knows. The fault is that of the first spelling that the text resembles.
+    NameExplanation explainName(const std::string& name) const;
+
 protected:
     /// Whether the server offers `crs`.
     virtual bool isCrsAllowed(const AbstractCrs* crs) const = 0;
@@ -75,9 +83,13 @@ protected:
     /// Any text with "epsg.xml#" before the code; the CRS takes the whole name as its alias. Null when the
     /// code is not a number.
     virtual AbstractCrs* createFromGML(const std::string& name) const;
+    /// Whether names in a spelling that waits for the configuration property `property` are accepted. No, unless a
+    /// concrete creator has a configuration to ask.
+    virtual bool isSyntaxAccepted(const std::string& property) const;
 
 private:
     COORDTRANS_INTERNAL AbstractCrs* recognise(const std::string& name) const;
+    COORDTRANS_INTERNAL AbstractCrs* createAs(const NameSyntax& syntax, const std::string& name) const;
 };
 
 }  // namespace CoordinateTransformation

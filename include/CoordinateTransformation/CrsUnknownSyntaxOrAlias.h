@@ -12,11 +12,7 @@ class COORDTRANS_EXPORT CrsUnknownSyntaxOrAlias : public TransformationException
 public:
     /// \param name the CRS as the caller named it; becomes part of the message.
     explicit CrsUnknownSyntaxOrAlias(std::string name);
-    /// A deep copy.
-    CrsUnknownSyntaxOrAlias(const CrsUnknownSyntaxOrAlias& other);
     ~CrsUnknownSyntaxOrAlias() override;
-    /// As TransformationException's assignment.
-    CrsUnknownSyntaxOrAlias& operator=(const CrsUnknownSyntaxOrAlias& other);
 
     /// "qvCrsUnavailable".
     std::string getServiceExceptionCode() const override;

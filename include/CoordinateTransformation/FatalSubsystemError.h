@@ -13,11 +13,7 @@ class COORDTRANS_EXPORT FatalSubsystemError : public TransformationException {
 public:
     /// \param errorCode text that tells where the fault was found; ends the message.
     explicit FatalSubsystemError(std::string errorCode = "");
-    /// A deep copy.
-    FatalSubsystemError(const FatalSubsystemError& other);
     ~FatalSubsystemError() override;
-    /// As TransformationException's assignment.
-    FatalSubsystemError& operator=(const FatalSubsystemError& other);
 };
 
 }  // namespace CoordinateTransformation

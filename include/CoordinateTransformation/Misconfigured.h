@@ -13,11 +13,7 @@ class COORDTRANS_EXPORT Misconfigured : public TransformationException {
 public:
     /// \param text the message.
     explicit Misconfigured(std::string text);
-    /// A deep copy.
-    Misconfigured(const Misconfigured& other);
     ~Misconfigured() override;
-    /// As TransformationException's assignment.
-    Misconfigured& operator=(const Misconfigured& other);
 
     /// "qvConfigurationError".
     std::string getServiceExceptionCode() const override;

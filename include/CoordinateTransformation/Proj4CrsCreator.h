@@ -42,6 +42,8 @@ public:
 protected:
     /// Whether the configuration holds the primary code; the secondary plays no part.
     bool isCrsAllowed(const AbstractCrs* crs) const override;
+    /// Whether the configuration property is "true".
+    bool isSyntaxAccepted(const std::string& property) const override;
 
 private:
     const CoordTransformer* transformer;

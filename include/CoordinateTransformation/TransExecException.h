@@ -13,11 +13,7 @@ class COORDTRANS_EXPORT TransExecException : public TransformationException {
 public:
     /// \param text the message, from the transformer PROJ's own text for the failure.
     explicit TransExecException(std::string text = "Transformation of coordinates failed");
-    /// A deep copy.
-    TransExecException(const TransExecException& other);
     ~TransExecException() override;
-    /// As TransformationException's assignment.
-    TransExecException& operator=(const TransExecException& other);
 };
 
 }  // namespace CoordinateTransformation

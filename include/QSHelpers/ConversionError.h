@@ -12,11 +12,7 @@ class COORDTRANS_EXPORT ConversionError : public Exception {
 public:
     /// \param text the message.
     explicit ConversionError(std::string text);
-    /// A deep copy.
-    ConversionError(const ConversionError& other);
     ~ConversionError() override;
-    /// As Exception's assignment.
-    ConversionError& operator=(const ConversionError& other);
 
     /// The message.
     const char* what() const noexcept override;

@@ -13,11 +13,7 @@ class COORDTRANS_EXPORT FileNotFoundException : public Exception {
 public:
     /// \param text the message.
     explicit FileNotFoundException(std::string text);
-    /// A deep copy.
-    FileNotFoundException(const FileNotFoundException& other);
     ~FileNotFoundException() override;
-    /// As Exception's assignment.
-    FileNotFoundException& operator=(const FileNotFoundException& other);
 
     /// The message.
     const char* what() const noexcept override;

@@ -12,11 +12,7 @@ class COORDTRANS_EXPORT UnexpectedException : public Exception {
 public:
     /// \param text the message.
     explicit UnexpectedException(std::string text);
-    /// A deep copy.
-    UnexpectedException(const UnexpectedException& other);
     ~UnexpectedException() override;
-    /// As Exception's assignment.
-    UnexpectedException& operator=(const UnexpectedException& other);
 
     /// The message.
     const char* what() const noexcept override;

@@ -6,26 +6,58 @@
 #include <new>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "proj/classic/Definition.h"
-#include "proj/classic/ForEachProcess.h"
-#include "proj/classic/InitFile.h"
 #include "proj/classic/PairOperations.h"
-#include "proj/classic/ProjFiles.h"
-#include "proj/classic/SearchPath.h"
+#include "proj/classic/ProjObjects.h"
+#include "text/InitFile.h"
 
 namespace ClassicProj {
 
-unsigned int forksSinceLoad = 0;
+using CoordinateTransformation::InitFile;
+
+TransformRole transformRole;
 
 namespace {
 
-std::mutex definitionLock;
+// How many forks lie between this process and the one that loaded the library.
+unsigned int forksSinceLoad = 0;
 
-// What making definitions needs, in one place, under definitionLock. Never released: definitions live as long as the
-// process.
-struct DefinitionMaker {
+// What a process makes for itself at first use. A child of a fork makes its own and never touches what it has
+// inherited. Nothing is ever released.
+//
+// Not thread-safe: its lock must be one of those that are held across a fork.
+template <typename T>
+class ForEachProcess {
+public:
+    explicit ForEachProcess(T (*function)()) : make(function) {}
+
+    T& get() {
+        if (current == nullptr || madeAfter != forksSinceLoad) renew();
+        return *current;
+    }
+
+    // The next get() makes another.
+    void abandon() { current = nullptr; }
+
+private:
+    void renew() {
+        // Earlier ones stay within the reach of leak checkers.
+        current = &all.emplace_back(make());
+        madeAfter = forksSinceLoad;
+    }
+
+    T (*make)();
+    std::deque<T> all;
+    T* current = nullptr;
+    unsigned int madeAfter = 0;
+};
+
+// What making definitions needs, and the lock that guards it. Never released: definitions live as long as the process.
+struct Definitions {
+    std::mutex lock;
     ForEachProcess<PJ_CONTEXT*> proj{makeContext};
     std::map<std::string, InitFile> initFiles;
     // A deque keeps its elements in place.
@@ -34,15 +66,14 @@ struct DefinitionMaker {
     std::map<int, std::string> errorTexts;
 };
 
-DefinitionMaker& definitionMaker() {
-    static auto& maker = *new DefinitionMaker;
-    return maker;
+Definitions& definitions() {
+    static auto& all = *new Definitions;
+    return all;
 }
 
 PairOperations makeOperations() { return PairOperations(makeContext, PairOperations::DEFAULT_BOUND); }
 
-// Under the lock of whoever calls pj_transform.
-PairOperations& pairOperations() {
+PairOperations& pairOperations() COORDTRANS_THREAD_SAFETY(requires_capability(transformRole)) {
     static auto& operations = *new ForEachProcess<PairOperations>(makeOperations);
     return operations.get();
 }
@@ -51,7 +82,7 @@ PairOperations& pairOperations() {
 Context defaultContext;
 
 std::optional<std::string> findInInitFile(const std::string& file, const std::string& code) {
-    auto& initFiles = definitionMaker().initFiles;
+    auto& initFiles = definitions().initFiles;
     auto found = initFiles.find(file);
     if (found == initFiles.end()) {
         const std::filesystem::path path = findInSearchDirectories(file);
@@ -77,11 +108,11 @@ int expandInit(ParameterList& parameters) {
 }
 
 int defineWhileMemoryLasts(const ParameterList& parameters, Definition& definition) {
-    DefinitionMaker& maker = definitionMaker();
+    Definitions& all = definitions();
     try {
-        return makeDefinition(parameters, maker.proj.get(), definition);
+        return makeDefinition(parameters, all.proj.get(), definition);
     } catch (const std::bad_alloc&) {
-        maker.proj.abandon();
+        all.proj.abandon();
         throw;
     }
 }
@@ -94,8 +125,8 @@ int expandAndDefine(ParameterList parameters, Definition& definition) {
 // The init file of a definition that cannot be made may have a better one by now.
 bool readInitFileAgain(const ParameterList& parameters) {
     const std::string init = parameters.get("init");
-    const auto found = definitionMaker().initFiles.find(init.substr(0, init.find(':')));
-    return found != definitionMaker().initFiles.end() && found->second.readIfChanged();
+    const auto found = definitions().initFiles.find(init.substr(0, init.find(':')));
+    return found != definitions().initFiles.end() && found->second.readIfChanged();
 }
 
 projPJ addDefinition(const char* text, Context& context) {
@@ -107,8 +138,7 @@ projPJ addDefinition(const char* text, Context& context) {
         context.error = expandAndDefine(parameters, definition);
     }
     if (context.error != 0) return nullptr;
-    definition.context = &context;
-    std::deque<Definition>& made = definitionMaker().made;
+    std::deque<Definition>& made = definitions().made;
     made.push_back(definition);
     return &made.back();
 }
@@ -120,7 +150,7 @@ projCtx pj_ctx_alloc() { return new Context; }
 void pj_ctx_free(projCtx context) { delete context; }
 
 projPJ pj_init_plus_ctx(projCtx context, const char* definition) {
-    const std::lock_guard<std::mutex> guard(definitionLock);
+    const std::lock_guard<std::mutex> guard(definitions().lock);
     return addDefinition(definition, context == nullptr ? defaultContext : *context);
 }
 
@@ -140,30 +170,30 @@ int pj_transform(projPJ source, projPJ target, long count, int offset, double* x
 // PROJ keeps only the last text that a context was asked for.
 const char* pj_strerrno(int error) {
     if (error == 0) return nullptr;
-    const std::lock_guard<std::mutex> guard(definitionLock);
-    DefinitionMaker& maker = definitionMaker();
-    const auto known = maker.errorTexts.find(error);
-    if (known != maker.errorTexts.end()) return known->second.c_str();
-    return maker.errorTexts.emplace(error, proj_context_errno_string(maker.proj.get(), error)).first->second.c_str();
+    const std::lock_guard<std::mutex> guard(definitions().lock);
+    Definitions& all = definitions();
+    const auto known = all.errorTexts.find(error);
+    if (known != all.errorTexts.end()) return known->second.c_str();
+    return all.errorTexts.emplace(error, proj_context_errno_string(all.proj.get(), error)).first->second.c_str();
 }
 
 int* pj_get_errno_ref() { return &defaultContext.error; }
 
 void pj_set_searchpath(int count, const char** paths) {
-    const std::lock_guard<std::mutex> guard(definitionLock);
-    setSearchDirectories(std::vector<std::string>(paths, paths + count));
-    definitionMaker().initFiles.clear();
-    defaultContext.error = 0;
+    const std::lock_guard<std::mutex> guard(definitions().lock);
+    const bool all = setSearchDirectories(std::vector<std::string>(paths, paths + count));
+    definitions().initFiles.clear();
+    defaultContext.error = all ? 0 : PROJ_ERR_INVALID_OP_FILE_NOT_FOUND_OR_INVALID;
 }
 
 void lockForFork() {
-    definitionLock.lock();
+    definitions().lock.lock();
     projFilesLock.lock();
 }
 
 void unlockAfterFork() {
     projFilesLock.unlock();
-    definitionLock.unlock();
+    definitions().lock.unlock();
 }
 
 void startAfreshInChild() {

@@ -6,9 +6,9 @@
 #include <proj.h>
 
 #include "proj/classic/ClassicProj.h"
-#include "proj/classic/TestCrs.h"
-#include "proj/classic/TestSearchPath.h"
+#include "tests/support/ClassicMoves.h"
 #include "tests/support/GroupingLocale.h"
+#include "tests/support/SearchPath.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace ClassicProj {

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "proj/classic/ClassicProj.h"
-#include "proj/classic/TestCrs.h"
-#include "proj/classic/TestSearchPath.h"
+#include "tests/support/ClassicMoves.h"
+#include "tests/support/SearchPath.h"
 
 namespace ClassicProj {
 namespace {

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "proj/classic/ClassicProj.h"
-#include "proj/classic/TestCrs.h"
-#include "proj/classic/TestSearchPath.h"
+#include "tests/support/ClassicMoves.h"
+#include "tests/support/SearchPath.h"
 
 namespace ClassicProj {
 namespace {

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "proj/classic/Definition.h"
-#include "proj/classic/TestCrs.h"
-#include "proj/classic/TestSearchPath.h"
+#include "tests/support/ClassicMoves.h"
+#include "tests/support/SearchPath.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace ClassicProj {

@@ -1,9 +1,8 @@
-#include "proj/classic/Datum.h"
-
 #include <cmath>
 #include <gtest/gtest.h>
 #include <string>
 
+#include "proj/classic/Definition.h"
 #include "tests/support/GroupingLocale.h"
 
 namespace ClassicProj {

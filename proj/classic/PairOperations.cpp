@@ -1,13 +1,122 @@
 #include "proj/classic/PairOperations.h"
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <new>
+#include <sstream>
 #include <utility>
 
-#include "proj/classic/PairStages.h"
+#include "text/NumericText.h"
 
 namespace ClassicProj {
+
+namespace {
+
+using CoordinateTransformation::writeDouble;
+
+struct Step {
+    std::string text;
+    bool backwards;
+};
+
+// Collects steps and cuts them into stages.
+class StageWriter {
+public:
+    void add(const std::string& step, bool backwards) {
+        if (!step.empty()) steps.push_back({step, backwards});
+    }
+
+    void addGridShift(const std::string& step, bool backwards) {
+        closeStage();
+        stages.push_back({step, backwards, true});
+    }
+
+    std::vector<StageText> finish() {
+        closeStage();
+        return std::move(stages);
+    }
+
+private:
+    // A single step needs no pipeline around it.
+    void closeStage() {
+        if (steps.size() == 1) stages.push_back({steps.front().text, steps.front().backwards, false});
+        if (steps.size() > 1) stages.push_back({pipeline(), false, false});
+        steps.clear();
+    }
+
+    std::string pipeline() const {
+        std::string text = "+proj=pipeline";
+        for (const Step& step : steps) text += (step.backwards ? " +step +inv " : " +step ") + step.text;
+        return text;
+    }
+
+    std::vector<Step> steps;
+    std::vector<StageText> stages;
+};
+
+// The semi-axes rather than a name: PROJ takes the ellipsoids of WGS 84 and GRS 80 for one when it is given
+// their names, the classic interface does not.
+std::string cartesianStep(const Ellipsoid& ellipsoid) {
+    return "+proj=cart +a=" + writeDouble(ellipsoid.semiMajor) + " +b=" + writeDouble(ellipsoid.semiMinor);
+}
+
+// The linear form: rotations count as small angles, as PROJ has always taken them here.
+std::string helmertStep(const std::array<double, 7>& toWgs84) {
+    constexpr const char* KEYS[] = {" +x=", " +y=", " +z=", " +rx=", " +ry=", " +rz=", " +s="};
+    const bool translatesOnly = std::all_of(toWgs84.begin() + 3, toWgs84.end(), [](double v) { return v == 0; });
+    std::string step = translatesOnly ? "+proj=helmert" : "+proj=helmert +convention=position_vector";
+    for (std::size_t i = 0; i < (translatesOnly ? 3 : 7); ++i) step += KEYS[i] + writeDouble(toWgs84[i]);
+    return step;
+}
+
+// A grid of this name shifts nothing anywhere.
+bool isNullGrid(const std::string& grids) {
+    std::istringstream names(grids);
+    names.exceptions(std::ios::badbit);
+    for (std::string name; std::getline(names, name, ',');)
+        if (name != "null" && name != "@null") return false;
+    return true;
+}
+
+void addGrids(StageWriter& stages, const Datum& datum, bool backwards) {
+    if (datum.kind == DatumKind::GRIDS && !isNullGrid(datum.grids))
+        stages.addGridShift("+proj=hgridshift +grids=" + datum.grids, backwards);
+}
+
+void addGeocentricShift(StageWriter& stages, const Datum& source, const Datum& target) {
+    const bool byHelmert = source.kind == DatumKind::HELMERT || target.kind == DatumKind::HELMERT;
+    if (!byHelmert && source.meetingEllipsoid == target.meetingEllipsoid) return;
+    stages.add(cartesianStep(source.meetingEllipsoid), false);
+    if (source.kind == DatumKind::HELMERT) stages.add(helmertStep(source.toWgs84), false);
+    if (target.kind == DatumKind::HELMERT) stages.add(helmertStep(target.toWgs84), true);
+    stages.add(cartesianStep(target.meetingEllipsoid), true);
+}
+
+void addDatumShift(StageWriter& stages, const Datum& source, const Datum& target) {
+    if (needsNoShift(source, target)) return;
+    addGrids(stages, source, false);
+    addGeocentricShift(stages, source, target);
+    addGrids(stages, target, true);
+}
+
+// Forwards from heights above the ellipsoid to heights above the geoid.
+void addGeoid(StageWriter& stages, const Definition& definition, bool backwards) {
+    if (!definition.geoidGrids.empty())
+        stages.addGridShift("+proj=vgridshift +grids=" + definition.geoidGrids, backwards);
+}
+
+}  // namespace
+
+std::vector<StageText> writeStages(const Definition& source, const Definition& target, bool withHeights) {
+    StageWriter stages;
+    stages.add(source.step, true);
+    if (withHeights) addGeoid(stages, source, true);
+    addDatumShift(stages, source.datum, target.datum);
+    if (withHeights) addGeoid(stages, target, false);
+    stages.add(target.step, false);
+    return stages.finish();
+}
 
 namespace {
 
@@ -74,20 +183,13 @@ int PairOperation::findError(PJ_COORD point) const {
 }
 
 PairOperations::PairOperations(MakeContext contextMaker, std::size_t mostPairs, Now currentTime)
-    : makeContext(contextMaker), bound(mostPairs), now(currentTime) {}
+    : makeContext(contextMaker), now(currentTime), operations(mostPairs) {}
 
 // Definitions are never far apart in memory, so the low bits of the target are spread before they are mixed in.
 std::size_t PairOperations::KeyHash::operator()(const Key& key) const {
     constexpr std::size_t SPREAD = 0x9E3779B97F4A7C15U;
     const std::hash<const Definition*> hash;
     return (hash(key.source) * SPREAD) ^ hash(key.target) ^ static_cast<std::size_t>(key.withGeoids);
-}
-
-const PairOperation* PairOperations::findOrMake(const Key& key, int& error) {
-    const auto found = index.find(key);
-    if (found == index.end()) return tryToMake(key, error);
-    entries.splice(entries.begin(), entries, found->second);
-    return &entries.front().operation;
 }
 
 const PairOperation* PairOperations::tryToMake(const Key& key, int& error) {
@@ -99,9 +201,8 @@ const PairOperation* PairOperations::tryToMake(const Key& key, int& error) {
 }
 
 const PairOperation* PairOperations::make(const Key& key, int& error) {
-    Entries made(1);
-    made.front().key = key;
-    if (addStagesWhileMemoryLasts(key, made.front().operation)) return keep(made);
+    PairOperation operation;
+    if (addStagesWhileMemoryLasts(key, operation)) return operations.insert(key, std::move(operation));
     error = proj_context_errno(context);
     if (error == 0) error = PROJ_ERR_INVALID_OP;
     return nullptr;
@@ -116,16 +217,6 @@ bool PairOperations::addStagesWhileMemoryLasts(const Key& key, PairOperation& op
         context = nullptr;
         throw;
     }
-}
-
-const PairOperation* PairOperations::keep(Entries& made) {
-    index.emplace(made.front().key, made.begin());
-    entries.splice(entries.begin(), made);
-    if (entries.size() > bound) {
-        index.erase(entries.back().key);
-        entries.pop_back();
-    }
-    return &entries.front().operation;
 }
 
 int PairOperations::recentFailure(const Key& key) {

@@ -3,7 +3,6 @@
 #include <chrono>
 #include <cmath>
 #include <cstddef>
-#include <list>
 #include <map>
 #include <proj.h>
 #include <string>
@@ -11,9 +10,22 @@
 #include <vector>
 
 #include "proj/classic/Definition.h"
-#include "proj/classic/ProjectionPtr.h"
+#include "proj/classic/LruMap.h"
+#include "proj/classic/ProjObjects.h"
 
 namespace ClassicProj {
+
+// A PROJ operation by its text, run forwards or backwards. Grid shifts are stages of their own, so that all
+// pairs can share the open grids.
+struct StageText {
+    std::string text;
+    bool backwards = false;
+    bool isGridShift = false;
+};
+
+// What moves a point from one CRS to another, in the classic order: source to geodetic coordinates, geoid,
+// datum, geoid, target. Empty when nothing changes. Geoids count only for points with heights.
+std::vector<StageText> writeStages(const Definition& source, const Definition& target, bool withHeights);
 
 // Moves points of one CRS to another. Made for one pair of definitions.
 //
@@ -74,12 +86,11 @@ public:
     const PairOperation* find(const Definition& source, const Definition& target, bool withHeights, int& error) {
         const bool withGeoids = withHeights && !(source.geoidGrids.empty() && target.geoidGrids.empty());
         const Key key{&source, &target, withGeoids};
-        // Points come in runs of one pair.
-        if (!entries.empty() && entries.front().key == key) return &entries.front().operation;
-        return findOrMake(key, error);
+        const PairOperation* const known = operations.find(key);
+        return known != nullptr ? known : tryToMake(key, error);
     }
 
-    std::size_t size() const { return entries.size(); }
+    std::size_t size() const { return operations.size(); }
     // Of the pairs that could not be made of late.
     std::size_t failureCount() const { return failures.size(); }
 
@@ -95,21 +106,14 @@ private:
     struct KeyHash {
         std::size_t operator()(const Key& key) const;
     };
-    struct Entry {
-        Key key;
-        PairOperation operation;
-    };
-    using Entries = std::list<Entry>;
     struct Failure {
         int error;
         Clock::time_point when;
     };
 
-    const PairOperation* findOrMake(const Key& key, int& error);
     const PairOperation* tryToMake(const Key& key, int& error);
     const PairOperation* make(const Key& key, int& error);
     bool addStagesWhileMemoryLasts(const Key& key, PairOperation& operation);
-    const PairOperation* keep(Entries& made);
     int recentFailure(const Key& key);
     void rememberFailure(const Key& key, int error);
     bool addStages(const Key& key, PairOperation& operation);
@@ -119,11 +123,8 @@ private:
     // Null until something is to be made.
     PJ_CONTEXT* context = nullptr;
     MakeContext makeContext;
-    std::size_t bound;
     Now now;
-    // Most recently used first.
-    Entries entries;
-    std::unordered_map<Key, Entries::iterator, KeyHash> index;
+    LruMap<Key, PairOperation, KeyHash> operations;
     std::unordered_map<Key, Failure, KeyHash> failures;
     std::map<std::string, ProjectionPtr> gridShifts;
 };

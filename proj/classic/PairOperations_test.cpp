@@ -8,8 +8,8 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-#include "proj/classic/SearchPath.h"
-#include "proj/classic/TestGeodesy.h"
+#include "proj/classic/ProjObjects.h"
+#include "tests/support/Geodesy.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace ClassicProj {

@@ -1,8 +1,7 @@
-#include "proj/classic/PairStages.h"
-
 #include <gtest/gtest.h>
 #include <ostream>
 
+#include "proj/classic/PairOperations.h"
 #include "tests/support/GroupingLocale.h"
 
 namespace ClassicProj {

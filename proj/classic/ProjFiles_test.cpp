@@ -1,7 +1,5 @@
 // From where PROJ takes its files. PROJ remembers what it has opened by name, so each test has names of its own.
 
-#include "proj/classic/ProjFiles.h"
-
 #include <array>
 #include <cmath>
 #include <cstdlib>
@@ -14,8 +12,7 @@
 #include <unistd.h>
 #include <vector>
 
-#include "proj/classic/ProjectionPtr.h"
-#include "proj/classic/SearchPath.h"
+#include "proj/classic/ProjObjects.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace ClassicProj {

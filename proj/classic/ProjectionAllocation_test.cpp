@@ -8,10 +8,8 @@
 #include <proj.h>
 
 #include "proj/classic/PairOperations.h"
-#include "proj/classic/PairStages.h"
-#include "proj/classic/ProjFiles.h"
-#include "proj/classic/SearchPath.h"
-#include "proj/classic/TestGeodesy.h"
+#include "proj/classic/ProjObjects.h"
+#include "tests/support/Geodesy.h"
 #include "tests/support/ProjFaults.h"
 
 namespace {

@@ -1,8 +1,6 @@
-#include "proj/classic/SearchPath.h"
-
 #include <gtest/gtest.h>
 
-#include "proj/classic/ProjectionPtr.h"
+#include "proj/classic/ProjObjects.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace ClassicProj {

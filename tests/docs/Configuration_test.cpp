@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "DocsServer.h"
-#include "Page.h"
+#include "tests/support/DocsServer.h"
+#include "tests/support/Page.h"
 
 // Every fragment that stands on a page.
 namespace DocsTest {

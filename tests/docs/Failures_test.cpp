@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "FailureTable.h"
+#include "tests/support/FailureTable.h"
 
 // The failures of requests and of configurations, provoked as docs/failures.md describes them.
 namespace DocsTest {

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "DocsServer.h"
-#include "Page.h"
+#include "tests/support/DocsServer.h"
+#include "tests/support/Page.h"
 #include "QuarvelSrv/SrsFormattingOptions.h"
 
 // The tables of calls on docs/names-out.md: each call is read as C++ and made.

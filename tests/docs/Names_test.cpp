@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "DocsServer.h"
-#include "Page.h"
+#include "tests/support/DocsServer.h"
+#include "tests/support/Page.h"
 
 // Every table of names: what a server with the fragment above the table makes of them.
 namespace DocsTest {

@@ -1,4 +1,4 @@
-#include "Page.h"
+#include "tests/support/Page.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

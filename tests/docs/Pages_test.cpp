@@ -5,7 +5,7 @@
 #include <set>
 #include <string>
 
-#include "Page.h"
+#include "tests/support/Page.h"
 
 // What holds for all pages.
 namespace DocsTest {

@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "FailureTable.h"
+#include "tests/support/FailureTable.h"
 #include "tests/support/TemporaryDirectory.h"
 
 // What stops `init` before the PROJ directory is settled, as docs/failures.md describes it. Nothing in this program

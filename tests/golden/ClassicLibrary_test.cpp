@@ -16,8 +16,8 @@
 #include "proj/Proj4Transformer.h"
 #include "proj/classic/ClassicProj.h"
 #include "proj/classic/Definition.h"
-#include "proj/classic/InitFile.h"
-#include "proj/classic/ParameterList.h"
+#include "text/InitFile.h"
+#include "text/ParameterList.h"
 #include "tests/support/FakeCrs.h"
 
 namespace CoordinateTransformation {
@@ -79,10 +79,10 @@ std::set<int> readKnownDifferences() {
 
 // Length of the unit of a CRS that is not geographic, as the definitions here write it.
 double metresPerUnit(unsigned int code) {
-    static ClassicProj::InitFile definitions(DIRECTORY + "/epsg");
+    static CoordinateTransformation::InitFile definitions(DIRECTORY + "/epsg");
     static const std::map<std::string, double> units = {
         {"", 1}, {"m", 1}, {"km", 1000}, {"ft", 0.3048}, {"us-ft", 1200.0 / 3937.0}};
-    const ClassicProj::ParameterList parameters(definitions.find(std::to_string(code)).value());
+    const CoordinateTransformation::ParameterList parameters(definitions.find(std::to_string(code)).value());
     return parameters.has("to_meter") ? std::stod(parameters.get("to_meter")) : units.at(parameters.get("units"));
 }
 

@@ -7,7 +7,7 @@
 #include <sstream>
 #include <string>
 
-#include "Server.h"
+#include "tests/support/IntegrationServer.h"
 
 // A server may look at errno across a call of the library, which therefore leaves it as it was.
 namespace IntegrationTest {

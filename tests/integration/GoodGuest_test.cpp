@@ -10,7 +10,7 @@
 #include <string>
 #include <unistd.h>
 
-#include "Server.h"
+#include "tests/support/IntegrationServer.h"
 
 // What a server may expect of a library in its process: failures that it can catch, and silence.
 namespace IntegrationTest {

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "Server.h"
+#include "tests/support/IntegrationServer.h"
 
 // The spellings by which requests name a CRS: which are accepted, as what, and which are refused, and how.
 namespace IntegrationTest {

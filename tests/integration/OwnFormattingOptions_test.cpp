@@ -16,7 +16,7 @@ struct SrsFormattingOptions {
 
 #include <gtest/gtest.h>
 
-#include "Server.h"
+#include "tests/support/IntegrationServer.h"
 
 namespace IntegrationTest {
 namespace {

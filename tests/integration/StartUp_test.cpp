@@ -4,7 +4,7 @@
 #include <sstream>
 #include <string>
 
-#include "Server.h"
+#include "tests/support/IntegrationServer.h"
 
 // Starting, running beside another configuration, and shutting down.
 namespace IntegrationTest {

@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "Server.h"
+#include "tests/support/IntegrationServer.h"
 
 // Many threads on one configuration.
 namespace IntegrationTest {

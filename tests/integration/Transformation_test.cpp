@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "Server.h"
+#include "tests/support/IntegrationServer.h"
 
 // Points between CRS that requests name: axis orders, heights, scale factors, published coordinates, refusals.
 namespace IntegrationTest {

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "QuarvelSrv/SrsFormattingOptions.h"
-#include "Server.h"
+#include "tests/support/IntegrationServer.h"
 
 // What is written out is read again as the same CRS.
 namespace IntegrationTest {

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 
-#include "Application.h"
+#include "tests/support/Application.h"
 
 namespace ProcessTest {
 namespace {

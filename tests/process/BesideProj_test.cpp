@@ -4,7 +4,7 @@
 #include <thread>
 #include <vector>
 
-#include "Application.h"
+#include "tests/support/Application.h"
 
 namespace ProcessTest {
 namespace {

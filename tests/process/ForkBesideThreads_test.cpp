@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "ForkingServer.h"
+#include "tests/support/ForkingServer.h"
 
 namespace ProcessTest {
 namespace {

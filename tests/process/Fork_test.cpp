@@ -11,7 +11,7 @@
 #include <unistd.h>
 #include <vector>
 
-#include "ForkingServer.h"
+#include "tests/support/ForkingServer.h"
 
 namespace ProcessTest {
 namespace {

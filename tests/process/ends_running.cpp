@@ -6,7 +6,7 @@
 #include <cstring>
 #include <thread>
 
-#include "Server.h"
+#include "tests/support/ProcessServer.h"
 
 namespace {
 

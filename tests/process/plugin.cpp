@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <exception>
 
-#include "Server.h"
+#include "tests/support/ProcessServer.h"
 
 extern "C" __attribute__((visibility("default"))) int transformAPoint(const char* projDirectory, double longitude0);
 

@@ -11,7 +11,7 @@
 #include <thread>
 #include <unistd.h>
 
-#include "Server.h"
+#include "tests/support/ProcessServer.h"
 
 namespace {
 

@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <fstream>
 #include <ios>
+#include <set>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -26,12 +28,24 @@ public:
     const std::string& name() const { return directory; }
     std::string file(const std::string& fileName) const { return directory + "/" + fileName; }
 
-    // Each gives the path of what it made; a file holds exactly `content` afterwards.
+    // Those that make something give its path; a file holds exactly `content` afterwards.
     std::string write(const std::string& fileName, const std::string& content) const {
         std::ofstream stream(file(fileName), std::ios::binary | std::ios::trunc);
         stream << content << std::flush;
         if (!stream) throw std::runtime_error("cannot write " + file(fileName));
         return file(fileName);
+    }
+    std::string read(const std::string& fileName) const {
+        const std::ifstream stream(file(fileName), std::ios::binary);
+        std::ostringstream text;
+        text << stream.rdbuf();
+        return text.str();
+    }
+    std::set<std::string> list() const {
+        std::set<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(directory))
+            names.insert(entry.path().filename().string());
+        return names;
     }
     std::string makeDirectory(const std::string& directoryName) const {
         std::filesystem::create_directory(file(directoryName));

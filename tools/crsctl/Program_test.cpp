@@ -1,6 +1,6 @@
 // The program as a person or a script meets it: arguments, descriptors, signals and exit codes.
 
-#include "tools/crsctl/testing/Program.h"
+#include "tests/support/CrsctlProgram.h"
 
 #include <algorithm>
 #include <csignal>
@@ -19,7 +19,7 @@
 
 #include "tests/support/TemporaryDirectory.h"
 #include "tools/crsctl/start/TextFile.h"
-#include "tools/crsctl/testing/TemporaryFile.h"
+#include "tests/support/TemporaryFile.h"
 
 namespace crsctl {
 namespace {

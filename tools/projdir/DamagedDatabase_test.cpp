@@ -8,7 +8,7 @@
 
 #include "tools/projdir/Program.h"
 #include "tools/projdir/ProjHandles.h"
-#include "tools/projdir/TestDirectory.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace ProjDir {
 namespace {
@@ -58,7 +58,7 @@ protected:
     bool isNothingMade() const { return !std::filesystem::exists(options.directory); }
     std::string made() const { return work.read("out/epsg") + work.read("out/epsg-axisorder.csv"); }
 
-    TestDirectory work;
+    TestSupport::TemporaryDirectory work;
     Options options;
     std::string error;
 };

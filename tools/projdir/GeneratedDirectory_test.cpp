@@ -11,7 +11,7 @@
 #include "tools/projdir/CodeList.h"
 #include "tools/projdir/DirectoryText.h"
 #include "tools/projdir/Generation.h"
-#include "tools/projdir/TestDirectory.h"
+#include "tests/support/TemporaryDirectory.h"
 #include "tools/projdir/Verification.h"
 
 namespace ProjDir {
@@ -58,7 +58,7 @@ bool isExpressible(unsigned int code) {
 class GeneratedDirectoryTest : public testing::Test {
 protected:
     struct Generated {
-        TestDirectory directory;
+        TestSupport::TemporaryDirectory directory;
         std::vector<Outcome> outcomes;
 
         Generated() {

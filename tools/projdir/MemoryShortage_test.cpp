@@ -13,7 +13,7 @@
 #include "tests/support/ProjFaults.h"
 #include "tools/projdir/Program.h"
 #include "tools/projdir/Registry.h"
-#include "tools/projdir/TestDirectory.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace {
 
@@ -108,7 +108,7 @@ protected:
 
     std::string made() const { return work.read("out/epsg") + work.read("out/epsg-axisorder.csv"); }
 
-    TestDirectory work;
+    TestSupport::TemporaryDirectory work;
     Options options;
     std::string error;
 };

@@ -8,7 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "tools/projdir/TestDirectory.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace ProjDir {
 namespace {
@@ -59,7 +59,7 @@ private:
 };
 
 TEST(OutputFileTest, AppearsOnlyWhenItIsPublished) {
-    const TestDirectory directory;
+    const TestSupport::TemporaryDirectory directory;
     OutputFile file(directory.file("epsg"), false);
     file.probe();
     EXPECT_THAT(directory.list(), IsEmpty());
@@ -71,7 +71,7 @@ TEST(OutputFileTest, AppearsOnlyWhenItIsPublished) {
 }
 
 TEST(OutputFileTest, LeavesNothingUnlessItIsPublished) {
-    const TestDirectory directory;
+    const TestSupport::TemporaryDirectory directory;
     directory.write("epsg", "old");
     {
         OutputFile file(directory.file("epsg"), true);
@@ -82,7 +82,7 @@ TEST(OutputFileTest, LeavesNothingUnlessItIsPublished) {
 }
 
 TEST(OutputFileTest, OverwritesOnlyWhenItMay) {
-    const TestDirectory directory;
+    const TestSupport::TemporaryDirectory directory;
     const std::string path = directory.write("epsg", "old");
     EXPECT_EQ(failureOf([&] { OutputFile(path, false); }), "\"" + path + "\" is there already; --force overwrites it");
     EXPECT_EQ(directory.read("epsg"), "old");
@@ -93,7 +93,7 @@ TEST(OutputFileTest, OverwritesOnlyWhenItMay) {
 }
 
 TEST(OutputFileTest, WritesTheFileBehindALink) {
-    const TestDirectory directory;
+    const TestSupport::TemporaryDirectory directory;
     const std::string path = directory.write("real", "old");
     std::filesystem::create_symlink(path, directory.file("link"));
     OutputFile file(directory.file("link"), true);
@@ -104,12 +104,12 @@ TEST(OutputFileTest, WritesTheFileBehindALink) {
 }
 
 TEST(OutputFileTest, RefusesADirectory) {
-    const TestDirectory directory;
+    const TestSupport::TemporaryDirectory directory;
     EXPECT_THAT(failureOf([&] { OutputFile(directory.name(), true); }), HasSubstr("is a directory"));
 }
 
 TEST(OutputFileTest, NamesAFullDisk) {
-    const TestDirectory directory;
+    const TestSupport::TemporaryDirectory directory;
     directory.write("epsg", "old");
     const std::string text(100000, 'x');
     OutputFile file(directory.file("epsg"), true);
@@ -136,7 +136,7 @@ TEST(OutputFileTest, WritesToADevice) {
 }
 
 TEST(OutputFileTest, NamesADirectoryThatMustNotBeWrittenTo) {
-    const TestDirectory directory;
+    const TestSupport::TemporaryDirectory directory;
     chmod(directory.name().c_str(), 0555);
     const OrdinaryUser user;
     const OutputFile file(directory.file("epsg"), false);
@@ -144,14 +144,14 @@ TEST(OutputFileTest, NamesADirectoryThatMustNotBeWrittenTo) {
 }
 
 TEST(OutputFileTest, NamesADirectoryThatIsNotThere) {
-    const TestDirectory directory;
+    const TestSupport::TemporaryDirectory directory;
     const OutputFile file(directory.file("none/epsg"), false);
     EXPECT_THAT(failureOf([&] { file.probe(); }), HasSubstr("No such file or directory"));
 }
 
 // In a process of its own: it is to be ended.
 TEST(HeldSignalsTest, AreDeliveredWhenTheWorkIsDone) {
-    const TestDirectory directory;
+    const TestSupport::TemporaryDirectory directory;
     for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
         const pid_t child = fork();
         if (child == 0) {
@@ -170,7 +170,7 @@ TEST(HeldSignalsTest, AreDeliveredWhenTheWorkIsDone) {
 }
 
 TEST(OutputDirectoryTest, IsMadeAndKept) {
-    const TestDirectory parent;
+    const TestSupport::TemporaryDirectory parent;
     {
         OutputDirectory directory(parent.file("made"));
         EXPECT_EQ(directory.file("epsg"), parent.file("made/epsg"));
@@ -180,19 +180,19 @@ TEST(OutputDirectoryTest, IsMadeAndKept) {
 }
 
 TEST(OutputDirectoryTest, GoesAgainUnlessItIsKept) {
-    const TestDirectory parent;
+    const TestSupport::TemporaryDirectory parent;
     { const OutputDirectory directory(parent.file("made")); }
     EXPECT_THAT(parent.list(), IsEmpty());
 }
 
 TEST(OutputDirectoryTest, StaysWhenItWasThereBefore) {
-    const TestDirectory parent;
+    const TestSupport::TemporaryDirectory parent;
     { const OutputDirectory directory(parent.name()); }
     EXPECT_TRUE(std::filesystem::is_directory(parent.name()));
 }
 
 TEST(OutputDirectoryTest, NamesWhatStandsInItsWay) {
-    const TestDirectory parent;
+    const TestSupport::TemporaryDirectory parent;
     const std::string path = parent.write("file", "");
     EXPECT_THAT(failureOf([&] { OutputDirectory directory(path); }),
                 AllOf(HasSubstr("cannot create directory"), HasSubstr(path)));

@@ -8,7 +8,7 @@
 #include <thread>
 #include <unistd.h>
 
-#include "tools/projdir/TestDirectory.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace ProjDir {
 namespace {
@@ -65,7 +65,7 @@ protected:
         return names;
     }
 
-    TestDirectory work;
+    TestSupport::TemporaryDirectory work;
     Options options;
     std::string output;
     std::string error;

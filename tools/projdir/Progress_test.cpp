@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tools/projdir/TestDirectory.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace ProjDir {
 namespace {
@@ -14,7 +14,7 @@ TEST(ProgressTest, DrawsABar) {
 }
 
 TEST(ProgressTest, WritesNothingToAFile) {
-    const TestDirectory directory;
+    const TestSupport::TemporaryDirectory directory;
     std::FILE* const file = std::fopen(directory.file("out").c_str(), "w");
     ASSERT_NE(file, nullptr);
     {

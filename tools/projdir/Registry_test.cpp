@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tools/projdir/TestDirectory.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace ProjDir {
 namespace {
@@ -80,7 +80,7 @@ TEST(RegistryTest, TakesTheDatabaseForSoundUntilPROJFailsOverIt) {
 }
 
 TEST(RegistryTest, NamesTheDatabaseThatIsMissing) {
-    const TestDirectory empty;
+    const TestSupport::TemporaryDirectory empty;
     const ProjContext context;
     const std::string name = empty.name();
     const char* const directories[] = {name.c_str()};

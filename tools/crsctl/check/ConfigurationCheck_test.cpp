@@ -5,7 +5,7 @@
 #include <ostream>
 
 #include "tests/support/TemporaryDirectory.h"
-#include "tools/crsctl/testing/TestSession.h"
+#include "tests/support/CrsctlSession.h"
 #include "tools/crsctl/text/Printable.h"
 
 namespace crsctl {

@@ -5,8 +5,7 @@
 #include <set>
 #include <utility>
 
-#include "config/FragmentReader.h"
-#include "config/FragmentScanner.h"
+#include "config/Fragment.h"
 #include "tools/crsctl/check/EntryAttributes.h"
 #include "tools/crsctl/text/Printable.h"
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "text/FileText.h"
-#include "text/InitFileText.h"
+#include "text/InitFile.h"
 #include "tools/crsctl/check/DefinitionText.h"
 #include "tools/crsctl/text/Printable.h"
 

@@ -14,11 +14,16 @@ using CoordinateTransformation::CRSindicationFormatInfo;
 using CoordinateTransformation::CrsNotConfigured;
 using CoordinateTransformation::CrsUnknownSyntaxOrAlias;
 using CoordinateTransformation::Misconfigured;
+using CoordinateTransformation::NameExplanation;
 using CoordinateTransformation::TransformationException;
 using QuarvelSrv::SrsFormattingOptions;
 
 namespace {
 
+using Fault = NameExplanation::Fault;
+
+constexpr char CONFIGURED_NAME[] = "configured name";
+constexpr char NO_SPELLING[] = "none";
 constexpr int OGC_URL_STYLE = 2;
 // In a template the control character U+0001 stands for the code.
 constexpr char TEMPLATE_OF_CODE[] = "\x01";
@@ -57,8 +62,8 @@ WrittenForm written(const FormWriter& writer, const AbstractCrs& crs) {
     }
 }
 
-Reason reasonForMisconfigured(const Recognition& recognition) {
-    return recognition.spelling == Spelling::None || recognition.badCode ? Reason::Other : Reason::NotInEpsgFile;
+Reason reasonForMisconfigured(const NameExplanation& explanation) {
+    return explanation.fault == Fault::NONE ? Reason::NotInEpsgFile : Reason::Other;
 }
 
 std::string serviceExceptionCodeOf(const std::exception& failure) {
@@ -68,11 +73,11 @@ std::string serviceExceptionCodeOf(const std::exception& failure) {
     return {};
 }
 
-Reason reasonOf(const std::exception& failure, const Recognition& recognition) {
+Reason reasonOf(const std::exception& failure, const NameExplanation& explanation) {
     if (dynamic_cast<const CrsNotConfigured*>(&failure) != nullptr) return Reason::NotOffered;
-    if (recognition.badCode) return Reason::BadCode;
+    if (explanation.fault == Fault::BAD_CODE) return Reason::BadCode;
     if (dynamic_cast<const CrsUnknownSyntaxOrAlias*>(&failure) != nullptr) return Reason::UnknownSyntax;
-    if (dynamic_cast<const Misconfigured*>(&failure) != nullptr) return reasonForMisconfigured(recognition);
+    if (dynamic_cast<const Misconfigured*>(&failure) != nullptr) return reasonForMisconfigured(explanation);
     return Reason::Other;
 }
 
@@ -92,20 +97,19 @@ std::optional<Suggestion> suggestionFor(const std::string& name, Reason reason, 
                    [&session](const std::string& candidate) { return wouldWork(candidate, session); });
 }
 
-Refusal refusalFor(const std::string& name, const std::exception& failure, const Recognition& recognition,
+Refusal refusalFor(const std::string& name, const std::exception& failure, const NameExplanation& explanation,
                    const Session& session) {
-    const Reason reason = reasonOf(failure, recognition);
+    const Reason reason = reasonOf(failure, explanation);
     return {serviceExceptionCodeOf(failure), failure.what(), reason, suggestionFor(name, reason, session)};
 }
 
 bool isAliasOf(const AbstractCrs& crs, const std::string& name) { return crs.getAlias() == name; }
 
 // What the configuration answers under a name of its own choice is a configured name, whatever its syntax.
-Spelling spellingOf(const std::string& name, const AbstractCrs* registered, const Recognition& recognition) {
-    if (registered == nullptr) return recognition.spelling;
-    if (isAliasOf(*registered, name) || recognition.spelling == Spelling::None || recognition.badCode)
-        return Spelling::ConfiguredName;
-    return recognition.spelling;
+std::string spellingOf(const std::string& name, const AbstractCrs* registered, const NameExplanation& explanation) {
+    const bool wellFormed = explanation.fault == Fault::NONE;
+    if (registered != nullptr && (isAliasOf(*registered, name) || !wellFormed)) return CONFIGURED_NAME;
+    return wellFormed || explanation.fault == Fault::BAD_CODE ? explanation.spelling : NO_SPELLING;
 }
 
 }  // namespace
@@ -147,11 +151,11 @@ CrsFacts factsOf(const AbstractCrs& crs) {
 }
 
 NameReport reportOn(const std::string& name, const Session& session) {
-    const Recognition recognition = recognise(name);
+    const NameExplanation explanation = session.creator().explainName(name);
     const AbstractCrs* const registered = session.config().getFromNameCache(name, false);
     NameReport report;
     report.name = name;
-    report.spelling = spellingOf(name, registered, recognition);
+    report.spelling = spellingOf(name, registered, explanation);
     report.registered = registered != nullptr;
     if (session.isConfigured()) report.offered = false;
     try {
@@ -159,7 +163,7 @@ NameReport reportOn(const std::string& name, const Session& session) {
         report.crs = factsOf(*crs.get());
         if (session.isConfigured()) report.offered = true;
     } catch (const std::exception& failure) {
-        report.refusal = refusalFor(name, failure, recognition, session);
+        report.refusal = refusalFor(name, failure, explanation, session);
     }
     return report;
 }

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "CoordinateTransformation/AbstractCrs.h"
-#include "tools/crsctl/names/Spelling.h"
 #include "tools/crsctl/names/Suggestion.h"
 
 namespace crsctl {
@@ -53,7 +52,8 @@ struct Refusal {
 // What a server makes of one name.
 struct NameReport {
     std::string name;
-    Spelling spelling = Spelling::None;
+    // "OGC URN", "configured name" or "none".
+    std::string spelling;
     // The configuration itself answers: the CRS was made at start-up.
     bool registered = false;
     // Empty when no configuration was given, so that nobody can say.

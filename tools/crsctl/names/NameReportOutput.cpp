@@ -90,7 +90,7 @@ std::string codesInWords(unsigned int primary, unsigned int secondary) {
 Json secondaryCodeAsJson(unsigned int secondary) { return secondary == 0 ? Json() : Json(secondary); }
 
 std::string asText(const NameReport& report) {
-    Rows rows{{"spelling", wordsFor(report.spelling)}};
+    Rows rows{{"spelling", report.spelling}};
     if (report.crs) addFacts(rows, *report.crs);
     if (report.refusal) addRefusal(rows, *report.refusal);
     rows.push_back({"offered", offerInWords(report)});
@@ -99,7 +99,7 @@ std::string asText(const NameReport& report) {
 }
 
 Json asJson(const NameReport& report) {
-    Json json = {{"name", report.name}, {"accepted", report.crs.has_value()}, {"spelling", wordsFor(report.spelling)}};
+    Json json = {{"name", report.name}, {"accepted", report.crs.has_value()}, {"spelling", report.spelling}};
     json["offered"] = report.offered ? Json(*report.offered) : Json();
     json["registered"] = report.registered;
     if (report.crs) addFacts(json, *report.crs);

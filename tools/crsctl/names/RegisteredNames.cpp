@@ -4,6 +4,7 @@
 #include <map>
 
 #include "CoordinateTransformation/CrsCreator.h"
+#include "names/CrsName.h"
 #include "tools/crsctl/names/NameReport.h"
 #include "tools/crsctl/start/Session.h"
 #include "tools/crsctl/text/Printable.h"
@@ -12,6 +13,7 @@
 namespace crsctl {
 
 using CoordinateTransformation::AbstractCrs;
+using CoordinateTransformation::CodePair;
 using CoordinateTransformation::Crs;
 using CoordinateTransformation::CrsConfigData;
 
@@ -63,28 +65,16 @@ private:
     std::vector<NamesOfCrs> listed;
 };
 
-std::string joined(const AbstractCrs& crs, const std::string& separator) {
-    const std::string primary = std::to_string(crs.getPrimaryCode());
-    return crs.getSecCompoundCode() == 0 ? primary : primary + separator + std::to_string(crs.getSecCompoundCode());
-}
+CodePair codesOf(const AbstractCrs& crs) { return {crs.getPrimaryCode(), crs.getSecCompoundCode()}; }
 
 }  // namespace
 
-std::string codeKeyOf(const AbstractCrs& crs) { return joined(crs, "*"); }
+std::string codeKeyOf(const AbstractCrs& crs) { return writeCodeKey(codesOf(crs)); }
 
 std::vector<std::string> namesRegisteredFor(const AbstractCrs& crs) {
     if (crs.getPrimaryCode() == 0) return {};
-    const std::string versioned = joined(crs, ",crs:EPSG:6.12:");
-    const std::string unversioned = joined(crs, ",crs:EPSG::");
-    return {crs.getAliasOrIdentifier(false),
-            crs.getAliasOrAsOgcURN(nullptr, false),
-            crs.getAsText(),
-            codeKeyOf(crs),
-            "urn:EPSG:geographicCRS:" + codeKeyOf(crs),
-            "urn:ogc:def:crs:EPSG:6.12:" + versioned,
-            "urn:x-ogc:def:crs:EPSG:6.12:" + versioned,
-            "urn:ogc:def:crs:EPSG::" + unversioned,
-            "urn:ogc:def:crs,crs:EPSG::" + unversioned};
+    return CoordinateTransformation::registeredNames(
+        codesOf(crs), {crs.getAliasOrIdentifier(false), crs.getAliasOrAsOgcURN(nullptr, false), crs.getAsText()});
 }
 
 std::vector<NamesOfCrs> registeredNames(const Session& session) {

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tools/crsctl/testing/TestSession.h"
+#include "tests/support/CrsctlSession.h"
 
 namespace crsctl {
 namespace {

@@ -3,15 +3,16 @@
 #include <gtest/gtest.h>
 #include <ostream>
 
-#include "tools/crsctl/names/Spelling.h"
+#include "names/CrsName.h"
 #include "tools/crsctl/text/Printable.h"
 
 namespace crsctl {
 namespace {
 
 bool isUnderstood(const std::string& name) {
-    const Recognition recognition = recognise(name);
-    return recognition.spelling != Spelling::None && !recognition.badCode;
+    using CoordinateTransformation::NameExplanation;
+    const auto acceptNothing = [](const char* /*property*/) { return false; };
+    return CoordinateTransformation::explainName(name, acceptNothing).fault == NameExplanation::Fault::NONE;
 }
 
 struct Case {

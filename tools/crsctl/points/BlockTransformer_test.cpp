@@ -6,7 +6,7 @@
 
 #include "tools/crsctl/points/BlockReader.h"
 #include "tools/crsctl/start/Failures.h"
-#include "tools/crsctl/testing/TestSession.h"
+#include "tests/support/CrsctlSession.h"
 
 namespace crsctl {
 namespace {

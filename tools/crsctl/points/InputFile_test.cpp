@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tools/crsctl/start/Failures.h"
-#include "tools/crsctl/testing/TemporaryFile.h"
+#include "tests/support/TemporaryFile.h"
 
 namespace crsctl {
 namespace {

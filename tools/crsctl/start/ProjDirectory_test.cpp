@@ -6,7 +6,7 @@
 
 #include "tools/crsctl/start/Failures.h"
 #include "tools/crsctl/start/TextFile.h"
-#include "tools/crsctl/testing/TestSession.h"
+#include "tests/support/CrsctlSession.h"
 
 namespace crsctl {
 namespace {

@@ -6,7 +6,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "config/FragmentScanner.h"
+#include "config/Fragment.h"
 #include "tools/crsctl/start/Failures.h"
 
 namespace crsctl {

@@ -1,0 +1,119 @@
+#include "config/Fragment.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <ostream>
+#include <string>
+
+namespace CoordinateTransformation {
+namespace {
+
+using testing::ElementsAre;
+using testing::StartsWith;
+
+std::string faultOf(const std::string& text) {
+    const std::optional<FragmentFault> fault = findFragmentFault(text);
+    if (!fault) return "none";
+    return std::to_string(fault->place.line) + ":" + std::to_string(fault->place.column) + ": " + fault->message;
+}
+
+std::vector<std::string> elementsIn(const std::string& text) {
+    std::vector<std::string> elements;
+    for (const FragmentElement& element : fragmentElements(text))
+        elements.push_back(std::string(element.name) + " " + std::to_string(element.place.line) + ":" +
+                           std::to_string(element.place.column));
+    return elements;
+}
+
+struct Case {
+    std::string text;
+    const char* fault;
+};
+
+void PrintTo(const Case& tried, std::ostream* stream) { *stream << tried.text.substr(0, 60); }
+
+class AFragment : public testing::TestWithParam<Case> {};
+
+TEST_P(AFragment, HasItsFirstFault) { EXPECT_EQ(faultOf(GetParam().text), GetParam().fault); }
+
+INSTANTIATE_TEST_SUITE_P(WithoutFault, AFragment,
+                         testing::Values(Case{"", "none"}, Case{" \r\n\t", "none"}, Case{"<a/>", "none"},
+                                         Case{"\xEF\xBB\xBF<a></a>", "none"}, Case{"<a/>\n<b></b>\n", "none"},
+                                         Case{"<a x='<&gt;>'/>", "none"}, Case{"<a>></a>", "none"},
+                                         Case{"<!----><?x?><!x><![CDATA[]]>", "none"},
+                                         Case{"<a>&#x10FFFF;&#xD7FF;&#9;</a>", "none"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    WithBrokenMarkup, AFragment,
+    testing::Values(Case{"<a>\n<b>", "2:4: the text ends inside <b> of line 2"}, Case{"<", "1:1: a tag without a name"},
+                    Case{"</a>", "1:1: a tag without a name"}, Case{"<a><></a>", "1:4: a tag without a name"},
+                    Case{"4326<a/>", "1:1: text outside of any element"},
+                    Case{"<a/>\n 4326", "2:2: text outside of any element"}, Case{"<a", "1:1: a tag without its >"},
+                    Case{"<a/ >", "1:1: a tag without its />"}, Case{"<a></a", "1:4: a tag without its >"},
+                    Case{"<a></a b>", "1:4: a tag without its >"}, Case{"<a b>", "1:4: attribute b without a value"},
+                    Case{"<a b=1/>", "1:4: the value of attribute b is not quoted"},
+                    Case{"<a\nb='1/>", "2:1: the value of attribute b without its end"},
+                    Case{"<a><!-- </a>", "1:4: a comment without its end"},
+                    Case{"<a><![CDATA[</a>", "1:4: a CDATA section without its end"},
+                    Case{"<?xml", "1:1: an instruction without its end"},
+                    Case{"<!DOCTYPE a [<b>", "1:1: a document type without its end"},
+                    Case{"<!x", "1:1: a declaration without its end"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    ThatIsReadInPartOtherwise, AFragment,
+    testing::Values(
+        Case{"<a>\n <b></a></b>", "2:5: end tag </a> does not match <b> of line 2"},
+        Case{"<a></" + std::string(50, 'x') + ">",
+             "1:4: end tag </xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...> does not match <a> of line 1"},
+        Case{"<a>&b c;</a>", "1:4: & without an entity; write &amp;"},
+        Case{"<a>&amp</a>", "1:4: & without an entity; write &amp;"},
+        Case{"<a>&;</a>", "1:4: & without an entity; write &amp;"},
+        Case{"<a>&AMP;</a>", "1:4: &AMP; is no entity that is known; known are amp, lt, gt, quot and apos"},
+        Case{"<a b='&amp;' c='&b'/>", "1:17: & without an entity; write &amp;"},
+        Case{"<!DOCTYPE a [<!ENTITY x 'y'>]><a>&x;</a>",
+             "1:34: &x; is no entity that is known; known are amp, lt, gt, quot and apos"},
+        Case{"<a>&#1;</a>", "1:4: &#1; is no character"}, Case{"<a>&#xD800;</a>", "1:4: &#xD800; is no character"},
+        Case{"<a>&#x110000;</a>", "1:4: &#x110000; is no character"},
+        Case{"<a>&#xFFFE;</a>", "1:4: &#xFFFE; is no character"}, Case{"<a>&#x;</a>", "1:4: &#x; is no character"},
+        Case{"<a>&#X41;</a>", "1:4: &#X41; is no character"}, Case{std::string("<a/>\n\0<b/>", 10), "2:1: a NUL byte"},
+        Case{std::string("<a>\0</a>", 8), "1:4: a NUL byte"},
+        Case{std::string("<\0a\0/\0>\0", 8), "1:1: the text is UTF-16; it must be UTF-8"},
+        Case{std::string("\0<\0a\0/\0>", 8), "1:1: the text is UTF-16; it must be UTF-8"},
+        Case{"\xFF\xFE<", "1:1: the text is UTF-16; it must be UTF-8"},
+        Case{"\xFE\xFF", "1:1: the text is UTF-16; it must be UTF-8"}));
+
+std::string startTags(std::size_t count) {
+    std::string tags;
+    for (std::size_t i = 0; i < count; ++i) tags += "<a>";
+    return tags;
+}
+
+TEST(Nesting, IsBounded) {
+    EXPECT_THAT(faultOf(startTags(256)), StartsWith("1:769: the text ends inside <a>"));
+    EXPECT_EQ(faultOf(startTags(257)), "1:769: elements are nested more than 256 deep");
+    EXPECT_TRUE(findFragmentFault(startTags(257))->tooMuchForTheTreeReader);
+    EXPECT_FALSE(findFragmentFault(startTags(256))->tooMuchForTheTreeReader);
+}
+
+TEST(Length, IsBounded) {
+    std::string text = "<!--" + std::string(LARGEST_FRAGMENT - 7, 'x') + "-->";
+    EXPECT_EQ(faultOf(text), "none");
+    text += ' ';
+    EXPECT_EQ(faultOf(text), "1:1: the fragment is larger than 256 MB");
+    EXPECT_TRUE(findFragmentFault(text)->tooMuchForTheTreeReader);
+}
+
+TEST(Elements, HaveTheirPlaces) {
+    EXPECT_THAT(elementsIn("<a>\n  <b x='1'/><c\n/></a>\n<d></d>"), ElementsAre("a 1:1", "b 2:3", "c 2:13", "d 4:1"));
+    EXPECT_THAT(elementsIn("\xEF\xBB\xBF<a/>"), ElementsAre("a 1:4"));
+}
+
+TEST(Elements, AreNoneInsideOtherMarkup) {
+    EXPECT_THAT(elementsIn("<!-- <x> --><a><![CDATA[<x>]]><?x <x> ?><!DOCTYPE y [<x>]><!x><b y='<x>'/></a>"),
+                ElementsAre("a 1:13", "b 1:63"));
+}
+
+TEST(Elements, EndWithTheFirstFault) { EXPECT_THAT(elementsIn("<a><b></a><c/>"), ElementsAre("a 1:1", "b 1:4")); }
+
+}  // namespace
+}  // namespace CoordinateTransformation

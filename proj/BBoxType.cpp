@@ -1,7 +1,0 @@
-#include "CoordinateTransformation/BBoxType.h"
-
-namespace CoordinateTransformation {
-
-BBoxType::~BBoxType() = default;
-
-}  // namespace CoordinateTransformation

@@ -1,0 +1,317 @@
+#include "proj/classic/ProjObjects.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <fcntl.h>
+#include <memory>
+#include <new>
+#include <string_view>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+namespace ClassicProj {
+
+std::mutex projFilesLock;
+
+namespace {
+
+std::vector<std::string>& searchDirectories() {
+    static auto& directories = *new std::vector<std::string>;
+    return directories;
+}
+
+}  // namespace
+
+bool setSearchDirectories(std::vector<std::string> directories) {
+    bool all = true;
+    for (std::string& directory : directories) {
+        std::error_code error;
+        const std::filesystem::path absolute = std::filesystem::absolute(directory, error);
+        if (!error && !directory.empty()) directory = absolute.string();
+        all = all && !error && std::filesystem::is_directory(directory, error);
+    }
+    searchDirectories() = std::move(directories);
+    return all;
+}
+
+std::filesystem::path findInSearchDirectories(const std::string& name) {
+    for (const std::string& directory : searchDirectories()) {
+        std::error_code error;
+        std::filesystem::path candidate = std::filesystem::path(directory) / name;
+        if (std::filesystem::is_regular_file(candidate, error)) return candidate;
+    }
+    return {};
+}
+
+bool isBelow(const std::filesystem::path& file, const std::filesystem::path& directory) {
+    const std::filesystem::path whole = file.lexically_normal();
+    const std::filesystem::path upper = directory.lexically_normal();
+    const auto [in, of] = std::mismatch(whole.begin(), whole.end(), upper.begin(), upper.end());
+    return in != whole.end() && (of == upper.end() || of->empty());
+}
+
+bool isInSearchDirectories(const std::filesystem::path& file) {
+    const std::vector<std::string>& directories = searchDirectories();
+    return std::any_of(directories.begin(), directories.end(),
+                       [&file](const std::string& directory) { return isBelow(file, directory); });
+}
+
+namespace {
+
+constexpr int NOT_OPEN = -1;
+
+// Linked by hand: the list is usable in the child of a fork without further ado.
+struct OpenFile {
+    int descriptor = NOT_OPEN;
+    off_t position = 0;
+    OpenFile* previous = nullptr;
+    OpenFile* next = nullptr;
+};
+
+OpenFile* firstFile = nullptr;
+thread_local bool troubled = false;
+
+void enlist(OpenFile& file) {
+    const std::lock_guard<std::mutex> guard(projFilesLock);
+    file.next = firstFile;
+    if (firstFile != nullptr) firstFile->previous = &file;
+    firstFile = &file;
+}
+
+void strike(OpenFile& file) {
+    const std::lock_guard<std::mutex> guard(projFilesLock);
+    (file.previous != nullptr ? file.previous->next : firstFile) = file.next;
+    if (file.next != nullptr) file.next->previous = file.previous;
+}
+
+OpenFile& fileOf(PROJ_FILE_HANDLE* handle) { return *reinterpret_cast<OpenFile*>(handle); }
+
+bool isMissing(int error) { return error == ENOENT || error == ENOTDIR || error == EACCES || error == ELOOP; }
+
+// PROJ asks for a file in its user-writable directory, and at last for its bare name.
+bool mayOpen(PJ_CONTEXT* context, const std::string& file) {
+    if (!std::filesystem::path(file).is_absolute()) return false;
+    return isInSearchDirectories(file) || !isBelow(file, proj_context_get_user_writable_directory(context, 0));
+}
+
+// A pipe in place of a file would keep its opener waiting, hence O_NONBLOCK; files take no notice of it.
+int openRegularFile(const char* name) {
+    const int descriptor = ::open(name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (descriptor == NOT_OPEN) {
+        troubled = troubled || !isMissing(errno);
+        return NOT_OPEN;
+    }
+    struct stat status;
+    if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) return descriptor;
+    ::close(descriptor);
+    return NOT_OPEN;
+}
+
+PROJ_FILE_HANDLE* openFile(PJ_CONTEXT* context, const char* name, PROJ_OPEN_ACCESS access, void* /*user*/) {
+    if (access != PROJ_OPEN_ACCESS_READ_ONLY || !mayOpen(context, name)) return nullptr;
+    auto file = std::make_unique<OpenFile>();
+    file->descriptor = openRegularFile(name);
+    if (file->descriptor == NOT_OPEN) return nullptr;
+    enlist(*file);
+    return reinterpret_cast<PROJ_FILE_HANDLE*>(file.release());
+}
+
+size_t readFile(PJ_CONTEXT* /*context*/, PROJ_FILE_HANDLE* handle, void* buffer, size_t size, void* /*user*/) {
+    OpenFile& file = fileOf(handle);
+    size_t done = 0;
+    while (done < size) {
+        const ssize_t count = pread(file.descriptor, static_cast<char*>(buffer) + done, size - done, file.position);
+        if (count < 0 && errno == EINTR) continue;
+        troubled = troubled || count < 0;
+        if (count <= 0) break;
+        done += static_cast<size_t>(count);
+        file.position += count;
+    }
+    return done;
+}
+
+size_t refuseToWrite(PJ_CONTEXT* /*context*/, PROJ_FILE_HANDLE* /*handle*/, const void* /*data*/, size_t /*size*/,
+                     void* /*user*/) {
+    return 0;
+}
+
+off_t sizeOf(const OpenFile& file) {
+    struct stat status;
+    return fstat(file.descriptor, &status) == 0 ? status.st_size : 0;
+}
+
+int seekInFile(PJ_CONTEXT* /*context*/, PROJ_FILE_HANDLE* handle, long long offset, int whence, void* /*user*/) {
+    OpenFile& file = fileOf(handle);
+    const off_t origin = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? file.position : sizeOf(file);
+    if (offset < -origin) return 0;
+    file.position = origin + offset;
+    return 1;
+}
+
+unsigned long long tellPosition(PJ_CONTEXT* /*context*/, PROJ_FILE_HANDLE* handle, void* /*user*/) {
+    return static_cast<unsigned long long>(fileOf(handle).position);
+}
+
+void closeFile(PJ_CONTEXT* /*context*/, PROJ_FILE_HANDLE* handle, void* /*user*/) {
+    const std::unique_ptr<OpenFile> file(&fileOf(handle));
+    strike(*file);
+    ::close(file->descriptor);
+}
+
+// PROJ remembers for the whole process whether its own directory exists, so the answer must be true.
+int existsOnDisk(PJ_CONTEXT* /*context*/, const char* name, void* /*user*/) {
+    struct stat status;
+    return stat(name, &status) == 0 ? 1 : 0;
+}
+
+int refuseToChange(PJ_CONTEXT* /*context*/, const char* /*name*/, void* /*user*/) { return 0; }
+
+int refuseToRename(PJ_CONTEXT* /*context*/, const char* /*from*/, const char* /*to*/, void* /*user*/) { return 0; }
+
+constexpr PROJ_FILE_API FILES = {1,         openFile,     readFile,       refuseToWrite,  seekInFile,    tellPosition,
+                                 closeFile, existsOnDisk, refuseToChange, refuseToChange, refuseToRename};
+
+// Answers PROJ's question for a file; PROJ goes on with its own directories after null. `found` keeps the
+// answer until PROJ has copied it.
+const char* findForProj(PJ_CONTEXT* /*context*/, const char* name, void* found) {
+    auto& path = *static_cast<std::string*>(found);
+    path = findInSearchDirectories(name).string();
+    return path.empty() ? nullptr : path.c_str();
+}
+
+void dropMessage(void* /*data*/, int /*level*/, const char* /*message*/) {}
+
+}  // namespace
+
+void readFilesThroughLibrary(PJ_CONTEXT* context) { proj_context_set_fileapi(context, &FILES, nullptr); }
+
+bool takeFileTrouble() {
+    const bool was = troubled;
+    troubled = false;
+    return was;
+}
+
+void closeInheritedFiles() {
+    for (OpenFile* file = firstFile; file != nullptr; file = file->next) {
+        ::close(file->descriptor);
+        file->descriptor = NOT_OPEN;
+    }
+}
+
+// A new context begins as a copy of the default one, which belongs to the application. Where to look for files
+// comes before all that makes PROJ read one.
+PJ_CONTEXT* makeContext() {
+    auto found = std::make_unique<std::string>();
+    PJ_CONTEXT* const context = proj_context_create();
+    if (context == nullptr) throw std::bad_alloc();
+    proj_log_level(context, PJ_LOG_NONE);
+    proj_log_func(context, nullptr, dropMessage);
+    readFilesThroughLibrary(context);
+    proj_context_set_file_finder(context, findForProj, found.release());
+    proj_context_set_search_paths(context, 0, nullptr);
+    proj_context_set_database_path(context, nullptr, nullptr, nullptr);
+    proj_context_set_enable_network(context, 0);
+    return context;
+}
+
+namespace {
+
+// PROJ needs a tenth of this. When memory ends while it tries a text, it reports that into a string that is gone.
+constexpr std::size_t ROOM = 1U << 20U;
+
+void requireRoom() {
+    void* volatile room = ::operator new(ROOM);
+    ::operator delete(room);
+}
+
+bool namesTheEndOfMemory(std::string_view text) {
+    return text.find("bad_alloc") != std::string_view::npos || text.find("out of memory") != std::string_view::npos;
+}
+
+// Listens to what PROJ has to say while it makes something: where memory ends it leaves parts out, a grid or the whole
+// operation, and only its log shows why. The log quotes the text: if that has the words itself, they mean nothing.
+class Listener {
+public:
+    Listener(PJ_CONTEXT* projContext, const std::string& text) : context(projContext) {
+        if (namesTheEndOfMemory(text)) return;
+        proj_log_func(context, this, listen);
+        proj_log_level(context, PJ_LOG_DEBUG);
+    }
+    ~Listener() {
+        proj_log_level(context, PJ_LOG_NONE);
+        proj_log_func(context, nullptr, ignore);
+    }
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+
+    void requireMemory() const {
+        if (memoryEnded) throw std::bad_alloc();
+    }
+
+private:
+    static void listen(void* listener, int /*level*/, const char* message) {
+        if (namesTheEndOfMemory(message)) static_cast<Listener*>(listener)->memoryEnded = true;
+    }
+    static void ignore(void* /*data*/, int /*level*/, const char* /*message*/) {}
+
+    PJ_CONTEXT* context;
+    bool memoryEnded = false;
+};
+
+// PROJ hands out an object that can do nothing when it could describe an operation but not make it.
+bool isWhole(const ProjectionPtr& projection) {
+    return projection != nullptr && proj_pj_info(projection.get()).id != nullptr;
+}
+
+// PROJ_ERR_OTHER is PROJ's number for the end of memory, when it has one.
+ProjectionPtr makeOnce(const Listener& listener, PJ_CONTEXT* context, const std::string& text) {
+    requireRoom();
+    ProjectionPtr projection(proj_create(context, text.c_str()));
+    listener.requireMemory();
+    if (projection == nullptr && proj_context_errno(context) == PROJ_ERR_OTHER) throw std::bad_alloc();
+    return projection;
+}
+
+// PROJ's reason for a failure may be wrong: since 9.2 it cuts a text with "@" in two when it meets any exception, and
+// gives the reason why the first part fails. Another attempt shows it: if that succeeds, memory was the reason.
+ProjectionPtr make(const Listener& listener, PJ_CONTEXT* context, const std::string& text) {
+    ProjectionPtr projection = makeOnce(listener, context, text);
+    if (isWhole(projection)) return projection;
+    if (isWhole(makeOnce(listener, context, text))) throw std::bad_alloc();
+    return nullptr;
+}
+
+bool concernsThePointAlone(int error) { return error >= PROJ_ERR_COORD_TRANSFM && error < PROJ_ERR_OTHER; }
+
+// Grids that the process has met before are opened with the first point. If that fails, PROJ takes the shift for
+// one without grids, which moves nothing.
+bool canOpenGrids(PJ* shift) {
+    constexpr double SOUTH_POLE = -1.5707963267948966;
+    proj_errno_reset(shift);
+    proj_trans(shift, PJ_FWD, proj_coord(0, SOUTH_POLE, 0, HUGE_VAL));
+    const int error = proj_errno(shift);
+    if (error != 0 && !concernsThePointAlone(error)) return false;
+    proj_errno_reset(shift);
+    return true;
+}
+
+}  // namespace
+
+ProjectionPtr makeProjection(PJ_CONTEXT* context, const std::string& text) {
+    return make(Listener(context, text), context, text);
+}
+
+ProjectionPtr makeGridShift(PJ_CONTEXT* context, const std::string& text) {
+    const Listener listener(context, text);
+    takeFileTrouble();
+    ProjectionPtr shift = make(listener, context, text);
+    const bool open = shift != nullptr && canOpenGrids(shift.get());
+    listener.requireMemory();
+    return open && !takeFileTrouble() ? std::move(shift) : nullptr;
+}
+
+}  // namespace ClassicProj

@@ -1,0 +1,68 @@
+#pragma once
+
+// What the classic interface has of PROJ: contexts that look for files where this library says, and objects that are
+// whole.
+
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <proj.h>
+#include <string>
+#include <vector>
+
+namespace ClassicProj {
+
+// The directories that come before PROJ's own when files are looked for. A relative one is taken from where the
+// process works now, wherever it works later. Whether each is a directory.
+//
+// Read by every use of PROJ; written only while nothing else runs.
+bool setSearchDirectories(std::vector<std::string> directories);
+
+// The first directory that holds a regular file `name`, joined with it; empty when none does.
+std::filesystem::path findInSearchDirectories(const std::string& name);
+
+// By their names alone: nothing is looked up on disk.
+bool isBelow(const std::filesystem::path& file, const std::filesystem::path& directory);
+bool isInSearchDirectories(const std::filesystem::path& file);
+
+// A PROJ context of the library's own: silent, off the network, looking for files in the search directories
+// first, then in PROJ's data directories, and nowhere else. Nothing of it is shared with other users of PROJ in
+// the process. Never released. Throws std::bad_alloc.
+PJ_CONTEXT* makeContext();
+
+// Lets `context` read PROJ's files (grids, proj.ini, the search for proj.db) through this library.
+//
+// Only regular files are opened, for reading alone, by an absolute path. PROJ's user-writable directory and the
+// working directory are never used. Every file has a position of its own, which no fork shares, and its
+// descriptor does not reach programs that the process starts.
+void readFilesThroughLibrary(PJ_CONTEXT* context);
+
+// Whether a file could not be opened or read on this thread for a reason that may pass, such as too many open
+// files. PROJ takes such a file for missing. Forgets it.
+bool takeFileTrouble();
+
+// Guards the list of open files. Taken last of all locks.
+extern std::mutex projFilesLock;
+
+// Closes the files that a child has inherited; PROJ must not use them afterwards. For the child of a fork: neither
+// allocates nor waits.
+void closeInheritedFiles();
+
+struct DestroyProjection {
+    void operator()(PJ* projection) const { proj_destroy(projection); }
+};
+
+// Owns a PROJ object; released under the same terms as its context is used.
+using ProjectionPtr = std::unique_ptr<PJ, DestroyProjection>;
+
+// The PROJ object of the text, or null with the reason in the error number of the context. It is whole: when
+// memory ends on the way, std::bad_alloc is thrown. PROJ loses count of its nesting then, and after a few times the
+// context makes nothing more: give it up for making. What it has made may be used. Silences the context.
+//
+// REQUIRES: no other thread uses `context`.
+ProjectionPtr makeProjection(PJ_CONTEXT* context, const std::string& text);
+
+// The same for a grid shift, whose grids are open and complete afterwards but for those that may be missing and are.
+ProjectionPtr makeGridShift(PJ_CONTEXT* context, const std::string& text);
+
+}  // namespace ClassicProj

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <ostream>
+
+#include "tests/support/BareCrs.h"
+#include "tests/support/FakeCrs.h"
+
+namespace CoordinateTransformation {
+
+struct Shape {
+    unsigned int primaryCode;
+    unsigned int secCompoundCode;
+    unsigned int primaryDim;
+    unsigned int compoundDim;
+
+    bool operator==(Shape const& other) const {
+        return primaryCode == other.primaryCode && secCompoundCode == other.secCompoundCode &&
+               primaryDim == other.primaryDim && compoundDim == other.compoundDim;
+    }
+    friend std::ostream& operator<<(std::ostream& stream, Shape const& shape) {
+        return stream << shape.primaryCode << '*' << shape.secCompoundCode << " of " << shape.primaryDim << '+'
+                      << shape.compoundDim << " dimensions";
+    }
+};
+
+inline Shape shapeOf(BareCrs const& crs) {
+    return {crs.primaryCode, crs.secCompoundCode, crs.primaryDim, crs.compoundDim};
+}
+
+class AbstractCrsTest : public testing::Test {
+protected:
+    BareCrs given(Shape const& shape) const {
+        BareCrs crs(creator, transformer);
+        crs.primaryCode = shape.primaryCode;
+        crs.secCompoundCode = shape.secCompoundCode;
+        crs.primaryDim = shape.primaryDim;
+        crs.compoundDim = shape.compoundDim;
+        return crs;
+    }
+
+    // No field has its default, and no two fields of one type have the same value.
+    BareCrs givenFilled() const {
+        BareCrs crs = given({27700, 5701, 3, 1});
+        crs.identifier = "identifier";
+        crs.axisOrderEastNorthOrLonLat = false;
+        crs.alias = "alias";
+        crs.epsgVersion = "6.12";
+        crs.primaryScaleFactor = 2.5;
+        crs.secCompoundScaleFactor = 0.3048;
+        return crs;
+    }
+
+    TestSupport::FakeCreator creator;
+    TestSupport::FakeTransformer transformer;
+    TestSupport::FakeCreator otherCreator;
+    TestSupport::FakeTransformer otherTransformer;
+};
+
+inline void expectAssignedFieldsEqual(BareCrs const& crs, BareCrs const& expected) {
+    EXPECT_EQ(shapeOf(crs), shapeOf(expected));
+    EXPECT_EQ(crs.epsgVersion, expected.epsgVersion);
+    EXPECT_EQ(crs.alias, expected.alias);
+    EXPECT_EQ(crs.axisOrderEastNorthOrLonLat, expected.axisOrderEastNorthOrLonLat);
+    EXPECT_EQ(crs.primaryScaleFactor, expected.primaryScaleFactor);
+    EXPECT_EQ(crs.secCompoundScaleFactor, expected.secCompoundScaleFactor);
+}
+
+inline void expectKeptFieldsEqual(BareCrs const& crs, BareCrs const& expected) {
+    EXPECT_EQ(crs.identifier, expected.identifier);
+    EXPECT_EQ(&crs.getCreator(), &expected.getCreator());
+    EXPECT_EQ(&crs.transformer, &expected.transformer);
+}
+
+inline void expectEveryFieldEqual(BareCrs const& crs, BareCrs const& expected) {
+    expectAssignedFieldsEqual(crs, expected);
+    expectKeptFieldsEqual(crs, expected);
+}
+
+}  // namespace CoordinateTransformation

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <boost/property_tree/xml_parser.hpp>
+#include <functional>
+#include <gtest/gtest.h>
+#include <map>
+#include <string>
+
+#include "tests/support/DocsServer.h"
+#include "tests/support/Page.h"
+
+// Compares the tables of docs/failures.md with what is raised.
+namespace DocsTest {
+
+using Provocations = std::map<std::string, std::function<void()>>;
+
+// As raisedBy, and the XML reader's own failure.
+inline Raised failureOf(const std::function<void()>& action) {
+    try {
+        return raisedBy(action);
+    } catch (const boost::property_tree::xml_parser_error& failure) {
+        return {"boost::property_tree::xml_parser_error", failure.what(), ""};
+    }
+}
+
+// Every row has its provocation and every provocation its row.
+inline void expectTable(const Table& table, const Provocations& provocations) {
+    EXPECT_EQ(table.rows.size(), provocations.size());
+    for (const Row& row : table.rows) {
+        const auto provocation = provocations.find(row.at("failure"));
+        if (provocation == provocations.end()) {
+            ADD_FAILURE() << "nothing provokes " << row.at("failure");
+            continue;
+        }
+        const Raised expected{row.at("class"), row.at("text"), row.at("code") == "none" ? "" : row.at("code")};
+        EXPECT_EQ(failureOf(provocation->second), expected) << row.at("failure");
+    }
+}
+
+}  // namespace DocsTest

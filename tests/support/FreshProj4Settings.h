@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdlib>
+#include <optional>
+#include <string>
+
+#include "proj/AxisOrderTable.h"
+
+// For tests: while it lives, the process is as if no PROJ directory had been settled yet, and the environment
+// names none but what the test sets.
+class FreshProj4Settings {
+public:
+    FreshProj4Settings() {
+        if (const char* const value = std::getenv(VARIABLE)) previous = value;
+        unsetenv(VARIABLE);
+        forget();
+    }
+    ~FreshProj4Settings() {
+        if (previous)
+            givenEnvironment(*previous);
+        else
+            unsetenv(VARIABLE);
+        forget();
+    }
+    FreshProj4Settings(const FreshProj4Settings&) = delete;
+    FreshProj4Settings& operator=(const FreshProj4Settings&) = delete;
+
+    static void givenEnvironment(const std::string& directory) { setenv(VARIABLE, directory.c_str(), 1); }
+
+private:
+    static constexpr char VARIABLE[] = "QUARVELSRV_PROJ4_CONF_DIR";
+
+    static void forget() {
+        CoordinateTransformation::axisOrderTable.clear();
+        CoordinateTransformation::searchPathSet = false;
+    }
+
+    std::optional<std::string> previous;
+};

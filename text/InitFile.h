@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace CoordinateTransformation {
+
+// A definition of an init file: its code, and its parameters without comments.
+struct InitFileDefinition {
+    std::string code;
+    std::string text;
+    std::size_t line;  // of the code, counted from 1
+};
+
+// The definitions in the text of an init file, in its order.
+//
+//   file       = { anything else | definition }
+//   definition = "<" code ">" { text | comment } "<"
+//   comment    = "#" up to the end of the line
+//
+// A code holds neither white space nor "<". The "<" that ends a definition begins the next one or "<>".
+std::vector<InitFileDefinition> readInitFileText(const std::string& text);
+
+// The index of an init file: code to definition text. The file is read once, and again when a code is missing
+// and the file's size or time has changed. A read that fails or breaks off changes nothing: the index stays as it
+// was, and the next code that is missing has the file read again.
+//
+// Not thread-safe.
+class InitFile {
+public:
+    explicit InitFile(std::filesystem::path file);
+
+    // The definition text of `code`, or nothing.
+    std::optional<std::string> find(const std::string& code);
+
+    // Reads the file if its size or time is another than when it was read last. Whether it has been read.
+    bool readIfChanged();
+
+private:
+    struct Stamp {
+        std::uintmax_t size = 0;
+        std::filesystem::file_time_type time;
+        bool operator==(const Stamp& other) const { return size == other.size && time == other.time; }
+    };
+
+    std::optional<Stamp> stampOfFile() const;
+
+    std::filesystem::path path;
+    std::optional<Stamp> stampWhenRead;
+    std::unordered_map<std::string, std::string> definitions;
+};
+
+// The definitions in the text of an init file. Of two with one code the first counts.
+std::unordered_map<std::string, std::string> parseInitFile(const std::string& text);
+
+}  // namespace CoordinateTransformation

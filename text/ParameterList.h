@@ -1,0 +1,46 @@
+#pragma once
+
+#include <initializer_list>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace CoordinateTransformation {
+
+// The parameters of a definition text such as "+proj=utm +zone=32", in order. Of two parameters with one key
+// the first counts.
+//
+// A plain value.
+class ParameterList {
+public:
+    ParameterList() = default;
+    //   text = { white space | [ "+" ] key [ "=" value ] }
+    //
+    // White space around "=" and "," does not count, except before a "+" and a letter: these begin a parameter.
+    explicit ParameterList(const std::string& text);
+
+    bool has(const std::string& key) const;
+    bool hasAnyOf(std::initializer_list<const char*> keys) const;
+    // Empty for a missing key and for one without a value.
+    std::string get(const std::string& key) const;
+
+    // Whether the text, or one of those that were added, had a NUL byte.
+    bool hasNul() const { return nul; }
+    // Whether a value is a number that is not finite.
+    bool hasInfinity() const;
+
+    // Adds those of `defaults` whose keys are not there yet.
+    void addDefaults(const ParameterList& defaults);
+
+    ParameterList only(std::initializer_list<const char*> keys) const;
+    ParameterList without(std::initializer_list<const char*> keys) const;
+
+    // " +key=value" for each parameter.
+    std::string toText() const;
+
+private:
+    std::vector<std::pair<std::string, std::string>> parameters;
+    bool nul = false;
+};
+
+}  // namespace CoordinateTransformation
