@@ -290,28 +290,6 @@ TEST_F(CrsCreatorTest, TakesACodeThatIsNoNumberForAnotherSpelling) {
     }
 }
 
-TEST_F(CrsCreatorTest, ConvertsTheSecondCodeOfAUrnBeforeTheFirst) {
-    const struct {
-        const char* name;
-        const char* value;
-    } refused[] = {
-        {"def:crs:EPSG::first,crs:EPSG::second", "second"},
-        {"def:crs:EPSG::4326,crs:EPSG::second", "second"},
-        {"def:crs:EPSG::first,crs:EPSG::5783", "first"},
-        {"def:crs:EPSG::first,crs:EPSG::", "first"},
-        {"def:crs:EPSG::first", "first"},
-    };
-    for (const auto& row : refused) {
-        try {
-            creator.ogcUrn(row.name);
-            ADD_FAILURE() << row.name << " accepted";
-        } catch (const QSHelpers::ConversionError& error) {
-            EXPECT_EQ(error.getDetailedMessage(), "convertTextToNumeric: Value '" + std::string(row.value) + "'");
-            EXPECT_EQ(error.getServiceExceptionCode(), "qvConversionError");
-        }
-    }
-}
-
 TEST_F(CrsCreatorTest, LetsExceptionsOfCreateFromCodePassThroughEveryRecogniser) {
     EXPECT_CALL(creator, createFromCode(4326, 0, true)).Times(4).WillRepeatedly(Throw(Misconfigured("broken")));
     EXPECT_THROW(creator.ogcUrn("def:crs:EPSG::4326"), Misconfigured);

@@ -1,4 +1,5 @@
-// Runs a fuzz target over files, each line of a seed file an input of its own, and over the whole files.
+// Runs a fuzz target over the files of directories, each line an input of its own, and over the whole files; or over
+// the names of tests/names.csv. "--write DIRECTORY" writes the names into files instead, the seeds for libFuzzer.
 
 #include <cstddef>
 #include <cstdint>
@@ -7,6 +8,8 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+
+#include "tests/support/NameTable.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
@@ -27,13 +30,37 @@ int runFile(const std::filesystem::path& path) {
     return inputs;
 }
 
+int runDirectory(const std::filesystem::path& directory) {
+    int inputs = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(directory))
+        if (entry.is_regular_file()) inputs += runFile(entry.path());
+    return inputs;
+}
+
+int runNames() {
+    for (const TestSupport::NameRow& row : TestSupport::nameTable()) run(row["name"]);
+    return static_cast<int>(TestSupport::nameTable().size());
+}
+
+int writeNames(const std::filesystem::path& directory) {
+    int files = 0;
+    for (const TestSupport::NameRow& row : TestSupport::nameTable())
+        std::ofstream(directory / std::to_string(++files), std::ios::binary) << row["name"];
+    return files;
+}
+
+int runArgument(const std::filesystem::path& path) {
+    return path.filename() == "names.csv" ? runNames() : runDirectory(path);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     int inputs = 0;
-    for (int i = 1; i < argc; ++i)
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(argv[i]))
-            if (entry.is_regular_file()) inputs += runFile(entry.path());
+    if (argc == 3 && argv[1] == std::string("--write"))
+        inputs = writeNames(argv[2]);
+    else
+        for (int i = 1; i < argc; ++i) inputs += runArgument(argv[i]);
     std::printf("%d inputs\n", inputs);
     return inputs > 0 ? 0 : 1;
 }

@@ -1,13 +1,18 @@
 #include "tools/crsctl/names/NameReport.h"
 
+#include <fstream>
 #include <gtest/gtest.h>
-#include <ostream>
+#include <iterator>
 
-#include "tools/crsctl/names/NameReportOutput.h"
 #include "tests/support/CrsctlSession.h"
+#include "tests/support/NameTable.h"
+#include "tools/crsctl/names/NameReportOutput.h"
 
 namespace crsctl {
 namespace {
+
+using TestSupport::NameRow;
+using TestSupport::nameTable;
 
 constexpr char CONFIGURATION[] =
     "<CrsConfiguration>"
@@ -17,6 +22,12 @@ constexpr char CONFIGURATION[] =
     "<CRS mapToEpsgCode='3857'>EPSG:900913</CRS>"
     "<CRS>EPSG:27700*EPSG:5701</CRS>"
     "</CrsConfiguration>";
+
+// That of the table's server.
+std::string exampleConfiguration() {
+    std::ifstream file(COORDTRANS_SOURCE_DIR "/data/crs-configuration.xml");
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
 
 std::string formOf(const NameReport& report, const std::string& key) {
     for (const WrittenForm& form : report.crs->forms)
@@ -39,17 +50,19 @@ TEST(AReport, SaysWhatACrsIs) {
     EXPECT_DOUBLE_EQ(report.crs->unitInMetres, 111319.4907931134);
 }
 
+void expectFormsOf(const NameRow& row, const NameReport& report) {
+    ASSERT_TRUE(report.crs);
+    EXPECT_EQ(formOf(report, "aliasOrIdentifier"), row.isReference() ? row["name"] : row["identifier"]);
+    for (const char* const key : {"identifier", "urn", "url", "gmlReference", "prefixAndCode", "text"})
+        EXPECT_EQ(formOf(report, key), row[key]) << key;
+}
+
 TEST(AReport, WritesTheCrsBackInEveryForm) {
     const UnconfiguredSession session;
-    const NameReport report = reportOn("27700*5701", session);
-    ASSERT_TRUE(report.crs);
-    EXPECT_EQ(formOf(report, "identifier"), "EPSG:27700*EPSG:5701");
-    EXPECT_EQ(formOf(report, "aliasOrIdentifier"), "EPSG:27700*EPSG:5701");
-    EXPECT_EQ(formOf(report, "urn"), "urn:ogc:def:crs,crs:EPSG::27700,crs:EPSG::5701");
-    EXPECT_EQ(formOf(report, "url"), "http://www.opengis.net/def/crs,crs/EPSG/0/27700,crs/EPSG/0/5701");
-    EXPECT_EQ(formOf(report, "gmlReference"), "http://www.opengis.net/gml/srs/epsg.xml#27700");
-    EXPECT_EQ(formOf(report, "prefixAndCode"), "EPSG:27700,EPSG:5701");
-    EXPECT_EQ(formOf(report, "text"), "EPSG:27700*EPSG:5701;EN;1;1");
+    for (const NameRow& row : TestSupport::nameRowsWith("text")) {
+        SCOPED_TRACE(row.where());
+        expectFormsOf(row, reportOn(row["name"], session));
+    }
 }
 
 TEST(AReport, CannotSayWhatIsOfferedWithoutAConfiguration) {
@@ -77,89 +90,57 @@ TEST(AReport, WritesNothingForACrsWithoutACode) {
     EXPECT_TRUE(asJson(report)["forms"]["text"].is_null());
 }
 
-struct OfferCase {
-    const char* name;
-    const char* spelling;
-    bool registered;
-    bool offered;
-};
+// A configured name that is spelled otherwise, or not at all, is one of the configuration's own.
+std::string spellingOf(const NameRow& row) {
+    const bool wellFormed = row.isAccepted() && row.answer() != "CrsUnknownSyntaxOrAlias";
+    if (row.isRegistered() && !wellFormed) return "configured name";
+    return wellFormed || row["fault"] == "code" ? row["spelling"] : "none";
+}
 
-void PrintTo(const OfferCase& offer, std::ostream* stream) { *stream << offer.name; }
+Reason reasonOf(const NameRow& row) {
+    if (row.answer() == "Misconfigured") return Reason::NotInEpsgFile;
+    if (row.answer() == "CrsNotConfigured") return Reason::NotOffered;
+    return row["fault"] == "code" ? Reason::BadCode : Reason::UnknownSyntax;
+}
 
-class Offering : public testing::TestWithParam<OfferCase> {};
-
-TEST_P(Offering, GoesByTheConfiguration) {
-    const ConfiguredSession session(CONFIGURATION);
-    const NameReport report = reportOn(GetParam().name, *session);
-    EXPECT_EQ(report.spelling, GetParam().spelling);
-    EXPECT_EQ(report.registered, GetParam().registered);
+void expectOffer(const NameRow& row, const NameReport& report) {
+    EXPECT_EQ(report.registered, row.isRegistered());
     ASSERT_TRUE(report.offered);
-    EXPECT_EQ(*report.offered, GetParam().offered);
-    EXPECT_EQ(report.crs.has_value(), GetParam().offered);
-    EXPECT_EQ(report.refusal.has_value(), !GetParam().offered);
+    EXPECT_EQ(*report.offered, row.isAnswered());
+    EXPECT_EQ(report.crs.has_value(), row.isAnswered());
+    EXPECT_EQ(report.refusal.has_value(), !row.isAnswered());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Names, Offering,
-    testing::Values(OfferCase{"UTM32", "configured name", true, true},
-                    OfferCase{"EPSG:900913", "configured name", true, true},
-                    OfferCase{"CRS:84", "configured name", true, true},
-                    OfferCase{"EPSG:4326;NE;1", "configured name", true, true},
-                    OfferCase{"EPSG:4326", "EPSG code", true, true},
-                    OfferCase{"urn:ogc:def:crs:EPSG::25832", "OGC URN", true, true},
-                    OfferCase{"http://www.opengis.net/def/crs/EPSG/0/25832", "OGC http URL", false, true},
-                    OfferCase{"epsg.xml#4326", "GML reference", false, true},
-                    OfferCase{"EPSG:25833", "EPSG code", false, false}, OfferCase{"utm32", "none", false, false}));
+void expectRefusal(const NameRow& row, const Refusal& refusal) {
+    const TestSupport::NameFailure failure = TestSupport::nameFailure(row, row.answer());
+    EXPECT_EQ(refusal.serviceExceptionCode, failure.serviceExceptionCode);
+    // A NUL ends the text of what().
+    EXPECT_EQ(refusal.text, failure.text.c_str());
+    EXPECT_EQ(refusal.reason, reasonOf(row)) << wordsFor(refusal.reason);
+    if (row["suggestion"].empty()) return;
+    EXPECT_EQ(refusal.suggestion ? refusal.suggestion->name : "none", row["suggestion"]);
+}
 
-struct RefusalCase {
-    const char* name;
-    const char* code;
-    const char* text;
-    Reason reason;
-    const char* suggestion;
-};
+TEST(AReport, SaysOfEveryNameWhatAServerMakesOfIt) {
+    const ConfiguredSession session(exampleConfiguration());
+    for (const NameRow& row : nameTable()) {
+        SCOPED_TRACE(row.where());
+        const NameReport report = reportOn(row["name"], *session);
+        EXPECT_EQ(report.spelling, spellingOf(row));
+        expectOffer(row, report);
+        if (report.refusal) expectRefusal(row, *report.refusal);
+    }
+}
 
-void PrintTo(const RefusalCase& refusal, std::ostream* stream) { *stream << refusal.name; }
-
-class Refusing : public testing::TestWithParam<RefusalCase> {};
-
-TEST_P(Refusing, GivesCodeTextReasonAndWhatWouldHelp) {
+TEST(AReport, TakesAMappedNameForAConfiguredOneWhateverItsSpelling) {
     const ConfiguredSession session(CONFIGURATION);
-    const NameReport report = reportOn(GetParam().name, *session);
-    ASSERT_TRUE(report.refusal);
-    EXPECT_EQ(report.refusal->serviceExceptionCode, GetParam().code);
-    EXPECT_EQ(report.refusal->text, GetParam().text);
-    EXPECT_EQ(report.refusal->reason, GetParam().reason) << wordsFor(report.refusal->reason);
-    EXPECT_EQ(report.refusal->suggestion ? report.refusal->suggestion->name : "", GetParam().suggestion);
+    EXPECT_EQ(reportOn("EPSG:900913", *session).spelling, "configured name");
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Names, Refusing,
-    testing::Values(
-        RefusalCase{
-            "epsg:4326", "qvCrsUnavailable",
-            "The requested CRS epsg:4326 is not available due to an unknown syntax or a missing identifier mapping",
-            Reason::UnknownSyntax, "EPSG:4326"},
-        RefusalCase{"utm32", "qvCrsUnavailable",
-                    "The requested CRS utm32 is not available due to an unknown syntax or a missing identifier mapping",
-                    Reason::UnknownSyntax, "UTM32"},
-        RefusalCase{
-            "EPSG:x", "qvCrsUnavailable",
-            "The requested CRS EPSG:x is not available due to an unknown syntax or a missing identifier mapping",
-            Reason::BadCode, ""},
-        RefusalCase{"urn:ogc:def:crs:EPSG::abc", "qvConversionError", "convertTextToNumeric: Value 'abc'",
-                    Reason::BadCode, ""},
-        RefusalCase{"EPSG:27700*5701", "", "invalid string position", Reason::BadCode, "EPSG:27700*EPSG:5701"},
-        RefusalCase{"EPSG:99999", "qvConfigurationError",
-                    "Failed to configure CRS 99999. Please ensure that the CRS is defined properly in the proj4 "
-                    "configuration for QuarvelServer.",
-                    Reason::NotInEpsgFile, ""},
-        RefusalCase{"EPSG:25833", "qvCrsUnavailable", "The requested CRS EPSG:25833 is not set up in the configuration",
-                    Reason::NotOffered, ""}));
 
 TEST(ASuggestedName, IsOneThatTheServerOffers) {
     const ConfiguredSession session(CONFIGURATION);
     EXPECT_FALSE(reportOn("epsg:25833", *session).refusal->suggestion);
+    EXPECT_EQ(reportOn("utm32", *session).refusal->suggestion->name, "UTM32");
 }
 
 TEST(ARefusal, FitsIntoOneLine) {
