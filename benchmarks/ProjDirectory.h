@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
+
+#include "tests/support/TemporaryDirectory.h"
 
 // A PROJ directory of any size for a benchmark, made from the definitions of data/proj: the definitions are taken in
 // turn under new codes, so that every code is bound for itself. Removed with the object.
@@ -12,16 +12,9 @@ class ProjDirectory {
 public:
     static constexpr unsigned int FIRST_CODE = 100000;
 
-    explicit ProjDirectory(unsigned int size) : count(size) {
-        char name[] = "/tmp/coordtrans-benchmark-XXXXXX";
-        path = mkdtemp(name);
-        writeDefinitions(readDefinitions());
-    }
-    ~ProjDirectory() { std::filesystem::remove_all(path); }
-    ProjDirectory(const ProjDirectory&) = delete;
-    ProjDirectory& operator=(const ProjDirectory&) = delete;
+    explicit ProjDirectory(unsigned int size) : count(size) { writeDefinitions(readDefinitions()); }
 
-    const std::string& getPath() const { return path; }
+    const std::string& getPath() const { return directory.name(); }
     std::string code(unsigned int i) const { return std::to_string(FIRST_CODE + i % count); }
 
 private:
@@ -35,14 +28,14 @@ private:
     }
 
     void writeDefinitions(const std::vector<std::string>& definitions) const {
-        std::ofstream epsg(path + "/epsg");
-        std::ofstream axisOrder(path + "/epsg-axisorder.csv");
+        std::ofstream epsg(directory.file("epsg"));
+        std::ofstream axisOrder(directory.file("epsg-axisorder.csv"));
         for (unsigned int i = 0; i < count; ++i) {
             epsg << "<" << code(i) << ">" << definitions[i % definitions.size()] << "\n";
             axisOrder << code(i) << (i % 2 == 0 ? ";en\n" : ";ne\n");
         }
     }
 
+    const TestSupport::TemporaryDirectory directory;
     unsigned int count;
-    std::string path;
 };

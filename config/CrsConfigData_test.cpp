@@ -7,12 +7,13 @@
 #include <sstream>
 #include <string>
 #include <type_traits>
-#include <utility>
 
 #include "tests/support/GroupingLocale.h"
 
 namespace CoordinateTransformation {
 namespace {
+
+static_assert(!std::is_polymorphic_v<CrsConfigData>);
 
 using boost::none;
 using boost::optional;
@@ -150,61 +151,42 @@ struct Attribute {
     optional<T> value;
 };
 
-template <typename T>
-void PrintTo(const Attribute<T>& attribute, std::ostream* stream) {
-    *stream << '"' << attribute.text << '"';
-}
-
 CrsConfigData givenAttribute(const std::string& name, const std::string& text) {
     return givenEntry("<CRS " + name + "=\"" + text + "\">4326</CRS>");
 }
 
-class DecimalPlacesTest : public testing::TestWithParam<Attribute<int>> {};
-
-TEST_P(DecimalPlacesTest, TakesAnIntegerOnly) {
-    EXPECT_EQ(givenAttribute("numberOfDecimalPlaces", GetParam().text).getNumberOfDecimalPlaces(), GetParam().value);
+TEST(AttributesTest, TakeAnIntegerForTheDecimalPlacesOnly) {
+    const Attribute<int> texts[] = {{"0", 0},
+                                    {"8", 8},
+                                    {"-2", -2},
+                                    {"2147483647", 2147483647},
+                                    {"abc", none},
+                                    {"", none},
+                                    {"-2147483648", -2147483647 - 1},
+                                    {"3.0", none},
+                                    {"3 places", none},
+                                    {"1.000", none},
+                                    {"0x10", none},
+                                    {"2147483648", none}};
+    for (const auto& [text, value] : texts)
+        EXPECT_EQ(givenAttribute("numberOfDecimalPlaces", text).getNumberOfDecimalPlaces(), value) << text;
 }
 
-INSTANTIATE_TEST_SUITE_P(Integers, DecimalPlacesTest,
-                         testing::Values(Attribute<int>{"0", 0}, Attribute<int>{"8", 8}, Attribute<int>{"-2", -2},
-                                         Attribute<int>{"2147483647", 2147483647},
-                                         Attribute<int>{"-2147483648", -2147483647 - 1}));
-INSTANTIATE_TEST_SUITE_P(Others, DecimalPlacesTest,
-                         testing::Values(Attribute<int>{"abc", none}, Attribute<int>{"", none},
-                                         Attribute<int>{"3.0", none}, Attribute<int>{"3 places", none},
-                                         Attribute<int>{"1.000", none}, Attribute<int>{"0x10", none},
-                                         Attribute<int>{"2147483648", none}));
-
-class SuppressionTest : public testing::TestWithParam<Attribute<bool>> {};
-
-TEST_P(SuppressionTest, TakesABooleanOnly) {
-    EXPECT_EQ(givenAttribute("suppressDuplicatCoordinates", GetParam().text).getPreventDoubleCoordinateOutput(),
-              GetParam().value.value_or(false));
-}
-
-INSTANTIATE_TEST_SUITE_P(Booleans, SuppressionTest,
-                         testing::Values(Attribute<bool>{"true", true}, Attribute<bool>{"false", false},
-                                         Attribute<bool>{"1", true}, Attribute<bool>{"0", false}));
-INSTANTIATE_TEST_SUITE_P(Others, SuppressionTest,
-                         testing::Values(Attribute<bool>{"TRUE", none}, Attribute<bool>{"yes", none},
-                                         Attribute<bool>{"2", none}, Attribute<bool>{"", none}));
-
-TEST(SuppressionTest, HasItsOddSpelling) {
+TEST(AttributesTest, TakeABooleanForTheSuppressionInItsOddSpelling) {
+    const Attribute<bool> texts[] = {{"true", true},  {"false", false}, {"1", true},  {"0", false},
+                                     {"TRUE", false}, {"yes", false},   {"2", false}, {"", false}};
+    for (const auto& [text, value] : texts)
+        EXPECT_EQ(givenAttribute("suppressDuplicatCoordinates", text).getPreventDoubleCoordinateOutput(), value)
+            << text;
     EXPECT_FALSE(givenAttribute("suppressDuplicateCoordinates", "true").getPreventDoubleCoordinateOutput());
 }
 
-class AxisOrderTest : public testing::TestWithParam<Attribute<bool>> {};
-
-TEST_P(AxisOrderTest, IsOneOfTwoWords) {
-    EXPECT_EQ(givenAttribute("axisOrder", GetParam().text).getAxisOrderEastNorthOrLonLat(), GetParam().value);
+TEST(AttributesTest, TakeOneOfTwoWordsForTheAxisOrder) {
+    const Attribute<bool> texts[] = {{"EN", true}, {"NE", false}, {"en", none},  {"ne", none},
+                                     {"", none},   {" EN", none}, {"ENU", none}, {"true", none}};
+    for (const auto& [text, value] : texts)
+        EXPECT_EQ(givenAttribute("axisOrder", text).getAxisOrderEastNorthOrLonLat(), value) << text;
 }
-
-INSTANTIATE_TEST_SUITE_P(Words, AxisOrderTest,
-                         testing::Values(Attribute<bool>{"EN", true}, Attribute<bool>{"NE", false}));
-INSTANTIATE_TEST_SUITE_P(Others, AxisOrderTest,
-                         testing::Values(Attribute<bool>{"en", none}, Attribute<bool>{"ne", none},
-                                         Attribute<bool>{"", none}, Attribute<bool>{" EN", none},
-                                         Attribute<bool>{"ENU", none}, Attribute<bool>{"true", none}));
 
 TEST(AttributesTest, AreReadTogether) {
     const CrsConfigData entry = givenEntry(
@@ -309,39 +291,6 @@ INSTANTIATE_TEST_SUITE_P(
                     Pair{"with and without alias", CrsConfigData("A", "4326"), CrsConfigData("EPSG:4326"), false},
                     Pair{"identifier in other case", CrsConfigData("EPSG:4326"), CrsConfigData("epsg:4326"), false},
                     Pair{"other code", CrsConfigData("EPSG:4326"), CrsConfigData("EPSG:4258"), false}));
-
-class EntryAsValueTest : public testing::Test {
-protected:
-    const CrsConfigData entry = givenEntry(
-        "<CRS axisOrder='NE' suppressDuplicatCoordinates='1' numberOfDecimalPlaces='4' "
-        "mapToEpsgCode='25832'>UTM</CRS>");
-
-    static void expectIsTheEntry(const CrsConfigData& copy) {
-        EXPECT_EQ(copy.getIdentifier(), "EPSG:25832");
-        EXPECT_EQ(copy.getAlias(), "UTM");
-        EXPECT_EQ(copy.getAxisOrderEastNorthOrLonLat(), false);
-        EXPECT_EQ(copy.getNumberOfDecimalPlaces(), 4);
-        EXPECT_TRUE(copy.getPreventDoubleCoordinateOutput());
-    }
-};
-
-TEST_F(EntryAsValueTest, IsCopiedAndMovedWhole) {
-    CrsConfigData copy(entry);
-    expectIsTheEntry(copy);
-    const CrsConfigData moved(std::move(copy));
-    expectIsTheEntry(moved);
-}
-
-TEST_F(EntryAsValueTest, IsAssignedWhole) {
-    CrsConfigData target("CRS:84");
-    target = entry;
-    expectIsTheEntry(target);
-    CrsConfigData moveTarget("CRS:84");
-    moveTarget = std::move(target);
-    expectIsTheEntry(moveTarget);
-}
-
-TEST_F(EntryAsValueTest, HasNoVirtualOperations) { EXPECT_FALSE(std::is_polymorphic<CrsConfigData>::value); }
 
 TEST(DefaultDecimalPlacesTest, ArePublished) {
     EXPECT_EQ(CrsConfigData::DEFAULT_NUMBER_OF_PLACES_DEGREE, 8);

@@ -1,13 +1,17 @@
 #include "config/Fragment.h"
 
+#include <boost/property_tree/xml_parser.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <ostream>
+#include <sstream>
+#include <stdexcept>
 #include <string>
 
 namespace CoordinateTransformation {
 namespace {
 
+using boost::property_tree::xml_parser_error;
 using testing::ElementsAre;
 using testing::StartsWith;
 
@@ -32,11 +36,11 @@ struct Case {
 
 void PrintTo(const Case& tried, std::ostream* stream) { *stream << tried.text.substr(0, 60); }
 
-class AFragment : public testing::TestWithParam<Case> {};
+class FragmentTest : public testing::TestWithParam<Case> {};
 
-TEST_P(AFragment, HasItsFirstFault) { EXPECT_EQ(faultOf(GetParam().text), GetParam().fault); }
+TEST_P(FragmentTest, HasItsFirstFault) { EXPECT_EQ(faultOf(GetParam().text), GetParam().fault); }
 
-INSTANTIATE_TEST_SUITE_P(WithoutFault, AFragment,
+INSTANTIATE_TEST_SUITE_P(WithoutFault, FragmentTest,
                          testing::Values(Case{"", "none"}, Case{" \r\n\t", "none"}, Case{"<a/>", "none"},
                                          Case{"\xEF\xBB\xBF<a></a>", "none"}, Case{"<a/>\n<b></b>\n", "none"},
                                          Case{"<a x='<&gt;>'/>", "none"}, Case{"<a>></a>", "none"},
@@ -44,7 +48,7 @@ INSTANTIATE_TEST_SUITE_P(WithoutFault, AFragment,
                                          Case{"<a>&#x10FFFF;&#xD7FF;&#9;</a>", "none"}));
 
 INSTANTIATE_TEST_SUITE_P(
-    WithBrokenMarkup, AFragment,
+    WithBrokenMarkup, FragmentTest,
     testing::Values(Case{"<a>\n<b>", "2:4: the text ends inside <b> of line 2"}, Case{"<", "1:1: a tag without a name"},
                     Case{"</a>", "1:1: a tag without a name"}, Case{"<a><></a>", "1:4: a tag without a name"},
                     Case{"4326<a/>", "1:1: text outside of any element"},
@@ -60,22 +64,33 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"<!x", "1:1: a declaration without its end"}));
 
 INSTANTIATE_TEST_SUITE_P(
-    ThatIsReadInPartOtherwise, AFragment,
+    ThatIsReadInPartOtherwise, FragmentTest,
     testing::Values(
         Case{"<a>\n <b></a></b>", "2:5: end tag </a> does not match <b> of line 2"},
+        Case{"<a></A>", "1:4: end tag </A> does not match <a> of line 1"},
+        Case{"<a></>", "1:4: end tag </> does not match <a> of line 1"},
         Case{"<a></" + std::string(50, 'x') + ">",
              "1:4: end tag </xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...> does not match <a> of line 1"},
         Case{"<a>&b c;</a>", "1:4: & without an entity; write &amp;"},
         Case{"<a>&amp</a>", "1:4: & without an entity; write &amp;"},
+        Case{"<a>b&</a>", "1:5: & without an entity; write &amp;"},
+        Case{"<a>?b=1&c=2</a>", "1:8: & without an entity; write &amp;"},
+        Case{"<a\n b=\"&x;\"/>", "2:5: &x; is no entity that is known; known are amp, lt, gt, quot and apos"},
         Case{"<a>&;</a>", "1:4: & without an entity; write &amp;"},
         Case{"<a>&AMP;</a>", "1:4: &AMP; is no entity that is known; known are amp, lt, gt, quot and apos"},
         Case{"<a b='&amp;' c='&b'/>", "1:17: & without an entity; write &amp;"},
         Case{"<!DOCTYPE a [<!ENTITY x 'y'>]><a>&x;</a>",
              "1:34: &x; is no entity that is known; known are amp, lt, gt, quot and apos"},
+        Case{"<a>&#0;</a>", "1:4: &#0; is no character"}, Case{"<a>&#;</a>", "1:4: &#; is no character"},
+        Case{"<a>&#4A;</a>", "1:4: &#4A; is no character"},
+        Case{"<a>&#x10000000000000041;</a>", "1:4: &#x10000000000000041; is no character"},
         Case{"<a>&#1;</a>", "1:4: &#1; is no character"}, Case{"<a>&#xD800;</a>", "1:4: &#xD800; is no character"},
         Case{"<a>&#x110000;</a>", "1:4: &#x110000; is no character"},
         Case{"<a>&#xFFFE;</a>", "1:4: &#xFFFE; is no character"}, Case{"<a>&#x;</a>", "1:4: &#x; is no character"},
         Case{"<a>&#X41;</a>", "1:4: &#X41; is no character"}, Case{std::string("<a/>\n\0<b/>", 10), "2:1: a NUL byte"},
+        Case{std::string(1, '\0'), "1:1: a NUL byte"},
+        Case{std::string("\n\0 \0<\0a\0", 8), "1:1: the text is UTF-16; it must be UTF-8"},
+        Case{std::string("\0\n\0 \0<\0a", 8), "1:1: the text is UTF-16; it must be UTF-8"},
         Case{std::string("<a>\0</a>", 8), "1:4: a NUL byte"},
         Case{std::string("<\0a\0/\0>\0", 8), "1:1: the text is UTF-16; it must be UTF-8"},
         Case{std::string("\0<\0a\0/\0>", 8), "1:1: the text is UTF-16; it must be UTF-8"},
@@ -88,14 +103,15 @@ std::string startTags(std::size_t count) {
     return tags;
 }
 
-TEST(Nesting, IsBounded) {
+TEST(FragmentBoundTest, IsOfNesting) {
     EXPECT_THAT(faultOf(startTags(256)), StartsWith("1:769: the text ends inside <a>"));
     EXPECT_EQ(faultOf(startTags(257)), "1:769: elements are nested more than 256 deep");
+    EXPECT_EQ(faultOf(startTags(255) + "<b>\n<c/>"), "2:1: elements are nested more than 256 deep");
     EXPECT_TRUE(findFragmentFault(startTags(257))->tooMuchForTheTreeReader);
     EXPECT_FALSE(findFragmentFault(startTags(256))->tooMuchForTheTreeReader);
 }
 
-TEST(Length, IsBounded) {
+TEST(FragmentBoundTest, IsOfLength) {
     std::string text = "<!--" + std::string(LARGEST_FRAGMENT - 7, 'x') + "-->";
     EXPECT_EQ(faultOf(text), "none");
     text += ' ';
@@ -103,17 +119,80 @@ TEST(Length, IsBounded) {
     EXPECT_TRUE(findFragmentFault(text)->tooMuchForTheTreeReader);
 }
 
-TEST(Elements, HaveTheirPlaces) {
+TEST(FragmentElementsTest, HaveTheirPlaces) {
     EXPECT_THAT(elementsIn("<a>\n  <b x='1'/><c\n/></a>\n<d></d>"), ElementsAre("a 1:1", "b 2:3", "c 2:13", "d 4:1"));
     EXPECT_THAT(elementsIn("\xEF\xBB\xBF<a/>"), ElementsAre("a 1:4"));
 }
 
-TEST(Elements, AreNoneInsideOtherMarkup) {
+TEST(FragmentElementsTest, AreNoneInsideOtherMarkup) {
     EXPECT_THAT(elementsIn("<!-- <x> --><a><![CDATA[<x>]]><?x <x> ?><!DOCTYPE y [<x>]><!x><b y='<x>'/></a>"),
                 ElementsAre("a 1:13", "b 1:63"));
 }
 
-TEST(Elements, EndWithTheFirstFault) { EXPECT_THAT(elementsIn("<a><b></a><c/>"), ElementsAre("a 1:1", "b 1:4")); }
+TEST(FragmentElementsTest, EndWithTheFirstFault) {
+    EXPECT_THAT(elementsIn("<a><b></a><c/>"), ElementsAre("a 1:1", "b 1:4"));
+}
+
+// Hands out `text` again and again, and breaks off after `times` times if that is not 0.
+class EndlessBuffer : public std::streambuf {
+public:
+    explicit EndlessBuffer(std::string theText, std::size_t times = 0) : text(std::move(theText)), breaksAfter(times) {}
+
+protected:
+    int_type underflow() override {
+        if (breaksAfter != 0 && ++given > breaksAfter) throw std::runtime_error("broken off");
+        setg(text.data(), text.data(), text.data() + text.size());
+        return traits_type::to_int_type(text.front());
+    }
+
+private:
+    std::string text;
+    std::size_t breaksAfter;
+    std::size_t given = 0;
+};
+
+xml_parser_error errorOf(std::istream& stream) {
+    try {
+        readFragment(stream);
+    } catch (const xml_parser_error& error) {
+        return error;
+    }
+    ADD_FAILURE() << "accepted";
+    return xml_parser_error("", "", 0);
+}
+
+TEST(FragmentStreamTest, IsReadFromWhereItStandsAndStaysGood) {
+    std::istringstream stream("skipped <a>1</a>");
+    stream.ignore(8);
+    EXPECT_EQ(readFragment(stream).get<std::string>("a"), "1");
+    EXPECT_TRUE(stream.good());
+    stream.str("<a>2</a>");
+    EXPECT_EQ(readFragment(stream).get<std::string>("a"), "2");
+}
+
+TEST(FragmentStreamTest, IsRefusedWhenItHasFailed) {
+    std::istringstream stream("<a/>");
+    stream.setstate(std::ios::failbit);
+    EXPECT_EQ(errorOf(stream).message(), "read error");
+    EXPECT_EQ(errorOf(stream).line(), 0U);
+}
+
+TEST(FragmentStreamTest, IsRefusedWhenItDoesNotEnd) {
+    EndlessBuffer buffer(std::string(1 << 20, ' '));
+    std::istream stream(&buffer);
+    EXPECT_EQ(errorOf(stream).message(), "the fragment is larger than 256 MB");
+}
+
+TEST(FragmentStreamTest, FailsWithItsOwnErrorWhenItBreaksOff) {
+    EndlessBuffer buffer("<a/>", 3);
+    std::istream stream(&buffer);
+    EXPECT_THROW(readFragment(stream), std::runtime_error);
+}
+
+TEST(FragmentStreamTest, IsReadAsItsTextIs) {
+    EXPECT_EQ(readFragmentText("<a>\n<b> x </b></a>").get<std::string>("a.b"), " x ");
+    EXPECT_THROW(readFragmentText("<a></b>"), xml_parser_error);
+}
 
 }  // namespace
 }  // namespace CoordinateTransformation

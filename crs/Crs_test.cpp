@@ -166,15 +166,6 @@ TEST_F(CrsTest, CopiesFromAModifiableHandleAlike) {
     EXPECT_EQ(ownedCount(), 0U);
 }
 
-TEST_F(CrsTest, KeepsCopiesOfAnOwnedCrsApart) {
-    Crs source(newCrs(27700, 5701));
-    Crs copied(source);
-    copied.mod()->setAlias("copy");
-    source.forceDim2D();
-    EXPECT_EQ(source->getAlias(), "");
-    EXPECT_EQ(copied->getDim(), 3U);
-}
-
 void expectMoved(Crs const& target, Crs const& source, State state, AbstractCrs const* held) {
     EXPECT_EQ(target.get(), held);
     EXPECT_EQ(target.isHoldingConst(), isFlagged(state));

@@ -32,7 +32,7 @@ TEST(AllocationFailureTest, LosesNothingWhenARootIsBuilt) {
 }
 
 template <typename E>
-void expectNothingLostBy(int leastAllocations) {
+void expectNothingLostBy(long leastAllocations) {
     EXPECT_GE(allocationsOf([] { const E exception(LONG_TEXT); }), leastAllocations);
     const E source(LONG_TEXT);
     EXPECT_GE(allocationsOf([&source] { const E copy(source); }), leastAllocations);
@@ -52,7 +52,7 @@ TEST(AllocationFailureTest, LosesNothingWhenAnExceptionOfABranchIsBuiltOrCopied)
 
 TEST(AllocationFailureTest, LeavesNoParametersWhenTheNewOnesCannotBeHad) {
     const char* const list[] = {"c", "d"};
-    for (int allocations = 0; allocations < 3; ++allocations) {
+    for (long allocations = 0; allocations < 3; ++allocations) {
         structured_exception exception("text", false, "sub", "sit", 1, list, true);
         EXPECT_FALSE(succeedsWith(allocations, [&exception, &list] { exception.setParameters(2, list); }));
         EXPECT_EQ(exception.getParameterCount(), 0U);

@@ -3,6 +3,8 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <utility>
+#include <vector>
 
 #include "CoordinateTransformation/Misconfigured.h"
 #include "names/CrsName.h"
@@ -22,14 +24,24 @@ using QSHelpers::convertNumericToText;
 // One degree of arc on the WGS 84 equator: 6378137 m * pi / 180.
 constexpr double METRES_PER_DEGREE = 111319.4907931134;
 
-// Null when PROJ cannot make the projection. The context lives as long as the projection, that is for ever.
+struct FreeContext {
+    void operator()(ClassicProj::projCtx context) const { ClassicProj::pj_ctx_free(context); }
+};
+using ContextPtr = std::unique_ptr<ClassicProj::Context, FreeContext>;
+
+// The contexts live as long as the projections that were made with them, that is for ever. Under proj4DefLock.
+std::vector<ContextPtr>& contexts() {
+    static auto& kept = *new std::vector<ContextPtr>;
+    return kept;
+}
+
+// Null when PROJ cannot make the projection.
 projPJ makeProjection(unsigned int code) {
     const ErrnoGuard errnoGuard;
     const std::string definition = "+init=epsg:" + convertNumericToText(code);
-    std::unique_ptr<ClassicProj::Context, decltype(&ClassicProj::pj_ctx_free)> context(ClassicProj::pj_ctx_alloc(),
-                                                                                       ClassicProj::pj_ctx_free);
+    ContextPtr context(ClassicProj::pj_ctx_alloc());
     const projPJ projection = ClassicProj::pj_init_plus_ctx(context.get(), definition.c_str());
-    if (projection != nullptr) static_cast<void>(context.release());
+    if (projection != nullptr) contexts().push_back(std::move(context));
     return projection;
 }
 

@@ -25,16 +25,6 @@ constexpr double LATITUDE = 50;
 constexpr double EASTING = 500000;
 const double NORTHING = 0.9996 * TestSupport::meridianArc(TestSupport::GRS80, LATITUDE);
 
-bool isFree(std::mutex& lock) {
-    return std::async(std::launch::async,
-                      [&lock] {
-                          const bool taken = lock.try_lock();
-                          if (taken) lock.unlock();
-                          return taken;
-                      })
-        .get();
-}
-
 class Proj4TransformerTest : public TestSupport::Proj4Test {};
 
 // All four combinations of axis orders.
@@ -152,7 +142,6 @@ TEST_F(Proj4TransformerTest, NamesAMissingCrsByNothing) {
         }
         EXPECT_EQ(x, 1);
         EXPECT_EQ(y, 2);
-        EXPECT_TRUE(isFree(proj4TransformLock));
     }
 }
 
@@ -184,22 +173,6 @@ TEST_F(FailingPointTest, FailsWithTheTextOfProjAlone) {
     }
 }
 
-TEST_F(FailingPointTest, LeavesTheLockFree) {
-    EXPECT_THROW(transformFailing(), TransExecException);
-    EXPECT_TRUE(isFree(proj4TransformLock));
-}
-
-TEST_F(FailingPointTest, DoesNotKeepOtherThreadsFromTheirPoints) {
-    EXPECT_THROW(transformFailing(), TransExecException);
-    std::thread([this] {
-        double x = LONGITUDE;
-        double y = LATITUDE;
-        source.transformTo(&target, x, y);
-        EXPECT_NEAR(x, EASTING, 0.001);
-        EXPECT_NEAR(y, NORTHING, 0.001);
-    }).join();
-}
-
 TEST_F(FailingPointTest, MayLieInAPairThatProjRejects) {
     givenEpsg("<1> +proj=longlat +ellps=bessel +nadgrids=missing.gsb <>\n<2> +proj=longlat +datum=WGS84 <>");
     const Proj4Crs gridded = crsOf(1);
@@ -208,7 +181,6 @@ TEST_F(FailingPointTest, MayLieInAPairThatProjRejects) {
         double x = 9;
         double y = 50;
         EXPECT_THROW(gridded.transformTo(&world, x, y), TransExecException);
-        EXPECT_TRUE(isFree(proj4TransformLock));
     }
 }
 

@@ -35,7 +35,7 @@ private:
 
 constexpr char IO_ERROR[] = "Input/output error";
 
-TEST(AText, IsReadUpToItsEndOrTheLimit) {
+TEST(FileTextTest, IsReadUpToItsEndOrTheLimit) {
     std::stringbuf ten("0123456789");
     EXPECT_EQ(readUpTo(ten, 4), "0123");
     EXPECT_EQ(readUpTo(ten, 4), "4567");
@@ -45,7 +45,7 @@ TEST(AText, IsReadUpToItsEndOrTheLimit) {
     EXPECT_EQ(readUpTo(endless, 1000003).size(), 1000003U);
 }
 
-TEST(ARead, KeepsNothingOfATextThatBreaksOff) {
+TEST(FileTextTest, KeepsNothingOfATextThatBreaksOff) {
     RepeatingBuffer breaking("4326;ne\n", 100000, true);
     const FileText read = readToEnd(breaking);
     EXPECT_EQ(read.failure, IO_ERROR);
@@ -54,7 +54,7 @@ TEST(ARead, KeepsNothingOfATextThatBreaksOff) {
     EXPECT_EQ(readToEnd(ending).failure, "");
 }
 
-TEST(ARead, EndsAtTheBound) {
+TEST(FileTextTest, IsRefusedBeyondTheBound) {
     RepeatingBuffer justFits(std::string(1 << 20, 'x'), 256, false);
     const FileText read = readToEnd(justFits);
     EXPECT_EQ(read.failure, "");
@@ -65,7 +65,7 @@ TEST(ARead, EndsAtTheBound) {
     EXPECT_EQ(refused.content, "");
 }
 
-TEST(AFile, IsReadAsItIs) {
+TEST(FileTextTest, IsThatOfTheFileAsItIs) {
     const TestSupport::TemporaryDirectory directory;
     const std::string content("a\0b\r\n\xFF\x1A\n", 8);
     const FileText read = readFile(directory.write("file", content));
@@ -74,14 +74,14 @@ TEST(AFile, IsReadAsItIs) {
     EXPECT_TRUE(read.opened);
 }
 
-TEST(AFile, ThatCannotBeOpenedHasTheReason) {
+TEST(FileTextTest, HasTheReasonForAFileThatCannotBeOpened) {
     const FileText read = readFile("/no/such/file");
     EXPECT_EQ(read.failure, "No such file or directory");
     EXPECT_FALSE(read.opened);
 }
 
 // A regular file by its type whose first byte no process may read, the administrator's included.
-TEST(AFile, WhoseReadBreaksOffHasTheReason) {
+TEST(FileTextTest, HasTheReasonForAReadThatBreaksOff) {
     ASSERT_TRUE(std::filesystem::is_regular_file("/proc/self/mem"));
     const FileText read = readFile("/proc/self/mem");
     EXPECT_EQ(read.failure, IO_ERROR);

@@ -1,5 +1,6 @@
 #include "text/InitFile.h"
 
+#include <algorithm>
 #include <chrono>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,6 +8,7 @@
 #include <string>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <vector>
 
 #include "tests/support/TemporaryDirectory.h"
 #include "text/ParameterList.h"
@@ -15,6 +17,7 @@ namespace CoordinateTransformation {
 namespace {
 
 using testing::Contains;
+using testing::ElementsAre;
 using testing::Key;
 using TestSupport::TemporaryDirectory;
 using Definitions = std::map<std::string, std::string>;
@@ -26,6 +29,25 @@ Definitions definitionsIn(const std::string& text) {
     return read;
 }
 
+// "line code text" of each definition in its order, line ends in the text as "|".
+std::vector<std::string> placedDefinitionsIn(const std::string& text) {
+    std::vector<std::string> definitions;
+    for (const InitFileDefinition& definition : readInitFileText(text)) {
+        std::string written = std::to_string(definition.line) + " " + definition.code + definition.text;
+        std::replace(written.begin(), written.end(), '\n', '|');
+        definitions.push_back(written);
+    }
+    return definitions;
+}
+
+TEST(InitFileTextTest, HasItsDefinitionsInOrderWithTheirLinesAndWithoutComments) {
+    EXPECT_THAT(placedDefinitionsIn("# <9> +z <>\n<2> +a <>\n\n<1> +b\n+c <> <3> +d"),
+                ElementsAre("2 2 +a |", "4 1 +b|+c |", "5 3 +d|"));
+    EXPECT_THAT(placedDefinitionsIn("<1>\n<>\n"), ElementsAre("1 1|"));
+    EXPECT_THAT(placedDefinitionsIn("<1> +a # <2> +b\n+c <>\n"), ElementsAre("1 1 +a |+c |"));
+    EXPECT_THAT(placedDefinitionsIn("<1> +a <>\n# comment\n<1> +b <>\n"), ElementsAre("1 1 +a |", "3 1 +b |"));
+}
+
 struct InitFileText {
     const char* name;
     std::string text;
@@ -35,6 +57,8 @@ struct InitFileText {
 void PrintTo(const InitFileText& text, std::ostream* stream) { *stream << text.name; }
 
 class InitFileGrammarTest : public testing::TestWithParam<InitFileText> {};
+
+std::string nameOf(const testing::TestParamInfo<InitFileText>& text) { return text.param.name; }
 
 TEST_P(InitFileGrammarTest, Reads) { EXPECT_EQ(definitionsIn(GetParam().text), GetParam().definitions); }
 
@@ -60,7 +84,7 @@ INSTANTIATE_TEST_SUITE_P(
         InitFileText{"ACodeThatIsNoNumber", "<metadata> +version=9 <>", {{"metadata", " +version=9"}}},
         InitFileText{"TheFirstOfTwoWithOneCode", "<1> +a <>\n<1> +b <>", ONE},
         InitFileText{"ADefinitionWithoutParameters", "<1><>", {{"1", ""}}}),
-    [](const auto& text) { return text.param.name; });
+    nameOf);
 
 INSTANTIATE_TEST_SUITE_P(Broken, InitFileGrammarTest,
                          testing::Values(InitFileText{"AnEmptyFile", "", {}},
@@ -73,7 +97,7 @@ INSTANTIATE_TEST_SUITE_P(Broken, InitFileGrammarTest,
                                          InitFileText{"ACodeWithABlank", "< 3> +c <1 3> +c <1> +a <>", ONE},
                                          InitFileText{"ACodeAcrossLines", "<3\n> +c <1> +a <>", ONE},
                                          InitFileText{"ACodeWithABracket", "<<1> +a <>", ONE}),
-                         [](const auto& text) { return text.param.name; });
+                         nameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     Binary, InitFileGrammarTest,
@@ -81,9 +105,9 @@ INSTANTIATE_TEST_SUITE_P(
                     InitFileText{"NulBytesBetweenDefinitions", withNul("<1> +a <>", "<2> +b <>"), TWO},
                     InitFileText{"BytesBeyondAscii", "\xff\xfe\x80<1> +a <>\xc3\x28<2> +b <>\x01", TWO},
                     InitFileText{"AByteOrderMark", "\xef\xbb\xbf<1> +a <>", ONE}),
-    [](const auto& text) { return text.param.name; });
+    nameOf);
 
-TEST(InitFileParserTest, SurvivesEveryByteInEveryPlace) {
+TEST(InitFileTextTest, SurvivesEveryByteInEveryPlace) {
     for (int byte = 0; byte < 256; ++byte) {
         for (std::size_t place = 0; place < 9; ++place) {
             std::string text = "<1> +a <>";
@@ -93,7 +117,7 @@ TEST(InitFileParserTest, SurvivesEveryByteInEveryPlace) {
     }
 }
 
-TEST(InitFileParserTest, SkipsADefinitionBeyondAllMeasure) {
+TEST(InitFileTextTest, SkipsADefinitionBeyondAllMeasure) {
     const std::string longest(65000, 'x');
     EXPECT_EQ(definitionsIn("<1> +a <2> +" + longest + " <>").size(), 2U);
     EXPECT_EQ(definitionsIn("<1> +a <2> +" + longest + longest + " <>"), ONE);
@@ -174,20 +198,11 @@ TEST_F(InitFileTest, HasNoCodesForAnEmptyFile) {
     EXPECT_EQ(find(""), "none");
 }
 
-TEST_F(InitFileTest, HasNoCodesForADirectory) {
-    std::filesystem::create_directory(directory.file("epsg"));
-    EXPECT_EQ(find("1"), "none");
-}
-
-TEST_F(InitFileTest, DoesNotWaitForAPipe) {
-    ASSERT_EQ(mkfifo(directory.file("epsg").c_str(), 0600), 0);
-    EXPECT_EQ(find("1"), "none");
-}
-
-// A regular file by its type whose first byte no process may read, the administrator's included.
-TEST(UnreadableInitFileTest, HasNoCodes) {
-    InitFile file("/proc/self/mem");
-    EXPECT_FALSE(file.find("1").has_value());
+// "/proc/self/mem" is a regular file by its type whose first byte no process may read, the administrator's included.
+TEST_F(InitFileTest, HasNoCodesForWhatCannotBeReadAndDoesNotWaitForAPipe) {
+    ASSERT_EQ(mkfifo(directory.file("pipe").c_str(), 0600), 0);
+    for (const std::string& path : {directory.name(), directory.file("pipe"), std::string("/proc/self/mem")})
+        EXPECT_FALSE(InitFile(path).find("1").has_value()) << path;
 }
 
 // While it lives, the process can open no file.
@@ -206,7 +221,7 @@ private:
     rlimit limit{};
 };
 
-class InitFileForAMomentTest : public InitFileTest {
+class InterruptedInitFileTest : public InitFileTest {
 protected:
     std::string findWithoutDescriptors(const std::string& code) {
         const NoDescriptors exhausted;
@@ -214,13 +229,13 @@ protected:
     }
 };
 
-TEST_F(InitFileForAMomentTest, FindsACodeThatTheFirstReadCouldNot) {
+TEST_F(InterruptedInitFileTest, FindsACodeThatTheFirstReadCouldNot) {
     write("<1> +a <>");
     EXPECT_EQ(findWithoutDescriptors("1"), "none");
     EXPECT_EQ(find("1"), " +a");
 }
 
-TEST_F(InitFileForAMomentTest, KeepsItsIndexWhenItCannotReadAgain) {
+TEST_F(InterruptedInitFileTest, KeepsItsIndexWhenItCannotReadAgain) {
     write("<1> +a <>");
     EXPECT_EQ(find("1"), " +a");
     write("<1> +c <>\n<2> +b <>");
@@ -230,7 +245,7 @@ TEST_F(InitFileForAMomentTest, KeepsItsIndexWhenItCannotReadAgain) {
     EXPECT_EQ(find("1"), " +c");
 }
 
-TEST_F(InitFileForAMomentTest, KeepsItsIndexWhenAReadBreaksOff) {
+TEST_F(InterruptedInitFileTest, KeepsItsIndexWhenAReadBreaksOff) {
     write("<1> +a <>");
     EXPECT_EQ(find("1"), " +a");
     std::filesystem::remove(directory.file("epsg"));
@@ -242,7 +257,7 @@ TEST_F(InitFileForAMomentTest, KeepsItsIndexWhenAReadBreaksOff) {
     EXPECT_EQ(find("2"), " +b");
 }
 
-TEST_F(InitFileForAMomentTest, KeepsItsIndexWhenTheFileHasGrownBeyondAllMeasure) {
+TEST_F(InterruptedInitFileTest, KeepsItsIndexWhenTheFileHasGrownBeyondAllMeasure) {
     write("<1> +a <>");
     EXPECT_EQ(find("1"), " +a");
     std::filesystem::resize_file(directory.file("epsg"), (std::uintmax_t{256} << 20) + 1);
@@ -250,7 +265,7 @@ TEST_F(InitFileForAMomentTest, KeepsItsIndexWhenTheFileHasGrownBeyondAllMeasure)
     EXPECT_EQ(find("1"), " +a");
 }
 
-class EndlessLineTest : public InitFileTest {
+class EndlessLineOfInitFileTest : public InitFileTest {
 protected:
     void writeEndlessLine(const std::string& begin, const std::string& end) {
         const std::string megabyte(1 << 20, 'x');
@@ -261,19 +276,19 @@ protected:
     }
 };
 
-TEST_F(EndlessLineTest, FindsWhatStandsBehindIt) {
+TEST_F(EndlessLineOfInitFileTest, FindsWhatStandsBehindIt) {
     writeEndlessLine("", "\n<1> +a <>");
     EXPECT_EQ(find("1"), " +a");
 }
 
-TEST_F(EndlessLineTest, SkipsADefinitionOfSuchALine) {
+TEST_F(EndlessLineOfInitFileTest, SkipsADefinitionOfSuchALine) {
     writeEndlessLine("<1> +a <2> +", " <3> +c <>");
     EXPECT_EQ(find("1"), " +a");
     EXPECT_EQ(find("2"), "none");
     EXPECT_EQ(find("3"), " +c");
 }
 
-TEST_F(EndlessLineTest, SkipsACodeOfSuchALine) {
+TEST_F(EndlessLineOfInitFileTest, SkipsACodeOfSuchALine) {
     writeEndlessLine("<", "> +b <1> +a <>");
     EXPECT_EQ(find("1"), " +a");
 }

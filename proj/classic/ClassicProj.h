@@ -9,7 +9,7 @@ struct Definition;
 
 // A CRS definition. Made once, never released, found valid by PROJ when it was made.
 using projPJ = Definition*;
-// Carries the error number of the definitions made with it.
+// Carries the error number of the definitions made with it, which do not refer to it.
 struct Context {
     int error = 0;
 };

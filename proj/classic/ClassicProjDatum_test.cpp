@@ -3,12 +3,15 @@
 #include <cstdint>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <ostream>
 #include <proj.h>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "proj/classic/ClassicProj.h"
 #include "tests/support/ClassicMoves.h"
 #include "tests/support/GroupingLocale.h"
-#include "tests/support/SearchPath.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace ClassicProj {
@@ -154,6 +157,15 @@ INSTANTIATE_TEST_SUITE_P(
                     std::pair("+a=6378137 +b=6378137 +nadgrids=@null", "+datum=WGS84"),
                     std::pair("+ellps=bessel +nadgrids=@missing.gsb", "+datum=WGS84"),
                     std::pair("+datum=NAD27", "+datum=WGS84")));
+
+// A grid has an edge; a list that shifts nothing is none, so that even a point beyond the pole stays.
+TEST(NullGridTest, HasSeveralSpellingsAndNoEdge) {
+    for (const char* names : {"null", "@null", "null,@null", "@null,null"}) {
+        const Point there{200, 95, 100};
+        expectNear(moved(std::string("+proj=longlat +ellps=bessel +nadgrids=") + names, WORLD, there), there,
+                   ANGLE_TOLERANCE);
+    }
+}
 
 // PROJ keeps the shifts of a grid in single precision.
 constexpr double GRID_TOLERANCE = 1e-10;
@@ -370,16 +382,91 @@ INSTANTIATE_TEST_SUITE_P(
              {9, 50, 100 + GEOID}}),
     nameOfMove);
 
+// A move is what the steps on its way are, which the other tests hold against figures: the source's coordinates become
+// geodetic, then the geoid of the source, the datum, the geoid of the target, and the target's coordinates.
+struct Way {
+    const char* name;
+    std::string source;
+    std::vector<std::string> steps;
+    std::string target;
+};
+
+void PrintTo(const Way& way, std::ostream* stream) { *stream << way.source << " to " << way.target; }
+
+class WayTest : public testing::TestWithParam<Way> {
+protected:
+    void SetUp() override { searchOnlyIn({}); }
+};
+
+TEST_P(WayTest, LeadsWhereItsStepsDo) {
+    std::string at = GetParam().steps.front();
+    const Point start = moved(at, GetParam().source, HERE);
+    Point expected = HERE;
+    for (const std::string& step : GetParam().steps) expected = moved(std::exchange(at, step), step, expected);
+    expectNear(moved(GetParam().source, GetParam().target, start), moved(at, GetParam().target, expected));
+}
+
+const std::string SHIFTED_DATUM = " +ellps=bessel +towgs84=598.1,73.7,418.2,0.202,0.045,-2.455,6.7";
+const std::string SHIFTED = "+proj=longlat" + SHIFTED_DATUM;
+const std::string SHIFTED_TMERC = "+proj=tmerc +lon_0=9" + SHIFTED_DATUM;
+const std::string GRIDDED = "+proj=longlat +ellps=bessel +nadgrids=BETA2007.gsb";
+const std::string GRIDDED_TMERC = "+proj=tmerc +lon_0=9 +ellps=bessel +nadgrids=BETA2007.gsb";
+const std::string OTHER_GRIDS = " +a=6378249.2 +b=6356515 +nadgrids=ntf_r93.gsb";
+const std::string NULL_GRID = "+proj=longlat +ellps=bessel +nadgrids=@null";
+const std::string WORLD_UTM = "+proj=utm +zone=32 +datum=WGS84";
+
+INSTANTIATE_TEST_SUITE_P(
+    Datums, WayTest,
+    testing::Values(
+        Way{"OneShift", SHIFTED_TMERC, {SHIFTED}, "+proj=utm +zone=31" + SHIFTED_DATUM},
+        Way{"Shift", SHIFTED_TMERC, {SHIFTED, WORLD}, WORLD_UTM},
+        Way{"ShiftBackwards", WORLD_UTM, {WORLD, SHIFTED}, SHIFTED_TMERC},
+        Way{"OneListOfGrids", GRIDDED_TMERC, {GRIDDED}, "+proj=utm +zone=31 +ellps=bessel +nadgrids=BETA2007.gsb"},
+        Way{"Grids", GRIDDED_TMERC, {GRIDDED, WORLD}, WORLD_UTM},
+        Way{"GridsOfBoth",
+            GRIDDED_TMERC,
+            {GRIDDED, WORLD, "+proj=longlat" + OTHER_GRIDS},
+            "+proj=utm +zone=31" + OTHER_GRIDS},
+        Way{"GridsBesideAShift", GRIDDED_TMERC, {GRIDDED, WORLD, SHIFTED}, SHIFTED_TMERC},
+        Way{"ShiftBesideGrids", SHIFTED_TMERC, {SHIFTED, WORLD, GRIDDED}, GRIDDED_TMERC},
+        Way{"NullGridBesideAShift", NULL_GRID, {NULL_GRID, WORLD}, SHIFTED_TMERC},
+        Way{"NullGridBesideGrids", NULL_GRID, {NULL_GRID, WORLD}, GRIDDED_TMERC}),
+    [](const auto& way) { return std::string(way.param.name); });
+
+INSTANTIATE_TEST_SUITE_P(Geoids, WayTest,
+                         testing::Values(Way{"BesideAShift",
+                                             SHIFTED_TMERC + GEOID_GRID,
+                                             {SHIFTED + GEOID_GRID, SHIFTED, WORLD, WORLD + GEOID_GRID},
+                                             WORLD_UTM + GEOID_GRID},
+                                         Way{"BesideGrids",
+                                             GRIDDED_TMERC + GEOID_GRID,
+                                             {GRIDDED + GEOID_GRID, GRIDDED, WORLD, WORLD + GEOID_GRID},
+                                             WORLD_UTM + GEOID_GRID}),
+                         [](const auto& way) { return std::string(way.param.name); });
+
+// A tenth of a millimetre separates GRS 80 from WGS 84 at the poles.
+TEST(EllipsoidOfADatumTest, IsThatOfItsDefinitionOnEitherSide) {
+    const std::string europe = "+proj=longlat +ellps=GRS80 +towgs84=0,0,0";
+    const Point onWgs84 = moved(GRIDDED, WORLD, HERE);
+    const Point onGrs80 = moved(GRIDDED, europe, HERE);
+    EXPECT_LT(distance(geocentric(GRS80, onGrs80), geocentric(WGS84, onWgs84)), LENGTH_TOLERANCE) << onGrs80;
+    const Point onBessel = moved(europe, SHIFTED, HERE);
+    const Point expected = shiftedBack({598.1, 73.7, 418.2, 0.202, 0.045, -2.455, 6.7}, geocentric(GRS80, HERE));
+    EXPECT_LT(distance(geocentric(BESSEL, onBessel), expected), LENGTH_TOLERANCE) << onBessel;
+}
+
 TEST(GeoidOfFlatPointsTest, HasNoMeaning) {
     const Point there = moved(WORLD + GEOID_GRID, WORLD, {9, 50, 7}, Heights::WITHOUT);
     expectNear(there, {9, 50, 7}, ANGLE_TOLERANCE);
 }
 
 TEST(GeoidOfFlatPointsTest, MayEvenBeMissing) {
-    Point point = HERE;
     const std::string missing = WORLD + " +geoidgrids=missing.gtx";
-    EXPECT_EQ(move(missing, WORLD, point, Heights::WITHOUT), 0);
-    EXPECT_NE(move(missing, WORLD, point, Heights::WITH), 0);
+    for (const auto& [source, target] : {std::pair(missing, WORLD), std::pair(WORLD, missing)}) {
+        Point point = HERE;
+        EXPECT_EQ(move(source, target, point, Heights::WITHOUT), 0);
+        EXPECT_NE(move(source, target, point, Heights::WITH), 0);
+    }
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 
 #include "proj/classic/ClassicProj.h"
 #include "tests/support/ClassicMoves.h"
-#include "tests/support/SearchPath.h"
 
 namespace ClassicProj {
 namespace {

@@ -1,13 +1,15 @@
 #include "proj/classic/ClassicProj.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <proj.h>
+#include <string>
 #include <thread>
 #include <vector>
 
 #include "proj/classic/Definition.h"
 #include "tests/support/ClassicMoves.h"
-#include "tests/support/SearchPath.h"
+#include "tests/support/GoneWorkingDirectory.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace ClassicProj {
@@ -310,7 +312,7 @@ TEST_F(InitDefinitionTest, IsMadeByManyThreads) {
                 const std::string init = "+init=epsg:" + std::to_string(code);
                 const projPJ definition = pj_init_plus_ctx(context, init.c_str());
                 EXPECT_EQ(definition != nullptr, code <= 40);
-                if (definition == nullptr) pj_ctx_free(context);
+                pj_ctx_free(context);
             }
         });
     }
@@ -373,10 +375,36 @@ TEST_F(SearchPathChangeTest, CopiesTheNames) {
     define("+init=epsg:1");
 }
 
+// The error number of the call that names the directories.
+int errorOf(const std::vector<std::string>& directories) {
+    searchOnlyIn(directories);
+    return *pj_get_errno_ref();
+}
+
 TEST_F(SearchPathChangeTest, ClearsTheErrorNumber) {
-    expectRefused("+proj=nonsense");
-    searchOnlyIn({});
-    EXPECT_EQ(*pj_get_errno_ref(), 0);
+    const std::vector<std::string> searched[] = {{}, {first.name()}, {first.name(), second.name()}};
+    for (const std::vector<std::string>& directories : searched) {
+        expectRefused("+proj=nonsense");
+        EXPECT_EQ(errorOf(directories), 0);
+    }
+}
+
+TEST_F(SearchPathChangeTest, HasAnErrorNumberWhenADirectoryIsNone) {
+    const std::string none[] = {first.file("missing"), first.write("file", ""), ""};
+    for (const std::string& directory : none) {
+        EXPECT_EQ(errorOf({directory}), PROJ_ERR_INVALID_OP_FILE_NOT_FOUND_OR_INVALID) << directory;
+        EXPECT_EQ(errorOf({directory, first.name()}), PROJ_ERR_INVALID_OP_FILE_NOT_FOUND_OR_INVALID) << directory;
+        EXPECT_EQ(errorOf({first.name(), directory}), PROJ_ERR_INVALID_OP_FILE_NOT_FOUND_OR_INVALID) << directory;
+    }
+}
+
+// The directory is there, and has no absolute name.
+TEST_F(SearchPathChangeTest, HasAnErrorNumberWhenTheWorkingDirectoryIsGone) {
+    first.makeDirectory("proj");
+    const GoneWorkingDirectory gone(first.file("work"));
+    ASSERT_TRUE(std::filesystem::is_directory("../proj"));
+    EXPECT_EQ(errorOf({"../proj"}), PROJ_ERR_INVALID_OP_FILE_NOT_FOUND_OR_INVALID);
+    EXPECT_EQ(errorOf({first.file("proj")}), 0);
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <functional>
 #include <new>
-#include <sstream>
+#include <string_view>
 #include <utility>
 
 #include "text/NumericText.h"
@@ -14,6 +14,14 @@ namespace ClassicProj {
 namespace {
 
 using CoordinateTransformation::writeDouble;
+
+// A PROJ operation by its text, run forwards or backwards. Grid shifts are stages of their own, so that all
+// pairs can share the open grids.
+struct StageText {
+    std::string text;
+    bool backwards;
+    bool isGridShift;
+};
 
 struct Step {
     std::string text;
@@ -71,11 +79,12 @@ std::string helmertStep(const std::array<double, 7>& toWgs84) {
 }
 
 // A grid of this name shifts nothing anywhere.
-bool isNullGrid(const std::string& grids) {
-    std::istringstream names(grids);
-    names.exceptions(std::ios::badbit);
-    for (std::string name; std::getline(names, name, ',');)
+bool isNullGrid(std::string_view grids) {
+    while (!grids.empty()) {
+        const std::string_view name = grids.substr(0, grids.find(','));
         if (name != "null" && name != "@null") return false;
+        grids.remove_prefix(std::min(name.size() + 1, grids.size()));
+    }
     return true;
 }
 
@@ -106,8 +115,8 @@ void addGeoid(StageWriter& stages, const Definition& definition, bool backwards)
         stages.addGridShift("+proj=vgridshift +grids=" + definition.geoidGrids, backwards);
 }
 
-}  // namespace
-
+// What moves a point from one CRS to another, in the classic order: source to geodetic coordinates, geoid,
+// datum, geoid, target. Empty when nothing changes. Geoids count only for points with heights.
 std::vector<StageText> writeStages(const Definition& source, const Definition& target, bool withHeights) {
     StageWriter stages;
     stages.add(source.step, true);
@@ -117,8 +126,6 @@ std::vector<StageText> writeStages(const Definition& source, const Definition& t
     stages.add(target.step, false);
     return stages.finish();
 }
-
-namespace {
 
 // A difference is 0 for finite numbers alone; one comparison serves all three.
 bool areFinite(double x, double y, double z) { return (x - x) + (y - y) + (z - z) == 0; }

@@ -33,6 +33,8 @@ Definition definitionOf(const std::string& text) {
 // A pair that PROJ could not make any more: whether it is found tells whether it is still there.
 void spoil(Definition& definition) { definition.step = "+proj=nonsense"; }
 
+void copyGrid(const std::string& file) { std::filesystem::copy_file("/usr/share/proj/BETA2007.gsb", file); }
+
 std::ptrdiff_t openFiles() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), std::filesystem::directory_iterator());
 }
@@ -135,7 +137,7 @@ TEST_F(PairOperationsTest, TriesAgainAfterASecondWhenAGridWasMissing) {
     EXPECT_NE(error, 0);
     EXPECT_EQ(operations.size(), 0U);
     const int missing = error;
-    std::filesystem::copy_file("/usr/share/proj/BETA2007.gsb", directory.file("later.gsb"));
+    copyGrid(directory.file("later.gsb"));
     currentTime += std::chrono::milliseconds(999);
     EXPECT_EQ(find(german, utm32), nullptr);
     EXPECT_EQ(error, missing);
@@ -187,7 +189,7 @@ TEST_F(PairOperationsTest, FailsForAPipeInPlaceOfAGrid) {
 // PROJ defers opening a grid that the process has met, and takes the shift for one that moves nothing if that fails.
 TEST_F(PairOperationsTest, FailsForAGridThatHasGone) {
     const TemporaryDirectory directory;
-    std::filesystem::copy_file("/usr/share/proj/BETA2007.gsb", directory.file("gone.gsb"));
+    copyGrid(directory.file("gone.gsb"));
     setSearchDirectories({directory.name()});
     const Definition german = definitionOf("+proj=longlat +ellps=bessel +nadgrids=gone.gsb");
     ASSERT_NE(find(german, utm32), nullptr);

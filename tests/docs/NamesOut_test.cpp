@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
+#include "QuarvelSrv/SrsFormattingOptions.h"
 #include "tests/support/DocsServer.h"
 #include "tests/support/Page.h"
-#include "QuarvelSrv/SrsFormattingOptions.h"
 
 // The tables of calls on docs/names-out.md: each call is read as C++ and made.
 namespace DocsTest {

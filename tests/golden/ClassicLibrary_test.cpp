@@ -16,9 +16,9 @@
 #include "proj/Proj4Transformer.h"
 #include "proj/classic/ClassicProj.h"
 #include "proj/classic/Definition.h"
+#include "tests/support/FakeCrs.h"
 #include "text/InitFile.h"
 #include "text/ParameterList.h"
-#include "tests/support/FakeCrs.h"
 
 namespace CoordinateTransformation {
 namespace {

@@ -46,7 +46,7 @@ void onAThreadWithASmallStack(Action action) {
     pthread_attr_destroy(&attributes);
 }
 
-TEST(NestedElements, FitASmallStackUpTo256) {
+TEST(NestingTest, FitsASmallStackUpTo256) {
     CrsConfig config;
     onAThreadWithASmallStack([&] {
         EXPECT_TRUE(configure(config, nested(256)));
@@ -55,7 +55,7 @@ TEST(NestedElements, FitASmallStackUpTo256) {
     EXPECT_EQ(config.getConfiguredCrs()->size(), 2U);
 }
 
-TEST(NestedElements, AreRefusedBeyondWhateverTheirDepth) {
+TEST(NestingTest, IsRefusedBeyondWhateverItsDepth) {
     CrsConfig config;
     onAThreadWithASmallStack([&] {
         for (const std::size_t depth : {256U, 1000U, 20000U, 1000000U})

@@ -2,87 +2,99 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <limits>
 #include <new>
 
-// Replaces the global allocation functions by such that fail where a test tells them to. For the one source of a test
-// program of its own.
+// Replaces the global allocation functions by such that count, and fail where a test wants them to. For the one source
+// of a test program of its own.
 
 namespace TestSupport {
 
-constexpr int NEVER = -1;
+constexpr long NEVER = std::numeric_limits<long>::max();
 
-inline thread_local int allocationsUntilFailure = NEVER;
-// Whether there is memory again after one failure, which then shows only if it is reported.
-inline thread_local bool failsOnce = false;
+// Of this thread: how many allocations there were, refused ones among them; which of them fail; what is not released.
+inline thread_local long allocations = 0;
+inline thread_local long firstFailure = NEVER;
+inline thread_local long lastFailure = NEVER;
 inline thread_local long outstanding = 0;
+// Whether an allocation must not fail here; asked for those alone that would.
+inline bool (*isSpared)() = nullptr;
 
-inline void* allocate(std::size_t size) {
-    if (allocationsUntilFailure == 0) {
-        if (failsOnce) allocationsUntilFailure = NEVER;
-        throw std::bad_alloc();
-    }
-    allocationsUntilFailure -= allocationsUntilFailure > 0 ? 1 : 0;
-    void* const memory = std::malloc(size != 0 ? size : 1);
-    if (memory == nullptr) throw std::bad_alloc();
-    ++outstanding;
-    return memory;
+inline bool fails() {
+    const long number = allocations++;
+    return number >= firstFailure && number <= lastFailure && (isSpared == nullptr || !isSpared());
 }
 
 inline void* allocateOrNull(std::size_t size) noexcept {
-    try {
-        return allocate(size);
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
+    void* const memory = fails() ? nullptr : std::malloc(size != 0 ? size : 1);
+    outstanding += memory != nullptr ? 1 : 0;
+    return memory;
 }
 
-inline void release(void* memory) {
+inline void* allocate(std::size_t size) {
+    void* const memory = allocateOrNull(size);
+    if (memory == nullptr) throw std::bad_alloc();
+    return memory;
+}
+
+// Not inlined: the compiler would take it for a release that does not fit its allocation.
+[[gnu::noinline]] inline void release(void* memory) {
     outstanding -= memory != nullptr ? 1 : 0;
     std::free(memory);
 }
 
-// True when `action` got through with that many allocations; else it failed with bad_alloc.
+// Lets `howMany` allocations of `action` fail, from the one of that number on. Whether it got through.
 template <typename Action>
-bool succeedsWith(int allocations, Action action) {
-    allocationsUntilFailure = allocations;
+bool succeedsWithout(long first, long howMany, Action action) {
+    allocations = 0;
+    firstFailure = first;
+    lastFailure = first + howMany - 1;
     bool failed = false;
     try {
         action();
     } catch (const std::bad_alloc&) {
         failed = true;
     }
-    allocationsUntilFailure = NEVER;
+    firstFailure = NEVER;
     return !failed;
 }
 
-// The same, when one allocation alone fails.
+// The same when all allocations fail after so many.
 template <typename Action>
-bool succeedsWithout(int allocation, Action action) {
-    failsOnce = true;
-    const bool succeeded = succeedsWith(allocation, action);
-    failsOnce = false;
-    return succeeded;
+bool succeedsWith(long before, Action action) {
+    return succeedsWithout(before, NEVER - before, action);
+}
+
+// Runs `action` once for each of its allocations, which alone fails: it must fail, or `isRight` must hold afterwards.
+// Returns how many allocations there are.
+template <typename Action, typename Check>
+long expectAllOrNothing(Action action, Check isRight) {
+    long failing = -1;
+    do {
+        const bool succeeded = succeedsWithout(++failing, 1, action);
+        EXPECT_TRUE(!succeeded || isRight()) << "without allocation " << failing;
+    } while (allocations > failing);
+    return failing;
 }
 
 // Lets `action` fail at each of its allocations in turn, each time with a new state, until it gets through; nothing
 // may be lost. Returns how many allocations there are.
 template <typename Prepare, typename Action>
-int allocationsOf(Prepare prepare, Action action) {
-    int allocations = 0;
-    for (bool succeeded = false; !succeeded; ++allocations) {
-        const long before = outstanding;
+long allocationsOf(Prepare prepare, Action action) {
+    long before = -1;
+    for (bool succeeded = false; !succeeded && !testing::Test::HasFailure();) {
+        const long outstandingBefore = outstanding;
         {
             auto state = prepare();
-            succeeded = succeedsWith(allocations, [&] { action(state); });
+            succeeded = succeedsWith(++before, [&] { action(state); });
         }
-        EXPECT_EQ(outstanding, before) << "after " << allocations << " allocations";
-        if (testing::Test::HasFailure()) break;
+        EXPECT_EQ(outstanding, outstandingBefore) << "after " << before << " allocations";
     }
-    return allocations - 1;
+    return before;
 }
 
 template <typename Action>
-int allocationsOf(Action action) {
+long allocationsOf(Action action) {
     return allocationsOf([] { return 0; }, [&action](int) { action(); });
 }
 
@@ -90,13 +102,11 @@ int allocationsOf(Action action) {
 
 void* operator new(std::size_t size) { return TestSupport::allocate(size); }
 void* operator new[](std::size_t size) { return TestSupport::allocate(size); }
-void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-    return TestSupport::allocateOrNull(size);
-}
-void* operator new[](std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-    return TestSupport::allocateOrNull(size);
-}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return TestSupport::allocateOrNull(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return TestSupport::allocateOrNull(size); }
 void operator delete(void* memory) noexcept { TestSupport::release(memory); }
 void operator delete[](void* memory) noexcept { TestSupport::release(memory); }
 void operator delete(void* memory, std::size_t) noexcept { TestSupport::release(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { TestSupport::release(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { TestSupport::release(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { TestSupport::release(memory); }

@@ -3,12 +3,19 @@
 #include <gtest/gtest.h>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "proj/classic/ClassicProj.h"
 #include "tests/support/Geodesy.h"
 
-// Definitions and points for tests of pj_transform; angles are degrees here.
+// The classic interface with texts and points of tests; angles are degrees here.
 namespace TestSupport {
+
+inline void searchOnlyIn(const std::vector<std::string>& directories) {
+    std::vector<const char*> paths;
+    for (const std::string& directory : directories) paths.push_back(directory.c_str());
+    ClassicProj::pj_set_searchpath(static_cast<int>(paths.size()), paths.data());
+}
 
 inline ClassicProj::projPJ define(const std::string& text) {
     const ClassicProj::projPJ definition = ClassicProj::pj_init_plus_ctx(nullptr, text.c_str());

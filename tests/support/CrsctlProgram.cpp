@@ -8,8 +8,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "tools/crsctl/start/TextFile.h"
 #include "tests/support/TemporaryFile.h"
+#include "tools/crsctl/start/TextFile.h"
 
 namespace crsctl {
 

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "tools/crsctl/start/Session.h"
 #include "tests/support/TemporaryFile.h"
+#include "tools/crsctl/start/Session.h"
 
 namespace crsctl {
 

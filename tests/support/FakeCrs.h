@@ -38,7 +38,24 @@ private:
     std::set<const AbstractCrs*> alive;
 };
 
-// A CRS of any codes, bound to nothing; codes below 10000 that begin with 4 are geographic, as in EPSG.
+// Codes that tests use, as EPSG has them. Every other code is that of a projected CRS with easting first.
+struct FakeCode {
+    unsigned int code;
+    bool isGeographic;
+    bool isEastNorth;
+};
+constexpr FakeCode FAKE_CODES[] = {
+    {4258, true, false},   {4326, true, false},   {4979, true, false},
+    {31467, false, false}, {31468, false, false}, {31469, false, false},
+};
+
+inline FakeCode fakeCode(unsigned int code) {
+    for (const FakeCode& known : FAKE_CODES)
+        if (known.code == code) return known;
+    return {code, false, true};
+}
+
+// A CRS of any codes, bound to nothing.
 class FakeCrs : public AbstractCrs {
 public:
     FakeCrs(CrsCreator const& crsCreator, CoordTransformer const& crsTransformer, unsigned int primary,
@@ -58,7 +75,7 @@ public:
     AbstractCrs* copy() const override { return new FakeCrs(*this); }
     double getUnitEquivalentInM() const override { return isGeographic() ? 111319.4907931134 : 1.0; }
     bool isCartesian() const override { return !isGeographic(); }
-    bool isGeographic() const override { return primaryCode / 1000 == 4; }
+    bool isGeographic() const override { return fakeCode(primaryCode).isGeographic; }
     using AbstractCrs::operator=;
     FakeCrs& operator=(FakeCrs const& other) {
         AbstractCrs::operator=(other);
@@ -74,7 +91,7 @@ public:
         if (primary != 0) identifier = "EPSG:" + std::to_string(primary);
         if (primary != 0 && secondary != 0) identifier += "*EPSG:" + std::to_string(secondary);
     }
-    void setEpsgStandardAxisOrder() override { axisOrderEastNorthOrLonLat = !isGeographic(); }
+    void setEpsgStandardAxisOrder() override { axisOrderEastNorthOrLonLat = fakeCode(primaryCode).isEastNorth; }
     void setCustomProperties(unsigned int primary, unsigned int secondary, bool eastNorthOrLonLat, double primaryScale,
                              double secCompoundScale) override {
         setCode(primary, secondary, false);

@@ -5,6 +5,7 @@
 #include <csignal>
 #include <fstream>
 #include <ios>
+#include <proj.h>
 #include <string>
 #include <sys/wait.h>
 #include <thread>
@@ -70,11 +71,14 @@ private:
     pid_t process;
 };
 
+// The text of the installed PROJ, asked for before any fork.
+inline const std::string INVALID_COORDINATE = proj_context_errno_string(nullptr, PROJ_ERR_COORD_TRANSFM_INVALID_COORD);
+
 inline bool failsAsItShould() {
     try {
         moved(server(), "EPSG:4326", "EPSG:25832", {99, 9});
     } catch (const CoordinateTransformation::TransExecException& failure) {
-        return failure.getCatalogMessage() != nullptr && std::string(failure.what()) == "Invalid coordinate";
+        return failure.getCatalogMessage() != nullptr && failure.what() == INVALID_COORDINATE;
     }
     return false;
 }

@@ -8,7 +8,7 @@
 #include "proj/AxisOrderTable.h"
 #include "proj/Proj4Locks.h"
 #include "proj/Proj4Transformer.h"
-#include "tests/support/SearchPath.h"
+#include "tests/support/ClassicMoves.h"
 #include "tests/support/FakeCrs.h"
 #include "tests/support/TemporaryDirectory.h"
 

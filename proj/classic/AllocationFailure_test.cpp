@@ -1,30 +1,29 @@
-// Memory that ends while PROJ makes something.
+// Memory that ends while PROJ makes something. A program of its own: it replaces the global allocation functions.
 
-#include <cmath>
-#include <cstdlib>
+#include "tests/support/AllocationFailure.h"
+
 #include <gtest/gtest.h>
-#include <limits>
-#include <new>
 #include <proj.h>
+#include <string>
+#include <tuple>
 
 #include "proj/classic/PairOperations.h"
 #include "proj/classic/ProjObjects.h"
 #include "tests/support/Geodesy.h"
 #include "tests/support/ProjFaults.h"
 
+namespace ClassicProj {
 namespace {
 
-constexpr long NEVER = std::numeric_limits<long>::max();
-
-long allocations = 0;
-long firstFailure = NEVER;
-long lastFailure = NEVER;
+using TestSupport::allocations;
+using TestSupport::NEVER;
+using TestSupport::RADIANS;
 
 PJ_CONTEXT* newestContext = nullptr;
 long allocationsUpToContext = 0;
 
 PJ_CONTEXT* makeWatchedContext() {
-    newestContext = ClassicProj::makeContext();
+    newestContext = makeContext();
     allocationsUpToContext = allocations;
     return newestContext;
 }
@@ -34,41 +33,6 @@ PJ_CONTEXT* makeWatchedContext() {
 // anywhere. Such a failure has no outcome to test, so no allocation of the trial fails.
 bool isTrial() { return newestContext != nullptr && proj_log_level(newestContext, PJ_LOG_TELL) == PJ_LOG_ERROR; }
 
-bool fails() {
-    if (isTrial()) return false;
-    const long number = allocations++;
-    return number >= firstFailure && number <= lastFailure && !TestSupport::isWithin(TestSupport::FATAL_FUNCTION);
-}
-
-void* allocateOrNull(std::size_t size) { return fails() ? nullptr : std::malloc(size != 0 ? size : 1); }
-
-void* allocate(std::size_t size) {
-    void* const memory = allocateOrNull(size);
-    if (memory == nullptr) throw std::bad_alloc();
-    return memory;
-}
-
-// Not inlined: the compiler would take it for a release that does not fit its allocation.
-[[gnu::noinline]] void release(void* memory) { std::free(memory); }
-
-}  // namespace
-
-void* operator new(std::size_t size) { return allocate(size); }
-void* operator new[](std::size_t size) { return allocate(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocateOrNull(size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocateOrNull(size); }
-void operator delete(void* memory) noexcept { release(memory); }
-void operator delete[](void* memory) noexcept { release(memory); }
-void operator delete(void* memory, std::size_t) noexcept { release(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { release(memory); }
-void operator delete(void* memory, const std::nothrow_t&) noexcept { release(memory); }
-void operator delete[](void* memory, const std::nothrow_t&) noexcept { release(memory); }
-
-namespace ClassicProj {
-namespace {
-
-using TestSupport::RADIANS;
-
 Definition definitionOf(const std::string& text) {
     Definition definition;
     // Contexts are for ever, as in the library, but for the making of things.
@@ -76,17 +40,11 @@ Definition definitionOf(const std::string& text) {
     return definition;
 }
 
-// True when `action` ran into a failure; what it throws is what a caller would see.
+// Whether `action` came to the failing allocations.
 template <typename Action>
 bool runsShort(long first, long howMany, Action action) {
-    allocations = 0;
-    firstFailure = first;
-    lastFailure = first + howMany - 1;
-    try {
-        action();
-    } catch (const std::bad_alloc&) {
-    }
-    firstFailure = NEVER;
+    TestSupport::isSpared = [] { return isTrial() || TestSupport::isWithin(TestSupport::FATAL_FUNCTION); };
+    TestSupport::succeedsWithout(first, howMany, action);
     return allocations > first;
 }
 
@@ -143,7 +101,7 @@ TEST_P(EndOfMemoryTest, LeavesNothingBehindThatIsHalfMade) {
 
 TEST_P(EndOfMemoryTest, MakesNothingMoreInThatContext) {
     PairOperations measured(makeWatchedContext, 2);
-    runsShort(NEVER - 1, 1, [&] { transform(measured); });
+    TestSupport::succeedsWith(NEVER, [&] { transform(measured); });
     PairOperations operations(makeWatchedContext, 2);
     EXPECT_TRUE(runsShort(allocationsUpToContext, 1, [&] { transform(operations); }));
     const PJ_CONTEXT* const contextShortOfMemory = newestContext;
@@ -165,25 +123,6 @@ std::string nameOf(const testing::TestParamInfo<std::tuple<Pair, long>>& paramet
 
 INSTANTIATE_TEST_SUITE_P(Pairs, EndOfMemoryTest, testing::Combine(testing::ValuesIn(PAIRS), testing::Values(1L, 40L)),
                          nameOf);
-
-std::string textOf(const std::vector<StageText>& stages) {
-    std::string text;
-    for (const StageText& stage : stages) text += stage.text + "; ";
-    return text;
-}
-
-// A stream that is not told to throw keeps the end of memory to itself, and what it reads or writes is cut short.
-TEST(EndOfMemoryInStagesTest, LeavesNoPartOfAStageOut) {
-    const Definition source = definitionOf("+proj=longlat +ellps=bessel +nadgrids=@a_grid_with_a_long_name.gsb");
-    const Definition target = definitionOf("+proj=utm +zone=32 +ellps=intl +towgs84=-87,-98,-121");
-    const std::string expected = textOf(writeStages(source, target, false));
-    bool ranShort = true;
-    for (long after = 0; ranShort; ++after) {
-        std::vector<StageText> stages;
-        ranShort = runsShort(after, 1, [&] { stages = writeStages(source, target, false); });
-        EXPECT_TRUE(stages.empty() || textOf(stages) == expected) << after << ": " << textOf(stages);
-    }
-}
 
 TEST(EndOfMemoryInADefinitionTest, LeavesNothingBehindThatIsHalfMade) {
     bool ranShort = true;

@@ -1,6 +1,8 @@
+#include "proj/classic/ProjObjects.h"
+
+#include <filesystem>
 #include <gtest/gtest.h>
 
-#include "proj/classic/ProjObjects.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace ClassicProj {
@@ -8,7 +10,7 @@ namespace {
 
 using TestSupport::TemporaryDirectory;
 
-class SearchPathTest : public testing::Test {
+class ProjObjectsTest : public testing::Test {
 protected:
     void TearDown() override { setSearchDirectories({}); }
 
@@ -16,7 +18,7 @@ protected:
     const TemporaryDirectory second;
 };
 
-TEST_F(SearchPathTest, FindsAFileInTheFirstDirectoryThatHasIt) {
+TEST_F(ProjObjectsTest, FindsAFileInTheFirstDirectoryThatHasIt) {
     first.write("a", "");
     second.write("a", "");
     second.write("b", "");
@@ -26,7 +28,7 @@ TEST_F(SearchPathTest, FindsAFileInTheFirstDirectoryThatHasIt) {
     EXPECT_EQ(findInSearchDirectories("c"), "");
 }
 
-TEST_F(SearchPathTest, FindsRegularFilesOnly) {
+TEST_F(ProjObjectsTest, FindsRegularFilesOnly) {
     std::filesystem::create_directory(first.file("a"));
     second.write("a", "");
     setSearchDirectories({first.name(), "/no/such/directory", second.name()});
@@ -35,7 +37,7 @@ TEST_F(SearchPathTest, FindsRegularFilesOnly) {
     EXPECT_EQ(findInSearchDirectories(std::string(5000, 'x')), "");
 }
 
-TEST_F(SearchPathTest, HasTheDirectoriesOfTheLastCallOnly) {
+TEST_F(ProjObjectsTest, HasTheDirectoriesOfTheLastCallOnly) {
     first.write("a", "");
     setSearchDirectories({first.name()});
     setSearchDirectories({second.name()});
@@ -58,7 +60,7 @@ PJ_CONTEXT* contextMadeWhileProjIsToTalk() {
     return context;
 }
 
-TEST_F(SearchPathTest, SilencesProjWhateverItsDefaultsAre) {
+TEST_F(ProjObjectsTest, SilencesProjWhateverItsDefaultsAre) {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
     const ProjectionPtr missing(proj_create(contextMadeWhileProjIsToTalk(), "+proj=hgridshift +grids=missing.gsb"));
@@ -72,12 +74,12 @@ TEST_F(SearchPathTest, SilencesProjWhateverItsDefaultsAre) {
     EXPECT_EQ(nonsense, nullptr);
 }
 
-TEST_F(SearchPathTest, KeepsProjOffTheNetwork) {
+TEST_F(ProjObjectsTest, KeepsProjOffTheNetwork) {
     EXPECT_EQ(proj_context_is_network_enabled(contextMadeWhileProjIsToTalk()), 0);
 }
 
 // PROJ remembers what it has found, by the whole list of grids, so the one to be refused comes first.
-TEST_F(SearchPathTest, GivesProjItsGridsFromTheDirectoriesFirst) {
+TEST_F(ProjObjectsTest, GivesProjItsGridsFromTheDirectoriesFirst) {
     const auto canShift = [] {
         return ProjectionPtr(proj_create(contextMadeWhileProjIsToTalk(),
                                          "+proj=hgridshift +grids=ntf_r93.gsb,BETA2007.gsb")) != nullptr;

@@ -58,7 +58,7 @@ private:
     std::map<std::string, std::optional<std::string>> replaced;
 };
 
-class ProjFilesTest : public testing::Test {
+class ProjObjectsFilesTest : public testing::Test {
 protected:
     void SetUp() override { setSearchDirectories({}); }
     void TearDown() override { setSearchDirectories({}); }
@@ -73,14 +73,14 @@ protected:
     const TemporaryDirectory directory;
 };
 
-TEST_F(ProjFilesTest, ComeFromTheConfiguredDirectoryFirst) {
+TEST_F(ProjObjectsFilesTest, ComeFromTheConfiguredDirectoryFirst) {
     givenGrid("configured.gsb");
     EXPECT_FALSE(canShift("configured.gsb"));
     setSearchDirectories({directory.name()});
     EXPECT_TRUE(canShift("configured.gsb"));
 }
 
-TEST_F(ProjFilesTest, ComeFromTheDataDirectoryThatTheOperatorNames) {
+TEST_F(ProjObjectsFilesTest, ComeFromTheDataDirectoryThatTheOperatorNames) {
     givenGrid("of_data.gsb");
     givenGrid("of_lib.gsb");
     EXPECT_FALSE(canShift("of_data.gsb"));
@@ -93,9 +93,9 @@ TEST_F(ProjFilesTest, ComeFromTheDataDirectoryThatTheOperatorNames) {
     EXPECT_TRUE(canShift("of_lib.gsb"));
 }
 
-TEST_F(ProjFilesTest, ComeFromWhereADefinitionPutsThem) { EXPECT_TRUE(canShift(givenGrid("absolute.gsb"))); }
+TEST_F(ProjObjectsFilesTest, ComeFromWhereADefinitionPutsThem) { EXPECT_TRUE(canShift(givenGrid("absolute.gsb"))); }
 
-TEST_F(ProjFilesTest, NeverComeFromAUserWritableDirectory) {
+TEST_F(ProjObjectsFilesTest, NeverComeFromAUserWritableDirectory) {
     const std::string home = directory.name();
     const std::string data = directory.file("data");
     givenGrid(".local/share/proj/of_home.gsb");
@@ -117,7 +117,7 @@ TEST_F(ProjFilesTest, NeverComeFromAUserWritableDirectory) {
 }
 
 // Anybody may write to "/tmp", where PROJ looks when there is no home.
-TEST_F(ProjFilesTest, NeverComeFromTheTemporaryDirectory) {
+TEST_F(ProjObjectsFilesTest, NeverComeFromTheTemporaryDirectory) {
     const Environment environment(Environment::Variables{{"HOME", nullptr}, {"XDG_DATA_HOME", nullptr}});
     const std::string stranger = "/tmp/proj/coordtrans_" + std::to_string(getpid()) + ".gsb";
     std::error_code ignored;
@@ -128,7 +128,7 @@ TEST_F(ProjFilesTest, NeverComeFromTheTemporaryDirectory) {
     if (isMine) std::filesystem::remove("/tmp/proj");
 }
 
-TEST_F(ProjFilesTest, NeverComeFromTheWorkingDirectory) {
+TEST_F(ProjObjectsFilesTest, NeverComeFromTheWorkingDirectory) {
     givenGrid("working.gsb");
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(directory.name());
@@ -138,7 +138,7 @@ TEST_F(ProjFilesTest, NeverComeFromTheWorkingDirectory) {
     std::filesystem::current_path(before);
 }
 
-TEST_F(ProjFilesTest, AreFoundInARelativeDirectoryWhereverTheProcessGoes) {
+TEST_F(ProjObjectsFilesTest, AreFoundInARelativeDirectoryWhereverTheProcessGoes) {
     givenGrid("relative/there.gsb");
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(directory.name());
@@ -155,7 +155,7 @@ double eastingFarOff() {
 
 constexpr char OTHER_FORMULA[] = "[general]\ntmerc_default_algo = evenden_snyder\n";
 
-TEST_F(ProjFilesTest, IncludeSettingsOfTheConfiguredDirectoryAlone) {
+TEST_F(ProjObjectsFilesTest, IncludeSettingsOfTheConfiguredDirectoryAlone) {
     const double usual = eastingFarOff();
     directory.makeDirectory("proj");
     directory.write("proj/proj.ini", OTHER_FORMULA);
@@ -167,7 +167,7 @@ TEST_F(ProjFilesTest, IncludeSettingsOfTheConfiguredDirectoryAlone) {
     EXPECT_NE(eastingFarOff(), usual);
 }
 
-TEST_F(ProjFilesTest, IncludeADatabaseOfNoStranger) {
+TEST_F(ProjObjectsFilesTest, IncludeADatabaseOfNoStranger) {
     directory.makeDirectory("proj");
     std::filesystem::copy_file("/usr/share/proj/proj.db", directory.file("proj/proj.db"));
     {
@@ -178,7 +178,7 @@ TEST_F(ProjFilesTest, IncludeADatabaseOfNoStranger) {
     EXPECT_EQ(proj_context_get_database_path(newContext()), directory.file("proj/proj.db"));
 }
 
-TEST_F(ProjFilesTest, OfADefaultContextAreNotTheLibrarys) {
+TEST_F(ProjObjectsFilesTest, OfADefaultContextAreNotTheLibrarys) {
     directory.makeDirectory("proj");
     const std::string database = directory.file("own.db");
     std::filesystem::copy_file("/usr/share/proj/proj.db", database);
@@ -196,7 +196,7 @@ bool isOpenAndClosedOnExec(const std::string& name) {
     return false;
 }
 
-TEST_F(ProjFilesTest, AreClosedWhenTheProcessBecomesAnotherProgram) {
+TEST_F(ProjObjectsFilesTest, AreClosedWhenTheProcessBecomesAnotherProgram) {
     const std::string grid = givenGrid("closed.gsb");
     const ProjectionPtr shift = makeGridShift(newContext(), "+proj=hgridshift +grids=" + grid);
     ASSERT_NE(shift, nullptr);

@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "CoordinateTransformation/CrsNotConfigured.h"
 #include "CoordinateTransformation/FatalSubsystemError.h"
 #include "QSHelpers/ConversionError.h"
+#include "tests/support/Failures.h"
 #include "tests/support/PooledCreator.h"
 
 namespace CoordinateTransformation {
@@ -16,8 +18,9 @@ using namespace std::string_literals;
 using TestSupport::FakeCrs;
 
 constexpr std::size_t MEGABYTE = 1 << 20;
+const std::string BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 
-class SpecialTextFormatTest : public testing::Test {
+class CrsCreatorSpecialTextFormatTest : public testing::Test {
 protected:
     struct Reading {
         unsigned int primary;
@@ -28,7 +31,7 @@ protected:
     };
 
     // EPSG:4326 in north-east order with scale factors of its own.
-    SpecialTextFormatTest() : configured(creator.givenConfigured("EPSG:4326", 4326)) {
+    CrsCreatorSpecialTextFormatTest() : configured(creator.givenConfigured("EPSG:4326", 4326)) {
         configured.setAxisOrderEastNorthOrLonLat(false);
         configured.setScaleFactors(7, 9);
         configured.setAlias("alias");
@@ -52,27 +55,20 @@ protected:
         EXPECT_DOUBLE_EQ(actual.secondaryScale, expected.secondaryScale);
     }
 
+    // The failure of type E that reading raises, which leaves nothing behind.
+    template <typename E>
+    std::string reportOfReading(const std::string& text) {
+        const std::string report = TestSupport::reportOf<E>([&] { read(text); });
+        EXPECT_EQ(live.count(), 1U) << text.substr(0, 60);
+        return report;
+    }
     void expectConversionError(const std::string& text, const std::string& value) {
-        SCOPED_TRACE(text.substr(0, 60));
-        try {
-            read(text);
-            ADD_FAILURE() << "read";
-        } catch (const QSHelpers::ConversionError& error) {
-            EXPECT_EQ(error.getDetailedMessage(), "convertTextToNumeric: Value '" + value + "'");
-            EXPECT_EQ(error.getServiceExceptionCode(), "qvConversionError");
-        }
-        EXPECT_EQ(live.count(), 1U);
+        EXPECT_EQ(reportOfReading<QSHelpers::ConversionError>(text),
+                  "qvConversionError: convertTextToNumeric: Value '" + value + "'");
     }
     void expectNotConfigured(const std::string& text, const std::string& name) {
-        SCOPED_TRACE(text.substr(0, 60));
-        try {
-            read(text);
-            ADD_FAILURE() << "read";
-        } catch (const CrsNotConfigured& error) {
-            EXPECT_EQ(error.getDetailedMessage(), "The requested CRS " + name + " is not set up in the configuration");
-            EXPECT_EQ(error.getServiceExceptionCode(), "qvCrsUnavailable");
-        }
-        EXPECT_EQ(live.count(), 1U);
+        EXPECT_EQ(reportOfReading<CrsNotConfigured>(text),
+                  "qvCrsUnavailable: The requested CRS " + name + " is not set up in the configuration");
     }
 
     TestSupport::LiveCrs live;
@@ -80,7 +76,7 @@ protected:
     FakeCrs& configured;
 };
 
-TEST_F(SpecialTextFormatTest, ReadsAxisOrderAndScaleFactors) {
+TEST_F(CrsCreatorSpecialTextFormatTest, ReadsAxisOrderAndScaleFactors) {
     const struct {
         std::string text;
         Reading reading;
@@ -101,7 +97,7 @@ TEST_F(SpecialTextFormatTest, ReadsAxisOrderAndScaleFactors) {
     }
 }
 
-TEST_F(SpecialTextFormatTest, TakesEveryAxisOrderButExactlyEnForNorthEast) {
+TEST_F(CrsCreatorSpecialTextFormatTest, TakesEveryAxisOrderButExactlyEnForNorthEast) {
     for (const std::string& axisOrder :
          {"NE"s, ""s, "en"s, "En"s, " EN"s, "EN "s, "ENE"s, "E"s, "EN\0"s, "\xC3\xA9"s}) {
         configured.setAxisOrderEastNorthOrLonLat(true);
@@ -109,7 +105,7 @@ TEST_F(SpecialTextFormatTest, TakesEveryAxisOrderButExactlyEnForNorthEast) {
     }
 }
 
-TEST_F(SpecialTextFormatTest, ChangesACopyAndLeavesTheConfiguredObjectAlone) {
+TEST_F(CrsCreatorSpecialTextFormatTest, ChangesACopyAndLeavesTheConfiguredObjectAlone) {
     const std::unique_ptr<AbstractCrs> crs = read("EPSG:4326;EN;1;2");
     EXPECT_NE(crs.get(), &configured);
     EXPECT_EQ(crs->getAlias(), "alias");
@@ -117,80 +113,62 @@ TEST_F(SpecialTextFormatTest, ChangesACopyAndLeavesTheConfiguredObjectAlone) {
     expectReading(&configured, {4326, 0, false, 7, 9});
 }
 
-TEST_F(SpecialTextFormatTest, AnswersNullAndLeavesTheCopyBehindWhenTheScaleFactorIsMissing) {
-    const struct {
-        const char* text;
-        bool leftEastNorth;
-    } refused[] = {{"EPSG:4326;EN", true}, {"EPSG:4326;NE", false}, {"EPSG:4326;", false}, {"EPSG:4326", false}};
+TEST_F(CrsCreatorSpecialTextFormatTest, AnswersNullAndLeavesTheCopyBehindWhenTheScaleFactorIsMissing) {
     std::size_t alive = 1;
-    for (const auto& row : refused) {
-        EXPECT_EQ(creator.createFromSpecialTextFormat(row.text), nullptr) << row.text;
-        EXPECT_EQ(live.count(), ++alive) << row.text;
+    for (const char* const text : {"EPSG:4326;EN", "EPSG:4326;NE", "EPSG:4326;", "EPSG:4326"}) {
+        EXPECT_EQ(read(text), nullptr) << text;
+        EXPECT_EQ(live.count(), ++alive) << text;
     }
 }
 
-TEST_F(SpecialTextFormatTest, RaisesCrsNotConfiguredForANameThatThePoolLacks) {
-    expectNotConfigured("", "");
-    expectNotConfigured(";EN;1", "");
-    expectNotConfigured(";", "");
-    expectNotConfigured("EPSG:9999;EN;1", "EPSG:9999");
-    expectNotConfigured("EPSG:9999", "EPSG:9999");
-    expectNotConfigured("epsg:4326;EN;1", "epsg:4326");
-    expectNotConfigured("4326;EN;1", "4326");
-    expectNotConfigured(" EPSG:4326;EN;1", " EPSG:4326");
-    expectNotConfigured("EPSG:4326,EN,1", "EPSG:4326,EN,1");
-    expectNotConfigured("EPSG:4326\0;EN;1"s, "EPSG:4326\0"s);
-    expectNotConfigured(std::string(MEGABYTE, ';'), "");
-    expectNotConfigured(std::string(MEGABYTE, 'a'), std::string(MEGABYTE, 'a'));
-    expectNotConfigured(
-        "\xEF\xBB\xBF"
-        "EPSG:4326;EN;1",
-        "\xEF\xBB\xBF"
-        "EPSG:4326");
+TEST_F(CrsCreatorSpecialTextFormatTest, RaisesCrsNotConfiguredForANameThatThePoolLacks) {
+    const std::pair<std::string, std::string> namesOfTexts[] = {
+        {"", ""},
+        {";EN;1", ""},
+        {";", ""},
+        {"EPSG:9999;EN;1", "EPSG:9999"},
+        {"EPSG:9999", "EPSG:9999"},
+        {"epsg:4326;EN;1", "epsg:4326"},
+        {"4326;EN;1", "4326"},
+        {" EPSG:4326;EN;1", " EPSG:4326"},
+        {"EPSG:4326,EN,1", "EPSG:4326,EN,1"},
+        {"EPSG:4326\0;EN;1"s, "EPSG:4326\0"s},
+        {std::string(MEGABYTE, ';'), ""},
+        {std::string(MEGABYTE, 'a'), std::string(MEGABYTE, 'a')},
+        {BYTE_ORDER_MARK + "EPSG:4326;EN;1", BYTE_ORDER_MARK + "EPSG:4326"}};
+    for (const auto& [text, name] : namesOfTexts) expectNotConfigured(text, name);
 }
 
-TEST_F(SpecialTextFormatTest, RaisesConversionErrorForAScaleFactorThatIsNoNumber) {
+TEST_F(CrsCreatorSpecialTextFormatTest, RaisesConversionErrorForAScaleFactorThatIsNoNumber) {
     const std::string nines(MEGABYTE, '9');
-    expectConversionError("EPSG:4326;EN;", "");
-    expectConversionError("EPSG:4326;EN;1;", "");
+    for (const std::string& factor : {""s, "abc"s, "1.2.3"s, "1\t"s, "1\0"s, "inf"s, "1e400"s, nines}) {
+        expectConversionError("EPSG:4326;EN;" + factor, factor);
+        expectConversionError("EPSG:4326;EN;1;" + factor, factor);
+    }
     expectConversionError("EPSG:4326;EN;;2", "");
-    expectConversionError("EPSG:4326;EN;abc", "abc");
-    expectConversionError("EPSG:4326;EN;1;abc", "abc");
-    expectConversionError("EPSG:4326;EN;1.2.3", "1.2.3");
-    expectConversionError("EPSG:4326;EN;1\t", "1\t");
-    expectConversionError("EPSG:4326;EN;1\0"s, "1\0"s);
-    expectConversionError("EPSG:4326;EN;inf", "inf");
-    expectConversionError("EPSG:4326;EN;1e400", "1e400");
-    expectConversionError("EPSG:4326;EN;" + nines, nines);
     expectConversionError("EPSG:4326" + std::string(MEGABYTE, ';'), "");
 }
 
-TEST_F(SpecialTextFormatTest, ReportsItsOwnFaultForAnEmptyTextWhenThePoolKnowsTheEmptyName) {
+TEST_F(CrsCreatorSpecialTextFormatTest, ReportsItsOwnFaultForAnEmptyTextWhenThePoolKnowsTheEmptyName) {
     creator.givenConfigured("", 4326);
-    try {
-        read("");
-        ADD_FAILURE() << "read";
-    } catch (const FatalSubsystemError& error) {
-        EXPECT_EQ(error.getDetailedMessage(),
-                  "An unknown fatal error occurred in the transformation subsystem. \t\t\t"
-                  "Please report this bug! Error code: 114");
-        EXPECT_EQ(error.getServiceExceptionCode(), "qvUnexpectedException");
-    }
+    EXPECT_EQ(TestSupport::reportOf<FatalSubsystemError>([this] { read(""); }),
+              "qvUnexpectedException: An unknown fatal error occurred in the transformation subsystem. \t\t\t"
+              "Please report this bug! Error code: 114");
     EXPECT_EQ(live.count(), 3U);
 }
 
-TEST_F(SpecialTextFormatTest, ReadsTheEmptyNameWhenThePoolKnowsIt) {
+TEST_F(CrsCreatorSpecialTextFormatTest, ReadsTheEmptyNameWhenThePoolKnowsIt) {
     creator.givenConfigured("", 25832);
     expectReading(read(";EN;1").get(), {25832, 0, true, 1, 1});
     EXPECT_EQ(read(";EN"), nullptr);
     EXPECT_EQ(read(";"), nullptr);
 }
 
-TEST_F(SpecialTextFormatTest, IsNoSpellingOfRequests) {
+TEST_F(CrsCreatorSpecialTextFormatTest, IsNoSpellingOfRequests) {
     EXPECT_EQ(creator.createFromName("EPSG:4326;EN;1", false, false).get(), nullptr);
 }
 
-TEST_F(SpecialTextFormatTest, ReadsBackWhatIsWritten) {
+TEST_F(CrsCreatorSpecialTextFormatTest, ReadsBackWhatIsWritten) {
     FakeCrs& compound = creator.givenConfigured("EPSG:27700*EPSG:5701", 27700, 5701);
     // 15 significant digits are written.
     constexpr double WRITTEN = 1e-14;

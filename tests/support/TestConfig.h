@@ -1,0 +1,160 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "CoordinateTransformation/CrsConfig.h"
+#include "tests/support/FakeCrs.h"
+
+// Configurations for tests, and creators for them.
+namespace CoordinateTransformation {
+
+class ExposedConfig : public CrsConfig {
+public:
+    using CrsConfig::cacheLongNameAndCode;
+    using CrsConfig::cleanCodeAndIdentifierCache;
+    using CrsConfig::reinit;
+};
+
+// Makes FakeCrs, and asks the pool first, as the real creator does. It offers nothing: what a configuration registers
+// is not offered before. The object that the reading of a URN leaves behind on purpose is released, so that what is
+// alive is what somebody holds. Allocates nothing for itself.
+class TidyCreator : public TestSupport::FakeCreator {
+public:
+    explicit TidyCreator(const CrsConfig& ownConfig, TestSupport::LiveCrs* liveCrs = nullptr)
+        : FakeCreator(liveCrs), config(ownConfig) {}
+
+    const AbstractCrs* getFromNameCache(const std::string& name, bool throwIfMissing) const override {
+        return config.getFromNameCache(name, throwIfMissing);
+    }
+    AbstractCrs* createFromCode(unsigned int primary, unsigned int secondary, bool standardAxisOrder) const override {
+        lastCreated = FakeCreator::createFromCode(primary, secondary, standardAxisOrder);
+        return lastCreated;
+    }
+    AbstractCrs* createFromOgcUrn(const std::string& name, std::size_t startPos) const override {
+        AbstractCrs* const crs = FakeCreator::createFromOgcUrn(name, startPos);
+#if !defined(COORDTRANS_RELEASE_URN_ORIGINAL)
+        if (crs != nullptr) delete lastCreated;
+#endif
+        return crs;
+    }
+
+protected:
+    bool isCrsAllowed(const AbstractCrs*) const override { return false; }
+
+    const CrsConfig& config;
+
+private:
+    mutable AbstractCrs* lastCreated = nullptr;
+};
+
+// What a creator went through. Outlives the creator, which its configuration deletes.
+struct CreatorJournal {
+    TestSupport::LiveCrs live;
+    // "init", and the names that were asked for.
+    std::vector<std::string> calls;
+    // What the configuration had at the last "init".
+    std::size_t liveAtInit = 0;
+    std::set<std::string> identifiersAtInit;
+    // How many CRS were alive when the creator was deleted.
+    std::optional<std::size_t> liveWhenDeleted;
+
+    long initialisations() const { return std::count(calls.begin(), calls.end(), "init"); }
+};
+
+class JournalCreator : public TidyCreator {
+public:
+    JournalCreator(CreatorJournal& creatorJournal, const CrsConfig& ownConfig)
+        : TidyCreator(ownConfig, &creatorJournal.live), journal(creatorJournal) {}
+    ~JournalCreator() override { journal.liveWhenDeleted = journal.live.count(); }
+
+    Crs createFromName(const std::string& name, bool throwOnFailure, bool checkAllowed) const override {
+        journal.calls.push_back(name);
+        return TidyCreator::createFromName(name, throwOnFailure, checkAllowed);
+    }
+    void init() override {
+        journal.calls.emplace_back("init");
+        journal.liveAtInit = journal.live.count();
+        journal.identifiersAtInit = config.getConfiguredCrsIdentifiers();
+    }
+
+private:
+    CreatorJournal& journal;
+};
+
+// Fails at its initialisation, or at one code, as long as a test wants it to.
+class FailingCreator : public JournalCreator {
+public:
+    using JournalCreator::JournalCreator;
+
+    void init() override {
+        JournalCreator::init();
+        if (failsToInitialise) throw std::runtime_error("no directory");
+    }
+    AbstractCrs* createFromCode(unsigned int primary, unsigned int secondary, bool standardAxisOrder) const override {
+        if (primary == failingCode) throw std::runtime_error("no such code");
+        return JournalCreator::createFromCode(primary, secondary, standardAxisOrder);
+    }
+
+    bool failsToInitialise = false;
+    std::optional<unsigned int> failingCode;
+};
+
+// A configuration as a test sets it up.
+template <typename Creator>
+class ConfigWith {
+public:
+    ConfigWith() { config.injectCreator(creator); }
+
+    void configure(const std::string& xml) {
+        std::istringstream document(xml);
+        config.configure(document);
+    }
+    // One element per entry, as it stands in a document.
+    void givenConfigured(const std::vector<std::string>& elements) {
+        std::string xml = "<CrsConfiguration>";
+        for (const std::string& element : elements) xml += element;
+        configure(xml + "</CrsConfiguration>");
+    }
+    void givenInitialised(const std::vector<std::string>& elements) {
+        givenConfigured(elements);
+        config.init();
+    }
+    // "identifier" or "alias=identifier", in order.
+    std::vector<std::string> entries() const {
+        std::vector<std::string> written;
+        for (const CrsConfigData& entry : *config.getConfiguredCrs())
+            written.push_back((entry.isMapped() ? entry.getAlias() + "=" : "") + entry.getIdentifier());
+        return written;
+    }
+    // Null when nothing has that name.
+    const AbstractCrs* named(const std::string& name) const { return config.getFromNameCache(name, false); }
+    const AbstractCrs* ofCode(const std::string& key) const { return config.getFromCodeCache(key, false); }
+    void destroy() { owned.reset(); }
+    // For a configuration that shares with another one and must not be destroyed beside it.
+    void leaveAlive() {
+        static auto* const leftAlive = new std::vector<ExposedConfig*>;
+        leftAlive->push_back(owned.release());
+    }
+
+    CreatorJournal journal;
+
+private:
+    std::unique_ptr<ExposedConfig> owned = std::make_unique<ExposedConfig>();
+
+public:
+    ExposedConfig& config = *owned;
+    // Belongs to the configuration.
+    Creator* const creator = new Creator(journal, config);
+};
+
+using TestConfig = ConfigWith<JournalCreator>;
+
+}  // namespace CoordinateTransformation
