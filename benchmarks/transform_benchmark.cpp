@@ -2,19 +2,20 @@
 
 #include <benchmark/benchmark.h>
 #include <memory>
-#include <proj.h>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
 #include "benchmarks/Ratios.h"
+#include "proj/classic/ProjHandles.h"
 
 #if defined(COORDTRANS_HAVE_GDAL)
 #include <ogr_spatialref.h>
 #endif
 
 using namespace CoordinateTransformation;
+using ClassicProj::ProjPtr;
 
 namespace {
 
@@ -25,7 +26,7 @@ struct Point {
 
 // A pair of CRS with the area its points are drawn from, in the units and in east-north order of the source, and
 // the PROJ operation that the library makes for it.
-struct Case {
+struct MeasuredPair {
     const char* source;
     const char* target;
     Point southWest;
@@ -34,7 +35,7 @@ struct Case {
     PJ_DIRECTION direction;
 };
 
-constexpr Case CASES[] = {
+constexpr MeasuredPair PAIRS[] = {
     {"25832", "4326", {280000, 5235000}, {920000, 6100000}, "+proj=utm +zone=32 +ellps=GRS80 +units=m", PJ_INV},
     {"4326", "25832", {6, 47}, {15, 55}, "+proj=utm +zone=32 +ellps=GRS80 +units=m", PJ_FWD},
     {"25832",
@@ -63,7 +64,7 @@ constexpr Case CASES[] = {
 
 constexpr double RADIANS_PER_DEGREE = 0.017453292519943295;
 
-std::vector<Point> drawPoints(const Case& pair) {
+std::vector<Point> drawPoints(const MeasuredPair& pair) {
     std::mt19937_64 random(4326);
     std::uniform_real_distribution<double> x(pair.southWest.x, pair.northEast.x);
     std::uniform_real_distribution<double> y(pair.southWest.y, pair.northEast.y);
@@ -82,7 +83,7 @@ void transformAll(benchmark::State& state, const std::vector<Point>& points, Tra
     }
 }
 
-void measureLibrary(benchmark::State& state, const CrsConfig& config, const Case& pair) {
+void measureLibrary(benchmark::State& state, const CrsConfig& config, const MeasuredPair& pair) {
     const Crs source = config.getCreator().createFromName(pair.source, true, true);
     const Crs target = config.getCreator().createFromName(pair.target, true, true);
     std::vector<Point> points = drawPoints(pair);
@@ -94,38 +95,33 @@ void measureLibrary(benchmark::State& state, const CrsConfig& config, const Case
 }
 
 // The library turns degrees into radians too, so the direct call is given its angles in radians, and gives them.
-void measureProj(benchmark::State& state, const Case& pair) {
-    PJ_CONTEXT* const context = proj_context_create();
-    PJ* const operation = proj_create(context, pair.operation);
+void measureProj(benchmark::State& state, const MeasuredPair& pair) {
+    const ProjPtr<PJ_CONTEXT> context(proj_context_create());
+    const ProjPtr<PJ> operation(proj_create(context.get(), pair.operation));
     std::vector<Point> points = drawPoints(pair);
     if (std::string(pair.source) == "4326")
         for (Point& point : points) point = {point.x * RADIANS_PER_DEGREE, point.y * RADIANS_PER_DEGREE};
-    transformAll(state, points, [operation, &pair](double& x, double& y) {
-        const PJ_COORD moved = proj_trans(operation, pair.direction, proj_coord(x, y, 0, HUGE_VAL));
+    transformAll(state, points, [proj = operation.get(), &pair](double& x, double& y) {
+        const PJ_COORD moved = proj_trans(proj, pair.direction, proj_coord(x, y, 0, HUGE_VAL));
         x = moved.xy.x;
         y = moved.xy.y;
     });
-    proj_destroy(operation);
-    proj_context_destroy(context);
 }
 
-void measureProjCrsToCrs(benchmark::State& state, const Case& pair) {
-    PJ_CONTEXT* const context = proj_context_create();
-    PJ* const found = proj_create_crs_to_crs(context, ("EPSG:" + std::string(pair.source)).c_str(),
-                                             ("EPSG:" + std::string(pair.target)).c_str(), nullptr);
-    PJ* const operation = proj_normalize_for_visualization(context, found);
-    transformAll(state, drawPoints(pair), [operation](double& x, double& y) {
-        const PJ_COORD moved = proj_trans(operation, PJ_FWD, proj_coord(x, y, 0, HUGE_VAL));
+void measureProjCrsToCrs(benchmark::State& state, const MeasuredPair& pair) {
+    const ProjPtr<PJ_CONTEXT> context(proj_context_create());
+    const ProjPtr<PJ> found(proj_create_crs_to_crs(context.get(), ("EPSG:" + std::string(pair.source)).c_str(),
+                                                   ("EPSG:" + std::string(pair.target)).c_str(), nullptr));
+    const ProjPtr<PJ> operation(proj_normalize_for_visualization(context.get(), found.get()));
+    transformAll(state, drawPoints(pair), [proj = operation.get()](double& x, double& y) {
+        const PJ_COORD moved = proj_trans(proj, PJ_FWD, proj_coord(x, y, 0, HUGE_VAL));
         x = moved.xy.x;
         y = moved.xy.y;
     });
-    proj_destroy(operation);
-    proj_destroy(found);
-    proj_context_destroy(context);
 }
 
 #if defined(COORDTRANS_HAVE_GDAL)
-void measureGdal(benchmark::State& state, const Case& pair) {
+void measureGdal(benchmark::State& state, const MeasuredPair& pair) {
     OGRSpatialReference source;
     OGRSpatialReference target;
     source.importFromEPSG(std::stoi(pair.source));
@@ -139,7 +135,7 @@ void measureGdal(benchmark::State& state, const Case& pair) {
 }
 #endif
 
-void registerCase(const CrsConfig& config, const Case& pair) {
+void registerCase(const CrsConfig& config, const MeasuredPair& pair) {
     const std::string name = std::string(pair.source) + ">" + pair.target + "/";
     const auto add = [&name](const char* variant, auto measure) {
         benchmark::RegisterBenchmark((name + variant).c_str(), measure);
@@ -158,7 +154,7 @@ void measureCompatible(benchmark::State& state, const CrsConfig& config) {
     const Crs target = config.getCreator().createFromName("4979", true, true);
     const AbstractCrs* const from = source.get();
     const AbstractCrs* const to = target.get();
-    transformAll(state, drawPoints(CASES[4]), [from, to](double& x, double& y) {
+    transformAll(state, drawPoints(PAIRS[4]), [from, to](double& x, double& y) {
         double z = x;
         from->transformTo(to, x, y, z);
         benchmark::DoNotOptimize(z);
@@ -175,7 +171,7 @@ int main(int argc, char** argv) {
     config->init();
 
     Ratios ratios;
-    for (const Case& pair : CASES) registerCase(*config, pair);
+    for (const MeasuredPair& pair : PAIRS) registerCase(*config, pair);
     benchmark::RegisterBenchmark("4326>4979 with axis exchange/library",
                                  [&config](benchmark::State& state) { measureCompatible(state, *config); });
     ratios.compare("library", "proj_trans");

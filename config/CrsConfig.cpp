@@ -24,13 +24,12 @@ using OwnedCrs = std::unique_ptr<const AbstractCrs>;
 constexpr char SUBSYSTEM_VARIABLE[] = "USE_COORD_TRANSFORMATION_SUBSYSTEM";
 constexpr char PROJ4_SUBSYSTEM[] = "proj4";
 
-// Adds the children of the first top-level `container` whose names are listed.
-void addEntries(CrsConfig& config, const ptree& document, const char* container,
-                const std::set<std::string>& entryNames) {
-    const auto found = document.get_child_optional(container);
+// Adds the entries in the first top-level element that is the container.
+void addEntries(CrsConfig& config, const ptree& document, const FragmentContainer& container) {
+    const auto found = document.get_child_optional(container.name);
     if (!found) return;
     for (const ptree::value_type& child : *found)
-        if (entryNames.count(child.first) != 0) config.addCrsConfigData(CrsConfigData(child));
+        if (container.holds(child.first)) config.addCrsConfigData(CrsConfigData(child));
 }
 
 const AbstractCrs* find(const std::map<std::string, const AbstractCrs*>& cache, const std::string& key,
@@ -86,8 +85,7 @@ CrsConfig* CrsConfig::createConfigFromId(const std::string& id) {
 
 void CrsConfig::configure(std::istringstream& document) {
     const ptree tree = readFragment(document);
-    addEntries(*this, tree, "CrsConfiguration", {"CRS"});
-    addEntries(*this, tree, "SRSList", {"SRS", "EPSGCode"});
+    for (const FragmentContainer& container : FRAGMENT_CONTAINERS) addEntries(*this, tree, container);
 }
 
 bool CrsConfig::addCrsConfigData(const CrsConfigData& entry) {
@@ -184,12 +182,12 @@ void CrsConfig::cacheLongNameAndCode(const AbstractCrs* crs) {
     for (std::size_t kind = 0; kind < REGISTERED_URN_KINDS; ++kind) cacheCrsNamedByUrn(codes, kind);
 }
 
-// Registers what the creator makes of a URN, under that URN and under its twin with another head.
+// Registers what the creator makes of a URN, under that URN and under the same with another head.
 void CrsConfig::cacheCrsNamedByUrn(const CodePair& codes, std::size_t kind) {
     const OwnedCrs created(creator->createFromURN(registeredUrns(codes)[kind].name));
     if (created == nullptr) return;
     const RegisteredUrns urns = registeredUrns({created->getPrimaryCode(), codes.secondary})[kind];
-    cacheByName(OwnedCrs(created->copy()), {urns.name, urns.twin});
+    cacheByName(OwnedCrs(created->copy()), {urns.name, urns.alternative});
 }
 
 const CrsConfigData* CrsConfig::getEntryFor(const AbstractCrs& crs) const {

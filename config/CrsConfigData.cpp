@@ -4,6 +4,8 @@
 #include <locale>
 #include <sstream>
 
+#include "config/Fragment.h"
+
 namespace CoordinateTransformation {
 
 namespace {
@@ -13,14 +15,14 @@ using boost::property_tree::ptree;
 constexpr char CRS_84[] = "CRS:84";
 constexpr char IDENTIFIER_OF_CRS_84[] = "EPSG:4326";
 
-boost::optional<std::string> readText(const ptree& element, const char* path) {
-    return element.get_optional<std::string>(path);
+boost::optional<std::string> readText(const ptree& element, const char* attribute) {
+    return element.get_optional<std::string>(std::string("<xmlattr>.") + attribute);
 }
 
 // The property tree's typed access, in the classic locale: another global locale could admit grouped digits.
 template <typename T, typename Field>
-void readAttribute(const ptree& element, const char* path, Field& field) {
-    std::istringstream stream(readText(element, path).value_or(""));
+void readAttribute(const ptree& element, const char* attribute, Field& field) {
+    std::istringstream stream(readText(element, attribute).value_or(""));
     stream.exceptions(std::ios::badbit);
     stream.imbue(std::locale::classic());
     T value{};
@@ -29,7 +31,7 @@ void readAttribute(const ptree& element, const char* path, Field& field) {
 }
 
 void readAxisOrder(const ptree& element, boost::optional<bool>& eastNorth) {
-    const boost::optional<std::string> axisOrder = readText(element, "<xmlattr>.axisOrder");
+    const boost::optional<std::string> axisOrder = readText(element, AXIS_ORDER);
     if (axisOrder == std::string("EN")) eastNorth = true;
     if (axisOrder == std::string("NE")) eastNorth = false;
 }
@@ -43,7 +45,7 @@ const int CrsConfigData::DEFAULT_NUMBER_OF_PLACES_METER;
 
 CrsConfigData::CrsConfigData(const std::string& name, std::string mapToEpsgCode) {
     if (name == CRS_84) {
-        becomeCrs84();
+        mapToCrs84();
     } else if (!mapToEpsgCode.empty()) {
         alias = name;
         identifier = withEpsgPrefix(mapToEpsgCode);
@@ -57,14 +59,14 @@ CrsConfigData::CrsConfigData(std::pair<const std::string, ptree> element) {
     const ptree& entry = element.second;
     const std::string& text = entry.data();
     if (text == CRS_84) {
-        becomeCrs84();
+        mapToCrs84();
         return;
     }
-    const boost::optional<std::string> mapToEpsgCode = readText(entry, "<xmlattr>.mapToEpsgCode");
+    const boost::optional<std::string> mapToEpsgCode = readText(entry, MAP_TO_EPSG_CODE);
     if (mapToEpsgCode) alias = text;
     identifier = withEpsgPrefix(mapToEpsgCode.value_or(text));
-    readAttribute<std::int32_t>(entry, "<xmlattr>.numberOfDecimalPlaces", numberOfDecimalPlaces);
-    readAttribute<bool>(entry, "<xmlattr>.suppressDuplicatCoordinates", preventDoubleCoordinateOutput);
+    readAttribute<std::int32_t>(entry, NUMBER_OF_DECIMAL_PLACES, numberOfDecimalPlaces);
+    readAttribute<bool>(entry, SUPPRESS_DUPLICATE_COORDINATES, preventDoubleCoordinateOutput);
     readAxisOrder(entry, axisOrderEastNorthOrLonLat);
 }
 
@@ -95,7 +97,7 @@ std::string CrsConfigData::withEpsgPrefix(const std::string& code) {
     return !upper.empty() && isDecimalDigit(upper.front()) ? "EPSG:" + upper : upper;
 }
 
-void CrsConfigData::becomeCrs84() {
+void CrsConfigData::mapToCrs84() {
     alias = CRS_84;
     identifier = IDENTIFIER_OF_CRS_84;
     axisOrderEastNorthOrLonLat = true;

@@ -261,16 +261,16 @@ TEST(UpperCaseInTheClassicLocaleTest, TouchesLettersOfAsciiOnly) {
     EXPECT_EQ(givenEntry("<CRS>l\xe4rm-x#1</CRS>").getIdentifier(), "L\xe4RM-X#1");
 }
 
-struct Pair {
+struct EntryPair {
     const char* behaviour;
     CrsConfigData first;
     CrsConfigData second;
     bool same;
 };
 
-void PrintTo(const Pair& pair, std::ostream* stream) { *stream << pair.behaviour; }
+void PrintTo(const EntryPair& pair, std::ostream* stream) { *stream << pair.behaviour; }
 
-class SameIdentifierAndAliasTest : public testing::TestWithParam<Pair> {};
+class SameIdentifierAndAliasTest : public testing::TestWithParam<EntryPair> {};
 
 TEST_P(SameIdentifierAndAliasTest, RequiresBothToBeEqual) {
     EXPECT_EQ(GetParam().first.sameIdentifierOrAliases(GetParam().second), GetParam().same);
@@ -279,18 +279,18 @@ TEST_P(SameIdentifierAndAliasTest, RequiresBothToBeEqual) {
 
 INSTANTIATE_TEST_SUITE_P(
     Pairs, SameIdentifierAndAliasTest,
-    testing::Values(Pair{"other decimal places", CrsConfigData("EPSG:4326"),
-                         givenEntry("<CRS numberOfDecimalPlaces='3'>4326</CRS>"), true},
-                    Pair{"other axis order and suppression", CrsConfigData("EPSG:4326"),
-                         givenEntry("<CRS axisOrder='EN' suppressDuplicatCoordinates='1'>4326</CRS>"), true},
-                    Pair{"mapping written otherwise", CrsConfigData("A", "4326"), CrsConfigData("A", "EPSG:4326"),
-                         true},
-                    Pair{"other alias", CrsConfigData("A", "4326"), CrsConfigData("B", "4326"), false},
-                    Pair{"alias in other case", CrsConfigData("A", "4326"), CrsConfigData("a", "4326"), false},
-                    Pair{"other code under the alias", CrsConfigData("A", "4326"), CrsConfigData("A", "4258"), false},
-                    Pair{"with and without alias", CrsConfigData("A", "4326"), CrsConfigData("EPSG:4326"), false},
-                    Pair{"identifier in other case", CrsConfigData("EPSG:4326"), CrsConfigData("epsg:4326"), false},
-                    Pair{"other code", CrsConfigData("EPSG:4326"), CrsConfigData("EPSG:4258"), false}));
+    testing::Values(
+        EntryPair{"other decimal places", CrsConfigData("EPSG:4326"),
+                  givenEntry("<CRS numberOfDecimalPlaces='3'>4326</CRS>"), true},
+        EntryPair{"other axis order and suppression", CrsConfigData("EPSG:4326"),
+                  givenEntry("<CRS axisOrder='EN' suppressDuplicatCoordinates='1'>4326</CRS>"), true},
+        EntryPair{"mapping written otherwise", CrsConfigData("A", "4326"), CrsConfigData("A", "EPSG:4326"), true},
+        EntryPair{"other alias", CrsConfigData("A", "4326"), CrsConfigData("B", "4326"), false},
+        EntryPair{"alias in other case", CrsConfigData("A", "4326"), CrsConfigData("a", "4326"), false},
+        EntryPair{"other code under the alias", CrsConfigData("A", "4326"), CrsConfigData("A", "4258"), false},
+        EntryPair{"with and without alias", CrsConfigData("A", "4326"), CrsConfigData("EPSG:4326"), false},
+        EntryPair{"identifier in other case", CrsConfigData("EPSG:4326"), CrsConfigData("epsg:4326"), false},
+        EntryPair{"other code", CrsConfigData("EPSG:4326"), CrsConfigData("EPSG:4258"), false}));
 
 TEST(DefaultDecimalPlacesTest, ArePublished) {
     EXPECT_EQ(CrsConfigData::DEFAULT_NUMBER_OF_PLACES_DEGREE, 8);

@@ -251,6 +251,10 @@ std::optional<FragmentFault> walk(std::string_view text, std::vector<FragmentEle
 
 }  // namespace
 
+bool FragmentContainer::holds(std::string_view element) const {
+    return !element.empty() && std::find(entryNames.begin(), entryNames.end(), element) != entryNames.end();
+}
+
 std::optional<FragmentFault> findFragmentFault(std::string_view text) { return walk(text, nullptr); }
 
 std::vector<FragmentElement> fragmentElements(std::string_view text) {
@@ -283,7 +287,7 @@ ptree readFragment(std::istream& stream) {
 
 ptree readFragmentText(const std::string& text) {
     const std::optional<FragmentFault> fault = findFragmentFault(text);
-    if (fault && fault->tooMuchForTheTreeReader) throw errorOf(*fault);
+    if (fault && fault->exceedsTreeReader) throw errorOf(*fault);
     TextBuffer buffer(text);
     std::istream stream(&buffer);
     ptree tree;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <boost/property_tree/ptree.hpp>
 #include <cstddef>
 #include <istream>
@@ -16,6 +17,26 @@ constexpr std::size_t DEEPEST_NESTING = 256;
 // Beyond any fragment; 256 MB.
 constexpr std::size_t LARGEST_FRAGMENT = std::size_t{256} << 20;
 
+// A top-level element of the fragment, and what the entries in it are called.
+struct FragmentContainer {
+    const char* name;
+    // A name that is empty stands for none.
+    std::array<std::string_view, 2> entryNames;
+
+    bool holds(std::string_view element) const;
+};
+
+// In the order in which they are read, whatever their order in the text.
+constexpr FragmentContainer FRAGMENT_CONTAINERS[] = {{"CrsConfiguration", {"CRS", ""}},
+                                                     {"SRSList", {"EPSGCode", "SRS"}}};
+
+// The attributes of an entry.
+constexpr char MAP_TO_EPSG_CODE[] = "mapToEpsgCode";
+constexpr char NUMBER_OF_DECIMAL_PLACES[] = "numberOfDecimalPlaces";
+// Spelled so by every configuration.
+constexpr char SUPPRESS_DUPLICATE_COORDINATES[] = "suppressDuplicatCoordinates";
+constexpr char AXIS_ORDER[] = "axisOrder";
+
 // Lines and columns count from 1, columns in bytes.
 struct FragmentPlace {
     std::size_t line = 1;
@@ -27,7 +48,7 @@ struct FragmentFault {
     std::string message;
     FragmentPlace place;
     // The tree reader would not survive the text.
-    bool tooMuchForTheTreeReader = false;
+    bool exceedsTreeReader = false;
 };
 
 // A start tag. The name is part of the text.

@@ -107,8 +107,8 @@ TEST(FragmentBoundTest, IsOfNesting) {
     EXPECT_THAT(faultOf(startTags(256)), StartsWith("1:769: the text ends inside <a>"));
     EXPECT_EQ(faultOf(startTags(257)), "1:769: elements are nested more than 256 deep");
     EXPECT_EQ(faultOf(startTags(255) + "<b>\n<c/>"), "2:1: elements are nested more than 256 deep");
-    EXPECT_TRUE(findFragmentFault(startTags(257))->tooMuchForTheTreeReader);
-    EXPECT_FALSE(findFragmentFault(startTags(256))->tooMuchForTheTreeReader);
+    EXPECT_TRUE(findFragmentFault(startTags(257))->exceedsTreeReader);
+    EXPECT_FALSE(findFragmentFault(startTags(256))->exceedsTreeReader);
 }
 
 TEST(FragmentBoundTest, IsOfLength) {
@@ -116,7 +116,7 @@ TEST(FragmentBoundTest, IsOfLength) {
     EXPECT_EQ(faultOf(text), "none");
     text += ' ';
     EXPECT_EQ(faultOf(text), "1:1: the fragment is larger than 256 MB");
-    EXPECT_TRUE(findFragmentFault(text)->tooMuchForTheTreeReader);
+    EXPECT_TRUE(findFragmentFault(text)->exceedsTreeReader);
 }
 
 TEST(FragmentElementsTest, HaveTheirPlaces) {

@@ -22,7 +22,7 @@ const std::string BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 
 class CrsCreatorSpecialTextFormatTest : public testing::Test {
 protected:
-    struct Reading {
+    struct ReadFields {
         unsigned int primary;
         unsigned int secondary;
         bool eastNorth;
@@ -40,14 +40,14 @@ protected:
     std::unique_ptr<AbstractCrs> read(const std::string& text) const {
         return std::unique_ptr<AbstractCrs>(creator.createFromSpecialTextFormat(text));
     }
-    static Reading readingOf(const AbstractCrs& crs) {
-        Reading reading{};
+    static ReadFields readingOf(const AbstractCrs& crs) {
+        ReadFields reading{};
         crs.get(reading.primary, reading.secondary, reading.eastNorth, reading.primaryScale, reading.secondaryScale);
         return reading;
     }
-    static void expectReading(const AbstractCrs* crs, const Reading& expected) {
+    static void expectReading(const AbstractCrs* crs, const ReadFields& expected) {
         ASSERT_NE(crs, nullptr);
-        const Reading actual = readingOf(*crs);
+        const ReadFields actual = readingOf(*crs);
         EXPECT_EQ(actual.primary, expected.primary);
         EXPECT_EQ(actual.secondary, expected.secondary);
         EXPECT_EQ(actual.eastNorth, expected.eastNorth);
@@ -79,7 +79,7 @@ protected:
 TEST_F(CrsCreatorSpecialTextFormatTest, ReadsAxisOrderAndScaleFactors) {
     const struct {
         std::string text;
-        Reading reading;
+        ReadFields reading;
     } accepted[] = {
         {"EPSG:4326;NE;1", {4326, 0, false, 1, 9}},
         {"EPSG:4326;EN;1", {4326, 0, true, 1, 9}},

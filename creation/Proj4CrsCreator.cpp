@@ -13,16 +13,11 @@
 #include "proj/Proj4Transformer.h"
 #include "proj/classic/ClassicProj.h"
 #include "text/FileText.h"
+#include "text/InitFile.h"
 
 namespace CoordinateTransformation {
 
 namespace {
-
-constexpr char DIRECTORY_PROPERTY[] = "Proj4ConfigDir";
-constexpr char DIRECTORY_VARIABLE[] = "QUARVELSRV_PROJ4_CONF_DIR";
-constexpr char BUILT_IN_DIRECTORY[] = "/opt/quarvelserver/share/proj4";
-constexpr char INIT_FILE[] = "epsg";
-constexpr char AXIS_ORDER_FILE[] = "epsg-axisorder.csv";
 
 constexpr unsigned int UNKNOWN_OR_DEFAULT_CODE = 0;
 constexpr unsigned int DEFAULT_SECONDARY_CODE = 1;
@@ -30,10 +25,10 @@ constexpr unsigned int DEFAULT_SECONDARY_CODE = 1;
 std::string chooseDirectory(const std::string& property) {
     std::string directory = property;
     if (directory.empty()) {
-        const char* const variable = std::getenv(DIRECTORY_VARIABLE);
+        const char* const variable = std::getenv(PROJ_DIRECTORY_VARIABLE);
         if (variable != nullptr) directory = variable;
     }
-    if (directory.empty()) directory = BUILT_IN_DIRECTORY;
+    if (directory.empty()) directory = BUILT_IN_PROJ_DIRECTORY;
     // Cannot fire while the built-in directory is not empty.
     if (directory.empty()) throw Misconfigured("Required Property Proj4ConfigDir not set");
     return directory;
@@ -100,7 +95,7 @@ AbstractCrs* Proj4CrsCreator::createUnknown() const {
 }
 
 void Proj4CrsCreator::init() {
-    const std::string property = config->getConfigProperty(DIRECTORY_PROPERTY);
+    const std::string property = config->getConfigProperty(PROJ_DIRECTORY_PROPERTY);
     if (searchPathSet) return;
     const ErrnoGuard errnoGuard;
     const std::string directory = chooseDirectory(property);

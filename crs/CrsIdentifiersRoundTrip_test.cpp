@@ -159,7 +159,7 @@ TEST_F(CrsIdentifiersRoundTripTest, WritesWhatItReadAsTheTableSays) {
         SCOPED_TRACE(row.where());
         const Crs read = creator.createFromName(row["name"], true, true);
         EXPECT_EQ(read->getEpsgVersion(), row["version"]);
-        for (const TestSupport::WrittenForm& form : TestSupport::WRITTEN_FORMS)
+        for (const TestSupport::FormRequest& form : TestSupport::WRITTEN_FORMS)
             EXPECT_EQ(form.write(*read.get(), false), row[form.title]);
     }
 }

@@ -18,9 +18,9 @@ namespace CoordinateTransformation {
 namespace {
 
 using QuarvelSrv::SrsFormattingOptions;
+using TestSupport::FormRequest;
 using TestSupport::NameRow;
 using TestSupport::WRITTEN_FORMS;
-using TestSupport::WrittenForm;
 using Writer = std::function<std::string(AbstractCrs const&, bool useAlias)>;
 
 constexpr unsigned int OGC_URN = 0;
@@ -86,7 +86,7 @@ TEST_F(CrsIdentifiersTest, WritesTheFormsOfTheTable) {
     for (const NameRow& row : TestSupport::nameRowsWith("identifier")) {
         SCOPED_TRACE(row.where());
         BareCrs crs = givenCrsOf(row);
-        for (const WrittenForm& form : WRITTEN_FORMS) {
+        for (const FormRequest& form : WRITTEN_FORMS) {
             crs.alias = "";
             EXPECT_EQ(form.write(crs, false), row[form.title]);
             EXPECT_EQ(form.write(crs, true), row[form.title]);

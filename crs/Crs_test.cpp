@@ -32,11 +32,11 @@ AbstractCrs* const NOTHING_TO_OWN = nullptr;
 AbstractCrs const* const NOTHING_TO_BORROW = nullptr;
 
 // A handle that has been moved from keeps its flag, so there are two kinds of empty handles.
-enum State { EMPTY, LEFT_BY_BORROWER, BORROWING, OWNING };
-constexpr State STATES[] = {EMPTY, LEFT_BY_BORROWER, BORROWING, OWNING};
+enum HandleState { EMPTY, LEFT_BY_BORROWER, BORROWING, OWNING };
+constexpr HandleState STATES[] = {EMPTY, LEFT_BY_BORROWER, BORROWING, OWNING};
 
-bool isEmpty(State state) { return state == EMPTY || state == LEFT_BY_BORROWER; }
-bool isFlagged(State state) { return state == BORROWING || state == LEFT_BY_BORROWER; }
+bool isEmpty(HandleState state) { return state == EMPTY || state == LEFT_BY_BORROWER; }
+bool isFlagged(HandleState state) { return state == BORROWING || state == LEFT_BY_BORROWER; }
 
 // For reading that must not copy.
 class UncopyableCrs : public FakeCrs {
@@ -66,7 +66,7 @@ protected:
     SomeCrs* newCrs(unsigned int primary = 25832, unsigned int secondary = 0) {
         return new SomeCrs(creator, transformer, primary, secondary, &live);
     }
-    Crs given(State state) {
+    Crs given(HandleState state) {
         if (state == OWNING) return Crs(newCrs());
         if (state == EMPTY) return Crs(NullConstruction());
         Crs handle(borrowable());
@@ -136,7 +136,7 @@ TEST_F(CrsTest, BorrowsAConstCrs) {
     EXPECT_TRUE(live.contains(borrowable()));
 }
 
-void expectCopied(Crs const& copied, Crs const& source, State state) {
+void expectCopied(Crs const& copied, Crs const& source, HandleState state) {
     EXPECT_EQ(copied.isHoldingConst(), isFlagged(state));
     EXPECT_EQ(source.isHoldingConst(), isFlagged(state));
     EXPECT_EQ(source.get() == nullptr, isEmpty(state));
@@ -150,7 +150,7 @@ void expectCopied(Crs const& copied, Crs const& source, State state) {
 }
 
 TEST_F(CrsTest, CopiesACrsOnlyWithAHandleThatOwnsIt) {
-    for (const State state : STATES) {
+    for (const HandleState state : STATES) {
         SCOPED_TRACE(state);
         const Crs source = given(state);
         const Crs copied(source);
@@ -166,7 +166,7 @@ TEST_F(CrsTest, CopiesFromAModifiableHandleAlike) {
     EXPECT_EQ(ownedCount(), 0U);
 }
 
-void expectMoved(Crs const& target, Crs const& source, State state, AbstractCrs const* held) {
+void expectMoved(Crs const& target, Crs const& source, HandleState state, AbstractCrs const* held) {
     EXPECT_EQ(target.get(), held);
     EXPECT_EQ(target.isHoldingConst(), isFlagged(state));
     EXPECT_EQ(source.get(), nullptr);
@@ -174,7 +174,7 @@ void expectMoved(Crs const& target, Crs const& source, State state, AbstractCrs 
 }
 
 TEST_F(CrsTest, MovesTheCrsAndLeavesAnEmptyHandle) {
-    for (const State state : STATES) {
+    for (const HandleState state : STATES) {
         SCOPED_TRACE(state);
         Crs source = given(state);
         AbstractCrs const* const held = source.get();
@@ -194,9 +194,9 @@ TEST_F(CrsTest, ReleasesNothingWhereItWasMovedFrom) {
 }
 
 // Calls `act` with a target in every state and a source in every state.
-void forEveryPairOfStates(std::function<void(State, State)> const& act) {
-    for (const State targetState : STATES) {
-        for (const State sourceState : STATES) {
+void forEveryPairOfStates(std::function<void(HandleState, HandleState)> const& act) {
+    for (const HandleState targetState : STATES) {
+        for (const HandleState sourceState : STATES) {
             SCOPED_TRACE(testing::Message() << "target " << targetState << ", source " << sourceState);
             act(targetState, sourceState);
         }
@@ -204,7 +204,7 @@ void forEveryPairOfStates(std::function<void(State, State)> const& act) {
 }
 
 TEST_F(CrsTest, AssignsAsItCopiesAndReleasesWhatItOwned) {
-    forEveryPairOfStates([this](State targetState, State sourceState) {
+    forEveryPairOfStates([this](HandleState targetState, HandleState sourceState) {
         Crs target = given(targetState);
         const Crs source = given(sourceState);
         EXPECT_EQ(&(target = source), &target);
@@ -214,7 +214,7 @@ TEST_F(CrsTest, AssignsAsItCopiesAndReleasesWhatItOwned) {
 }
 
 TEST_F(CrsTest, MoveAssignsAndReleasesWhatItOwned) {
-    forEveryPairOfStates([this](State targetState, State sourceState) {
+    forEveryPairOfStates([this](HandleState targetState, HandleState sourceState) {
         Crs target = given(targetState);
         Crs source = given(sourceState);
         AbstractCrs const* const held = source.get();
@@ -225,7 +225,7 @@ TEST_F(CrsTest, MoveAssignsAndReleasesWhatItOwned) {
 }
 
 TEST_F(CrsTest, AssignmentToItselfChangesNothing) {
-    for (const State state : STATES) {
+    for (const HandleState state : STATES) {
         SCOPED_TRACE(state);
         Crs handle = given(state);
         Crs& same = handle;
@@ -240,7 +240,7 @@ TEST_F(CrsTest, AssignmentToItselfChangesNothing) {
 
 TEST_F(CrsTest, BorrowsAnAssignedConstCrsAndReleasesWhatItOwned) {
     const FakeCrs other(creator, transformer, 4326, 0);
-    for (const State state : STATES) {
+    for (const HandleState state : STATES) {
         SCOPED_TRACE(state);
         Crs handle = given(state);
         AbstractCrs const* const borrowed = &other;
@@ -252,7 +252,7 @@ TEST_F(CrsTest, BorrowsAnAssignedConstCrsAndReleasesWhatItOwned) {
 }
 
 TEST_F(CrsTest, KeepsItsFlagWhenEmptiedByANullConstPointer) {
-    for (const State state : STATES) {
+    for (const HandleState state : STATES) {
         SCOPED_TRACE(state);
         Crs handle = given(state);
         EXPECT_EQ(&(handle = NOTHING_TO_BORROW), &handle);
@@ -273,7 +273,7 @@ TEST_F(CrsTest, ReleasesEvenTheOwnedCrsThatItIsToldToBorrow) {
 }
 
 TEST_F(CrsTest, OwnsAnAssignedCrsAndReleasesWhatItOwned) {
-    for (const State state : STATES) {
+    for (const HandleState state : STATES) {
         SCOPED_TRACE(state);
         Crs handle = given(state);
         AbstractCrs* const crs = newCrs();
@@ -285,7 +285,7 @@ TEST_F(CrsTest, OwnsAnAssignedCrsAndReleasesWhatItOwned) {
 }
 
 TEST_F(CrsTest, IsEmptiedByANullPointerToOwn) {
-    for (const State state : STATES) {
+    for (const HandleState state : STATES) {
         SCOPED_TRACE(state);
         Crs handle = given(state);
         handle = NOTHING_TO_OWN;
@@ -297,7 +297,7 @@ TEST_F(CrsTest, IsEmptiedByANullPointerToOwn) {
 }
 
 TEST_F(CrsTest, IgnoresTheAssignmentOfTheCrsItHolds) {
-    for (const State state : STATES) {
+    for (const HandleState state : STATES) {
         SCOPED_TRACE(state);
         Crs handle = given(state);
         AbstractCrs* const held = const_cast<AbstractCrs*>(handle.get());
@@ -368,7 +368,7 @@ TEST_F(CrsTest, TellsAnUnknownCrsFromADefaultOne) {
         const FakeCrs crs(creator, transformer, row.primary, row.secondary);
         EXPECT_EQ(Crs(&crs).isNotSetOrUnknown(), row.notSetOrUnknown) << row.primary << '*' << row.secondary;
     }
-    for (const State state : STATES) EXPECT_EQ(given(state).isNotSetOrUnknown(), isEmpty(state)) << state;
+    for (const HandleState state : STATES) EXPECT_EQ(given(state).isNotSetOrUnknown(), isEmpty(state)) << state;
 }
 
 TEST_F(CrsTest, CopiesABorrowedCrsOnceWhenModified) {
@@ -490,7 +490,7 @@ TEST_F(CrsTest, KeepsBorrowingWhenTheCopyFails) {
 }
 
 TEST_F(CrsTest, IsEmptyWhenTheCopyOfAnAssignedHandleFails) {
-    for (const State state : STATES) {
+    for (const HandleState state : STATES) {
         SCOPED_TRACE(state);
         const Crs source(newCrs<UncopyableCrs>());
         EXPECT_THROW(const Crs copied(source), std::bad_alloc);

@@ -18,12 +18,12 @@ namespace CoordinateTransformation {
 
 namespace {
 
-struct Fault {
+struct PlatformFault {
     std::uint32_t code;
     const char* text;
 };
 
-constexpr Fault FAULTS[] = {
+constexpr PlatformFault FAULTS[] = {
     {0x80000001, "guard page"},
     {0x80000002, "datatype misalignment"},
     {0xC0000005, "access violation"},
@@ -58,8 +58,8 @@ std::string textOfUnmapped(std::uint32_t code) {
 
 void translateStructuredException(unsigned int code, EXCEPTION_POINTERS* info) {
     if (code == BREAKPOINT_FAULT || code == SINGLE_STEP_FAULT) return;
-    const auto* const fault =
-        std::find_if(std::begin(FAULTS), std::end(FAULTS), [code](const Fault& known) { return known.code == code; });
+    const auto* const fault = std::find_if(std::begin(FAULTS), std::end(FAULTS),
+                                           [code](const PlatformFault& known) { return known.code == code; });
     if (fault != std::end(FAULTS)) throw structured_exception(code, info, fault->text, true);
     throw structured_exception(code, info, textOfUnmapped(code).c_str(), true);
 }

@@ -203,10 +203,10 @@ std::vector<std::string> registeredCodeNames(const CodePair& codes) {
 }
 
 std::array<RegisteredUrns, REGISTERED_URN_KINDS> registeredUrns(const CodePair& codes) {
-    const auto inHeads = [&codes](const std::string& head, const std::string& twinHead, const std::string& second) {
+    const auto inHeads = [&codes](const std::string& head, const std::string& alternativeHead, const std::string& second) {
         std::string rest = convertNumericToText(codes.primary);
         if (codes.secondary != 0) rest += second + convertNumericToText(codes.secondary);
-        return RegisteredUrns{head + rest, twinHead + rest};
+        return RegisteredUrns{head + rest, alternativeHead + rest};
     };
     return {inHeads("urn:ogc:def:crs:EPSG:6.12:", "urn:x-ogc:def:crs:EPSG:6.12:", ",crs:EPSG:6.12:"),
             inHeads("urn:ogc:def:crs:EPSG::", "urn:ogc:def:crs,crs:EPSG::", ",crs:EPSG::")};
@@ -215,7 +215,7 @@ std::array<RegisteredUrns, REGISTERED_URN_KINDS> registeredUrns(const CodePair& 
 std::vector<std::string> registeredNames(const CodePair& codes, const std::vector<std::string>& ownNames) {
     std::vector<std::string> names = ownNames;
     for (const std::string& name : registeredCodeNames(codes)) names.push_back(name);
-    for (const RegisteredUrns& urns : registeredUrns(codes)) names.insert(names.end(), {urns.name, urns.twin});
+    for (const RegisteredUrns& urns : registeredUrns(codes)) names.insert(names.end(), {urns.name, urns.alternative});
     return names;
 }
 

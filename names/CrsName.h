@@ -107,7 +107,7 @@ NameExplanation explainName(const std::string& name, const std::function<bool(co
 std::vector<std::string> registeredCodeNames(const CodePair& codes);
 struct RegisteredUrns {
     std::string name;
-    std::string twin;
+    std::string alternative;
 };
 constexpr std::size_t REGISTERED_URN_KINDS = 2;
 std::array<RegisteredUrns, REGISTERED_URN_KINDS> registeredUrns(const CodePair& codes);

@@ -14,7 +14,7 @@ constexpr char DEFAULT_MESSAGE[] = "No message is registered for this failure.";
 thread_local Message handedOut("");
 static_assert(std::is_trivially_destructible_v<Message>);
 
-Message* handOut(const char* text) {
+Message* returnCopy(const char* text) {
     handedOut = Message(text);
     return &handedOut;
 }
@@ -68,10 +68,10 @@ Message* MessageHandler::find(const char* subsystem, const char* situation) {
     const Key key(subsystem, situation);
     const std::lock_guard<std::mutex> lock(entriesLock);
     const auto found = entries.find(key);
-    return found == entries.end() ? nullptr : handOut(found->second->getText());
+    return found == entries.end() ? nullptr : returnCopy(found->second->getText());
 }
 
-Message* MessageHandler::getDefaultMessage() { return handOut(DEFAULT_MESSAGE); }
+Message* MessageHandler::getDefaultMessage() { return returnCopy(DEFAULT_MESSAGE); }
 
 void MessageHandler::add(const MTE& entry) {
     const std::lock_guard<std::mutex> lock(entriesLock);

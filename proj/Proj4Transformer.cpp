@@ -39,7 +39,7 @@ void afterFork() {
 }
 
 void afterForkInChild() {
-    ClassicProj::startAfreshInChild();
+    ClassicProj::resetInChild();
     afterFork();
 }
 

@@ -10,6 +10,16 @@
 
 namespace CoordinateTransformation {
 
+// Where the PROJ directory is looked for: what the property holds, else the variable of the environment, else the
+// built-in directory.
+constexpr char PROJ_DIRECTORY_PROPERTY[] = "Proj4ConfigDir";
+constexpr char PROJ_DIRECTORY_VARIABLE[] = "QUARVELSRV_PROJ4_CONF_DIR";
+constexpr char BUILT_IN_PROJ_DIRECTORY[] = "/opt/quarvelserver/share/proj4";
+
+// Its files: the definitions, and a line of each with its axis order.
+constexpr char INIT_FILE[] = "epsg";
+constexpr char AXIS_ORDER_FILE[] = "epsg-axisorder.csv";
+
 // A definition of an init file: its code, and its parameters without comments.
 struct InitFileDefinition {
     std::string code;

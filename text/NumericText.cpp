@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <iomanip>
 #include <limits>
 #include <locale>
 #include <optional>
@@ -272,13 +271,20 @@ std::string takeDigits(std::string_view& text) {
 // Far beyond the range of double, and far from overflow.
 constexpr long LARGEST_EXPONENT = 1000000000;
 
-long takeExponent(std::string_view text) {
-    if (!takeAnyOf(text, "eE")) return 0;
-    const bool negative = takeSign(text);
+long takeExponent(std::string_view& text) {
+    std::string_view rest = text;
+    if (!takeAnyOf(rest, "eE")) return 0;
+    const bool negative = takeSign(rest);
+    const std::string digits = takeDigits(rest);
+    if (digits.empty()) return 0;
+    text = rest;
     long exponent = 0;
-    for (const char digit : takeDigits(text)) exponent = std::min(exponent * 10 + (digit - '0'), LARGEST_EXPONENT);
+    for (const char digit : digits) exponent = std::min(exponent * 10 + (digit - '0'), LARGEST_EXPONENT);
     return negative ? -exponent : exponent;
 }
+
+constexpr std::pair<std::string_view, double> WORDS[] = {{"nan", std::numeric_limits<double>::quiet_NaN()},
+                                                         {"inf", std::numeric_limits<double>::infinity()}};
 
 bool isSameLetter(char lower, char any) { return any == lower || any == lower - 'a' + 'A'; }
 
@@ -286,9 +292,13 @@ bool beginsWith(std::string_view text, std::string_view word) {
     return text.size() >= word.size() && std::equal(word.begin(), word.end(), text.begin(), isSameLetter);
 }
 
-double readWord(std::string_view text) {
-    if (beginsWith(text, "nan")) return std::numeric_limits<double>::quiet_NaN();
-    return beginsWith(text, "inf") ? std::numeric_limits<double>::infinity() : 0;
+std::optional<double> takeWord(std::string_view& text) {
+    for (const auto& [word, number] : WORDS) {
+        if (!beginsWith(text, word)) continue;
+        text.remove_prefix(word.size());
+        return number;
+    }
+    return std::nullopt;
 }
 
 // Without a decimal point there is nothing in the text that a locale could change.
@@ -296,34 +306,35 @@ double readWithoutPoint(const std::string& digits, long exponent) {
     return std::strtod((digits + "e" + std::to_string(exponent)).c_str(), nullptr);
 }
 
-std::string writeDigits(double number, int digits) {
-    std::ostringstream text;
-    text.exceptions(std::ios::badbit);
-    text.imbue(std::locale::classic());
-    text << std::setprecision(digits) << number;
-    return std::move(text).str();
+std::optional<double> takeMagnitude(std::string_view& text) {
+    std::string_view rest = text;
+    std::string digits = takeDigits(rest);
+    std::string fraction;
+    if (takeAnyOf(rest, ".")) fraction = takeDigits(rest);
+    digits += fraction;
+    if (digits.empty()) return takeWord(text);
+    text = rest;
+    const long exponent = takeExponent(text) - static_cast<long>(fraction.size());
+    return readWithoutPoint(digits, exponent);
 }
 
 }  // namespace
 
-double readDouble(std::string_view text) {
-    const bool negative = takeSign(text);
-    std::string digits = takeDigits(text);
-    std::string fraction;
-    if (takeAnyOf(text, ".")) fraction = takeDigits(text);
-    digits += fraction;
-    const long exponent = takeExponent(text) - static_cast<long>(fraction.size());
-    if (digits.empty()) return negative ? 0 - readWord(text) : readWord(text);
-    return (negative ? -1 : 1) * readWithoutPoint(digits, exponent);
+std::optional<double> takeDouble(std::string_view& text) {
+    std::string_view rest = text;
+    const bool negative = takeSign(rest);
+    const std::optional<double> magnitude = takeMagnitude(rest);
+    if (!magnitude) return std::nullopt;
+    text = rest;
+    return negative ? -*magnitude : *magnitude;
 }
 
+double readDouble(std::string_view text) { return takeDouble(text).value_or(0); }
+
 std::string writeDouble(double number) {
-    std::string text;
-    for (const int digits : {15, 16, 17}) {
-        text = writeDigits(number, digits);
-        if (readDouble(text) == number) break;
-    }
-    return text;
+    constexpr std::size_t LONGEST_DOUBLE = 24;
+    char text[LONGEST_DOUBLE];
+    return {text, std::to_chars(text, text + sizeof text, number).ptr};
 }
 
 }  // namespace CoordinateTransformation

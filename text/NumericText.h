@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -46,7 +47,10 @@ namespace CoordinateTransformation {
 //   number = [ "+" | "-" ] ( digits [ "." [ digits ] ] | "." digits ) [ ( "e" | "E" ) [ "+" | "-" ] digits ]
 double readDouble(std::string_view text);
 
-// In 15 digits, or in 16 or 17 where it takes them to be read back as the same number.
+// The same, taken off the front of `text`. Nothing, and `text` as it was, for a text that begins with no number.
+std::optional<double> takeDouble(std::string_view& text);
+
+// The shortest text that is read back as `number`: "6378137", "0.1", "1e-07".
 //
 // REQUIRES: the number is finite.
 std::string writeDouble(double number);

@@ -11,8 +11,10 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
+#include <optional>
 #include <random>
 #include <string>
+#include <string_view>
 #include <version>
 #ifdef __cpp_lib_to_chars
 #include <charconv>
@@ -509,7 +511,31 @@ TEST(DefinitionNumberTest, ReadsNoFiniteNumberWhereThereIsNone) {
     for (const char* text : {"-inf", "-1e309"}) EXPECT_EQ(readDouble(text), -HUGE_VAL) << text;
 }
 
-TEST(DefinitionNumberTest, WritesNoMoreDigitsThanItTakes) {
+TEST(DefinitionNumberTest, TakesANumberOffTheFrontOfAText) {
+    const struct {
+        const char* text;
+        double number;
+        const char* rest;
+    } texts[] = {
+        {"12/39.37", 12, "/39.37"}, {"52d9'22\"N", 52, "d9'22\"N"}, {"-9.5e-1W", -0.95, "W"}, {"90E", 90, "E"},
+        {"5e+", 5, "e+"},           {"1.5.5", 1.5, ".5"},           {"+.5 ", 0.5, " "},       {"7.", 7, ""},
+    };
+    for (const auto& [text, number, rest] : texts) {
+        std::string_view left = text;
+        EXPECT_EQ(takeDouble(left), number) << text;
+        EXPECT_EQ(left, rest) << text;
+    }
+}
+
+TEST(DefinitionNumberTest, TakesNothingOffATextThatBeginsWithNoNumber) {
+    for (const std::string_view text : {"", "+", "-", ".", "-.", "e5", "+-5", "--3", " 3", "-x2", "na"}) {
+        std::string_view left = text;
+        EXPECT_EQ(takeDouble(left), std::nullopt) << text;
+        EXPECT_EQ(left, text) << text;
+    }
+}
+
+TEST(DefinitionNumberTest, WritesNoMoreCharactersThanItTakes) {
     const struct {
         double number;
         const char* text;
@@ -520,10 +546,13 @@ TEST(DefinitionNumberTest, WritesNoMoreDigitsThanItTakes) {
                    {6356752.3142451793, "6356752.314245179"},
                    {0.1, "0.1"},
                    {-0.000001, "-1e-06"},
-                   {0.0001, "0.0001"},
+                   {0.0001, "1e-04"},
+        {0.00025, "0.00025"},
+        {100000, "1e+05"},
+        {123000, "123000"},
                    {0.30000000000000004, "0.30000000000000004"},
                    {1e300, "1e+300"},
-                   {4.9406564584124654e-324, "4.94065645841247e-324"}};
+                   {4.9406564584124654e-324, "5e-324"}};
     for (const auto& [number, text] : numbers) EXPECT_EQ(writeDouble(number), text);
 }
 

@@ -25,7 +25,7 @@ bool beginsParameter(const std::string& text, std::size_t at) {
 }
 
 // The text with one blank for each run of white space that parts anything.
-std::string withoutIdleSpace(const std::string& text) {
+std::string withoutInsignificantSpace(const std::string& text) {
     std::string kept;
     std::size_t begin = text.find_first_not_of(WHITE_SPACE);
     while (begin != std::string::npos) {
@@ -41,7 +41,7 @@ std::string withoutIdleSpace(const std::string& text) {
 }  // namespace
 
 ParameterList::ParameterList(const std::string& text) : nul(text.find('\0') != std::string::npos) {
-    const std::string tight = withoutIdleSpace(text);
+    const std::string tight = withoutInsignificantSpace(text);
     std::size_t begin = tight.find_first_not_of(WHITE_SPACE);
     while (begin != std::string::npos) {
         const std::size_t end = std::min(tight.find_first_of(WHITE_SPACE, begin), tight.size());

@@ -19,6 +19,11 @@ public:
     // White space around "=" and "," does not count, except before a "+" and a letter: these begin a parameter.
     explicit ParameterList(const std::string& text);
 
+    using Parameter = std::pair<std::string, std::string>;
+    // Key and value of each parameter; the value is empty where there is none.
+    std::vector<Parameter>::const_iterator begin() const { return parameters.begin(); }
+    std::vector<Parameter>::const_iterator end() const { return parameters.end(); }
+
     bool has(const std::string& key) const;
     bool hasAnyOf(std::initializer_list<const char*> keys) const;
     // Empty for a missing key and for one without a value.
@@ -29,6 +34,7 @@ public:
     // Whether a value is a number that is not finite.
     bool hasInfinity() const;
 
+    void add(const Parameter& parameter) { parameters.push_back(parameter); }
     // Adds those of `defaults` whose keys are not there yet.
     void addDefaults(const ParameterList& defaults);
 
@@ -39,7 +45,7 @@ public:
     std::string toText() const;
 
 private:
-    std::vector<std::pair<std::string, std::string>> parameters;
+    std::vector<Parameter> parameters;
     bool nul = false;
 };
 

@@ -1,9 +1,13 @@
 #include "text/ParameterList.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace CoordinateTransformation {
 namespace {
+
+using testing::ElementsAre;
+using testing::Pair;
 
 TEST(ParameterListTest, ReadsKeysAndValuesInOrder) {
     const struct {
@@ -78,6 +82,22 @@ TEST(ParameterListTest, TellsAParameterWithoutValueFromAMissingOne) {
     EXPECT_EQ(parameters.get("south"), "");
     EXPECT_FALSE(parameters.has("north"));
     EXPECT_EQ(parameters.get("north"), "");
+}
+
+TEST(ParameterListTest, CanBeWalkedThrough) {
+    const ParameterList parameters(" +proj=utm zone=32  +south\n+x= ");
+    EXPECT_THAT(std::vector(parameters.begin(), parameters.end()),
+                ElementsAre(Pair("proj", "utm"), Pair("zone", "32"), Pair("south", ""), Pair("x", "")));
+    const ParameterList none(" \n");
+    EXPECT_EQ(none.begin(), none.end());
+}
+
+TEST(ParameterListTest, GrowsAtItsEnd) {
+    ParameterList parameters("+a=1");
+    parameters.add({"b", "2"});
+    parameters.add({"a", "3"});
+    EXPECT_EQ(parameters.toText(), " +a=1 +b=2 +a=3");
+    EXPECT_EQ(parameters.get("a"), "1");
 }
 
 TEST(ParameterListTest, KnowsWholeKeysOnly) {

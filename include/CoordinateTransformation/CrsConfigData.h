@@ -51,7 +51,7 @@ public:
 
 private:
     COORDTRANS_INTERNAL static std::string withEpsgPrefix(const std::string& code);
-    COORDTRANS_INTERNAL void becomeCrs84();
+    COORDTRANS_INTERNAL void mapToCrs84();
 
     std::string identifier;
     std::string alias;

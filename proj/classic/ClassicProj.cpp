@@ -30,9 +30,9 @@ unsigned int forksSinceLoad = 0;
 //
 // Not thread-safe: its lock must be one of those that are held across a fork.
 template <typename T>
-class ForEachProcess {
+class PerProcess {
 public:
-    explicit ForEachProcess(T (*function)()) : make(function) {}
+    explicit PerProcess(T (*function)()) : make(function) {}
 
     T& get() {
         if (current == nullptr || madeAfter != forksSinceLoad) renew();
@@ -58,7 +58,7 @@ private:
 // What making definitions needs, and the lock that guards it. Never released: definitions live as long as the process.
 struct Definitions {
     std::mutex lock;
-    ForEachProcess<PJ_CONTEXT*> proj{makeContext};
+    PerProcess<PJ_CONTEXT*> proj{makeContext};
     std::map<std::string, InitFile> initFiles;
     // A deque keeps its elements in place.
     std::deque<Definition> made;
@@ -74,7 +74,7 @@ Definitions& definitions() {
 PairOperations makeOperations() { return PairOperations(makeContext, PairOperations::DEFAULT_BOUND); }
 
 PairOperations& pairOperations() COORDTRANS_THREAD_SAFETY(requires_capability(transformRole)) {
-    static auto& operations = *new ForEachProcess<PairOperations>(makeOperations);
+    static auto& operations = *new PerProcess<PairOperations>(makeOperations);
     return operations.get();
 }
 
@@ -107,7 +107,7 @@ int expandInit(ParameterList& parameters) {
     return 0;
 }
 
-int defineWhileMemoryLasts(const ParameterList& parameters, Definition& definition) {
+int makeOrChangeContext(const ParameterList& parameters, Definition& definition) {
     Definitions& all = definitions();
     try {
         return makeDefinition(parameters, all.proj.get(), definition);
@@ -119,7 +119,7 @@ int defineWhileMemoryLasts(const ParameterList& parameters, Definition& definiti
 
 int expandAndDefine(ParameterList parameters, Definition& definition) {
     const int error = expandInit(parameters);
-    return error != 0 ? error : defineWhileMemoryLasts(parameters, definition);
+    return error != 0 ? error : makeOrChangeContext(parameters, definition);
 }
 
 // The init file of a definition that cannot be made may have a better one by now.
@@ -196,7 +196,7 @@ void unlockAfterFork() {
     definitions().lock.unlock();
 }
 
-void startAfreshInChild() {
+void resetInChild() {
     ++forksSinceLoad;
     closeInheritedFiles();
 }

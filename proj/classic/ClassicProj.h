@@ -56,6 +56,6 @@ void lockForFork();
 void unlockAfterFork();
 // In the child, before unlockAfterFork: what PROJ has made for the parent is used no more and made anew at need.
 // Definitions stay.
-void startAfreshInChild();
+void resetInChild();
 
 }  // namespace ClassicProj

@@ -139,17 +139,17 @@ bool isOneOf(std::initializer_list<const char*> names, const std::string& name) 
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-int whyNot(PJ_CONTEXT* proj) {
+int errorOf(PJ_CONTEXT* proj) {
     const int error = proj_context_errno(proj);
     return error != 0 ? error : PROJ_ERR_INVALID_OP;
 }
 
 int checkProjection(const std::string& step, PJ_CONTEXT* proj) {
     const ProjectionPtr projection = makeProjection(proj, step);
-    return projection == nullptr ? whyNot(proj) : 0;
+    return projection == nullptr ? errorOf(proj) : 0;
 }
 
-bool isFigure(const Ellipsoid& ellipsoid) {
+bool isValidEllipsoid(const Ellipsoid& ellipsoid) {
     return std::isfinite(ellipsoid.semiMajor) && std::isfinite(ellipsoid.semiMinor) && ellipsoid.semiMajor > 0 &&
            ellipsoid.semiMinor > 0;
 }
@@ -158,12 +158,12 @@ bool isFigure(const Ellipsoid& ellipsoid) {
 int measureEllipsoid(const std::string& parameters, PJ_CONTEXT* proj, Ellipsoid& ellipsoid) {
     constexpr double QUARTER_TURN = 1.5707963267948966;
     const ProjectionPtr cartesian = makeProjection(proj, "+proj=cart" + parameters);
-    if (cartesian == nullptr) return whyNot(proj);
+    if (cartesian == nullptr) return errorOf(proj);
     ellipsoid.semiMajor = proj_trans(cartesian.get(), PJ_FWD, proj_coord(0, 0, 0, 0)).xyz.x;
     ellipsoid.semiMinor = proj_trans(cartesian.get(), PJ_FWD, proj_coord(0, QUARTER_TURN, 0, 0)).xyz.z;
     const double ratio = ellipsoid.semiMinor / ellipsoid.semiMajor;
     ellipsoid.eccentricitySquared = (1 - ratio) * (1 + ratio);
-    return isFigure(ellipsoid) ? 0 : PROJ_ERR_INVALID_OP_ILLEGAL_ARG_VALUE;
+    return isValidEllipsoid(ellipsoid) ? 0 : PROJ_ERR_INVALID_OP_ILLEGAL_ARG_VALUE;
 }
 
 // Definitions share a handful of ellipsoids, each of which is measured once.
@@ -236,7 +236,7 @@ std::string writeStep(const ParameterList& parameters, const Definition& definit
 }
 
 // Whether the step leaves geodetic coordinates as they are. Units in metres do.
-bool isIdle(const ParameterList& parameters, const Definition& definition, PJ_CONTEXT* proj) {
+bool isNoOperation(const ParameterList& parameters, const Definition& definition, PJ_CONTEXT* proj) {
     if (!definition.isLongLat || parameters.hasAnyOf(LONG_LAT_KEYS)) return false;
     if (!parameters.hasAnyOf(UNIT_KEYS)) return true;
     const ProjectionPtr longLat = makeProjection(proj, definition.step);
@@ -273,7 +273,7 @@ int makeDefinition(ParameterList parameters, PJ_CONTEXT* proj, Definition& defin
     definition.isLongLat = isOneOf(LONG_LAT_PROJECTIONS, parameters.get("proj"));
     definition.geoidGrids = parameters.get("geoidgrids");
     definition.step = writeStep(parameters, definition, proj);
-    if (isIdle(parameters, definition, proj)) definition.step.clear();
+    if (isNoOperation(parameters, definition, proj)) definition.step.clear();
     return 0;
 }
 

@@ -209,14 +209,14 @@ const PairOperation* PairOperations::tryToMake(const Key& key, int& error) {
 
 const PairOperation* PairOperations::make(const Key& key, int& error) {
     PairOperation operation;
-    if (addStagesWhileMemoryLasts(key, operation)) return operations.insert(key, std::move(operation));
+    if (addStagesOrChangeContext(key, operation)) return operations.insert(key, std::move(operation));
     error = proj_context_errno(context);
     if (error == 0) error = PROJ_ERR_INVALID_OP;
     return nullptr;
 }
 
 // The operations that are there go on with the context in which memory has ended; it makes no new ones.
-bool PairOperations::addStagesWhileMemoryLasts(const Key& key, PairOperation& operation) {
+bool PairOperations::addStagesOrChangeContext(const Key& key, PairOperation& operation) {
     try {
         if (context == nullptr) context = makeContext();
         return addStages(key, operation);

@@ -94,14 +94,14 @@ private:
     struct KeyHash {
         std::size_t operator()(const Key& key) const;
     };
-    struct Failure {
+    struct PairFailure {
         int error;
         Clock::time_point when;
     };
 
     const PairOperation* tryToMake(const Key& key, int& error);
     const PairOperation* make(const Key& key, int& error);
-    bool addStagesWhileMemoryLasts(const Key& key, PairOperation& operation);
+    bool addStagesOrChangeContext(const Key& key, PairOperation& operation);
     int recentFailure(const Key& key);
     void rememberFailure(const Key& key, int error);
     bool addStages(const Key& key, PairOperation& operation);
@@ -113,7 +113,7 @@ private:
     MakeContext makeContext;
     Now now;
     LruMap<Key, PairOperation, KeyHash> operations;
-    std::unordered_map<Key, Failure, KeyHash> failures;
+    std::unordered_map<Key, PairFailure, KeyHash> failures;
     std::map<std::string, ProjectionPtr> gridShifts;
 };
 

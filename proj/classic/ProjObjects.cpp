@@ -73,16 +73,16 @@ struct OpenFile {
 };
 
 OpenFile* firstFile = nullptr;
-thread_local bool troubled = false;
+thread_local bool fileFailed = false;
 
-void enlist(OpenFile& file) {
+void registerFile(OpenFile& file) {
     const std::lock_guard<std::mutex> guard(projFilesLock);
     file.next = firstFile;
     if (firstFile != nullptr) firstFile->previous = &file;
     firstFile = &file;
 }
 
-void strike(OpenFile& file) {
+void unregisterFile(OpenFile& file) {
     const std::lock_guard<std::mutex> guard(projFilesLock);
     (file.previous != nullptr ? file.previous->next : firstFile) = file.next;
     if (file.next != nullptr) file.next->previous = file.previous;
@@ -102,7 +102,7 @@ bool mayOpen(PJ_CONTEXT* context, const std::string& file) {
 int openRegularFile(const char* name) {
     const int descriptor = ::open(name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     if (descriptor == NOT_OPEN) {
-        troubled = troubled || !isMissing(errno);
+        fileFailed = fileFailed || !isMissing(errno);
         return NOT_OPEN;
     }
     struct stat status;
@@ -116,7 +116,7 @@ PROJ_FILE_HANDLE* openFile(PJ_CONTEXT* context, const char* name, PROJ_OPEN_ACCE
     auto file = std::make_unique<OpenFile>();
     file->descriptor = openRegularFile(name);
     if (file->descriptor == NOT_OPEN) return nullptr;
-    enlist(*file);
+    registerFile(*file);
     return reinterpret_cast<PROJ_FILE_HANDLE*>(file.release());
 }
 
@@ -126,7 +126,7 @@ size_t readFile(PJ_CONTEXT* /*context*/, PROJ_FILE_HANDLE* handle, void* buffer,
     while (done < size) {
         const ssize_t count = pread(file.descriptor, static_cast<char*>(buffer) + done, size - done, file.position);
         if (count < 0 && errno == EINTR) continue;
-        troubled = troubled || count < 0;
+        fileFailed = fileFailed || count < 0;
         if (count <= 0) break;
         done += static_cast<size_t>(count);
         file.position += count;
@@ -158,7 +158,7 @@ unsigned long long tellPosition(PJ_CONTEXT* /*context*/, PROJ_FILE_HANDLE* handl
 
 void closeFile(PJ_CONTEXT* /*context*/, PROJ_FILE_HANDLE* handle, void* /*user*/) {
     const std::unique_ptr<OpenFile> file(&fileOf(handle));
-    strike(*file);
+    unregisterFile(*file);
     ::close(file->descriptor);
 }
 
@@ -189,9 +189,9 @@ void dropMessage(void* /*data*/, int /*level*/, const char* /*message*/) {}
 
 void readFilesThroughLibrary(PJ_CONTEXT* context) { proj_context_set_fileapi(context, &FILES, nullptr); }
 
-bool takeFileTrouble() {
-    const bool was = troubled;
-    troubled = false;
+bool takeFileFailure() {
+    const bool was = fileFailed;
+    fileFailed = false;
     return was;
 }
 
@@ -228,7 +228,7 @@ void requireRoom() {
     ::operator delete(room);
 }
 
-bool namesTheEndOfMemory(std::string_view text) {
+bool reportsOutOfMemory(std::string_view text) {
     return text.find("bad_alloc") != std::string_view::npos || text.find("out of memory") != std::string_view::npos;
 }
 
@@ -237,13 +237,13 @@ bool namesTheEndOfMemory(std::string_view text) {
 class Listener {
 public:
     Listener(PJ_CONTEXT* projContext, const std::string& text) : context(projContext) {
-        if (namesTheEndOfMemory(text)) return;
-        proj_log_func(context, this, listen);
+        if (reportsOutOfMemory(text)) return;
+        proj_log_func(context, this, takeMessage);
         proj_log_level(context, PJ_LOG_DEBUG);
     }
     ~Listener() {
         proj_log_level(context, PJ_LOG_NONE);
-        proj_log_func(context, nullptr, ignore);
+        proj_log_func(context, nullptr, dropMessage);
     }
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
@@ -253,10 +253,9 @@ public:
     }
 
 private:
-    static void listen(void* listener, int /*level*/, const char* message) {
-        if (namesTheEndOfMemory(message)) static_cast<Listener*>(listener)->memoryEnded = true;
+    static void takeMessage(void* listener, int /*level*/, const char* message) {
+        if (reportsOutOfMemory(message)) static_cast<Listener*>(listener)->memoryEnded = true;
     }
-    static void ignore(void* /*data*/, int /*level*/, const char* /*message*/) {}
 
     PJ_CONTEXT* context;
     bool memoryEnded = false;
@@ -285,7 +284,7 @@ ProjectionPtr make(const Listener& listener, PJ_CONTEXT* context, const std::str
     return nullptr;
 }
 
-bool concernsThePointAlone(int error) { return error >= PROJ_ERR_COORD_TRANSFM && error < PROJ_ERR_OTHER; }
+bool isPointError(int error) { return error >= PROJ_ERR_COORD_TRANSFM && error < PROJ_ERR_OTHER; }
 
 // Grids that the process has met before are opened with the first point. If that fails, PROJ takes the shift for
 // one without grids, which moves nothing.
@@ -294,7 +293,7 @@ bool canOpenGrids(PJ* shift) {
     proj_errno_reset(shift);
     proj_trans(shift, PJ_FWD, proj_coord(0, SOUTH_POLE, 0, HUGE_VAL));
     const int error = proj_errno(shift);
-    if (error != 0 && !concernsThePointAlone(error)) return false;
+    if (error != 0 && !isPointError(error)) return false;
     proj_errno_reset(shift);
     return true;
 }
@@ -307,11 +306,11 @@ ProjectionPtr makeProjection(PJ_CONTEXT* context, const std::string& text) {
 
 ProjectionPtr makeGridShift(PJ_CONTEXT* context, const std::string& text) {
     const Listener listener(context, text);
-    takeFileTrouble();
+    takeFileFailure();
     ProjectionPtr shift = make(listener, context, text);
     const bool open = shift != nullptr && canOpenGrids(shift.get());
     listener.requireMemory();
-    return open && !takeFileTrouble() ? std::move(shift) : nullptr;
+    return open && !takeFileFailure() ? std::move(shift) : nullptr;
 }
 
 }  // namespace ClassicProj

@@ -4,11 +4,11 @@
 // whole.
 
 #include <filesystem>
-#include <memory>
 #include <mutex>
-#include <proj.h>
 #include <string>
 #include <vector>
+
+#include "proj/classic/ProjHandles.h"
 
 namespace ClassicProj {
 
@@ -39,7 +39,7 @@ void readFilesThroughLibrary(PJ_CONTEXT* context);
 
 // Whether a file could not be opened or read on this thread for a reason that may pass, such as too many open
 // files. PROJ takes such a file for missing. Forgets it.
-bool takeFileTrouble();
+bool takeFileFailure();
 
 // Guards the list of open files. Taken last of all locks.
 extern std::mutex projFilesLock;
@@ -47,13 +47,6 @@ extern std::mutex projFilesLock;
 // Closes the files that a child has inherited; PROJ must not use them afterwards. For the child of a fork: neither
 // allocates nor waits.
 void closeInheritedFiles();
-
-struct DestroyProjection {
-    void operator()(PJ* projection) const { proj_destroy(projection); }
-};
-
-// Owns a PROJ object; released under the same terms as its context is used.
-using ProjectionPtr = std::unique_ptr<PJ, DestroyProjection>;
 
 // The PROJ object of the text, or null with the reason in the error number of the context. It is whole: when
 // memory ends on the way, std::bad_alloc is thrown. PROJ loses count of its nesting then, and after a few times the

@@ -22,7 +22,7 @@ std::string refusalOf(const std::string& fragment) {
 TEST(FragmentTest, IsAcceptedWhereThePageDoesNotSayOtherwise) {
     int fragments = 0;
     for (const Page& page : readPages()) {
-        for (const Block& block : page.blocks) {
+        for (const CodeBlock& block : page.blocks) {
             if (block.info != "xml") continue;
             ++fragments;
             EXPECT_NO_THROW(EXPECT_FALSE(givenServer(block.text).config->getConfiguredCrs()->empty()))

@@ -34,7 +34,7 @@ TEST(PagesTest, EveryBlockIsChecked) {
 TEST(PagesTest, EveryCppBlockIsCompiled) {
     int blocks = 0;
     for (const Page& page : readPages())
-        for (const Block& block : page.blocks) blocks += block.info.compare(0, 3, "cpp") == 0 ? 1 : 0;
+        for (const CodeBlock& block : page.blocks) blocks += block.info.compare(0, 3, "cpp") == 0 ? 1 : 0;
     EXPECT_EQ(blocks, DOCS_CPP_BLOCKS);
     EXPECT_GT(blocks, 0);
 }

@@ -12,9 +12,9 @@ namespace IntegrationTest {
 namespace {
 
 using QuarvelSrv::SrsFormattingOptions;
+using TestSupport::FormRequest;
 using TestSupport::NameRow;
 using TestSupport::WRITTEN_FORMS;
-using TestSupport::WrittenForm;
 
 std::string identifier(const AbstractCrs& crs) { return crs.getAliasOrIdentifier(false); }
 std::string urn(const AbstractCrs& crs) { return crs.getAliasOrAsOgcURN(nullptr, false); }
@@ -32,7 +32,7 @@ protected:
     void expectForms(const NameRow& row) const {
         const Crs crs = server.request(row["name"]);
         EXPECT_EQ(crs->getAsText(), row["text"]);
-        for (const WrittenForm& form : WRITTEN_FORMS) {
+        for (const FormRequest& form : WRITTEN_FORMS) {
             EXPECT_EQ(form.write(*crs.get(), false), row[form.title]);
             if (form.readsBackCompounds || row.secondaryCode() == 0) expectReadAgain(row[form.title], *crs.get());
         }

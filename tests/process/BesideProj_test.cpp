@@ -39,10 +39,10 @@ public:
     }
 
     int messages = 0;
-    const ContextPtr context{proj_context_create()};
-    ProjectionPtr byRegistry;
-    ProjectionPtr byText;
-    ProjectionPtr inDefaultContext;
+    const ProjPtr<PJ_CONTEXT> context{proj_context_create()};
+    ProjPtr<PJ> byRegistry;
+    ProjPtr<PJ> byText;
+    ProjPtr<PJ> inDefaultContext;
 };
 
 std::vector<double> resultsOf(const CrsConfig& config) {
@@ -99,7 +99,7 @@ TEST_F(BesideProjTest, SendsNothingToTheLoggersOfTheApplication) {
     EXPECT_EQ(toDefaultLogger, 0);
     EXPECT_EQ(application.messages, before);
 
-    proj_destroy(proj_create(nullptr, "+proj=nonsense"));
+    const ProjPtr<PJ> nonsense(proj_create(nullptr, "+proj=nonsense"));
     EXPECT_GT(toDefaultLogger, 0);
     proj_log_level(nullptr, level);
 }

@@ -1,24 +1,17 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <memory>
-#include <proj.h>
 #include <string>
 
+#include "proj/classic/ProjHandles.h"
 #include "tests/support/ProcessServer.h"
 #include "tests/support/TemporaryDirectory.h"
 
 // A program that uses PROJ by itself, beside the library.
 namespace ProcessTest {
 
+using ClassicProj::ProjPtr;
 using TestSupport::TemporaryDirectory;
-
-struct ReleaseProj {
-    void operator()(PJ_CONTEXT* context) const { proj_context_destroy(context); }
-    void operator()(PJ* projection) const { proj_destroy(projection); }
-};
-using ContextPtr = std::unique_ptr<PJ_CONTEXT, ReleaseProj>;
-using ProjectionPtr = std::unique_ptr<PJ, ReleaseProj>;
 
 // What PROJ tells about a context; null is the default one of the process.
 struct Settings {

@@ -8,7 +8,7 @@
 // The pages of docs/, as far as the tests read them: fenced blocks and tables.
 namespace DocsTest {
 
-struct Block {
+struct CodeBlock {
     // What follows the three backticks: "cpp", "xml refused".
     std::string info;
     std::string text;
@@ -28,7 +28,7 @@ struct Table {
 
 struct Page {
     std::string name;
-    std::vector<Block> blocks;
+    std::vector<CodeBlock> blocks;
     std::vector<Table> tables;
     // The targets of its links.
     std::vector<std::string> links;

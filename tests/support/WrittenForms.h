@@ -11,7 +11,7 @@ namespace TestSupport {
 
 using CoordinateTransformation::AbstractCrs;
 
-struct WrittenForm {
+struct FormRequest {
     // The title of its column.
     const char* title;
     std::string (*write)(const AbstractCrs& crs, bool useAlias);
@@ -36,7 +36,7 @@ inline std::string writeGmlReference(const AbstractCrs& crs, bool useAlias) {
 }
 
 // Those that createFromName reads.
-const WrittenForm WRITTEN_FORMS[] = {
+const FormRequest WRITTEN_FORMS[] = {
     {"identifier", [](const AbstractCrs& crs, bool useAlias) { return crs.getAliasOrIdentifier(useAlias); }, true},
     {"urn", [](const AbstractCrs& crs, bool useAlias) { return crs.getAliasOrAsOgcURN(nullptr, useAlias); }, true},
     {"url", writeUrl, true},

@@ -1,7 +1,5 @@
 // The program as a person or a script meets it: arguments, descriptors, signals and exit codes.
 
-#include "tests/support/CrsctlProgram.h"
-
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
@@ -17,9 +15,10 @@
 #include <unistd.h>
 #include <vector>
 
+#include "tests/support/CrsctlProgram.h"
 #include "tests/support/TemporaryDirectory.h"
-#include "tools/crsctl/start/TextFile.h"
 #include "tests/support/TemporaryFile.h"
+#include "tools/crsctl/start/TextFile.h"
 
 namespace crsctl {
 namespace {

@@ -17,8 +17,8 @@ using namespace crsctl;
 
 namespace {
 
-void complain(const std::string& speaker, const std::string& text) {
-    writeAll(STDERR_FILENO, speaker + ": " + text + "\n");
+void printError(const std::string& commandName, const std::string& text) {
+    writeAll(STDERR_FILENO, commandName + ": " + text + "\n");
 }
 
 int writeOutput(const std::string& output, int exitCode) {
@@ -27,18 +27,18 @@ int writeOutput(const std::string& output, int exitCode) {
     return outcome == WriteOutcome::PipeClosed ? EXIT_REFUSED : exitCode;
 }
 
-CommandResult runReportCommand(const Request& request) {
+CommandResult runReportCommand(const CommandRequest& request) {
     if (request.command == "resolve") return resolveCommand(request.common, request.arguments);
     if (request.command == "check") return checkCommand(request.common, request.arguments.front());
     return namesCommand(request.common);
 }
 
-int run(const Request& request, const std::string& speaker) {
+int run(const CommandRequest& request, const std::string& commandName) {
     if (request.text) return writeOutput(*request.text, EXIT_DONE);
     if (request.command == "transform") return transformCommand(request.common, request.transform);
     const CommandResult result = runReportCommand(request);
     const int exitCode = writeOutput(result.output, result.exitCode);
-    for (const std::string& note : result.notes) complain(speaker, note);
+    for (const std::string& note : result.notes) printError(commandName, note);
     return exitCode;
 }
 
@@ -47,14 +47,14 @@ int run(const Request& request, const std::string& speaker) {
 int main(int argc, char** argv) {
     occupyStandardDescriptors();
     ignoreClosedPipes();
-    std::string speaker;
+    std::string commandName;
     try {
-        return run(readCommandLine(argc, argv, speaker), speaker);
+        return run(readCommandLine(argc, argv, commandName), commandName);
     } catch (const CommandFailure& failure) {
-        complain(speaker, failure.what());
+        printError(commandName, failure.what());
         return failure.getExitCode();
     } catch (const std::exception& failure) {
-        complain(speaker, failure.what());
+        printError(commandName, failure.what());
         return EXIT_SET_UP;
     }
 }

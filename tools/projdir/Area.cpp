@@ -8,17 +8,17 @@ constexpr double FULL_TURN = 360;
 
 double between(double first, double last, int i, int count) { return first + (last - first) * i / (count - 1); }
 
-double intoRange(double longitude) { return longitude > FULL_TURN / 2 ? longitude - FULL_TURN : longitude; }
+double foldLongitude(double longitude) { return longitude > FULL_TURN / 2 ? longitude - FULL_TURN : longitude; }
 
 }  // namespace
 
-std::vector<LonLat> spreadPoints(const Area& area, int perSide) {
+std::vector<LonLat> sampleArea(const Area& area, int perSide) {
     const double east = area.east < area.west ? area.east + FULL_TURN : area.east;
     std::vector<LonLat> points;
     for (int row = 0; row < perSide; ++row)
         for (int column = 0; column < perSide; ++column)
-            points.push_back(
-                {intoRange(between(area.west, east, column, perSide)), between(area.south, area.north, row, perSide)});
+            points.push_back({foldLongitude(between(area.west, east, column, perSide)),
+                              between(area.south, area.north, row, perSide)});
     return points;
 }
 

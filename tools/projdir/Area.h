@@ -19,6 +19,6 @@ struct Area {
 };
 
 // perSide * perSide points over the area, its borders included. REQUIRES: perSide >= 2.
-std::vector<LonLat> spreadPoints(const Area& area, int perSide);
+std::vector<LonLat> sampleArea(const Area& area, int perSide);
 
 }  // namespace ProjDir

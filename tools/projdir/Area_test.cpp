@@ -6,7 +6,7 @@ namespace ProjDir {
 namespace {
 
 TEST(AreaTest, SpreadsPointsFromBorderToBorder) {
-    const auto points = spreadPoints({-10, 40, 10, 60}, 3);
+    const auto points = sampleArea({-10, 40, 10, 60}, 3);
     ASSERT_EQ(points.size(), 9U);
     EXPECT_EQ(points.front().longitude, -10);
     EXPECT_EQ(points.front().latitude, 40);
@@ -17,7 +17,7 @@ TEST(AreaTest, SpreadsPointsFromBorderToBorder) {
 }
 
 TEST(AreaTest, CrossesThe180thMeridian) {
-    const auto points = spreadPoints({170, -20, -170, -10}, 3);
+    const auto points = sampleArea({170, -20, -170, -10}, 3);
     ASSERT_EQ(points.size(), 9U);
     EXPECT_EQ(points[0].longitude, 170);
     EXPECT_EQ(points[1].longitude, 180);
@@ -25,7 +25,7 @@ TEST(AreaTest, CrossesThe180thMeridian) {
 }
 
 TEST(AreaTest, HoldsTheWholeWorld) {
-    const auto points = spreadPoints({-180, -90, 180, 90}, 2);
+    const auto points = sampleArea({-180, -90, 180, 90}, 2);
     EXPECT_EQ(points.front().longitude, -180);
     EXPECT_EQ(points.back().longitude, 180);
     EXPECT_EQ(points.back().latitude, 90);

@@ -10,7 +10,7 @@ struct Axis {
 };
 
 Axis readAxis(const ProjContext& context, const PJ* crs, int index) {
-    const PjPtr axes(proj_crs_get_coordinate_system(context.get(), crs));
+    const ProjPtr<PJ> axes(proj_crs_get_coordinate_system(context.get(), crs));
     const char* name = nullptr;
     const char* direction = nullptr;
     if (axes != nullptr)
@@ -22,16 +22,16 @@ Axis readAxis(const ProjContext& context, const PJ* crs, int index) {
 }  // namespace
 
 // Axes that point into one direction, at a pole, differ in their names.
-bool comesNorthFirst(const ProjContext& context, const PJ* crs) {
-    const PjPtr shown(proj_normalize_for_visualization(context.get(), crs));
-    return shown != nullptr && readAxis(context, crs, 0).name != readAxis(context, shown.get(), 0).name;
+bool isNorthAxisFirst(const ProjContext& context, const PJ* crs) {
+    const ProjPtr<PJ> normalised(proj_normalize_for_visualization(context.get(), crs));
+    return normalised != nullptr && readAxis(context, crs, 0).name != readAxis(context, normalised.get(), 0).name;
 }
 
 std::string writeAxisDirections(const ProjContext& context, const PJ* crs) {
-    const PjPtr shown(proj_normalize_for_visualization(context.get(), crs));
-    if (shown == nullptr || proj_get_type(crs) != PJ_TYPE_PROJECTED_CRS) return "";
-    const std::string first = readAxis(context, shown.get(), 0).direction.substr(0, 1);
-    const std::string second = readAxis(context, shown.get(), 1).direction.substr(0, 1);
+    const ProjPtr<PJ> normalised(proj_normalize_for_visualization(context.get(), crs));
+    if (normalised == nullptr || proj_get_type(crs) != PJ_TYPE_PROJECTED_CRS) return "";
+    const std::string first = readAxis(context, normalised.get(), 0).direction.substr(0, 1);
+    const std::string second = readAxis(context, normalised.get(), 1).direction.substr(0, 1);
     if (first == second || first + second == "en") return "";
     return "+axis=" + first + second + "u";
 }

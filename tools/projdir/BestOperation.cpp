@@ -51,14 +51,14 @@ std::vector<ReferencePoint> BestOperation::sample(const std::vector<LonLat>& pla
     return points;
 }
 
-std::vector<ReferencePoint> BestOperation::trace(const std::vector<LonLat>& places) {
+std::vector<ReferencePoint> BestOperation::sampleWithOperations(const std::vector<LonLat>& places) {
     // PROJ has a type for an operation that it need not choose, and none for a choice.
     const bool hasChoice = operation != nullptr && proj_get_type(operation.get()) == PJ_TYPE_UNKNOWN;
     std::vector<ReferencePoint> points;
     ReferencePoint point;
     for (const LonLat& place : places) {
         if (!sampleOne(place, point)) continue;
-        if (hasChoice || operations.empty()) point.operation = findLastUsed();
+        if (hasChoice || operations.empty()) point.operation = lastUsedOperation();
         points.push_back(point);
     }
     return points;
@@ -75,8 +75,8 @@ bool BestOperation::sampleOne(const LonLat& place, ReferencePoint& point) {
     return true;
 }
 
-std::size_t BestOperation::findLastUsed() {
-    const PjPtr last(proj_trans_get_last_used_operation(operation.get()));
+std::size_t BestOperation::lastUsedOperation() {
+    const ProjPtr<PJ> last(proj_trans_get_last_used_operation(operation.get()));
     const std::string name = last == nullptr ? "" : textOrEmpty(proj_get_name(last.get()));
     const auto [entry, isNew] = indexByName.emplace(name, operations.size());
     if (isNew) operations.push_back(last == nullptr ? UsedOperation{} : describe(context, last.get()));

@@ -7,7 +7,7 @@
 
 #include "tools/projdir/Area.h"
 #include "tools/projdir/ClassicText.h"
-#include "tools/projdir/ProjHandles.h"
+#include "tools/projdir/ProjContext.h"
 
 namespace ProjDir {
 
@@ -44,17 +44,17 @@ public:
     // that PROJ cannot move.
     std::vector<ReferencePoint> sample(const std::vector<LonLat>& places);
     // The same with the operation of each point, which takes much longer.
-    std::vector<ReferencePoint> trace(const std::vector<LonLat>& places);
+    std::vector<ReferencePoint> sampleWithOperations(const std::vector<LonLat>& places);
 
-    // The operations that `trace` has met.
+    // The operations that `sampleWithOperations` has met.
     const std::vector<UsedOperation>& used() const { return operations; }
 
 private:
     bool sampleOne(const LonLat& place, ReferencePoint& point);
-    std::size_t findLastUsed();
+    std::size_t lastUsedOperation();
 
     ProjContext& context;
-    PjPtr operation;
+    ProjPtr<PJ> operation;
     std::vector<UsedOperation> operations;
     std::unordered_map<std::string, std::size_t> indexByName;
 };

@@ -28,7 +28,7 @@ TEST(BestOperationTest, ReturnsToThePlaceItCameFrom) {
 TEST(BestOperationTest, NamesTheOperationOfEachPoint) {
     ProjContext context;
     BestOperation best(context, 27700);
-    const auto points = best.trace({{-2, 52}, {-8.95, 60.99}});
+    const auto points = best.sampleWithOperations({{-2, 52}, {-8.95, 60.99}});
     ASSERT_EQ(points.size(), 2U);
     const UsedOperation& inside = best.used()[points[0].operation];
     EXPECT_EQ(inside.source, "EPSG:1314");
@@ -41,7 +41,7 @@ TEST(BestOperationTest, NamesTheOperationOfEachPoint) {
 TEST(BestOperationTest, NamesTheInstalledFileOfAGrid) {
     ProjContext context;
     BestOperation best(context, 31467);
-    const auto points = best.trace({{9, 51}});
+    const auto points = best.sampleWithOperations({{9, 51}});
     ASSERT_EQ(points.size(), 1U);
     EXPECT_EQ(best.used()[points[0].operation].gridShift, "BETA2007.gsb");
 }
@@ -49,7 +49,7 @@ TEST(BestOperationTest, NamesTheInstalledFileOfAGrid) {
 TEST(BestOperationTest, KnowsThatItKnowsNothing) {
     ProjContext context;
     BestOperation best(context, 4610);  // Xian 1980
-    const auto points = best.trace({{110, 30}});
+    const auto points = best.sampleWithOperations({{110, 30}});
     ASSERT_EQ(points.size(), 1U);
     EXPECT_TRUE(best.used()[points[0].operation].isBallpark);
 }
@@ -58,7 +58,7 @@ TEST(BestOperationTest, HasNoPointsWithoutAnOperation) {
     ProjContext context;
     BestOperation best(context, 999999);
     EXPECT_TRUE(best.sample({{9, 50}}).empty());
-    EXPECT_TRUE(best.trace({{9, 50}}).empty());
+    EXPECT_TRUE(best.sampleWithOperations({{9, 50}}).empty());
 }
 
 }  // namespace

@@ -4,16 +4,24 @@
 #include <cmath>
 #include <initializer_list>
 
+#include "text/ParameterList.h"
 #include "tools/projdir/AxisOrder.h"
 #include "tools/projdir/EllipsoidText.h"
-#include "tools/projdir/PipelineText.h"
 
 namespace ProjDir {
+
+using CoordinateTransformation::ParameterList;
 
 namespace {
 
 constexpr char WEB_MERCATOR_METHOD[] = "1024";
 constexpr double DEGREE_TOLERANCE = 1e-12;
+
+// Figure, datum and axes are written anew; the rest has no meaning in an init file.
+constexpr std::initializer_list<const char*> REPLACED_KEYS = {
+    "ellps", "a", "b", "rf", "R", "datum", "towgs84", "nadgrids", "no_defs", "type", "wktext", "axis"};
+constexpr std::initializer_list<const char*> UNIT_AND_MERIDIAN_KEYS = {"units", "to_meter", "vunits", "vto_meter",
+                                                                       "pm"};
 
 bool isOneOf(const std::string& word, std::initializer_list<const char*> words) {
     return std::any_of(words.begin(), words.end(), [&word](const char* one) { return word == one; });
@@ -23,24 +31,16 @@ void append(std::string& text, const std::string& part) {
     if (!part.empty()) text += (text.empty() ? "" : " ") + part;
 }
 
-std::string writeParameter(const std::pair<std::string, std::string>& parameter) {
-    return "+" + parameter.first + (parameter.second.empty() ? "" : "=" + parameter.second);
-}
-
-// Figure, datum and axes are written anew; the rest has no meaning in an init file.
-bool isReplaced(const std::string& key) {
-    return isOneOf(key,
-                   {"ellps", "a", "b", "rf", "R", "datum", "towgs84", "nadgrids", "no_defs", "type", "wktext", "axis"});
-}
-
-bool isUnitOrMeridian(const std::string& key) {
-    return isOneOf(key, {"units", "to_meter", "vunits", "vto_meter", "pm"});
+// Without the blank in front.
+std::string textOf(const ParameterList& parameters) {
+    const std::string text = parameters.toText();
+    return text.empty() ? text : text.substr(1);
 }
 
 // PROJ writes Pseudo-Mercator as a Mercator on a sphere, whose datum step would go astray.
 bool isWebMercator(const ProjContext& context, const PJ* crs) {
     if (proj_get_type(crs) != PJ_TYPE_PROJECTED_CRS) return false;
-    const PjPtr conversion(proj_crs_get_coordoperation(context.get(), crs));
+    const ProjPtr<PJ> conversion(proj_crs_get_coordoperation(context.get(), crs));
     const char* code = nullptr;
     proj_coordoperation_get_method_info(context.get(), conversion.get(), nullptr, nullptr, &code);
     return textOrEmpty(code) == WEB_MERCATOR_METHOD;
@@ -55,7 +55,7 @@ std::string exportText(ProjContext& context, const PJ* crs) {
 }
 
 void requireDegrees(const ProjContext& context, const PJ* crs) {
-    const PjPtr axes(proj_crs_get_coordinate_system(context.get(), crs));
+    const ProjPtr<PJ> axes(proj_crs_get_coordinate_system(context.get(), crs));
     double factor = 0;
     const char* unit = nullptr;
     proj_cs_get_axis_info(context.get(), axes.get(), 0, nullptr, nullptr, nullptr, &factor, &unit, nullptr, nullptr);
@@ -75,11 +75,10 @@ void requireKind(CrsKind kind) {
     throw NotExpressible(std::string("a ") + nameOfKind(kind) + " CRS has no classic definition");
 }
 
-void sortParameters(const std::string& exported, ClassicText& text) {
-    for (const auto& parameter : parseParameters(exported)) {
-        if (isReplaced(parameter.first)) continue;
-        append(isUnitOrMeridian(parameter.first) ? text.unitsAndMeridian : text.projection, writeParameter(parameter));
-    }
+void divideParameters(const std::string& exported, ClassicText& text) {
+    const ParameterList kept = ParameterList(exported).without(REPLACED_KEYS);
+    text.projection = textOf(kept.without(UNIT_AND_MERIDIAN_KEYS));
+    text.unitsAndMeridian = textOf(kept.only(UNIT_AND_MERIDIAN_KEYS));
 }
 
 bool isLongLat(const std::string& definition) { return definition.rfind("+proj=longlat", 0) == 0; }
@@ -96,21 +95,21 @@ std::string ClassicText::write(const std::string& datumShift) const {
     return text;
 }
 
-PjPtr openGeodeticCrs(const ProjContext& context, const PJ* crs) {
-    return PjPtr(proj_get_type(crs) == PJ_TYPE_PROJECTED_CRS ? proj_crs_get_geodetic_crs(context.get(), crs)
-                                                             : proj_clone(context.get(), crs));
+ProjPtr<PJ> createGeodeticCrs(const ProjContext& context, const PJ* crs) {
+    return ProjPtr<PJ>(proj_get_type(crs) == PJ_TYPE_PROJECTED_CRS ? proj_crs_get_geodetic_crs(context.get(), crs)
+                                                                   : proj_clone(context.get(), crs));
 }
 
 ClassicText writeClassicText(ProjContext& context, const PJ* crs, const RegistryCrs& entry) {
     requireKind(entry.kind);
     if (entry.kind == CrsKind::GEOGRAPHIC) requireDegrees(context, crs);
     ClassicText text;
-    sortParameters(exportText(context, crs), text);
+    divideParameters(exportText(context, crs), text);
     if (isWebMercator(context, crs)) text.projection = "+proj=webmerc";
     append(text.projection, writeAxisDirections(context, crs));
     text.ellipsoid = readEllipsoid(context, crs);
     text.figure = writeEllipsoid(text.ellipsoid);
-    text.isWgs84 = isWgs84(openGeodeticCrs(context, crs).get());
+    text.isWgs84 = isWgs84(createGeodeticCrs(context, crs).get());
     return text;
 }
 

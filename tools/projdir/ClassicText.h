@@ -5,7 +5,7 @@
 #include <string>
 
 #include "tools/projdir/Geodesy.h"
-#include "tools/projdir/ProjHandles.h"
+#include "tools/projdir/ProjContext.h"
 #include "tools/projdir/Registry.h"
 
 namespace ProjDir {
@@ -24,7 +24,7 @@ struct ClassicText {
     std::string figure;
     // "+units=m", "+pm=paris"; may be empty.
     std::string unitsAndMeridian;
-    Ellipsoid ellipsoid;
+    ReferenceEllipsoid ellipsoid;
     // The datum is that of EPSG:4326.
     bool isWgs84 = false;
 
@@ -37,7 +37,7 @@ struct ClassicText {
 ClassicText writeClassicText(ProjContext& context, const PJ* crs, const RegistryCrs& entry);
 
 // The CRS that a projected CRS is based on; the CRS itself for any other.
-PjPtr openGeodeticCrs(const ProjContext& context, const PJ* crs);
+ProjPtr<PJ> createGeodeticCrs(const ProjContext& context, const PJ* crs);
 
 using Coordinates = std::array<double, 3>;
 
@@ -54,7 +54,7 @@ public:
     LonLat operator()(const Coordinates& coordinates) const;
 
 private:
-    PjPtr projection;
+    ProjPtr<PJ> projection;
     // Geographic coordinates come in degrees; PROJ's bare operations take radians.
     double unit;
 };

@@ -18,18 +18,18 @@ RegistryCrs findEntry(const ProjContext& context, unsigned int code) {
 
 ClassicText makeText(unsigned int code) {
     ProjContext context;
-    const PjPtr crs = openCrs(context, code);
+    const ProjPtr<PJ> crs = createCrs(context, code);
     return writeClassicText(context, crs.get(), findEntry(context, code));
 }
 
-struct Row {
+struct ClassicCrs {
     unsigned int code;
     const char* text;
 };
 
-void PrintTo(const Row& row, std::ostream* stream) { *stream << row.code; }
+void PrintTo(const ClassicCrs& row, std::ostream* stream) { *stream << row.code; }
 
-class ClassicTextTest : public testing::TestWithParam<Row> {};
+class ClassicTextTest : public testing::TestWithParam<ClassicCrs> {};
 
 TEST_P(ClassicTextTest, IsTheDefinitionWithoutItsShift) {
     EXPECT_EQ(makeText(GetParam().code).write(""), GetParam().text);
@@ -38,22 +38,24 @@ TEST_P(ClassicTextTest, IsTheDefinitionWithoutItsShift) {
 INSTANTIATE_TEST_SUITE_P(
     Crs, ClassicTextTest,
     testing::Values(
-        Row{4258, "+proj=longlat +ellps=GRS80 +no_defs"}, Row{4936, "+proj=geocent +ellps=GRS80 +units=m +no_defs"},
-        Row{4937, "+proj=longlat +ellps=GRS80 +no_defs"},
-        Row{25832, "+proj=utm +zone=32 +ellps=GRS80 +units=m +no_defs"},
+        ClassicCrs{4258, "+proj=longlat +ellps=GRS80 +no_defs"},
+        ClassicCrs{4936, "+proj=geocent +ellps=GRS80 +units=m +no_defs"},
+        ClassicCrs{4937, "+proj=longlat +ellps=GRS80 +no_defs"},
+        ClassicCrs{25832, "+proj=utm +zone=32 +ellps=GRS80 +units=m +no_defs"},
         // PROJ's own text has a named datum with grids here.
-        Row{4267, "+proj=longlat +ellps=clrk66 +no_defs"},
-        Row{32040,
-            "+proj=lcc +lat_0=27.8333333333333 +lon_0=-99 +lat_1=28.3833333333333 +lat_2=30.2833333333333 "
-            "+x_0=609601.219202438 +y_0=0 +ellps=clrk66 +units=us-ft +no_defs"},
-        Row{3857, "+proj=webmerc +ellps=WGS84 +units=m +no_defs"},
-        Row{2053, "+proj=tmerc +lat_0=0 +lon_0=29 +k=1 +x_0=0 +y_0=0 +axis=wsu +ellps=WGS84 +units=m +no_defs"},
-        Row{27572,
+        ClassicCrs{4267, "+proj=longlat +ellps=clrk66 +no_defs"},
+        ClassicCrs{32040,
+                   "+proj=lcc +lat_0=27.8333333333333 +lon_0=-99 +lat_1=28.3833333333333 +lat_2=30.2833333333333 "
+                   "+x_0=609601.219202438 +y_0=0 +ellps=clrk66 +units=us-ft +no_defs"},
+        ClassicCrs{3857, "+proj=webmerc +ellps=WGS84 +units=m +no_defs"},
+        ClassicCrs{2053, "+proj=tmerc +lat_0=0 +lon_0=29 +k=1 +x_0=0 +y_0=0 +axis=wsu +ellps=WGS84 +units=m +no_defs"},
+        ClassicCrs{
+            27572,
             "+proj=lcc +lat_1=46.8 +lat_0=46.8 +lon_0=0 +k_0=0.99987742 +x_0=600000 +y_0=2200000 +ellps=clrk80ign "
             "+pm=paris +units=m +no_defs"},
-        Row{30200,
-            "+proj=cass +lat_0=10.4416666666667 +lon_0=-61.3333333333333 +x_0=86501.46392052 +y_0=65379.0134283 "
-            "+a=6378293.645208759 +rf=294.260676369 +to_meter=0.201166195164 +no_defs"}));
+        ClassicCrs{30200,
+                   "+proj=cass +lat_0=10.4416666666667 +lon_0=-61.3333333333333 +x_0=86501.46392052 +y_0=65379.0134283 "
+                   "+a=6378293.645208759 +rf=294.260676369 +to_meter=0.201166195164 +no_defs"}));
 
 TEST(ClassicTextTest, PutsTheShiftBehindTheFigure) {
     EXPECT_EQ(makeText(27572).write("+towgs84=1,2,3"),
@@ -67,14 +69,14 @@ TEST(ClassicTextTest, KnowsWgs84InItsThreeForms) {
     for (const unsigned int code : {4258U, 9057U, 25832U}) EXPECT_FALSE(makeText(code).isWgs84) << code;
 }
 
-struct Refusal {
+struct InexpressibleCrs {
     unsigned int code;
     const char* reason;
 };
 
-class RefusalTest : public testing::TestWithParam<Refusal> {};
+class InexpressibleCrsTest : public testing::TestWithParam<InexpressibleCrs> {};
 
-TEST_P(RefusalTest, SaysWhy) {
+TEST_P(InexpressibleCrsTest, SaysWhy) {
     try {
         makeText(GetParam().code);
         FAIL() << "accepted";
@@ -83,14 +85,15 @@ TEST_P(RefusalTest, SaysWhy) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Crs, RefusalTest,
-                         testing::Values(Refusal{4807, "its angular unit is the grad"}, Refusal{5701, "a vertical CRS"},
-                                         Refusal{7405, "a compound CRS"}));
+INSTANTIATE_TEST_SUITE_P(Crs, InexpressibleCrsTest,
+                         testing::Values(InexpressibleCrs{4807, "its angular unit is the grad"},
+                                         InexpressibleCrs{5701, "a vertical CRS"},
+                                         InexpressibleCrs{7405, "a compound CRS"}));
 
 // Newer versions of PROJ have more methods; this one none will have.
-TEST(RefusalTest, NamesTheMethodThatPROJDoesNotHave) {
+TEST(InexpressibleCrsTest, NamesTheMethodThatPROJDoesNotHave) {
     ProjContext context;
-    const PjPtr crs(proj_create(context.get(), R"(PROJCRS["map",
+    const ProjPtr<PJ> crs(proj_create(context.get(), R"(PROJCRS["map",
         BASEGEOGCRS["WGS 84", DATUM["World Geodetic System 1984", ELLIPSOID["WGS 84", 6378137, 298.257223563]]],
         CONVERSION["map", METHOD["Invented Projection"]],
         CS[Cartesian, 2], AXIS["easting", east], AXIS["northing", north], LENGTHUNIT["metre", 1]])"));

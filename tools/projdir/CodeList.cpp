@@ -34,10 +34,10 @@ const RegistryCrs* findCrs(const std::vector<RegistryCrs>& registry, unsigned in
     return found == registry.end() || found->code != code ? nullptr : &*found;
 }
 
-void requireUsable(const RegistryCrs* crs, const ListedCode& listed, bool admitDeprecated) {
+void requireUsable(const RegistryCrs* crs, const ListedCode& listed, bool includeDeprecated) {
     const std::string code = "EPSG:" + std::to_string(listed.code);
     if (crs == nullptr) throw CodeListError(listed.place + ": the registry has no CRS " + code);
-    if (crs->isDeprecated && !admitDeprecated)
+    if (crs->isDeprecated && !includeDeprecated)
         throw CodeListError(listed.place + ": " + code + " is deprecated; --include-deprecated admits it");
 }
 
@@ -57,10 +57,10 @@ std::vector<ListedCode> readCodeList(std::istream& lines, const std::string& nam
 }
 
 std::vector<RegistryCrs> selectListed(const std::vector<RegistryCrs>& registry, const std::vector<ListedCode>& codes,
-                                      bool admitDeprecated) {
+                                      bool includeDeprecated) {
     std::set<unsigned int> wanted;
     for (const ListedCode& listed : codes) {
-        requireUsable(findCrs(registry, listed.code), listed, admitDeprecated);
+        requireUsable(findCrs(registry, listed.code), listed, includeDeprecated);
         wanted.insert(listed.code);
     }
     std::vector<RegistryCrs> selected;
@@ -68,10 +68,10 @@ std::vector<RegistryCrs> selectListed(const std::vector<RegistryCrs>& registry, 
     return selected;
 }
 
-std::vector<RegistryCrs> selectAll(const std::vector<RegistryCrs>& registry, bool admitDeprecated) {
+std::vector<RegistryCrs> selectAll(const std::vector<RegistryCrs>& registry, bool includeDeprecated) {
     std::vector<RegistryCrs> selected;
     std::copy_if(registry.begin(), registry.end(), std::back_inserter(selected),
-                 [admitDeprecated](const RegistryCrs& crs) { return admitDeprecated || !crs.isDeprecated; });
+                 [includeDeprecated](const RegistryCrs& crs) { return includeDeprecated || !crs.isDeprecated; });
     return selected;
 }
 

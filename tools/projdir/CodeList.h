@@ -28,9 +28,9 @@ std::vector<ListedCode> readCodeList(std::istream& lines, const std::string& nam
 // The CRS of the registry that the list names, in the registry's order. CodeListError for a code that the registry
 // does not have, and for a deprecated one unless they are admitted.
 std::vector<RegistryCrs> selectListed(const std::vector<RegistryCrs>& registry, const std::vector<ListedCode>& codes,
-                                      bool admitDeprecated);
+                                      bool includeDeprecated);
 
 // Every CRS of the registry, the deprecated ones only if they are admitted.
-std::vector<RegistryCrs> selectAll(const std::vector<RegistryCrs>& registry, bool admitDeprecated);
+std::vector<RegistryCrs> selectAll(const std::vector<RegistryCrs>& registry, bool includeDeprecated);
 
 }  // namespace ProjDir

@@ -31,24 +31,24 @@ TEST(CodeListTest, ReadsACodeALine) {
     EXPECT_THAT(readCodes(" EPSG:4326 # WGS 84\r\n\n# nothing\n\t25832\n"), ElementsAre(4326, 25832));
 }
 
-struct Refusal {
+struct RefusedList {
     const char* text;
     const char* message;
 };
 
-class CodeListRefusalTest : public testing::TestWithParam<Refusal> {};
+class RefusedListTest : public testing::TestWithParam<RefusedList> {};
 
-TEST_P(CodeListRefusalTest, NamesLineAndText) { EXPECT_EQ(refusalOf(GetParam().text), GetParam().message); }
+TEST_P(RefusedListTest, NamesLineAndText) { EXPECT_EQ(refusalOf(GetParam().text), GetParam().message); }
 
-INSTANTIATE_TEST_SUITE_P(Texts, CodeListRefusalTest,
-                         testing::Values(Refusal{"4326\nabc\n", "list, line 2: \"abc\" is not an EPSG code"},
-                                         Refusal{"4326;en\n", "list, line 1: \"4326;en\" is not an EPSG code"},
-                                         Refusal{"-1\n", "list, line 1: \"-1\" is not an EPSG code"},
-                                         Refusal{"4326 25832\n", "list, line 1: \"4326 25832\" is not an EPSG code"},
-                                         Refusal{"EPSG:\n", "list, line 1: \"EPSG:\" is not an EPSG code"},
-                                         Refusal{"99999999999\n", "list, line 1: \"99999999999\" is not an EPSG code"},
-                                         Refusal{"", "list names no code"},
-                                         Refusal{"# only this\n", "list names no code"}));
+INSTANTIATE_TEST_SUITE_P(
+    Texts, RefusedListTest,
+    testing::Values(RefusedList{"4326\nabc\n", "list, line 2: \"abc\" is not an EPSG code"},
+                    RefusedList{"4326;en\n", "list, line 1: \"4326;en\" is not an EPSG code"},
+                    RefusedList{"-1\n", "list, line 1: \"-1\" is not an EPSG code"},
+                    RefusedList{"4326 25832\n", "list, line 1: \"4326 25832\" is not an EPSG code"},
+                    RefusedList{"EPSG:\n", "list, line 1: \"EPSG:\" is not an EPSG code"},
+                    RefusedList{"99999999999\n", "list, line 1: \"99999999999\" is not an EPSG code"},
+                    RefusedList{"", "list names no code"}, RefusedList{"# only this\n", "list names no code"}));
 
 RegistryCrs makeCrs(unsigned int code, bool isDeprecated) {
     RegistryCrs crs;

@@ -6,9 +6,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "tools/projdir/Program.h"
-#include "tools/projdir/ProjHandles.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tools/projdir/MakeDirectory.h"
+#include "tools/projdir/ProjContext.h"
 
 namespace ProjDir {
 namespace {
@@ -50,7 +50,7 @@ protected:
         const bool isReady = std::freopen("/dev/null", "w", stdout) != nullptr &&
                              std::freopen(work.file("error").c_str(), "w", stderr) != nullptr &&
                              setenv("PROJ_DATA", work.file("proj").c_str(), 1) == 0;
-        const int exitCode = isReady ? run(options) : -1;
+        const int exitCode = isReady ? makeDirectory(options) : -1;
         std::fflush(nullptr);
         return exitCode;
     }

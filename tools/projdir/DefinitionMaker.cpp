@@ -9,17 +9,19 @@ namespace ProjDir {
 namespace {
 
 // Parts of the text are the database's own words.
-std::string requireOneDefinition(const std::string& text) {
-    if (!isOneDefinition(text)) throw NotExpressible("its definition holds a character that ends a definition");
+std::string requireWholeDefinition(const std::string& text) {
+    if (!isWholeDefinition(text)) throw NotExpressible("its definition holds a character that ends a definition");
     return text;
 }
 
 }  // namespace
 
-DefinitionMaker::DefinitionMaker(const MakingRules& makingRules) : rules(makingRules) { context.openDatabaseAlone(); }
+DefinitionMaker::DefinitionMaker(const DefinitionOptions& definitionOptions) : options(definitionOptions) {
+    context.openDatabaseUnshared();
+}
 
-Outcome DefinitionMaker::make(const RegistryCrs& crs) {
-    Outcome outcome;
+CrsOutcome DefinitionMaker::make(const RegistryCrs& crs) {
+    CrsOutcome outcome;
     outcome.crs = crs;
     try {
         define(outcome);
@@ -30,30 +32,30 @@ Outcome DefinitionMaker::make(const RegistryCrs& crs) {
     return outcome;
 }
 
-void DefinitionMaker::define(Outcome& outcome) {
+void DefinitionMaker::define(CrsOutcome& outcome) {
     Survey survey(context, outcome.crs);
-    Definition definition;
+    ClassicDefinition definition;
     definition.isNorthFirst = survey.isNorthFirst();
-    definition.shift = chooseFor(survey);
+    definition.shift = chooseShiftOf(survey);
     definition.hasUnknownPart = survey.hasUnknownPart();
-    definition.text = requireOneDefinition(survey.text().write(writeDatumShift(definition.shift)));
+    definition.text = requireWholeDefinition(survey.text().write(writeDatumShift(definition.shift)));
     outcome.shares = survey.countShares();
-    if (rules.withCheckPoints) outcome.checkPoints = survey.makeCheckPoints();
+    if (options.withCheckPoints) outcome.checkPoints = survey.makeCheckPoints();
     outcome.definition = std::move(definition);
 }
 
-ShiftChoice DefinitionMaker::chooseFor(const Survey& survey) {
+ShiftChoice DefinitionMaker::chooseShiftOf(const Survey& survey) {
     ShiftChoice choice;
     choice.kind = ShiftKind::WGS_84;
     if (survey.text().isWgs84) return choice;
     ShiftEvidence evidence = survey.gatherEvidence();
-    if (rules.useGrids) evidence.grid = survey.findCommonGrid();
-    return chooseShift(evidence, [this, &survey] { return listPublished(survey.crs()); });
+    if (options.useGrids) evidence.grid = survey.findCommonGrid();
+    return chooseShift(evidence, [this, &survey] { return publishedShiftsOf(survey.crs()); });
 }
 
-const std::vector<PublishedShift>& DefinitionMaker::listPublished(const PJ* crs) {
-    const PjPtr geodeticCrs = openGeodeticCrs(context, crs);
-    const auto [entry, isNew] = published.try_emplace(textOrEmpty(proj_get_id_code(geodeticCrs.get(), 0)));
+const std::vector<PublishedShift>& DefinitionMaker::publishedShiftsOf(const PJ* crs) {
+    const ProjPtr<PJ> geodeticCrs = createGeodeticCrs(context, crs);
+    const auto [entry, isNew] = shiftCache.try_emplace(textOrEmpty(proj_get_id_code(geodeticCrs.get(), 0)));
     if (isNew) entry->second = findPublishedShifts(context, geodeticCrs.get());
     return entry->second;
 }

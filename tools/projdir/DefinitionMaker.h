@@ -12,7 +12,7 @@
 namespace ProjDir {
 
 // One entry of the "epsg" file.
-struct Definition {
+struct ClassicDefinition {
     std::string text;
     bool isNorthFirst = false;
     ShiftChoice shift;
@@ -21,9 +21,9 @@ struct Definition {
 };
 
 // What became of one CRS of the registry.
-struct Outcome {
+struct CrsOutcome {
     RegistryCrs crs;
-    std::optional<Definition> definition;
+    std::optional<ClassicDefinition> definition;
     // Why there is no definition.
     std::string omission;
     // Most used first.
@@ -31,7 +31,7 @@ struct Outcome {
     std::vector<CheckPoint> checkPoints;
 };
 
-struct MakingRules {
+struct DefinitionOptions {
     bool useGrids = false;
     bool withCheckPoints = false;
 };
@@ -41,20 +41,20 @@ struct MakingRules {
 // One thread at a time; each thread has its own. What it makes of a CRS does not depend on what it made before.
 class DefinitionMaker {
 public:
-    explicit DefinitionMaker(const MakingRules& makingRules);
+    explicit DefinitionMaker(const DefinitionOptions& definitionOptions);
 
     // RegistryError when PROJ fails over its database: what it makes then is not what the registry holds.
-    Outcome make(const RegistryCrs& crs);
+    CrsOutcome make(const RegistryCrs& crs);
 
 private:
-    void define(Outcome& outcome);
-    ShiftChoice chooseFor(const Survey& survey);
-    const std::vector<PublishedShift>& listPublished(const PJ* crs);
+    void define(CrsOutcome& outcome);
+    ShiftChoice chooseShiftOf(const Survey& survey);
+    const std::vector<PublishedShift>& publishedShiftsOf(const PJ* crs);
 
-    MakingRules rules;
+    DefinitionOptions options;
     ProjContext context;
     // By the code of the geodetic CRS; as many projected CRS share one.
-    std::map<std::string, std::vector<PublishedShift>> published;
+    std::map<std::string, std::vector<PublishedShift>> shiftCache;
 };
 
 }  // namespace ProjDir

@@ -21,13 +21,13 @@ protected:
         throw std::runtime_error("no CRS " + std::to_string(code));
     }
 
-    static Outcome make(unsigned int code, const MakingRules& rules = {}) {
-        DefinitionMaker maker(rules);
+    static CrsOutcome make(unsigned int code, const DefinitionOptions& options = {}) {
+        DefinitionMaker maker(options);
         return maker.make(find(code));
     }
 
-    static std::string textOf(unsigned int code, const MakingRules& rules = {}) {
-        const Outcome outcome = make(code, rules);
+    static std::string textOf(unsigned int code, const DefinitionOptions& options = {}) {
+        const CrsOutcome outcome = make(code, options);
         return outcome.definition ? outcome.definition->text : "left out: " + outcome.omission;
     }
 };
@@ -47,7 +47,7 @@ TEST_F(DefinitionMakerTest, WritesANullShiftWhereItIsPublished) {
 }
 
 TEST_F(DefinitionMakerTest, WritesNoShiftWherePROJKnowsNone) {
-    const Outcome outcome = make(2334);  // Xian 1980
+    const CrsOutcome outcome = make(2334);  // Xian 1980
     EXPECT_EQ(outcome.definition->text,
               "+proj=tmerc +lat_0=0 +lon_0=117 +k=1 +x_0=20500000 +y_0=0 +ellps=IAU76 +units=m +no_defs");
     EXPECT_EQ(outcome.definition->shift.kind, ShiftKind::UNKNOWN);
@@ -63,7 +63,7 @@ TEST_F(DefinitionMakerTest, WritesWgs84ByItsName) {
 
 // PROJ uses a grid all over the zone; the published parameters stay three metres away.
 TEST_F(DefinitionMakerTest, FitsParametersToAGrid) {
-    const Outcome outcome = make(31467);
+    const CrsOutcome outcome = make(31467);
     EXPECT_EQ(outcome.definition->shift.kind, ShiftKind::FITTED);
     EXPECT_LT(outcome.definition->shift.residual.largest, 3);
     EXPECT_GT(outcome.definition->shift.residual.largest, 0.1);
@@ -99,7 +99,7 @@ TEST_F(DefinitionMakerTest, SaysWhyACrsIsLeftOut) {
 }
 
 TEST_F(DefinitionMakerTest, CountsTheOperationsOfTheArea) {
-    const Outcome outcome = make(5514);  // PROJ has one operation for Czechia, another for Slovakia
+    const CrsOutcome outcome = make(5514);  // PROJ has one operation for Czechia, another for Slovakia
     ASSERT_GE(outcome.shares.size(), 2U);
     EXPECT_GE(outcome.shares[0].points, outcome.shares[1].points);
     std::size_t points = 0;
@@ -108,7 +108,7 @@ TEST_F(DefinitionMakerTest, CountsTheOperationsOfTheArea) {
 }
 
 TEST_F(DefinitionMakerTest, LooksCloserWherePROJKnowsAnOperationInACornerOnly) {
-    const Outcome outcome = make(2164);  // Locodjo 1965, whose operation reaches over a part of Ivory Coast
+    const CrsOutcome outcome = make(2164);  // Locodjo 1965, whose operation reaches over a part of Ivory Coast
     std::size_t points = 0;
     for (const OperationShare& share : outcome.shares) points += share.points;
     EXPECT_EQ(points, 625U);
@@ -118,7 +118,7 @@ TEST_F(DefinitionMakerTest, LooksCloserWherePROJKnowsAnOperationInACornerOnly) {
 
 TEST_F(DefinitionMakerTest, MakesCheckPointsOnDemand) {
     EXPECT_TRUE(make(25832).checkPoints.empty());
-    const Outcome outcome = make(31467, {false, true});
+    const CrsOutcome outcome = make(31467, {false, true});
     ASSERT_EQ(outcome.checkPoints.size(), 64U);
     EXPECT_GT(outcome.checkPoints.front().crs[0], 5e6);  // northing first
     EXPECT_TRUE(outcome.checkPoints.front().isKnown);

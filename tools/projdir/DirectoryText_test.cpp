@@ -7,11 +7,11 @@
 namespace ProjDir {
 namespace {
 
-Outcome makeOutcome(unsigned int code, const char* name, const char* text, bool isNorthFirst) {
-    Outcome outcome;
+CrsOutcome makeOutcome(unsigned int code, const char* name, const char* text, bool isNorthFirst) {
+    CrsOutcome outcome;
     outcome.crs.code = code;
     outcome.crs.name = name;
-    outcome.definition = Definition{};
+    outcome.definition = ClassicDefinition{};
     outcome.definition->text = text;
     outcome.definition->isNorthFirst = isNorthFirst;
     outcome.definition->shift.kind = ShiftKind::PUBLISHED;
@@ -19,10 +19,10 @@ Outcome makeOutcome(unsigned int code, const char* name, const char* text, bool 
     return outcome;
 }
 
-std::vector<Outcome> makeOutcomes() {
-    std::vector<Outcome> outcomes = {makeOutcome(10, "First", "+proj=longlat", true),
-                                     makeOutcome(15, "Nothing", "", true),
-                                     makeOutcome(20, "Second / Zone", "+proj=utm", false)};
+std::vector<CrsOutcome> makeOutcomes() {
+    std::vector<CrsOutcome> outcomes = {makeOutcome(10, "First", "+proj=longlat", true),
+                                        makeOutcome(15, "Nothing", "", true),
+                                        makeOutcome(20, "Second / Zone", "+proj=utm", false)};
     outcomes[1].definition.reset();
     return outcomes;
 }
@@ -42,7 +42,7 @@ TEST(DirectoryTextTest, WritesEntriesUnderTheirNames) {
 
 // What a registry holds that somebody has tampered with.
 TEST(DirectoryTextTest, KeepsEveryNameInItsComment) {
-    std::vector<Outcome> outcomes = {
+    std::vector<CrsOutcome> outcomes = {
         makeOutcome(10, "A\n<666> +proj=merc <>\r<667>\v#\f\x1B[2J<B>", "+proj=longlat", true)};
     outcomes[0].definition->shift.source = "EPSG:1\n<668>";
     EXPECT_EQ(writeInitFile({"v1\n<669>", "2022-08-31", "9.1.1"}, outcomes),
@@ -55,9 +55,9 @@ TEST(DirectoryTextTest, KeepsEveryNameInItsComment) {
 }
 
 TEST(DirectoryTextTest, KnowsWhatEndsADefinition) {
-    EXPECT_TRUE(isOneDefinition("+proj=utm +zone=32 +nadgrids=a-b_c.gsb"));
+    EXPECT_TRUE(isWholeDefinition("+proj=utm +zone=32 +nadgrids=a-b_c.gsb"));
     for (const char* text : {"+proj=utm <>", "<1>", "+proj=utm #", "+proj=utm\n", "+a=\t1"})
-        EXPECT_FALSE(isOneDefinition(text)) << text;
+        EXPECT_FALSE(isWholeDefinition(text)) << text;
 }
 
 TEST(DirectoryTextTest, WritesALineForEveryEntry) {
@@ -65,7 +65,7 @@ TEST(DirectoryTextTest, WritesALineForEveryEntry) {
 }
 
 TEST(DirectoryTextTest, SaysWhereNoShiftIsKnown) {
-    std::vector<Outcome> outcomes = {makeOutcome(10, "Name", "text", true)};
+    std::vector<CrsOutcome> outcomes = {makeOutcome(10, "Name", "text", true)};
     const auto comment = [&] {
         const std::string text = writeInitFile(VERSION, outcomes);
         const std::size_t begin = text.find("# Name");

@@ -7,24 +7,25 @@
 namespace ProjDir {
 namespace {
 
-struct Figure {
+struct NamedFigure {
     unsigned int code;
     const char* text;
 };
 
-class EllipsoidTextTest : public testing::TestWithParam<Figure> {};
+class EllipsoidTextTest : public testing::TestWithParam<NamedFigure> {};
 
 TEST_P(EllipsoidTextTest, NamesTheFigureOfACrs) {
     const ProjContext context;
-    EXPECT_EQ(writeEllipsoid(readEllipsoid(context, openCrs(context, GetParam().code).get())), GetParam().text);
+    EXPECT_EQ(writeEllipsoid(readEllipsoid(context, createCrs(context, GetParam().code).get())), GetParam().text);
 }
 
 INSTANTIATE_TEST_SUITE_P(Crs, EllipsoidTextTest,
-                         testing::Values(Figure{4326, "+ellps=WGS84"}, Figure{4258, "+ellps=GRS80"},
-                                         Figure{27700, "+ellps=airy"}, Figure{31467, "+ellps=bessel"},
-                                         Figure{4267, "+ellps=clrk66"}, Figure{27572, "+ellps=clrk80ign"},
-                                         Figure{4978, "+ellps=WGS84"}, Figure{2001, "+a=6378249.145 +rf=293.465"},
-                                         Figure{30200, "+a=6378293.645208759 +rf=294.260676369"}));
+                         testing::Values(NamedFigure{4326, "+ellps=WGS84"}, NamedFigure{4258, "+ellps=GRS80"},
+                                         NamedFigure{27700, "+ellps=airy"}, NamedFigure{31467, "+ellps=bessel"},
+                                         NamedFigure{4267, "+ellps=clrk66"}, NamedFigure{27572, "+ellps=clrk80ign"},
+                                         NamedFigure{4978, "+ellps=WGS84"},
+                                         NamedFigure{2001, "+a=6378249.145 +rf=293.465"},
+                                         NamedFigure{30200, "+a=6378293.645208759 +rf=294.260676369"}));
 
 TEST(EllipsoidTextTest, WritesASphereByItsRadius) {
     EXPECT_EQ(writeEllipsoid({6371228, 6371228}), "+R=6371228");

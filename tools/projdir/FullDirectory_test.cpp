@@ -6,15 +6,16 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <memory>
-#include <proj.h>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
+#include "proj/classic/ProjHandles.h"
 
 namespace {
 
+using ClassicProj::ProjPtr;
 using CoordinateTransformation::AbstractCrs;
 using CoordinateTransformation::CrsConfig;
 using CoordinateTransformation::CrsConfigData;
@@ -54,35 +55,19 @@ std::unique_ptr<CrsConfig> startLibrary(const std::vector<int>& codes) {
     return config;
 }
 
-class Registry {
-public:
-    Registry() : context(proj_context_create()) {}
-    Registry(const Registry&) = delete;
-    Registry& operator=(const Registry&) = delete;
-    ~Registry() { proj_context_destroy(context); }
+std::string readFirstAxis(PJ_CONTEXT* context, const PJ* crs) {
+    const ProjPtr<PJ> axes(proj_crs_get_coordinate_system(context, crs));
+    const char* name = "";
+    proj_cs_get_axis_info(context, axes.get(), 0, &name, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+    return name;
+}
 
-    // Whether PROJ exchanges the first two axes to show coordinates on a map.
-    bool isNorthFirst(int code) const {
-        PJ* const crs = proj_create(context, ("EPSG:" + std::to_string(code)).c_str());
-        PJ* const shown = proj_normalize_for_visualization(context, crs);
-        const bool isExchanged = firstAxis(crs) != firstAxis(shown);
-        proj_destroy(shown);
-        proj_destroy(crs);
-        return isExchanged;
-    }
-
-private:
-    std::string firstAxis(const PJ* crs) const {
-        PJ* const axes = proj_crs_get_coordinate_system(context, crs);
-        const char* name = "";
-        proj_cs_get_axis_info(context, axes, 0, &name, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
-        std::string copy(name);
-        proj_destroy(axes);
-        return copy;
-    }
-
-    PJ_CONTEXT* context;
-};
+// Whether PROJ exchanges the first two axes to show coordinates on a map.
+bool isNorthFirst(PJ_CONTEXT* context, int code) {
+    const ProjPtr<PJ> crs(proj_create(context, ("EPSG:" + std::to_string(code)).c_str()));
+    const ProjPtr<PJ> shown(proj_normalize_for_visualization(context, crs.get()));
+    return readFirstAxis(context, crs.get()) != readFirstAxis(context, shown.get());
+}
 
 TEST(FullDirectoryTest, SaysWhichRegistryItIsMadeOf) {
     EXPECT_THAT(readLines("epsg").front(), StartsWith("# EPSG Geodetic Parameter Dataset v"));
@@ -135,10 +120,10 @@ TEST(FullDirectoryTest, IsBoundWholeByTheLibrary) {
 
 // Geocentric axes are not exchanged; PROJ gives the same answer for them.
 TEST(FullDirectoryTest, HasTheAxisOrdersOfPROJ) {
-    const Registry registry;
+    const ProjPtr<PJ_CONTEXT> context(proj_context_create());
     for (const auto& [code, order] : readAxisOrders()) {
         if (code != 0) {
-            EXPECT_EQ(order, registry.isNorthFirst(code) ? "ne" : "en") << code;
+            EXPECT_EQ(order, isNorthFirst(context.get(), code) ? "ne" : "en") << code;
         }
     }
 }

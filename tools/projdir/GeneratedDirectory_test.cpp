@@ -8,10 +8,10 @@
 #include <sstream>
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
+#include "tests/support/TemporaryDirectory.h"
 #include "tools/projdir/CodeList.h"
 #include "tools/projdir/DirectoryText.h"
 #include "tools/projdir/Generation.h"
-#include "tests/support/TemporaryDirectory.h"
 #include "tools/projdir/Verification.h"
 
 namespace ProjDir {
@@ -44,9 +44,9 @@ std::vector<RegistryCrs> selectCodes() {
 // PROJ writes a classic text of it, and its latitudes and longitudes, if it has any, are degrees.
 bool isExpressible(unsigned int code) {
     const ProjContext context;
-    const PjPtr crs = openCrs(context, code);
+    const ProjPtr<PJ> crs = createCrs(context, code);
     if (proj_as_proj_string(context.get(), crs.get(), PJ_PROJ_4, nullptr) == nullptr) return false;
-    const PjPtr axes(proj_crs_get_coordinate_system(context.get(), crs.get()));
+    const ProjPtr<PJ> axes(proj_crs_get_coordinate_system(context.get(), crs.get()));
     double radiansOfUnit = 0;
     proj_cs_get_axis_info(context.get(), axes.get(), 0, nullptr, nullptr, nullptr, &radiansOfUnit, nullptr, nullptr,
                           nullptr);
@@ -59,11 +59,11 @@ class GeneratedDirectoryTest : public testing::Test {
 protected:
     struct Generated {
         TestSupport::TemporaryDirectory directory;
-        std::vector<Outcome> outcomes;
+        std::vector<CrsOutcome> outcomes;
 
         Generated() {
             const std::vector<RegistryCrs> list = selectCodes();
-            Progress progress(stderr, "Test", list.size());
+            PercentBar progress(stderr, "Test", list.size());
             outcomes = makeAll(list, {false, true}, 2, progress);
             directory.write(INIT_FILE, writeInitFile({"v0", "2000-01-01", "0"}, outcomes));
             directory.write(AXIS_ORDER_FILE, writeAxisOrderFile(outcomes));
@@ -91,12 +91,12 @@ protected:
         return codes;
     }
 
-    static std::vector<Agreement> verify(const std::vector<Outcome>& outcomes) {
-        Progress progress(stderr, "Test", outcomes.size());
+    static std::vector<Agreement> verify(const std::vector<CrsOutcome>& outcomes) {
+        PercentBar progress(stderr, "Test", outcomes.size());
         return verifyDirectory(generated().directory.name(), outcomes, progress);
     }
 
-    static const Outcome& find(unsigned int code) {
+    static const CrsOutcome& find(unsigned int code) {
         const auto& outcomes = generated().outcomes;
         return *std::find_if(outcomes.begin(), outcomes.end(), [&](const auto& one) { return one.crs.code == code; });
     }
@@ -111,7 +111,7 @@ TEST_F(GeneratedDirectoryTest, HasAnAxisOrderForEveryDefinition) {
 
 // How many there are of these depends on the versions of PROJ and of the registry.
 TEST_F(GeneratedDirectoryTest, LeavesOutOnlyWhatCannotBeExpressed) {
-    for (const Outcome& outcome : generated().outcomes)
+    for (const CrsOutcome& outcome : generated().outcomes)
         EXPECT_EQ(outcome.definition.has_value(), isExpressible(outcome.crs.code)) << outcome.crs.code;
     EXPECT_TRUE(find(25832).definition);
     EXPECT_FALSE(find(4807).definition);
@@ -165,19 +165,19 @@ TEST_F(GeneratedDirectoryTest, AgreesToTheMillimetreWhereTheShiftIsPROJsOwn) {
 
 // The comparison itself must be able to fail.
 TEST_F(GeneratedDirectoryTest, NoticesAPointThatIsElsewhere) {
-    Outcome moved = find(25832);
+    CrsOutcome moved = find(25832);
     moved.checkPoints.front().wgs84.latitude += 0.001;
     EXPECT_NEAR(verify({moved}).front().largest, 111, 1);
 }
 
 TEST_F(GeneratedDirectoryTest, NoticesAnExchangedAxisOrder) {
-    Outcome exchanged = find(31467);
+    CrsOutcome exchanged = find(31467);
     for (CheckPoint& point : exchanged.checkPoints) std::swap(point.crs[0], point.crs[1]);
     EXPECT_FALSE(verify({exchanged}).front().largest < 10000);
 }
 
 TEST_F(GeneratedDirectoryTest, NoticesACodeThatTheDirectoryLacks) {
-    Outcome missing = find(25832);
+    CrsOutcome missing = find(25832);
     missing.crs.code = 25833;
     const Agreement agreement = verify({missing}).front();
     EXPECT_NE(agreement.failure, "");
@@ -185,7 +185,7 @@ TEST_F(GeneratedDirectoryTest, NoticesACodeThatTheDirectoryLacks) {
 }
 
 TEST_F(GeneratedDirectoryTest, TellsKnownPointsFromOthers) {
-    Outcome partly = find(25832);
+    CrsOutcome partly = find(25832);
     partly.checkPoints[0].isKnown = false;
     partly.checkPoints[0].wgs84.latitude += 0.001;
     const Agreement agreement = verify({partly}).front();
@@ -194,7 +194,7 @@ TEST_F(GeneratedDirectoryTest, TellsKnownPointsFromOthers) {
 }
 
 TEST_F(GeneratedDirectoryTest, TakesAllPointsWhereNoneIsKnown) {
-    Outcome unknown = find(25832);
+    CrsOutcome unknown = find(25832);
     for (CheckPoint& point : unknown.checkPoints) point.isKnown = false;
     unknown.checkPoints.front().wgs84.latitude += 0.001;
     EXPECT_NEAR(verify({unknown}).front().largest, 111, 1);

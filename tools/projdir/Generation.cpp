@@ -11,18 +11,18 @@ namespace ProjDir {
 namespace {
 
 // What the threads share.
-struct Work {
+struct SharedWork {
     const std::vector<RegistryCrs>& list;
-    const MakingRules& rules;
-    Progress& progress;
-    std::vector<Outcome> outcomes;
+    const DefinitionOptions& options;
+    PercentBar& progress;
+    std::vector<CrsOutcome> outcomes;
     std::atomic<std::size_t> next{0};
     std::mutex failureLock;
     std::exception_ptr failure;
 };
 
-void makeShare(Work& work) {
-    DefinitionMaker maker(work.rules);
+void makeShare(SharedWork& work) {
+    DefinitionMaker maker(work.options);
     for (std::size_t i = work.next++; i < work.list.size(); i = work.next++) {
         work.outcomes[i] = maker.make(work.list[i]);
         work.progress.advance();
@@ -30,7 +30,7 @@ void makeShare(Work& work) {
 }
 
 // No exception may leave a thread; the first one stops the others.
-void makeShareSafely(Work& work) {
+void makeShareSafely(SharedWork& work) {
     try {
         makeShare(work);
     } catch (...) {
@@ -41,7 +41,7 @@ void makeShareSafely(Work& work) {
 }
 
 // A system that gives no more threads, or no memory for them, leaves more work to those that are there.
-std::vector<std::thread> startHelpers(Work& work, unsigned int count) {
+std::vector<std::thread> startHelpers(SharedWork& work, unsigned int count) {
     std::vector<std::thread> helpers;
     helpers.reserve(count);
     try {
@@ -53,9 +53,9 @@ std::vector<std::thread> startHelpers(Work& work, unsigned int count) {
 
 }  // namespace
 
-std::vector<Outcome> makeAll(const std::vector<RegistryCrs>& list, const MakingRules& rules, unsigned int threads,
-                             Progress& progress) {
-    Work work{list, rules, progress, std::vector<Outcome>(list.size()), {}, {}, {}};
+std::vector<CrsOutcome> makeAll(const std::vector<RegistryCrs>& list, const DefinitionOptions& options,
+                                unsigned int threads, PercentBar& progress) {
+    SharedWork work{list, options, progress, std::vector<CrsOutcome>(list.size()), {}, {}, {}};
     std::vector<std::thread> helpers = startHelpers(work, threads - 1);
     makeShareSafely(work);
     for (std::thread& helper : helpers) helper.join();

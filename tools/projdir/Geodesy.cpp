@@ -23,7 +23,7 @@ Vector cross(const Vector& left, const Vector& right) {
 
 double lengthOf(const Vector& vector) { return std::sqrt(dot(vector, vector)); }
 
-Directions directionsAt(const LonLat& point) {
+LocalFrame localFrameAt(const LonLat& point) {
     const double longitude = point.longitude * RADIANS_PER_DEGREE;
     const double latitude = point.latitude * RADIANS_PER_DEGREE;
     const Vector east{-std::sin(longitude), std::cos(longitude), 0};
@@ -32,8 +32,8 @@ Directions directionsAt(const LonLat& point) {
     return {east, cross(up, east), up};
 }
 
-Vector toGeocentric(const Ellipsoid& ellipsoid, const LonLat& point, double height) {
-    const Vector up = directionsAt(point).up;
+Vector toGeocentric(const ReferenceEllipsoid& ellipsoid, const LonLat& point, double height) {
+    const Vector up = localFrameAt(point).up;
     const double a = ellipsoid.semiMajor;
     const double ratio = ellipsoid.semiMinor / a;
     const double curvature = a / std::sqrt(1 - (1 - ratio * ratio) * up.z * up.z);

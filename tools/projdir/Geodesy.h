@@ -6,13 +6,13 @@ namespace ProjDir {
 
 constexpr double RADIANS_PER_DEGREE = 0.017453292519943295;
 
-// The figure of the earth, in metres.
-struct Ellipsoid {
+// The semi-axes of a figure of the earth, in metres.
+struct ReferenceEllipsoid {
     double semiMajor = 0;
     double semiMinor = 0;
 };
 
-constexpr Ellipsoid WGS_84_ELLIPSOID{6378137.0, 6356752.314245179};
+constexpr ReferenceEllipsoid WGS_84_ELLIPSOID{6378137.0, 6356752.314245179};
 
 struct Vector {
     double x = 0;
@@ -28,16 +28,16 @@ Vector cross(const Vector& left, const Vector& right);
 double lengthOf(const Vector& vector);
 
 // Geocentric coordinates of a point at `height` metres above the ellipsoid.
-Vector toGeocentric(const Ellipsoid& ellipsoid, const LonLat& point, double height = 0);
+Vector toGeocentric(const ReferenceEllipsoid& ellipsoid, const LonLat& point, double height = 0);
 
-// The unit vectors of a place.
-struct Directions {
+// The local east-north-up frame of a place: unit vectors in the geocentric axes.
+struct LocalFrame {
     Vector east;
     Vector north;
     Vector up;
 };
 
-Directions directionsAt(const LonLat& point);
+LocalFrame localFrameAt(const LonLat& point);
 
 // Metres along the straight line between two points on the ellipsoid of WGS 84. As good as the way along the
 // ground below some kilometres, at the poles and across the 180th meridian alike.

@@ -23,23 +23,23 @@ TEST(GeodesyTest, PutsThePoleOnTheAxis) {
     expectNear(toGeocentric(WGS_84_ELLIPSOID, {90, 0}, 1), {0, WGS_84_ELLIPSOID.semiMajor + 1, 0}, 1e-8);
 }
 
-TEST(GeodesyTest, DirectionsStandSquareOnEachOther) {
-    const Directions directions = directionsAt({-70, -33});
-    EXPECT_NEAR(dot(directions.east, directions.north), 0, 1e-15);
-    EXPECT_NEAR(dot(directions.up, directions.north), 0, 1e-15);
-    EXPECT_NEAR(lengthOf(directions.north), 1, 1e-15);
-    EXPECT_GT(directions.north.z, 0);
-    expectNear(directionsAt({0, 0}).east, {0, 1, 0}, 1e-15);
+TEST(GeodesyTest, AxesOfTheLocalFrameAreOrthogonal) {
+    const LocalFrame frame = localFrameAt({-70, -33});
+    EXPECT_NEAR(dot(frame.east, frame.north), 0, 1e-15);
+    EXPECT_NEAR(dot(frame.up, frame.north), 0, 1e-15);
+    EXPECT_NEAR(lengthOf(frame.north), 1, 1e-15);
+    EXPECT_GT(frame.north.z, 0);
+    expectNear(localFrameAt({0, 0}).east, {0, 1, 0}, 1e-15);
 }
 
-struct Pair {
+struct PlacePair {
     LonLat left;
     LonLat right;
     double distance;
     double tolerance;
 };
 
-class DistanceTest : public testing::TestWithParam<Pair> {};
+class DistanceTest : public testing::TestWithParam<PlacePair> {};
 
 TEST_P(DistanceTest, IsThatOnTheGround) {
     EXPECT_NEAR(distanceInMetres(GetParam().left, GetParam().right), GetParam().distance, GetParam().tolerance);
@@ -47,9 +47,10 @@ TEST_P(DistanceTest, IsThatOnTheGround) {
 
 // One second of the equator, of the meridian there (a (1 - e2) times the angle), the same place twice, the pole.
 INSTANTIATE_TEST_SUITE_P(Places, DistanceTest,
-                         testing::Values(Pair{{0, 0}, {1 / 3600.0, 0}, 30.9221, 0.0001},
-                                         Pair{{10, 0}, {10, 1 / 3600.0}, 30.7151, 0.0001},
-                                         Pair{{180, 10}, {-180, 10}, 0, 1e-8}, Pair{{0, 90}, {120, 90}, 0, 1e-8}));
+                         testing::Values(PlacePair{{0, 0}, {1 / 3600.0, 0}, 30.9221, 0.0001},
+                                         PlacePair{{10, 0}, {10, 1 / 3600.0}, 30.7151, 0.0001},
+                                         PlacePair{{180, 10}, {-180, 10}, 0, 1e-8},
+                                         PlacePair{{0, 90}, {120, 90}, 0, 1e-8}));
 
 TEST(GeodesyTest, DistanceOfWhatIsNoNumberIsNone) {
     EXPECT_FALSE(distanceInMetres({0, 0}, {HUGE_VAL, HUGE_VAL}) <= 1e300);

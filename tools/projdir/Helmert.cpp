@@ -2,14 +2,13 @@
 
 #include <cmath>
 
-#include "tools/projdir/Numbers.h"
+#include "text/NumericText.h"
 
 namespace ProjDir {
 
-namespace {
+using CoordinateTransformation::writeDouble;
 
-constexpr double RADIANS_PER_ARC_SECOND = RADIANS_PER_DEGREE / 3600;
-constexpr double MILLION = 1e6;
+namespace {
 
 // Never a negative zero, which would be written with its sign.
 double roundTo(double value, double stepsPerUnit) { return std::round(value * stepsPerUnit) / stepsPerUnit + 0.0; }
@@ -19,20 +18,20 @@ Vector roundTo(const Vector& vector, double stepsPerUnit) {
 }
 
 std::string writeVector(const Vector& vector) {
-    return writeNumber(vector.x + 0.0) + "," + writeNumber(vector.y + 0.0) + "," + writeNumber(vector.z + 0.0);
+    return writeDouble(vector.x + 0.0) + "," + writeDouble(vector.y + 0.0) + "," + writeDouble(vector.z + 0.0);
 }
 
 bool isZero(const Vector& vector) { return vector.x == 0 && vector.y == 0 && vector.z == 0; }
 
 // What a helmert does to a difference of two points.
-Vector turnAndStretch(const Helmert& helmert, const Vector& vector) {
-    const Vector turned = vector + RADIANS_PER_ARC_SECOND * cross(helmert.rotation, vector);
-    return (1 + helmert.scale / MILLION) * turned;
+Vector rotateAndScale(const Helmert& helmert, const Vector& vector) {
+    const Vector rotated = vector + RADIANS_PER_ARC_SECOND * cross(helmert.rotation, vector);
+    return (1 + helmert.scale / MILLION) * rotated;
 }
 
 }  // namespace
 
-Vector Helmert::apply(const Vector& point) const { return translation + turnAndStretch(*this, point); }
+Vector Helmert::apply(const Vector& point) const { return translation + rotateAndScale(*this, point); }
 
 bool Helmert::isNull() const { return isZero(translation) && isZero(rotation) && scale == 0; }
 
@@ -43,7 +42,7 @@ Helmert compose(const Helmert& first, const Helmert& second) {
 
 Helmert invert(const Helmert& helmert) {
     Helmert inverse{{}, -1.0 * helmert.rotation, -helmert.scale / (1 + helmert.scale / MILLION)};
-    inverse.translation = -1.0 * turnAndStretch(inverse, helmert.translation);
+    inverse.translation = -1.0 * rotateAndScale(inverse, helmert.translation);
     return inverse;
 }
 
@@ -53,7 +52,7 @@ Helmert roundForWriting(const Helmert& helmert) {
 
 std::string writeHelmert(const Helmert& helmert) {
     return writeVector(helmert.translation) + "," + writeVector(helmert.rotation) + "," +
-           writeNumber(helmert.scale + 0.0);
+           writeDouble(helmert.scale + 0.0);
 }
 
 }  // namespace ProjDir

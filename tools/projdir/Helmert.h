@@ -6,6 +6,9 @@
 
 namespace ProjDir {
 
+constexpr double RADIANS_PER_ARC_SECOND = RADIANS_PER_DEGREE / 3600;
+constexpr double MILLION = 1e6;
+
 // A shift between two geocentric systems, in the sense of "+towgs84": position vector, small angles,
 // X' = T + (1 + S) (X + R x X).
 struct Helmert {

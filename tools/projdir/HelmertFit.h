@@ -11,13 +11,13 @@ struct ShiftSample {
     Vector source;
     Vector target;
     // At the target.
-    Directions directions;
+    LocalFrame frame;
 };
 
-ShiftSample makeShiftSample(const Ellipsoid& sourceEllipsoid, const LonLat& source, const LonLat& target);
+ShiftSample makeShiftSample(const ReferenceEllipsoid& sourceEllipsoid, const LonLat& source, const LonLat& target);
 
 // Lifts the targets to the heights that `shift` gives.
-void takeHeights(std::vector<ShiftSample>& samples, const Helmert& shift);
+void adoptHeights(std::vector<ShiftSample>& samples, const Helmert& shift);
 
 // Horizontal distances in metres.
 struct Residual {

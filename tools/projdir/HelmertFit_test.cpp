@@ -13,12 +13,12 @@ const Area SMALL{9, 50, 9.5, 50.4};
 
 ShiftSample makeSample(const LonLat& place, const Helmert& shift) {
     const Vector source = toGeocentric(WGS_84_ELLIPSOID, place, 100);
-    return {source, shift.apply(source), directionsAt(place)};
+    return {source, shift.apply(source), localFrameAt(place)};
 }
 
 std::vector<ShiftSample> makeSamples(const Area& area, const Helmert& shift) {
     std::vector<ShiftSample> samples;
-    for (const LonLat& place : spreadPoints(area, 7)) samples.push_back(makeSample(place, shift));
+    for (const LonLat& place : sampleArea(area, 7)) samples.push_back(makeSample(place, shift));
     return samples;
 }
 
@@ -45,7 +45,7 @@ TEST(HelmertFitTest, FindsAKnownTranslationAgain) {
     expectSame(fitHelmert(makeSamples(SMALL, THREE), FitParameters::TRANSLATION, {}), THREE, 1e-6);
 }
 
-TEST(HelmertFitTest, TranslationDoesNotTurn) {
+TEST(HelmertFitTest, TranslationDoesNotRotate) {
     const Helmert fitted = fitHelmert(makeSamples(WORLD, SEVEN), FitParameters::TRANSLATION, {});
     EXPECT_EQ(lengthOf(fitted.rotation), 0);
     EXPECT_EQ(fitted.scale, 0);
@@ -86,9 +86,9 @@ TEST(HelmertFitTest, NoSamplesLeaveNoResidual) {
     expectSame(fitHelmert({}, FitParameters::ALL_SEVEN, SEVEN), SEVEN, 1e-12);
 }
 
-TEST(HelmertFitTest, TakesHeightsOfAnotherShift) {
+TEST(HelmertFitTest, AdoptsTheHeightsOfAnotherShift) {
     std::vector<ShiftSample> samples = {makeSample({0, 0}, {{0, 3, 4}, {}, 0})};
-    takeHeights(samples, {{50, 100, 100}, {}, 0});
+    adoptHeights(samples, {{50, 100, 100}, {}, 0});
     const Vector moved = samples.front().target - samples.front().source;
     EXPECT_NEAR(moved.x, 50, 1e-6);
     EXPECT_NEAR(moved.y, 3, 1e-6);
@@ -96,11 +96,11 @@ TEST(HelmertFitTest, TakesHeightsOfAnotherShift) {
 }
 
 TEST(HelmertFitTest, SamplesStandOnTheirEllipsoids) {
-    const Ellipsoid airy{6377563.396, 6356256.909};
+    const ReferenceEllipsoid airy{6377563.396, 6356256.909};
     const ShiftSample sample = makeShiftSample(airy, {0, 0}, {90, 0});
     EXPECT_NEAR(sample.source.x, airy.semiMajor, 1e-6);
     EXPECT_NEAR(sample.target.y, WGS_84_ELLIPSOID.semiMajor, 1e-6);
-    EXPECT_NEAR(sample.directions.up.y, 1, 1e-12);
+    EXPECT_NEAR(sample.frame.up.y, 1, 1e-12);
 }
 
 }  // namespace

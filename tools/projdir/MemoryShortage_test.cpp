@@ -11,9 +11,9 @@
 #include <unistd.h>
 
 #include "tests/support/ProjFaults.h"
-#include "tools/projdir/Program.h"
-#include "tools/projdir/Registry.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tools/projdir/MakeDirectory.h"
+#include "tools/projdir/Registry.h"
 
 namespace {
 
@@ -75,7 +75,7 @@ protected:
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
         allocations = 0;
-        const int exitCode = run(options);
+        const int exitCode = makeDirectory(options);
         failing = NEVER;
         testing::internal::GetCapturedStdout();
         error = testing::internal::GetCapturedStderr();

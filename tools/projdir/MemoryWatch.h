@@ -10,26 +10,26 @@ namespace ProjDir {
 class MemoryWatch {
 public:
     MemoryWatch() {
-        isShort = false;
+        shortageSeen = false;
         before = std::set_new_handler(noteShortage);
     }
     MemoryWatch(const MemoryWatch&) = delete;
     MemoryWatch& operator=(const MemoryWatch&) = delete;
     ~MemoryWatch() { std::set_new_handler(before); }
 
-    static bool wasShort() { return isShort; }
+    static bool sawShortage() { return shortageSeen; }
     // std::bad_alloc when an allocation has failed.
     static void requireNoShortage() {
-        if (isShort) throw std::bad_alloc();
+        if (shortageSeen) throw std::bad_alloc();
     }
 
 private:
     static void noteShortage() {
-        isShort = true;
+        shortageSeen = true;
         throw std::bad_alloc();
     }
 
-    static inline std::atomic<bool> isShort{false};
+    static inline std::atomic<bool> shortageSeen{false};
     std::new_handler before = nullptr;
 };
 

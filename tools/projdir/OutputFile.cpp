@@ -61,18 +61,18 @@ std::string followLinks(const std::string& path) {
     return error ? path : real.string();
 }
 
-std::string besides(const std::string& target) { return target + ".tmp-" + std::to_string(getpid()); }
+std::string temporaryNameOf(const std::string& target) { return target + ".tmp-" + std::to_string(getpid()); }
 
 }  // namespace
 
-HeldSignals::HeldSignals() {
+BlockedSignals::BlockedSignals() {
     sigset_t held;
     sigemptyset(&held);
     for (const int signal : {SIGHUP, SIGINT, SIGTERM}) sigaddset(&held, signal);
     pthread_sigmask(SIG_BLOCK, &held, &before);
 }
 
-HeldSignals::~HeldSignals() { pthread_sigmask(SIG_SETMASK, &before, nullptr); }
+BlockedSignals::~BlockedSignals() { pthread_sigmask(SIG_SETMASK, &before, nullptr); }
 
 OutputFile::OutputFile(const std::string& targetPath, bool mayOverwrite) : target(followLinks(targetPath)) {
     std::error_code error;
@@ -89,7 +89,7 @@ OutputFile::~OutputFile() {
 
 void OutputFile::probe() const {
     if (isDirect) return;
-    const std::string probed = besides(target);
+    const std::string probed = temporaryNameOf(target);
     Descriptor(probed, target, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC).close();
     unlink(probed.c_str());
 }
@@ -99,8 +99,8 @@ void OutputFile::write(const std::string& text) {
         directText = text;
         return;
     }
-    Descriptor file(besides(target), target, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC);
-    temporary = besides(target);
+    Descriptor file(temporaryNameOf(target), target, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC);
+    temporary = temporaryNameOf(target);
     file.write(text);
     file.flushToDisk();
     file.close();

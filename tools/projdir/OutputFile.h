@@ -14,12 +14,12 @@ public:
 
 // Holds back the signals that end a program, on the thread that makes it, until it goes: for as long as there are
 // files that must not stay behind. Those that came meanwhile are delivered then.
-class HeldSignals {
+class BlockedSignals {
 public:
-    HeldSignals();
-    HeldSignals(const HeldSignals&) = delete;
-    HeldSignals& operator=(const HeldSignals&) = delete;
-    ~HeldSignals();
+    BlockedSignals();
+    BlockedSignals(const BlockedSignals&) = delete;
+    BlockedSignals& operator=(const BlockedSignals&) = delete;
+    ~BlockedSignals();
 
 private:
     sigset_t before{};

@@ -156,7 +156,7 @@ TEST(HeldSignalsTest, AreDeliveredWhenTheWorkIsDone) {
         const pid_t child = fork();
         if (child == 0) {
             {
-                const HeldSignals held;
+                const BlockedSignals blocked;
                 raise(signal);
                 directory.write("done", "");
             }

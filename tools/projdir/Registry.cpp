@@ -46,7 +46,7 @@ std::optional<Area> readArea(const PROJ_CRS_INFO& info) {
     return Area{info.west_lon_degree, info.south_lat_degree, info.east_lon_degree, info.north_lat_degree};
 }
 
-struct ComesBefore {
+struct ByCode {
     bool operator()(const RegistryCrs& crs, unsigned int code) const { return crs.code < code; }
     bool operator()(unsigned int code, const RegistryCrs& crs) const { return code < crs.code; }
 };
@@ -74,7 +74,7 @@ std::string abridge(const std::string& message) {
 std::string describeFailure(const ProjContext& context) {
     const std::string& failure = context.databaseFailure();
     if (failure.empty() || failure.find("Cannot find proj.db") != std::string::npos) return "";
-    return ": " + writeInLine(abridge(failure));
+    return ": " + toOneLine(abridge(failure));
 }
 
 std::string readMetadata(const ProjContext& context, const char* key) {
@@ -88,13 +88,13 @@ struct CloseDatabase {
     void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
 };
 
-[[noreturn]] void failOverDatabase(const std::string& path, const std::string& reason) {
-    throw RegistryError("PROJ's database \"" + path + "\" is damaged: " + writeInLine(abridge(reason)));
+[[noreturn]] void failAsDamaged(const std::string& path, const std::string& reason) {
+    throw RegistryError("PROJ's database \"" + path + "\" is damaged: " + toOneLine(abridge(reason)));
 }
 
 void requireSuccess(int result, sqlite3* database, const std::string& path) {
     if (result == SQLITE_NOMEM) throw std::bad_alloc();
-    if (result != SQLITE_OK && result != SQLITE_ROW) failOverDatabase(path, sqlite3_errmsg(database));
+    if (result != SQLITE_OK && result != SQLITE_ROW) failAsDamaged(path, sqlite3_errmsg(database));
 }
 
 // PROJ goes on with less where a page is damaged, and does not report each of them.
@@ -111,14 +111,14 @@ void requireSoundPages(const ProjContext& context) {
     requireSuccess(sqlite3_step(prepared), handle, path);
     const auto* const verdict = reinterpret_cast<const char*>(sqlite3_column_text(prepared, 0));
     if (verdict == nullptr) throw std::bad_alloc();
-    if (std::string(verdict) != "ok") failOverDatabase(path, verdict);
+    if (std::string(verdict) != "ok") failAsDamaged(path, verdict);
 }
 
 // What PROJ lists in another way than the registry is read in. Other kinds of CRS have no definitions.
 std::vector<unsigned int> listCodes(const ProjContext& context) {
     std::vector<unsigned int> codes;
     for (const PJ_TYPE type : {PJ_TYPE_GEODETIC_CRS, PJ_TYPE_PROJECTED_CRS}) {
-        const std::unique_ptr<char*, Destroy> list(proj_get_codes_from_database(context.get(), AUTHORITY, type, 1));
+        const ProjPtr<char*> list(proj_get_codes_from_database(context.get(), AUTHORITY, type, 1));
         for (char** code = list.get(); code != nullptr && *code != nullptr; ++code) codes.push_back(readCode(*code));
     }
     return codes;
@@ -126,7 +126,7 @@ std::vector<unsigned int> listCodes(const ProjContext& context) {
 
 void requireListed(const std::vector<RegistryCrs>& registry, const std::vector<unsigned int>& codes) {
     for (const unsigned int code : codes)
-        if (!std::binary_search(registry.begin(), registry.end(), code, ComesBefore{}))
+        if (!std::binary_search(registry.begin(), registry.end(), code, ByCode{}))
             throw RegistryError("PROJ's database proj.db is damaged: PROJ lists EPSG:" + std::to_string(code) +
                                 " among the codes and not among the CRS" + describeSearch());
 }
@@ -152,10 +152,10 @@ RegistryVersion readRegistryVersion(const ProjContext& context) {
 
 std::vector<RegistryCrs> readRegistry(const ProjContext& context) {
     requireSoundPages(context);
-    const std::unique_ptr<PROJ_CRS_LIST_PARAMETERS, Destroy> parameters(proj_get_crs_list_parameters_create());
+    const ProjPtr<PROJ_CRS_LIST_PARAMETERS> parameters(proj_get_crs_list_parameters_create());
     parameters->allow_deprecated = 1;
     int count = 0;
-    const std::unique_ptr<PROJ_CRS_INFO*, Destroy> list(
+    const ProjPtr<PROJ_CRS_INFO*> list(
         proj_get_crs_info_list_from_database(context.get(), AUTHORITY, parameters.get(), &count));
     std::vector<RegistryCrs> registry;
     for (int i = 0; i < count; ++i) registry.push_back(readCrs(*list.get()[i]));
@@ -184,9 +184,9 @@ const char* nameOfKind(CrsKind kind) {
     }
 }
 
-PjPtr openCrs(const ProjContext& context, unsigned int code) {
+ProjPtr<PJ> createCrs(const ProjContext& context, unsigned int code) {
     const std::string text = std::to_string(code);
-    PjPtr crs(proj_create_from_database(context.get(), AUTHORITY, text.c_str(), PJ_CATEGORY_CRS, 0, nullptr));
+    ProjPtr<PJ> crs(proj_create_from_database(context.get(), AUTHORITY, text.c_str(), PJ_CATEGORY_CRS, 0, nullptr));
     requireSoundDatabase(context, "EPSG:" + text);
     if (crs == nullptr) throw RegistryError("PROJ cannot make EPSG:" + text);
     return crs;
@@ -196,7 +196,7 @@ void requireSoundDatabase(const ProjContext& context, const std::string& place) 
     if (context.databaseFailure().empty()) return;
     const std::filesystem::path path(textOrEmpty(proj_context_get_database_path(context.get())));
     throw RegistryError("PROJ cannot read its database \"" + path.lexically_normal().string() + "\" at " + place +
-                        ": " + writeInLine(abridge(context.databaseFailure())));
+                        ": " + toOneLine(abridge(context.databaseFailure())));
 }
 
 }  // namespace ProjDir

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tools/projdir/Area.h"
-#include "tools/projdir/ProjHandles.h"
+#include "tools/projdir/ProjContext.h"
 
 namespace ProjDir {
 
@@ -47,7 +47,7 @@ std::vector<RegistryCrs> readRegistry(const ProjContext& context);
 const char* nameOfKind(CrsKind kind);
 
 // The CRS of the code. RegistryError when PROJ cannot make it.
-PjPtr openCrs(const ProjContext& context, unsigned int code);
+ProjPtr<PJ> createCrs(const ProjContext& context, unsigned int code);
 
 // RegistryError, with what PROJ has said, when it has failed over its database since the context was made: PROJ then
 // goes on with less than the registry holds. `place` says where, for the message.

@@ -10,7 +10,7 @@ namespace ProjDir {
 namespace {
 
 double readDegreesPerUnit(const ProjContext& context, const PJ* geodeticCrs) {
-    const PjPtr axes(proj_crs_get_coordinate_system(context.get(), geodeticCrs));
+    const ProjPtr<PJ> axes(proj_crs_get_coordinate_system(context.get(), geodeticCrs));
     double radians = RADIANS_PER_DEGREE;
     if (axes != nullptr)
         proj_cs_get_axis_info(context.get(), axes.get(), 0, nullptr, nullptr, nullptr, &radians, nullptr, nullptr,
@@ -19,7 +19,7 @@ double readDegreesPerUnit(const ProjContext& context, const PJ* geodeticCrs) {
 }
 
 double readMeridian(const ProjContext& context, const PJ* geodeticCrs) {
-    const PjPtr meridian(proj_get_prime_meridian(context.get(), geodeticCrs));
+    const ProjPtr<PJ> meridian(proj_get_prime_meridian(context.get(), geodeticCrs));
     double longitude = 0;
     double radians = RADIANS_PER_DEGREE;
     if (meridian != nullptr)
@@ -30,9 +30,9 @@ double readMeridian(const ProjContext& context, const PJ* geodeticCrs) {
 }  // namespace
 
 RegistryProjection::RegistryProjection(const ProjContext& context, const PJ* crs) {
-    const PjPtr geodeticCrs = openGeodeticCrs(context, crs);
+    const ProjPtr<PJ> geodeticCrs = createGeodeticCrs(context, crs);
     operation.reset(proj_create_crs_to_crs_from_pj(context.get(), crs, geodeticCrs.get(), nullptr, nullptr));
-    isLatitudeFirst = comesNorthFirst(context, geodeticCrs.get());
+    isLatitudeFirst = isNorthAxisFirst(context, geodeticCrs.get());
     degreesPerUnit = readDegreesPerUnit(context, geodeticCrs.get());
     meridian = readMeridian(context, geodeticCrs.get());
 }

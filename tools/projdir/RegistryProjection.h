@@ -4,7 +4,7 @@
 
 #include "tools/projdir/BestOperation.h"
 #include "tools/projdir/ClassicText.h"
-#include "tools/projdir/ProjHandles.h"
+#include "tools/projdir/ProjContext.h"
 
 namespace ProjDir {
 
@@ -20,7 +20,7 @@ public:
     LonLat toGeodetic(const Coordinates& coordinates) const;
 
 private:
-    PjPtr operation;
+    ProjPtr<PJ> operation;
     bool isLatitudeFirst = false;
     double degreesPerUnit = 1;
     double meridian = 0;

@@ -62,7 +62,7 @@ TEST(RegistryTest, HasNamesAreasAndDeprecations) {
 TEST(RegistryTest, NamesACrsThatCannotBeMade) {
     const ProjContext context;
     try {
-        openCrs(context, 999999);
+        createCrs(context, 999999);
         FAIL() << "opened";
     } catch (const RegistryError& failure) {
         EXPECT_THAT(failure.what(), HasSubstr("EPSG:999999"));
@@ -72,8 +72,8 @@ TEST(RegistryTest, NamesACrsThatCannotBeMade) {
 TEST(RegistryTest, TakesTheDatabaseForSoundUntilPROJFailsOverIt) {
     const ProjContext context;
     readRegistry(context);
-    const PjPtr crs = openCrs(context, 5701);
-    proj_as_proj_string(context.get(), openCrs(context, 2193).get(), PJ_PROJ_4, nullptr);
+    const ProjPtr<PJ> crs = createCrs(context, 5701);
+    proj_as_proj_string(context.get(), createCrs(context, 2193).get(), PJ_PROJ_4, nullptr);
     EXPECT_NO_THROW(requireSoundDatabase(context, "here"));
     EXPECT_EQ(proj_create_from_database(context.get(), "EPSG", "999999", PJ_CATEGORY_CRS, 0, nullptr), nullptr);
     EXPECT_THROW(requireSoundDatabase(context, "here"), RegistryError);

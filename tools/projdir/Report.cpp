@@ -5,10 +5,13 @@
 #include <cstddef>
 #include <map>
 
+#include "text/NumericText.h"
 #include "tools/projdir/Line.h"
-#include "tools/projdir/Numbers.h"
 
 namespace ProjDir {
+
+using CoordinateTransformation::writeDouble;
+using QSHelpers::convertNumericToText;
 
 namespace {
 
@@ -23,24 +26,24 @@ std::string writeCount(std::size_t count) { return padLeft(std::to_string(count)
 
 std::string writeShare(std::size_t part, std::size_t whole) {
     const double percent = whole == 0 ? 0 : 100.0 * static_cast<double>(part) / static_cast<double>(whole);
-    return padLeft(writeFixed(percent, 2), 7) + " %";
+    return padLeft(convertNumericToText(percent, 2, false), 7) + " %";
 }
 
 std::string nameOf(const RegistryCrs& crs) { return "EPSG:" + std::to_string(crs.code) + " " + crs.name; }
 
 std::string writeMetres(double metres) {
-    return std::isfinite(metres) ? writeFixed(metres, 3) + " m" : "no coordinates";
+    return std::isfinite(metres) ? convertNumericToText(metres, 3, false) + " m" : "no coordinates";
 }
 
-std::size_t countKind(const std::vector<Outcome>& outcomes, ShiftKind kind) {
-    return static_cast<std::size_t>(std::count_if(outcomes.begin(), outcomes.end(), [kind](const Outcome& outcome) {
+std::size_t countKind(const std::vector<CrsOutcome>& outcomes, ShiftKind kind) {
+    return static_cast<std::size_t>(std::count_if(outcomes.begin(), outcomes.end(), [kind](const CrsOutcome& outcome) {
         return outcome.definition && outcome.definition->shift.kind == kind;
     }));
 }
 
-std::size_t countLeftOut(const std::vector<Outcome>& outcomes) {
+std::size_t countLeftOut(const std::vector<CrsOutcome>& outcomes) {
     return static_cast<std::size_t>(
-        std::count_if(outcomes.begin(), outcomes.end(), [](const Outcome& outcome) { return !outcome.definition; }));
+        std::count_if(outcomes.begin(), outcomes.end(), [](const CrsOutcome& outcome) { return !outcome.definition; }));
 }
 
 using Distance = double Agreement::*;
@@ -52,14 +55,14 @@ std::vector<double> collect(const std::vector<Agreement>& agreements, Distance d
 }
 
 std::string nameOfClass(std::size_t index) {
-    if (index == AGREEMENT_CLASSES.size()) return "beyond " + writeNumber(AGREEMENT_CLASSES.back()) + " m";
+    if (index == AGREEMENT_CLASSES.size()) return "beyond " + writeDouble(AGREEMENT_CLASSES.back()) + " m";
     const double bound = AGREEMENT_CLASSES[index];
-    return "within " + (bound < 1 ? writeNumber(bound * 100) + " cm" : writeNumber(bound) + " m");
+    return "within " + (bound < 1 ? writeDouble(bound * 100) + " cm" : writeDouble(bound) + " m");
 }
 
 // Cumulative, but for the last class.
 std::string writeDistribution(const std::vector<double>& distances) {
-    const Distribution counts = distribute(distances);
+    const Distribution counts = countByClass(distances);
     std::string text;
     std::size_t within = 0;
     for (std::size_t i = 0; i < counts.size(); ++i) {
@@ -80,7 +83,7 @@ std::vector<const Agreement*> sortWorstFirst(const std::vector<Agreement>& agree
     return sorted;
 }
 
-std::string writeFarOne(const Agreement& agreement, double distance) {
+std::string writeDistance(const Agreement& agreement, double distance) {
     return writeLine("  " + padLeft(writeMetres(distance), 14) + "  " + nameOf(agreement.outcome->crs) + ": " +
                      explain(agreement));
 }
@@ -89,29 +92,29 @@ std::string writeWorst(const std::vector<Agreement>& agreements, std::size_t cou
     std::string text;
     for (const Agreement* agreement : sortWorstFirst(agreements, &Agreement::largest)) {
         if (count-- == 0) break;
-        text += writeFarOne(*agreement, agreement->largest);
+        text += writeDistance(*agreement, agreement->largest);
     }
     return text;
 }
 
-std::string writeBeyond(const std::vector<Agreement>& agreements) {
+std::string writeFarDefinitions(const std::vector<Agreement>& agreements) {
     std::string text;
     for (const Agreement& agreement : agreements)
-        if (!(agreement.largest <= MUCH_TOO_FAR)) text += writeFarOne(agreement, agreement.largest);
+        if (!(agreement.largest <= FAR_OFF)) text += writeDistance(agreement, agreement.largest);
     return text;
 }
 
 // Close where PROJ knows an operation, far where it takes both datums for one.
-std::string writeBeyondInUnknownParts(const std::vector<Agreement>& agreements) {
+std::string writeFarInUnknownParts(const std::vector<Agreement>& agreements) {
     std::string text;
     for (const Agreement& agreement : agreements)
-        if (agreement.largest <= MUCH_TOO_FAR && !(agreement.largestAnywhere <= MUCH_TOO_FAR))
+        if (agreement.largest <= FAR_OFF && !(agreement.largestAnywhere <= FAR_OFF))
             text += writeLine("  " + padLeft(writeMetres(agreement.largestAnywhere), 14) + "  " +
                               nameOf(agreement.outcome->crs));
     return text;
 }
 
-std::vector<OperationShare> keepKnown(const std::vector<OperationShare>& shares) {
+std::vector<OperationShare> withoutBallparks(const std::vector<OperationShare>& shares) {
     std::vector<OperationShare> known;
     for (const OperationShare& share : shares)
         if (!share.operation.isBallpark && share.points > 0) known.push_back(share);
@@ -155,19 +158,19 @@ std::string section(const std::string& title, const std::string& text) {
 
 std::string explain(const Agreement& agreement) {
     if (!agreement.failure.empty()) return "the library refuses it: " + agreement.failure;
-    const std::vector<OperationShare> known = keepKnown(agreement.outcome->shares);
+    const std::vector<OperationShare> known = withoutBallparks(agreement.outcome->shares);
     if (known.empty()) return "PROJ knows no operation";
     return known.size() == 1 ? explainOne(known.front().operation) : explainMany(known);
 }
 
-std::string writeLeftOut(const std::vector<Outcome>& outcomes) {
+std::string writeLeftOut(const std::vector<CrsOutcome>& outcomes) {
     std::string text;
-    for (const Outcome& outcome : outcomes)
+    for (const CrsOutcome& outcome : outcomes)
         if (!outcome.definition) text += writeLine("  " + nameOf(outcome.crs) + ": " + outcome.omission);
     return text;
 }
 
-std::string writeSummary(const std::vector<Outcome>& outcomes) {
+std::string writeSummary(const std::vector<CrsOutcome>& outcomes) {
     const std::size_t leftOut = countLeftOut(outcomes);
     std::string text = writeCount(outcomes.size() - leftOut) + " definitions\n";
     const std::pair<ShiftKind, const char*> kinds[] = {{ShiftKind::WGS_84, "on WGS 84 itself"},
@@ -187,13 +190,13 @@ std::string writeAgreement(const std::vector<Agreement>& agreements) {
            writeWorst(agreements, WORST_SHOWN);
 }
 
-std::string writeReport(const RegistryVersion& version, const std::vector<Outcome>& outcomes,
+std::string writeReport(const RegistryVersion& version, const std::vector<CrsOutcome>& outcomes,
                         const std::vector<Agreement>& agreements) {
     std::string text = writeLine(describe(version)) + "\n" + writeSummary(outcomes);
     if (!agreements.empty()) {
         text += "\n" + writeAgreement(agreements);
-        text += section("Beyond ten metres", writeBeyond(agreements));
-        text += section("Beyond ten metres only where PROJ knows no operation", writeBeyondInUnknownParts(agreements));
+        text += section("Beyond ten metres", writeFarDefinitions(agreements));
+        text += section("Beyond ten metres only where PROJ knows no operation", writeFarInUnknownParts(agreements));
     }
     return text + section("Left out", writeLeftOut(outcomes));
 }

@@ -9,10 +9,10 @@
 namespace ProjDir {
 
 // How many definitions there are, by the origin of their shift, and how many CRS were left out.
-std::string writeSummary(const std::vector<Outcome>& outcomes);
+std::string writeSummary(const std::vector<CrsOutcome>& outcomes);
 
 // A line for each CRS without a definition, with the reason.
-std::string writeLeftOut(const std::vector<Outcome>& outcomes);
+std::string writeLeftOut(const std::vector<CrsOutcome>& outcomes);
 
 // The distribution of the agreement and the worst twenty, each with its reason.
 std::string writeAgreement(const std::vector<Agreement>& agreements);
@@ -22,7 +22,7 @@ std::string explain(const Agreement& agreement);
 
 // All of it: summary, agreement if there is any, every code beyond ten metres with its reason, every CRS left out
 // with its reason.
-std::string writeReport(const RegistryVersion& version, const std::vector<Outcome>& outcomes,
+std::string writeReport(const RegistryVersion& version, const std::vector<CrsOutcome>& outcomes,
                         const std::vector<Agreement>& agreements);
 
 }  // namespace ProjDir

@@ -18,17 +18,17 @@ OperationShare makeShare(const char* source, std::size_t points, const char* tex
     return {{source, text, isBallpark, grid}, points};
 }
 
-Outcome makeOutcome(unsigned int code, const std::string& name, std::vector<OperationShare> shares) {
-    Outcome outcome;
+CrsOutcome makeOutcome(unsigned int code, const std::string& name, std::vector<OperationShare> shares) {
+    CrsOutcome outcome;
     outcome.crs.code = code;
     outcome.crs.name = name;
-    outcome.definition = Definition{};
+    outcome.definition = ClassicDefinition{};
     outcome.shares = std::move(shares);
     return outcome;
 }
 
 std::string explanationFor(const std::vector<OperationShare>& shares, const std::string& failure = "") {
-    const Outcome outcome = makeOutcome(1, "Name", shares);
+    const CrsOutcome outcome = makeOutcome(1, "Name", shares);
     return explain({&outcome, 20, 20, failure});
 }
 
@@ -63,12 +63,12 @@ TEST(ReportTest, ShowsFourOperationsAtMost) {
 
 TEST(ReportTest, CountsDistancesByClass) {
     const double nowhere = std::numeric_limits<double>::infinity();
-    EXPECT_EQ(distribute({0, 0.01, 0.02, 1, 1.5, 2, 5, 9.9, 10, 10.1, nowhere}), (Distribution{2, 2, 2, 1, 2, 2}));
-    EXPECT_EQ(distribute({}), Distribution{});
+    EXPECT_EQ(countByClass({0, 0.01, 0.02, 1, 1.5, 2, 5, 9.9, 10, 10.1, nowhere}), (Distribution{2, 2, 2, 1, 2, 2}));
+    EXPECT_EQ(countByClass({}), Distribution{});
 }
 
 TEST(ReportTest, CountsDefinitionsByTheirShift) {
-    std::vector<Outcome> outcomes = {makeOutcome(1, "A", {}), makeOutcome(2, "B", {}), makeOutcome(3, "C", {})};
+    std::vector<CrsOutcome> outcomes = {makeOutcome(1, "A", {}), makeOutcome(2, "B", {}), makeOutcome(3, "C", {})};
     outcomes[0].definition->shift.kind = ShiftKind::FITTED;
     outcomes[1].definition->shift.kind = ShiftKind::FITTED;
     outcomes[2].definition.reset();
@@ -80,8 +80,8 @@ TEST(ReportTest, CountsDefinitionsByTheirShift) {
 }
 
 TEST(ReportTest, StatesTheDistributionAndTheWorst) {
-    const Outcome good = makeOutcome(1, "Good", {makeShare("EPSG:1", 81)});
-    const Outcome bad = makeOutcome(2, "Bad", {makeShare("EPSG:1", 81, OFFSET)});
+    const CrsOutcome good = makeOutcome(1, "Good", {makeShare("EPSG:1", 81)});
+    const CrsOutcome bad = makeOutcome(2, "Bad", {makeShare("EPSG:1", 81, OFFSET)});
     const std::string text = writeAgreement({{&good, 0.5, 70, ""}, {&bad, 12.3456, 12.3456, ""}});
     EXPECT_THAT(text, HasSubstr("  within 1 cm        0   0.00 %\n  within 1 m         1  50.00 %\n"));
     EXPECT_THAT(text, HasSubstr("  beyond 10 m        1  50.00 %\nAnywhere"));
@@ -90,7 +90,7 @@ TEST(ReportTest, StatesTheDistributionAndTheWorst) {
 }
 
 TEST(ReportTest, ListsTwentyOfTheWorst) {
-    const Outcome outcome = makeOutcome(1, "Name", {});
+    const CrsOutcome outcome = makeOutcome(1, "Name", {});
     const std::string text = writeAgreement(std::vector<Agreement>(30, Agreement{&outcome, 3, 3, ""}));
     std::size_t lines = 0;
     for (std::size_t at = text.find("EPSG:1"); at != std::string::npos; at = text.find("EPSG:1", at + 1)) ++lines;
@@ -98,8 +98,9 @@ TEST(ReportTest, ListsTwentyOfTheWorst) {
 }
 
 TEST(ReportTest, ListsEveryCodeBeyondTenMetresAndEveryOneLeftOut) {
-    std::vector<Outcome> outcomes = {makeOutcome(1, "Far", {makeShare("EPSG:9", 81, OFFSET)}),
-                                     makeOutcome(2, "Partly", {makeShare("EPSG:9", 81)}), makeOutcome(3, "Gone", {})};
+    std::vector<CrsOutcome> outcomes = {makeOutcome(1, "Far", {makeShare("EPSG:9", 81, OFFSET)}),
+                                        makeOutcome(2, "Partly", {makeShare("EPSG:9", 81)}),
+                                        makeOutcome(3, "Gone", {})};
     outcomes[2].definition.reset();
     outcomes[2].omission = "no reason";
     const std::string text =
@@ -112,9 +113,9 @@ TEST(ReportTest, ListsEveryCodeBeyondTenMetresAndEveryOneLeftOut) {
 }
 
 TEST(ReportTest, HasALineForEachCrsWhateverItsNameHolds) {
-    std::vector<Outcome> outcomes = {makeOutcome(1, "Far\naway", {makeShare("EPSG:9\n", 81, OFFSET)}),
-                                     makeOutcome(2, "Partly\rfar", {makeShare("EPSG:9", 81)}),
-                                     makeOutcome(3, "Gone\n  EPSG:4 Made up", {})};
+    std::vector<CrsOutcome> outcomes = {makeOutcome(1, "Far\naway", {makeShare("EPSG:9\n", 81, OFFSET)}),
+                                        makeOutcome(2, "Partly\rfar", {makeShare("EPSG:9", 81)}),
+                                        makeOutcome(3, "Gone\n  EPSG:4 Made up", {})};
     outcomes[2].definition.reset();
     outcomes[2].omission = "no\nreason";
     const std::string text = writeReport({"v1\n", "2022-08-31", "9.1.1"}, outcomes,

@@ -2,42 +2,61 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 
-#include "tools/projdir/PipelineText.h"
+#include "text/NumericText.h"
+#include "text/ParameterList.h"
 
 namespace ProjDir {
+
+using CoordinateTransformation::ParameterList;
+using CoordinateTransformation::readDouble;
 
 namespace {
 
 // The steps by which PROJ moves from one datum to another. All others bring coordinates into another form.
-constexpr std::array<const char*, 12> SHIFTING = {"helmert",    "molobadekas", "hgridshift", "xyzgridshift",
-                                                  "gridshift",  "deformation", "defmodel",   "tinshift",
-                                                  "geogoffset", "molodensky",  "affine",     "horner"};
+constexpr std::array<std::string_view, 12> DATUM_SHIFTS = {"helmert",    "molobadekas", "hgridshift", "xyzgridshift",
+                                                           "gridshift",  "deformation", "defmodel",   "tinshift",
+                                                           "geogoffset", "molodensky",  "affine",     "horner"};
 
-bool movesDatum(const PipelineStep& step) {
-    return std::any_of(SHIFTING.begin(), SHIFTING.end(), [&step](const char* name) { return step.projection == name; });
-}
-
-std::vector<PipelineStep> keepShifting(std::vector<PipelineStep> steps) {
-    steps.erase(std::remove_if(steps.begin(), steps.end(), [](const PipelineStep& step) { return !movesDatum(step); }),
-                steps.end());
+// The steps of "+proj=pipeline +step ...", or the one step of any other operation. What comes before the first "+step"
+// belongs to the pipeline as a whole.
+std::vector<ParameterList> readSteps(const std::string& operationText) {
+    std::vector<ParameterList> steps(1);
+    for (const ParameterList::Parameter& parameter : ParameterList(operationText)) {
+        if (parameter.first == "step")
+            steps.emplace_back();
+        else
+            steps.back().add(parameter);
+    }
+    if (steps.front().get("proj") == "pipeline") steps.erase(steps.begin());
     return steps;
 }
 
-Vector readVector(const PipelineStep& step, const char* x, const char* y, const char* z) {
-    return {step.number(x), step.number(y), step.number(z)};
+bool shiftsDatum(const ParameterList& step) {
+    return std::find(DATUM_SHIFTS.begin(), DATUM_SHIFTS.end(), step.get("proj")) != DATUM_SHIFTS.end();
 }
 
-Helmert readHelmertStep(const PipelineStep& step) {
-    Helmert helmert{readVector(step, "x", "y", "z"), readVector(step, "rx", "ry", "rz"), step.number("s")};
-    const auto convention = step.parameters.find("convention");
-    if (convention != step.parameters.end() && convention->second == "coordinate_frame")
-        helmert.rotation = -1.0 * helmert.rotation;
+std::vector<ParameterList> readDatumShifts(const std::string& operationText) {
+    std::vector<ParameterList> steps = readSteps(operationText);
+    steps.erase(
+        std::remove_if(steps.begin(), steps.end(), [](const ParameterList& step) { return !shiftsDatum(step); }),
+        steps.end());
+    return steps;
+}
+
+Vector readVector(const ParameterList& step, const char* x, const char* y, const char* z) {
+    return {readDouble(step.get(x)), readDouble(step.get(y)), readDouble(step.get(z))};
+}
+
+Helmert readHelmertStep(const ParameterList& step) {
+    Helmert helmert{readVector(step, "x", "y", "z"), readVector(step, "rx", "ry", "rz"), readDouble(step.get("s"))};
+    if (step.get("convention") == "coordinate_frame") helmert.rotation = -1.0 * helmert.rotation;
     return helmert;
 }
 
 // The rotations of Molodensky-Badekas turn about a point P of its own: X' = P + T + (1 + S) ((X - P) + R x (X - P)).
-Helmert readMolodenskyBadekasStep(const PipelineStep& step) {
+Helmert readMolodenskyBadekasStep(const ParameterList& step) {
     Helmert helmert = readHelmertStep(step);
     const Vector pivot = readVector(step, "px", "py", "pz");
     const Vector movedPivot = helmert.apply(pivot) - helmert.translation;
@@ -45,10 +64,11 @@ Helmert readMolodenskyBadekasStep(const PipelineStep& step) {
     return helmert;
 }
 
-std::optional<Helmert> readShiftStep(const PipelineStep& step) {
-    if (step.projection != "helmert" && step.projection != "molobadekas") return std::nullopt;
-    const Helmert helmert = step.projection == "helmert" ? readHelmertStep(step) : readMolodenskyBadekasStep(step);
-    return step.isInverse ? invert(helmert) : helmert;
+std::optional<Helmert> readShiftStep(const ParameterList& step) {
+    const std::string kind = step.get("proj");
+    if (kind != "helmert" && kind != "molobadekas") return std::nullopt;
+    const Helmert helmert = kind == "helmert" ? readHelmertStep(step) : readMolodenskyBadekasStep(step);
+    return step.has("inv") ? invert(helmert) : helmert;
 }
 
 // PROJ wraps the authority of an operation that it has turned round ("INVERSE(EPSG)") or led between other
@@ -63,8 +83,8 @@ std::string idOf(const PJ* object) {
 
 bool isConversion(const PJ* operation) { return proj_get_type(operation) == PJ_TYPE_CONVERSION; }
 
-FactoryPtr makeFactory(const ProjContext& context) {
-    FactoryPtr factory(proj_create_operation_factory_context(context.get(), nullptr));
+ProjPtr<PJ_OPERATION_FACTORY_CONTEXT> makeFactory(const ProjContext& context) {
+    ProjPtr<PJ_OPERATION_FACTORY_CONTEXT> factory(proj_create_operation_factory_context(context.get(), nullptr));
     PJ_CONTEXT* const proj = context.get();
     proj_operation_factory_context_set_grid_availability_use(proj, factory.get(), PROJ_GRID_AVAILABILITY_IGNORED);
     proj_operation_factory_context_set_spatial_criterion(proj, factory.get(),
@@ -85,7 +105,7 @@ std::optional<PublishedShift> readPublishedShift(const ProjContext& context, PJ*
 
 std::optional<Helmert> readShift(const std::string& operationText) {
     std::optional<Helmert> total;
-    for (const PipelineStep& step : keepShifting(parsePipeline(operationText))) {
+    for (const ParameterList& step : readDatumShifts(operationText)) {
         const std::optional<Helmert> helmert = readShiftStep(step);
         if (!helmert) return std::nullopt;
         total = total ? compose(*total, *helmert) : *helmert;
@@ -94,8 +114,8 @@ std::optional<Helmert> readShift(const std::string& operationText) {
 }
 
 bool isGridShift(const std::string& operationText) {
-    const std::vector<PipelineStep> steps = keepShifting(parsePipeline(operationText));
-    return steps.size() == 1 && steps.front().projection == "hgridshift" && !steps.front().isInverse;
+    const std::vector<ParameterList> steps = readDatumShifts(operationText);
+    return steps.size() == 1 && steps.front().get("proj") == "hgridshift" && !steps.front().has("inv");
 }
 
 std::string describeSource(const ProjContext& context, const PJ* operation) {
@@ -103,7 +123,7 @@ std::string describeSource(const ProjContext& context, const PJ* operation) {
     const int count = proj_concatoperation_get_step_count(context.get(), operation);
     std::string source;
     for (int i = 0; i < count; ++i) {
-        const PjPtr step(proj_concatoperation_get_step(context.get(), operation, i));
+        const ProjPtr<PJ> step(proj_concatoperation_get_step(context.get(), operation, i));
         if (step == nullptr || isConversion(step.get())) continue;
         source += (source.empty() ? "" : " + ") + idOf(step.get());
     }
@@ -111,13 +131,14 @@ std::string describeSource(const ProjContext& context, const PJ* operation) {
 }
 
 std::vector<PublishedShift> findPublishedShifts(const ProjContext& context, const PJ* geodeticCrs) {
-    const PjPtr wgs84(proj_create(context.get(), "EPSG:4326"));
-    const FactoryPtr factory = makeFactory(context);
-    const PjListPtr operations(proj_create_operations(context.get(), geodeticCrs, wgs84.get(), factory.get()));
+    const ProjPtr<PJ> wgs84(proj_create(context.get(), "EPSG:4326"));
+    const ProjPtr<PJ_OPERATION_FACTORY_CONTEXT> factory = makeFactory(context);
+    const ProjPtr<PJ_OBJ_LIST> operations(
+        proj_create_operations(context.get(), geodeticCrs, wgs84.get(), factory.get()));
     std::vector<PublishedShift> shifts;
     const int count = operations == nullptr ? 0 : proj_list_get_count(operations.get());
     for (int i = 0; i < count; ++i) {
-        const PjPtr operation(proj_list_get(context.get(), operations.get(), i));
+        const ProjPtr<PJ> operation(proj_list_get(context.get(), operations.get(), i));
         if (auto shift = readPublishedShift(context, operation.get())) shifts.push_back(std::move(*shift));
     }
     return shifts;

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tools/projdir/Helmert.h"
-#include "tools/projdir/ProjHandles.h"
+#include "tools/projdir/ProjContext.h"
 
 namespace ProjDir {
 

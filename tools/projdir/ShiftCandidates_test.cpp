@@ -80,7 +80,7 @@ TEST(ShiftCandidatesTest, KnowsASingleGridShift) {
 
 std::vector<PublishedShift> publishedFor(unsigned int code) {
     const ProjContext context;
-    return findPublishedShifts(context, openCrs(context, code).get());
+    return findPublishedShifts(context, createCrs(context, code).get());
 }
 
 const PublishedShift* findSource(const std::vector<PublishedShift>& shifts, const std::string& source) {

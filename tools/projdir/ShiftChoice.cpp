@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "tools/projdir/Numbers.h"
+#include "QSHelpers/NumericText.h"
 
 namespace ProjDir {
 
@@ -13,7 +13,7 @@ namespace {
 constexpr double SAME_SHIFT = 0.01;
 constexpr double GOOD_SHIFT = 1;
 // Seven parameters must lower the mean residual to this part of what three leave, and by more than SAME_SHIFT.
-constexpr double WORTH_SEVEN = 0.8;
+constexpr double PART_LEFT_BY_SEVEN = 0.8;
 
 // Accuracies that make a difference to users, in metres.
 constexpr std::array<double, 4> GRADES = {1, 2, 5, 10};
@@ -29,13 +29,13 @@ bool isBetter(const Residual& left, const Residual& right) {
     return left.mean < right.mean;
 }
 
-bool isWorthSeven(const Residual& seven, const Residual& three) {
+bool justifiesSevenParameters(const Residual& seven, const Residual& three) {
     if (gradeOf(seven) != gradeOf(three)) return gradeOf(seven) < gradeOf(three);
-    return seven.mean < WORTH_SEVEN * three.mean && seven.mean < three.mean - SAME_SHIFT;
+    return seven.mean < PART_LEFT_BY_SEVEN * three.mean && seven.mean < three.mean - SAME_SHIFT;
 }
 
-void takeBest(const std::vector<PublishedShift>& candidates, const std::vector<ShiftSample>& samples,
-              ShiftChoice& choice) {
+void preferBest(const std::vector<PublishedShift>& candidates, const std::vector<ShiftSample>& samples,
+                ShiftChoice& choice) {
     for (const PublishedShift& candidate : candidates) {
         const Residual residual = measureResidual(candidate.helmert, samples);
         if (choice.kind == ShiftKind::PUBLISHED && !isBetter(residual, choice.residual)) continue;
@@ -46,7 +46,7 @@ void takeBest(const std::vector<PublishedShift>& candidates, const std::vector<S
     }
 }
 
-bool isWithin(const ShiftChoice& choice, double metres) {
+bool agreesWithin(const ShiftChoice& choice, double metres) {
     return choice.kind == ShiftKind::PUBLISHED && choice.residual.largest <= metres;
 }
 
@@ -62,12 +62,12 @@ ShiftChoice fit(const std::vector<ShiftSample>& samples, FitParameters parameter
 // Seven parameters fitted to the smaller part of an area would run wild in the rest of it.
 ShiftChoice fitBest(const ShiftEvidence& evidence, const ShiftChoice& published) {
     std::vector<ShiftSample> samples = evidence.samples;
-    takeHeights(samples, published.helmert);
+    adoptHeights(samples, published.helmert);
     const ShiftChoice three = fit(samples, FitParameters::TRANSLATION, Helmert{});
     if (!evidence.coversHalf) return three;
     const Helmert& start = published.kind == ShiftKind::PUBLISHED ? published.helmert : three.helmert;
     const ShiftChoice seven = fit(samples, FitParameters::ALL_SEVEN, start);
-    return isWorthSeven(seven.residual, three.residual) ? seven : three;
+    return justifiesSevenParameters(seven.residual, three.residual) ? seven : three;
 }
 
 ShiftChoice improveByFitting(const ShiftEvidence& evidence, const ShiftChoice& published) {
@@ -76,18 +76,20 @@ ShiftChoice improveByFitting(const ShiftEvidence& evidence, const ShiftChoice& p
     return isImproved ? fitted : published;
 }
 
+std::string describeResidual(const Residual& residual) {
+    const auto toCentimetres = [](double metres) { return QSHelpers::convertNumericToText(metres, 2, false); };
+    return ", residual " + toCentimetres(residual.rootMeanSquare) + " m, at most " + toCentimetres(residual.largest) +
+           " m";
+}
+
 std::string describeFit(const ShiftChoice& choice) {
     const char* const count = choice.fitted == FitParameters::ALL_SEVEN ? "7" : "3";
-    return std::string("shift fitted, ") + count + " parameters, residual " +
-           writeFixed(choice.residual.rootMeanSquare, 2) + " m, at most " + writeFixed(choice.residual.largest, 2) +
-           " m";
+    return std::string("shift fitted, ") + count + " parameters" + describeResidual(choice.residual);
 }
 
 std::string describePublished(const ShiftChoice& choice) {
     const std::string text = "shift " + choice.source;
-    if (choice.residual.largest <= GOOD_SHIFT) return text;
-    return text + ", residual " + writeFixed(choice.residual.rootMeanSquare, 2) + " m, at most " +
-           writeFixed(choice.residual.largest, 2) + " m";
+    return choice.residual.largest <= GOOD_SHIFT ? text : text + describeResidual(choice.residual);
 }
 
 }  // namespace
@@ -96,10 +98,10 @@ ShiftChoice chooseShift(const ShiftEvidence& evidence,
                         const std::function<std::vector<PublishedShift>()>& listPublished) {
     ShiftChoice choice;
     if (evidence.samples.empty()) return choice;
-    takeBest(evidence.used, evidence.samples, choice);
-    if (isWithin(choice, SAME_SHIFT)) return choice;
-    takeBest(listPublished(), evidence.samples, choice);
-    if (isWithin(choice, GOOD_SHIFT)) return choice;
+    preferBest(evidence.used, evidence.samples, choice);
+    if (agreesWithin(choice, SAME_SHIFT)) return choice;
+    preferBest(listPublished(), evidence.samples, choice);
+    if (agreesWithin(choice, GOOD_SHIFT)) return choice;
     if (evidence.grid.empty()) return improveByFitting(evidence, choice);
     choice = ShiftChoice{};
     choice.kind = ShiftKind::GRID;

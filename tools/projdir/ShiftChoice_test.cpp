@@ -15,12 +15,12 @@ Helmert movedNorth(const Helmert& helmert, double metres) {
 
 ShiftSample makeSample(const LonLat& place, const Helmert& shift) {
     const Vector source = toGeocentric(WGS_84_ELLIPSOID, place);
-    return {source, shift.apply(source), directionsAt(place)};
+    return {source, shift.apply(source), localFrameAt(place)};
 }
 
 std::vector<ShiftSample> makeSamples(const Area& area, const Helmert& shift) {
     std::vector<ShiftSample> samples;
-    for (const LonLat& place : spreadPoints(area, 9)) samples.push_back(makeSample(place, shift));
+    for (const LonLat& place : sampleArea(area, 9)) samples.push_back(makeSample(place, shift));
     return samples;
 }
 
@@ -101,7 +101,7 @@ TEST(ShiftChoiceTest, KeepsAPublishedShiftInSpiteOfAStrayPoint) {
 TEST(ShiftChoiceTest, PrefersAFitThatIsInABetterClass) {
     ShiftEvidence evidence = makeEvidence(TRANSLATION);
     for (std::size_t i = 0; i < evidence.samples.size(); i += 2)
-        evidence.samples[i].target = evidence.samples[i].target + 6.0 * evidence.samples[i].directions.north;
+        evidence.samples[i].target = evidence.samples[i].target + 6.0 * evidence.samples[i].frame.north;
     evidence.used = {{"EPSG:1", TRANSLATION}};
     const ShiftChoice choice = chooseShift(evidence, publishNothing);
     EXPECT_EQ(choice.kind, ShiftKind::FITTED);

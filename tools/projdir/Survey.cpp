@@ -25,7 +25,7 @@ Area requireArea(const RegistryCrs& entry) {
     return *entry.area;
 }
 
-Coordinates eastFirst(Coordinates coordinates, bool isNorthFirst) {
+Coordinates toEastNorth(Coordinates coordinates, bool isNorthFirst) {
     if (isNorthFirst) std::swap(coordinates[0], coordinates[1]);
     return coordinates;
 }
@@ -36,21 +36,21 @@ bool isSamePlace(const LonLat& left, const LonLat& right) { return distanceInMet
 }  // namespace
 
 Survey::Survey(ProjContext& projContext, const RegistryCrs& entry)
-    : registryCrs(openCrs(projContext, entry.code)),
+    : registryCrs(createCrs(projContext, entry.code)),
       classicText(writeClassicText(projContext, crs(), entry)),
       area(requireArea(entry)),
-      northFirst(comesNorthFirst(projContext, crs())),
+      northFirst(isNorthAxisFirst(projContext, crs())),
       best(projContext, entry.code) {
-    traceArea();
+    samplePoints();
     invertPoints(projContext);
 }
 
 // Where PROJ knows an operation in a corner of the area only, few points would tell little about it.
-void Survey::traceArea() {
-    points = best.trace(spreadPoints(area, POINTS_PER_SIDE));
+void Survey::samplePoints() {
+    points = best.sampleWithOperations(sampleArea(area, POINTS_PER_SIDE));
     if (points.empty()) throw NotExpressible("PROJ itself brings no point of its area of use to WGS 84");
     isDense = countKnown() > 0 && countKnown() < LEAST_KNOWN_POINTS;
-    if (isDense) points = best.trace(spreadPoints(area, DENSE_POINTS_PER_SIDE));
+    if (isDense) points = best.sampleWithOperations(sampleArea(area, DENSE_POINTS_PER_SIDE));
 }
 
 // Geocentric coordinates leave no room for a projection that differs.
@@ -59,7 +59,7 @@ void Survey::invertPoints(ProjContext& context) {
     const RegistryProjection projection(context, crs());
     const bool isGeocentric = proj_get_type(crs()) == PJ_TYPE_GEOCENTRIC_CRS;
     for (const ReferencePoint& point : points) {
-        places.push_back(inverse(eastFirst(point.crs, northFirst)));
+        places.push_back(inverse(toEastNorth(point.crs, northFirst)));
         if (!isGeocentric && !isSamePlace(places.back(), projection.toGeodetic(point.crs)))
             throw NotExpressible("its classic definition gives other coordinates than the registry's");
     }
@@ -104,10 +104,10 @@ std::string Survey::findCommonGrid() const {
 
 // Which operation PROJ uses at a point matters only where it may have none.
 std::vector<CheckPoint> Survey::makeCheckPoints() {
-    const auto checked = spreadPoints(area, isDense ? DENSE_CHECKS_PER_SIDE : CHECKS_PER_SIDE);
+    const auto checked = sampleArea(area, isDense ? DENSE_CHECKS_PER_SIDE : CHECKS_PER_SIDE);
     const bool mayBeUnknown = hasUnknownPart();
     std::vector<CheckPoint> checks;
-    for (const ReferencePoint& point : mayBeUnknown ? best.trace(checked) : best.sample(checked))
+    for (const ReferencePoint& point : mayBeUnknown ? best.sampleWithOperations(checked) : best.sample(checked))
         checks.push_back({point.crs, point.wgs84, !mayBeUnknown || isKnown(point)});
     return checks;
 }

@@ -51,12 +51,12 @@ public:
     std::vector<CheckPoint> makeCheckPoints();
 
 private:
-    void traceArea();
+    void samplePoints();
     void invertPoints(ProjContext& context);
     std::size_t countKnown() const;
     bool isKnown(const ReferencePoint& point) const { return !best.used()[point.operation].isBallpark; }
 
-    PjPtr registryCrs;
+    ProjPtr<PJ> registryCrs;
     ClassicText classicText;
     Area area;
     bool northFirst;

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
+#include "text/InitFile.h"
 #include "tools/projdir/Geodesy.h"
 
 namespace ProjDir {
@@ -21,13 +22,13 @@ constexpr unsigned int UNKNOWN_CODE = 0;
 
 std::unique_ptr<CrsConfig> startLibrary(const std::string& directory) {
     std::unique_ptr<CrsConfig> config(CrsConfig::createConfigFromId("proj4"));
-    config->setConfigProperty("Proj4ConfigDir", directory);
+    config->setConfigProperty(CoordinateTransformation::PROJ_DIRECTORY_PROPERTY, directory);
     config->init();
     return config;
 }
 
 // Its definition is that of WGS 84, longitude first, whatever codes a directory has.
-std::unique_ptr<AbstractCrs> openWgs84(const CrsCreator& creator) {
+std::unique_ptr<AbstractCrs> createWgs84(const CrsCreator& creator) {
     std::unique_ptr<AbstractCrs> wgs84(creator.createFromCode(UNKNOWN_CODE, 0, true));
     wgs84->setAxisOrderEastNorthOrLonLat(true);
     return wgs84;
@@ -43,7 +44,7 @@ LonLat moveToWgs84(const AbstractCrs& crs, const AbstractCrs& wgs84, CrsKind kin
 }
 
 // A distance that is not a number counts as infinite.
-void enlarge(double& largest, double distance) {
+void updateLargest(double& largest, double distance) {
     largest = std::isnan(distance) ? std::numeric_limits<double>::infinity() : std::max(largest, distance);
 }
 
@@ -53,12 +54,12 @@ void compare(const AbstractCrs& crs, const AbstractCrs& wgs84, Agreement& agreem
     for (const CheckPoint& point : points) {
         const LonLat moved = moveToWgs84(crs, wgs84, agreement.outcome->crs.kind, point.crs);
         const double distance = distanceInMetres(moved, point.wgs84);
-        enlarge(agreement.largestAnywhere, distance);
-        if (point.isKnown || !anyKnown) enlarge(agreement.largest, distance);
+        updateLargest(agreement.largestAnywhere, distance);
+        if (point.isKnown || !anyKnown) updateLargest(agreement.largest, distance);
     }
 }
 
-Agreement verifyOne(const CrsCreator& creator, const AbstractCrs& wgs84, const Outcome& outcome) {
+Agreement verifyOne(const CrsCreator& creator, const AbstractCrs& wgs84, const CrsOutcome& outcome) {
     Agreement agreement;
     agreement.outcome = &outcome;
     try {
@@ -73,19 +74,19 @@ Agreement verifyOne(const CrsCreator& creator, const AbstractCrs& wgs84, const O
 
 }  // namespace
 
-std::vector<Agreement> verifyDirectory(const std::string& directory, const std::vector<Outcome>& outcomes,
-                                       Progress& progress) {
+std::vector<Agreement> verifyDirectory(const std::string& directory, const std::vector<CrsOutcome>& outcomes,
+                                       PercentBar& progress) {
     const std::unique_ptr<CrsConfig> config = startLibrary(directory);
-    const std::unique_ptr<AbstractCrs> wgs84 = openWgs84(config->getCreator());
+    const std::unique_ptr<AbstractCrs> wgs84 = createWgs84(config->getCreator());
     std::vector<Agreement> agreements;
-    for (const Outcome& outcome : outcomes) {
+    for (const CrsOutcome& outcome : outcomes) {
         if (outcome.definition) agreements.push_back(verifyOne(config->getCreator(), *wgs84, outcome));
         progress.advance();
     }
     return agreements;
 }
 
-Distribution distribute(const std::vector<double>& distances) {
+Distribution countByClass(const std::vector<double>& distances) {
     Distribution counts{};
     for (const double distance : distances)
         ++counts[static_cast<std::size_t>(

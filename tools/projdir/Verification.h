@@ -5,13 +5,13 @@
 #include <vector>
 
 #include "tools/projdir/DefinitionMaker.h"
-#include "tools/projdir/Progress.h"
+#include "tools/projdir/PercentBar.h"
 
 namespace ProjDir {
 
 // How one definition agrees with PROJ's best operation to WGS 84. Distances are horizontal and in metres.
 struct Agreement {
-    const Outcome* outcome = nullptr;
+    const CrsOutcome* outcome = nullptr;
     // The largest distance where PROJ knows an operation; where it knows none at all, anywhere.
     double largest = 0;
     // The largest distance anywhere in the area, also where PROJ takes both datums for one.
@@ -25,15 +25,15 @@ struct Agreement {
 // to WGS 84. The library settles its directory once in a process, so this can be called for one directory.
 //
 // Raises the library's exceptions for a directory that it does not accept.
-std::vector<Agreement> verifyDirectory(const std::string& directory, const std::vector<Outcome>& outcomes,
-                                       Progress& progress);
+std::vector<Agreement> verifyDirectory(const std::string& directory, const std::vector<CrsOutcome>& outcomes,
+                                       PercentBar& progress);
 
 // The bounds of the classes in which agreement is stated, in metres; the last class has none.
 constexpr std::array<double, 5> AGREEMENT_CLASSES = {0.01, 1, 2, 5, 10};
-constexpr double MUCH_TOO_FAR = 10;
+constexpr double FAR_OFF = 10;
 
 // How many of the distances lie in each class.
 using Distribution = std::array<std::size_t, AGREEMENT_CLASSES.size() + 1>;
-Distribution distribute(const std::vector<double>& distances);
+Distribution countByClass(const std::vector<double>& distances);
 
 }  // namespace ProjDir

@@ -5,14 +5,14 @@
 #include <cstdlib>
 #include <exception>
 
+#include "tools/projdir/MakeDirectory.h"
 #include "tools/projdir/MemoryWatch.h"
-#include "tools/projdir/Program.h"
 
 namespace {
 
 // After a shortage of memory PROJ may hold a lock for ever, and its static destructors would wait for it.
 int end(int exitCode) {
-    if (!ProjDir::MemoryWatch::wasShort()) return exitCode;
+    if (!ProjDir::MemoryWatch::sawShortage()) return exitCode;
     std::fflush(nullptr);
     std::_Exit(exitCode);
 }
@@ -25,8 +25,8 @@ int main(int argc, char** argv) {
     try {
         ProjDir::Options options;
         int exitCode = 0;
-        if (!ProjDir::readCommandLine(argc, argv, options, exitCode)) return exitCode;
-        return end(ProjDir::run(options));
+        if (!ProjDir::readOptions(argc, argv, options, exitCode)) return exitCode;
+        return end(ProjDir::makeDirectory(options));
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "crs-projdir: %s\n", failure.what());
         return end(1);

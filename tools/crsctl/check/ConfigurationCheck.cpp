@@ -2,7 +2,7 @@
 
 #include <sstream>
 
-#include "tools/crsctl/check/Fragment.h"
+#include "tools/crsctl/check/CheckedFragment.h"
 #include "tools/crsctl/check/NameClaims.h"
 #include "tools/crsctl/check/ObservedStart.h"
 #include "tools/crsctl/check/ProjDirectoryCheck.h"
@@ -64,14 +64,14 @@ CheckedEntry entryRow(const FragmentEntry& entry, const AbstractCrs* crs) {
     return row;
 }
 
-std::vector<const FragmentEntry*> keptEntries(const Fragment& fragment) {
+std::vector<const FragmentEntry*> keptEntries(const CheckedFragment& fragment) {
     std::vector<const FragmentEntry*> kept;
     for (const FragmentEntry& entry : fragment.entries)
         if (!entry.duplicateOf) kept.push_back(&entry);
     return kept;
 }
 
-void checkEntries(const Fragment& fragment, const std::string& projDir, ConfigurationReport& report) {
+void checkEntries(const CheckedFragment& fragment, const std::string& projDir, ConfigurationReport& report) {
     const std::vector<const FragmentEntry*> kept = keptEntries(fragment);
     std::vector<CrsConfigData> data;
     for (const FragmentEntry* entry : kept) data.push_back(entry->data);
@@ -176,7 +176,7 @@ Json findingAsJson(const Finding& finding) {
 ConfigurationReport checkConfiguration(const std::string& file, const std::string& text, const CommonOptions& options) {
     ConfigurationReport report;
     report.file = file;
-    const Fragment fragment = readFragment(text);
+    const CheckedFragment fragment = checkFragment(text);
     report.findings = fragment.findings;
     checkEntries(fragment, options.projDir, report);
     report.failure = fragment.wellFormed ? startFailure(text, options.projDir) : fragment.failure;

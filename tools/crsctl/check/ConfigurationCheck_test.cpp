@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 #include <ostream>
 
-#include "tests/support/TemporaryDirectory.h"
 #include "tests/support/CrsctlSession.h"
+#include "tests/support/TemporaryDirectory.h"
 #include "tools/crsctl/text/Printable.h"
 
 namespace crsctl {
@@ -58,15 +58,15 @@ TEST(Entries, ComeInTheOrderInWhichAServerTakesThem) {
     EXPECT_EQ(report.entries[1].identifier, "EPSG:3857");
 }
 
-struct Case {
+struct Verdict {
     const char* content;  // of <CrsConfiguration>, from line 2 on
     bool starts;
     const char* findings;
 };
 
-void PrintTo(const Case& tried, std::ostream* stream) { *stream << printable(tried.content); }
+void PrintTo(const Verdict& tried, std::ostream* stream) { *stream << printable(tried.content); }
 
-class AConfiguration : public testing::TestWithParam<Case> {};
+class AConfiguration : public testing::TestWithParam<Verdict> {};
 
 TEST_P(AConfiguration, IsFoundFaultWith) {
     const ConfigurationReport report =
@@ -77,88 +77,89 @@ TEST_P(AConfiguration, IsFoundFaultWith) {
 
 INSTANTIATE_TEST_SUITE_P(
     WithoutFault, AConfiguration,
-    testing::Values(Case{"", true, ""}, Case{"<!-- <CRS>1</CRS> -->", true, ""},
-                    Case{"<CRS>4326<!-- WGS 84 --></CRS>", true, ""},
-                    Case{"<CRS>4326</CRS><CRS>CRS:84</CRS>", true, ""},
-                    Case{"<CRS mapToEpsgCode='25832'>A</CRS><CRS mapToEpsgCode='25832'>B</CRS>", true, ""},
-                    Case{"<CRS suppressDuplicatCoordinates='0' numberOfDecimalPlaces='0'>4326</CRS>", true, ""},
-                    Case{"<CRS suppressDuplicatCoordinates='false'>4326</CRS>", true, ""}));
+    testing::Values(Verdict{"", true, ""}, Verdict{"<!-- <CRS>1</CRS> -->", true, ""},
+                    Verdict{"<CRS>4326<!-- WGS 84 --></CRS>", true, ""},
+                    Verdict{"<CRS>4326</CRS><CRS>CRS:84</CRS>", true, ""},
+                    Verdict{"<CRS mapToEpsgCode='25832'>A</CRS><CRS mapToEpsgCode='25832'>B</CRS>", true, ""},
+                    Verdict{"<CRS suppressDuplicatCoordinates='0' numberOfDecimalPlaces='0'>4326</CRS>", true, ""},
+                    Verdict{"<CRS suppressDuplicatCoordinates='false'>4326</CRS>", true, ""}));
 
 INSTANTIATE_TEST_SUITE_P(
     ThatDoesNotStart, AConfiguration,
     testing::Values(
-        Case{"<CRS>EPSG:99999</CRS>\n<CRS>nonsense</CRS>\n<CRS>4326</CRS>", false,
-             "error 2: Failed to configure CRS 99999. Please ensure that the CRS is defined properly in the proj4 "
-             "configuration for QuarvelServer.\n"
-             "error 3: The EPSG code \"NONSENSE\" is unknown\n"},
-        Case{"<CRS>urn:ogc:def:crs:EPSG::4326</CRS>", false,
-             "error 2: The EPSG code \"URN:OGC:DEF:CRS:EPSG::4326\" is unknown; an identifier is put in capitals, and "
-             "no URN or URL is understood that way: give the EPSG code as mapToEpsgCode and this text as the name\n"},
-        Case{"<CRS>27700*5701</CRS>", false,
-             "error 2: invalid string position; a compound is spelled EPSG:27700*EPSG:5701\n"},
-        Case{"<CRS mapToEpsgCode=''>A</CRS>", false, "error 2: The EPSG code \"\" is unknown\n"},
-        Case{"<CRS>crs:84</CRS>", false, "error 2: The EPSG code \"CRS:84\" is unknown\n"},
-        Case{"<CRS>\n4326</CRS>", false,
-             "warning 2: blanks around \"\\n4326\" are part of the identifier\n"
-             "error 2: The EPSG code \"\n4326\" is unknown\n"},
-        Case{"<CRS>EPSG:0</CRS>", false,
-             "error 2: Text representation of an unknown or the default SRS requested.\n"}));
+        Verdict{"<CRS>EPSG:99999</CRS>\n<CRS>nonsense</CRS>\n<CRS>4326</CRS>", false,
+                "error 2: Failed to configure CRS 99999. Please ensure that the CRS is defined properly in the proj4 "
+                "configuration for QuarvelServer.\n"
+                "error 3: The EPSG code \"NONSENSE\" is unknown\n"},
+        Verdict{
+            "<CRS>urn:ogc:def:crs:EPSG::4326</CRS>", false,
+            "error 2: The EPSG code \"URN:OGC:DEF:CRS:EPSG::4326\" is unknown; an identifier is put in capitals, and "
+            "no URN or URL is understood that way: give the EPSG code as mapToEpsgCode and this text as the name\n"},
+        Verdict{"<CRS>27700*5701</CRS>", false,
+                "error 2: invalid string position; a compound is spelled EPSG:27700*EPSG:5701\n"},
+        Verdict{"<CRS mapToEpsgCode=''>A</CRS>", false, "error 2: The EPSG code \"\" is unknown\n"},
+        Verdict{"<CRS>crs:84</CRS>", false, "error 2: The EPSG code \"CRS:84\" is unknown\n"},
+        Verdict{"<CRS>\n4326</CRS>", false,
+                "warning 2: blanks around \"\\n4326\" are part of the identifier\n"
+                "error 2: The EPSG code \"\n4326\" is unknown\n"},
+        Verdict{"<CRS>EPSG:0</CRS>", false,
+                "error 2: Text representation of an unknown or the default SRS requested.\n"}));
 
 INSTANTIATE_TEST_SUITE_P(
     WithSettingsThatAreIgnored, AConfiguration,
     testing::Values(
-        Case{"<CRS numberOfDecimalPlaces='abc'>4326</CRS>", true,
-             "warning 2: numberOfDecimalPlaces=\"abc\" is ignored: no integer\n"},
-        Case{"<CRS numberOfDecimalPlaces='-2'>4326</CRS>", true,
-             "warning 2: numberOfDecimalPlaces=\"-2\" is taken, but no such number of places can be written\n"},
-        Case{"<CRS suppressDuplicatCoordinates='yes'>4326</CRS>", true,
-             "warning 2: suppressDuplicatCoordinates=\"yes\" is ignored: neither true, false, 1 nor 0\n"},
-        Case{"<CRS suppressDuplicateCoordinates='true'>4326</CRS>", true,
-             "warning 2: attribute suppressDuplicateCoordinates is ignored: it is spelled "
-             "suppressDuplicatCoordinates\n"},
-        Case{"<CRS AxisOrder='EN' colour='red'>4326</CRS>", true,
-             "warning 2: attribute AxisOrder is ignored: it is spelled axisOrder\n"
-             "warning 2: attribute colour is ignored\n"},
-        Case{"<CRS axisOrder='en' mapToEpsgCode='4326'>A</CRS>", true,
-             "warning 2: axisOrder=\"en\" is ignored: neither EN nor NE\n"},
-        Case{"<CRS axisOrder='EN'>4326</CRS>", true,
-             "warning 2: axisOrder=\"EN\" has no effect: it holds under an alias only, which mapToEpsgCode makes\n"},
-        Case{"<CRS axisOrder='NE' mapToEpsgCode='4258'>CRS:84</CRS>", true,
-             "warning 2: attribute axisOrder is ignored: CRS:84 is understood as it stands\n"
-             "warning 2: attribute mapToEpsgCode is ignored: CRS:84 is understood as it stands\n"},
-        Case{"<CRS mapToEpsgCode='4326'></CRS>", true,
-             "warning 2: mapToEpsgCode without a text: the entry has no alias\n"},
-        Case{"<CRS> 4326</CRS>", true, "warning 2: blanks around \" 4326\" are part of the identifier\n"},
-        Case{"<CRS mapToEpsgCode='4326 '>A</CRS>", true,
-             "warning 2: blanks around the code in mapToEpsgCode=\"4326 \"\n"},
-        Case{"<CRS mapToEpsgCode='4326'> A</CRS>", true, "warning 2: blanks around \" A\" are part of the alias\n"},
-        Case{"<CRS>4326<b/></CRS>", true, "warning 2: elements inside an entry are ignored\n"}));
+        Verdict{"<CRS numberOfDecimalPlaces='abc'>4326</CRS>", true,
+                "warning 2: numberOfDecimalPlaces=\"abc\" is ignored: no integer\n"},
+        Verdict{"<CRS numberOfDecimalPlaces='-2'>4326</CRS>", true,
+                "warning 2: numberOfDecimalPlaces=\"-2\" is taken, but no such number of places can be written\n"},
+        Verdict{"<CRS suppressDuplicatCoordinates='yes'>4326</CRS>", true,
+                "warning 2: suppressDuplicatCoordinates=\"yes\" is ignored: neither true, false, 1 nor 0\n"},
+        Verdict{"<CRS suppressDuplicateCoordinates='true'>4326</CRS>", true,
+                "warning 2: attribute suppressDuplicateCoordinates is ignored: it is spelled "
+                "suppressDuplicatCoordinates\n"},
+        Verdict{"<CRS AxisOrder='EN' colour='red'>4326</CRS>", true,
+                "warning 2: attribute AxisOrder is ignored: it is spelled axisOrder\n"
+                "warning 2: attribute colour is ignored\n"},
+        Verdict{"<CRS axisOrder='en' mapToEpsgCode='4326'>A</CRS>", true,
+                "warning 2: axisOrder=\"en\" is ignored: neither EN nor NE\n"},
+        Verdict{"<CRS axisOrder='EN'>4326</CRS>", true,
+                "warning 2: axisOrder=\"EN\" has no effect: it holds under an alias only, which mapToEpsgCode makes\n"},
+        Verdict{"<CRS axisOrder='NE' mapToEpsgCode='4258'>CRS:84</CRS>", true,
+                "warning 2: attribute axisOrder is ignored: CRS:84 is understood as it stands\n"
+                "warning 2: attribute mapToEpsgCode is ignored: CRS:84 is understood as it stands\n"},
+        Verdict{"<CRS mapToEpsgCode='4326'></CRS>", true,
+                "warning 2: mapToEpsgCode without a text: the entry has no alias\n"},
+        Verdict{"<CRS> 4326</CRS>", true, "warning 2: blanks around \" 4326\" are part of the identifier\n"},
+        Verdict{"<CRS mapToEpsgCode='4326 '>A</CRS>", true,
+                "warning 2: blanks around the code in mapToEpsgCode=\"4326 \"\n"},
+        Verdict{"<CRS mapToEpsgCode='4326'> A</CRS>", true, "warning 2: blanks around \" A\" are part of the alias\n"},
+        Verdict{"<CRS>4326<b/></CRS>", true, "warning 2: elements inside an entry are ignored\n"}));
 
 INSTANTIATE_TEST_SUITE_P(WithElementsThatAreIgnored, AConfiguration,
-                         testing::Values(Case{"<SRS>4326</SRS>\n<crs>4326</crs>", true,
-                                              "warning 2: ignored: entries of CrsConfiguration are called CRS\n"
-                                              "warning 3: ignored: entries of CrsConfiguration are called CRS\n"},
-                                         Case{"<Group><CRS>4326</CRS></Group>\n<SRS/>", true,
-                                              "warning 2: ignored: entries of CrsConfiguration are called CRS\n"
-                                              "warning 3: ignored: entries of CrsConfiguration are called CRS\n"},
-                                         Case{"4326", true, "warning 1: text outside its entries is ignored\n"}));
+                         testing::Values(Verdict{"<SRS>4326</SRS>\n<crs>4326</crs>", true,
+                                                 "warning 2: ignored: entries of CrsConfiguration are called CRS\n"
+                                                 "warning 3: ignored: entries of CrsConfiguration are called CRS\n"},
+                                         Verdict{"<Group><CRS>4326</CRS></Group>\n<SRS/>", true,
+                                                 "warning 2: ignored: entries of CrsConfiguration are called CRS\n"
+                                                 "warning 3: ignored: entries of CrsConfiguration are called CRS\n"},
+                                         Verdict{"4326", true, "warning 1: text outside its entries is ignored\n"}));
 
 INSTANTIATE_TEST_SUITE_P(
     WithRepetitions, AConfiguration,
     testing::Values(
-        Case{"<CRS>4326</CRS>\n<CRS>EPSG:4326</CRS>", true, "warning 3: dropped: repeats EPSG:4326 of line 2\n"},
-        Case{"<CRS>4326</CRS>\n<CRS numberOfDecimalPlaces='3'>4326</CRS>", true,
-             "warning 3: dropped: repeats EPSG:4326 of line 2, and its other settings are lost\n"},
-        Case{
+        Verdict{"<CRS>4326</CRS>\n<CRS>EPSG:4326</CRS>", true, "warning 3: dropped: repeats EPSG:4326 of line 2\n"},
+        Verdict{"<CRS>4326</CRS>\n<CRS numberOfDecimalPlaces='3'>4326</CRS>", true,
+                "warning 3: dropped: repeats EPSG:4326 of line 2, and its other settings are lost\n"},
+        Verdict{
             "<CRS mapToEpsgCode='25832'>UTM</CRS>\n<CRS mapToEpsgCode='25833'>UTM</CRS>", true,
             "warning 3: the name UTM is claimed twice: it answers with EPSG 25832 in the order easting, northing, from "
             "line 2, not with EPSG 25833 in the order easting, northing\n"},
-        Case{"<CRS mapToEpsgCode='4326' axisOrder='EN'>EPSG:4326</CRS>", true,
-             "warning 2: the name EPSG:4326 is claimed twice: it answers with EPSG 4326 in the order longitude, "
-             "latitude, "
-             "the alias of this entry, not with EPSG 4326 in the order latitude, longitude\n"},
-        Case{"<CRS mapToEpsgCode='25832'>EPSG:25833</CRS>\n<CRS>25833</CRS>", true,
-             "warning 3: its identifier EPSG:25833 is an alias of an earlier entry: it offers EPSG 25832\n"}));
+        Verdict{"<CRS mapToEpsgCode='4326' axisOrder='EN'>EPSG:4326</CRS>", true,
+                "warning 2: the name EPSG:4326 is claimed twice: it answers with EPSG 4326 in the order longitude, "
+                "latitude, "
+                "the alias of this entry, not with EPSG 4326 in the order latitude, longitude\n"},
+        Verdict{"<CRS mapToEpsgCode='25832'>EPSG:25833</CRS>\n<CRS>25833</CRS>", true,
+                "warning 3: its identifier EPSG:25833 is an alias of an earlier entry: it offers EPSG 25832\n"}));
 
 TEST(ASecondContainer, IsIgnoredWithItsEntries) {
     const ConfigurationReport report = reportOf(

@@ -1,17 +1,17 @@
 #include "tools/crsctl/check/DefinitionText.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
+#include <optional>
 #include <set>
 #include <sstream>
 #include <string_view>
 
+#include "text/NumericText.h"
+
 namespace crsctl {
 
 namespace {
-
-constexpr char WHITE_SPACE[] = " \t\r\n\v\f";
 
 const std::set<std::string>& numberKeys() {
     static const std::set<std::string> keys = {"a",   "b",   "rf",  "f",        "es",        "e",       "R",      "k",
@@ -29,42 +29,15 @@ const std::set<std::string>& angleKeys() {
 
 // A number with what PROJ takes behind it: "1/3" for a length, "10d30'E" for an angle.
 bool isNumber(std::string_view text, bool isAngle) {
-    if (!text.empty() && text.front() == '+') text.remove_prefix(1);
-    double number = 0;
-    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (failure != std::errc() || !std::isfinite(number)) return false;
-    const std::string_view rest = text.substr(static_cast<std::size_t>(end - text.data()));
+    std::string_view rest = text;
+    const std::optional<double> number = CoordinateTransformation::takeDouble(rest);
+    if (!number || !std::isfinite(*number)) return false;
     if (rest.empty()) return true;
     if (isAngle) return rest.find_first_not_of("0123456789.dDrR'\"NSEWnsew") == std::string_view::npos;
     return rest.front() == '/' && isNumber(rest.substr(1), false);
 }
 
-std::string withoutBlanksAround(const std::string& text) {
-    std::string joined;
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        if (text[at] != '=' && text[at] != ',') {
-            joined += text[at];
-            continue;
-        }
-        joined.erase(joined.find_last_not_of(WHITE_SPACE) + 1);
-        joined += text[at];
-        at = std::min(text.find_first_not_of(WHITE_SPACE, at + 1), text.size()) - 1;
-    }
-    return joined;
-}
-
 }  // namespace
-
-Parameters readParameters(const std::string& definition) {
-    Parameters parameters;
-    std::istringstream words(withoutBlanksAround(definition));
-    for (std::string word; words >> word;) {
-        if (word.front() == '+') word.erase(0, 1);
-        const std::size_t equals = std::min(word.find('='), word.size());
-        parameters.emplace_back(word.substr(0, equals), word.substr(std::min(equals + 1, word.size())));
-    }
-    return parameters;
-}
 
 std::vector<std::string> splitAtCommas(const std::string& text) {
     std::vector<std::string> parts;

@@ -9,13 +9,17 @@
 
 #include "text/FileText.h"
 #include "text/InitFile.h"
+#include "text/ParameterList.h"
 #include "tools/crsctl/check/DefinitionText.h"
 #include "tools/crsctl/text/Printable.h"
 
 namespace crsctl {
 
+using CoordinateTransformation::AXIS_ORDER_FILE;
 using CoordinateTransformation::FileText;
+using CoordinateTransformation::INIT_FILE;
 using CoordinateTransformation::InitFileDefinition;
+using CoordinateTransformation::ParameterList;
 using CoordinateTransformation::readFile;
 using CoordinateTransformation::readInitFileText;
 
@@ -91,7 +95,7 @@ public:
 
 private:
     struct First {
-        Parameters parameters;
+        std::string parameters;
         std::size_t line;
     };
     struct Users {
@@ -102,11 +106,11 @@ private:
 
     // Of two definitions with one code the first counts.
     void examine(const InitFileDefinition& definition) {
-        Parameters parameters = readParameters(definition.text);
-        const auto [first, isNew] = definitions.emplace(definition.code, First{parameters, definition.line});
+        const ParameterList parameters(definition.text);
+        const auto [first, isNew] = definitions.emplace(definition.code, First{parameters.toText(), definition.line});
         if (isNew)
             for (const auto& [key, value] : parameters) examineParameter(definition, key, value);
-        else if (first->second.parameters != parameters)
+        else if (first->second.parameters != parameters.toText())
             findings.push_back({Severity::Warning, onLine(definition.line),
                                 "ignored: " + printable(definition.code) + " is defined otherwise in line " +
                                     std::to_string(first->second.line)});
@@ -130,8 +134,8 @@ private:
     }
 
     bool lookUp(const std::string& grid) {
-        const auto known = answers.find(grid);
-        return known != answers.end() ? known->second : answers.emplace(grid, isThere(grid)).first->second;
+        const auto known = gridCache.find(grid);
+        return known != gridCache.end() ? known->second : gridCache.emplace(grid, isThere(grid)).first->second;
     }
 
     void reportGrid(const std::string& grid, bool isOptional, const Users& users) {
@@ -145,7 +149,7 @@ private:
     const std::function<bool(const std::string&)>& isThere;
     std::map<std::string, First> definitions;
     std::map<std::pair<std::string, bool>, Users> missingGrids;
-    std::map<std::string, bool> answers;
+    std::map<std::string, bool> gridCache;
     Findings findings;
 };
 
@@ -182,8 +186,8 @@ Findings checkDefinitions(const std::string& text, const std::function<bool(cons
 }
 
 Findings checkProjDirectory(const std::string& directory) {
-    const std::string definitions = (std::filesystem::path(directory) / "epsg").string();
-    const std::string axisOrders = (std::filesystem::path(directory) / "epsg-axisorder.csv").string();
+    const std::string definitions = (std::filesystem::path(directory) / INIT_FILE).string();
+    const std::string axisOrders = (std::filesystem::path(directory) / AXIS_ORDER_FILE).string();
     const std::vector<std::string> directories = gridDirectories(directory);
     Findings findings;
     addOf(definitions,

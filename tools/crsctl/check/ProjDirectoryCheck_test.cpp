@@ -18,27 +18,27 @@ std::string inWords(const Findings& findings) {
     return list;
 }
 
-struct Case {
+struct CheckedFile {
     const char* text;
     const char* findings;
 };
 
-void PrintTo(const Case& tried, std::ostream* stream) { *stream << printable(tried.text); }
+void PrintTo(const CheckedFile& tried, std::ostream* stream) { *stream << printable(tried.text); }
 
-class AnAxisOrderFile : public testing::TestWithParam<Case> {};
+class AnAxisOrderFile : public testing::TestWithParam<CheckedFile> {};
 
 TEST_P(AnAxisOrderFile, IsFoundFaultWith) { EXPECT_EQ(inWords(checkAxisOrders(GetParam().text)), GetParam().findings); }
 
 INSTANTIATE_TEST_SUITE_P(
     Lines, AnAxisOrderFile,
-    testing::Values(Case{"", ""}, Case{"4326;ne\n3857;en\r\n4326;ne;\n 4326 ; ne \n", ""},
-                    Case{"4326;ne\n3857;en", "warning 2: not read, because the line end is missing: 3857;en\n"},
-                    Case{"4326;ne", "warning 1: not read, because the line end is missing: 4326;ne\n"},
-                    Case{"4326;ne\n3857;en\n4326;en\n+04326;en\n",
-                         "warning 3: ignored: 4326 has the axis order ne of line 1\n"
-                         "warning 4: ignored: 4326 has the axis order ne of line 1\n"}));
+    testing::Values(CheckedFile{"", ""}, CheckedFile{"4326;ne\n3857;en\r\n4326;ne;\n 4326 ; ne \n", ""},
+                    CheckedFile{"4326;ne\n3857;en", "warning 2: not read, because the line end is missing: 3857;en\n"},
+                    CheckedFile{"4326;ne", "warning 1: not read, because the line end is missing: 4326;ne\n"},
+                    CheckedFile{"4326;ne\n3857;en\n4326;en\n+04326;en\n",
+                                "warning 3: ignored: 4326 has the axis order ne of line 1\n"
+                                "warning 4: ignored: 4326 has the axis order ne of line 1\n"}));
 
-class AnInitFile : public testing::TestWithParam<Case> {};
+class AnInitFile : public testing::TestWithParam<CheckedFile> {};
 
 TEST_P(AnInitFile, IsFoundFaultWith) {
     const auto isThere = [](const std::string& grid) { return grid == "there.gsb"; };
@@ -47,29 +47,31 @@ TEST_P(AnInitFile, IsFoundFaultWith) {
 
 INSTANTIATE_TEST_SUITE_P(
     Codes, AnInitFile,
-    testing::Values(Case{"", ""}, Case{"<1> +proj=longlat +ellps=bessel <>\n<2> +proj=longlat +ellps=bessel <>\n", ""},
-                    Case{"<1> +proj=utm +zone=32 <>\n# again\n<1> +proj=utm  +zone = 32 # alike\n<>\n", ""},
-                    Case{"<1> +proj=utm +zone=32 <>\n\n<1> +proj=utm +zone=33 +x_0=nan <>\n",
-                         "warning 3: ignored: 1 is defined otherwise in line 1\n"}));
+    testing::Values(CheckedFile{"", ""},
+                    CheckedFile{"<1> +proj=longlat +ellps=bessel <>\n<2> +proj=longlat +ellps=bessel <>\n", ""},
+                    CheckedFile{"<1> +proj=utm +zone=32 <>\n# again\n<1> +proj=utm  +zone = 32 # alike\n<>\n", ""},
+                    CheckedFile{"<1> +proj=utm +zone=32 <>\n\n<1> +proj=utm +zone=33 +x_0=nan <>\n",
+                                "warning 3: ignored: 1 is defined otherwise in line 1\n"}));
 
 INSTANTIATE_TEST_SUITE_P(
     Grids, AnInitFile,
-    testing::Values(Case{"<1> +proj=longlat +nadgrids=there.gsb,@there.gsb,null,@null <>\n", ""},
-                    Case{"<1> +proj=longlat +nadgrids=there.gsb,gone.gsb <>\n",
-                         "error 1: 1: the grid file gone.gsb is missing\n"},
-                    Case{"<1> +proj=longlat +nadgrids=@gone.gsb <>\n<2> +proj=longlat +geoidgrids=gone.gtx <>\n",
-                         "note 1: 1: the grid file gone.gsb is missing, but not required\n"
-                         "error 2: 2: the grid file gone.gtx is missing\n"},
-                    Case{"<1> +nadgrids=g <>\n<2> +nadgrids=g <>\n<3> +nadgrids=@g <>\n<4> +geoidgrids=g <>\n",
-                         "error 1: 1 and 2 more: the grid file g is missing\n"
-                         "note 3: 3: the grid file g is missing, but not required\n"}));
+    testing::Values(CheckedFile{"<1> +proj=longlat +nadgrids=there.gsb,@there.gsb,null,@null <>\n", ""},
+                    CheckedFile{"<1> +proj=longlat +nadgrids=there.gsb,gone.gsb <>\n",
+                                "error 1: 1: the grid file gone.gsb is missing\n"},
+                    CheckedFile{"<1> +proj=longlat +nadgrids=@gone.gsb <>\n<2> +proj=longlat +geoidgrids=gone.gtx <>\n",
+                                "note 1: 1: the grid file gone.gsb is missing, but not required\n"
+                                "error 2: 2: the grid file gone.gtx is missing\n"},
+                    CheckedFile{"<1> +nadgrids=g <>\n<2> +nadgrids=g <>\n<3> +nadgrids=@g <>\n<4> +geoidgrids=g <>\n",
+                                "error 1: 1 and 2 more: the grid file g is missing\n"
+                                "note 3: 3: the grid file g is missing, but not required\n"}));
 
 INSTANTIATE_TEST_SUITE_P(
     Numbers, AnInitFile,
-    testing::Values(Case{"<1> +proj=longlat +towgs84=1,2,3 +lat_0=10d30'N +to_meter=1/3 +pm=paris <>\n", ""},
-                    Case{"\n<1> +proj=longlat\n+towgs84=nan <>\n", "error 2: 1: +towgs84=nan is no number\n"},
-                    Case{"<1> +proj=utm +zone=x +k=1,5 <>\n",
-                         "error 1: 1: +zone=x is no number\nerror 1: 1: +k=1,5 is no number\n"}));
+    testing::Values(CheckedFile{"<1> +proj=longlat +towgs84=1,2,3 +lat_0=10d30'N +to_meter=1/3 +pm=paris <>\n", ""},
+                    CheckedFile{"\n<1> +proj=longlat\n+towgs84=nan <>\n", "error 2: 1: +towgs84=nan is no number\n"},
+                    CheckedFile{"<1> +zone= +lat_0=5 <>\n", "error 1: 1: +zone= is no number\n"},
+                    CheckedFile{"<1> +proj=utm +zone=x +k=1,5 <>\n",
+                                "error 1: 1: +zone=x is no number\nerror 1: 1: +k=1,5 is no number\n"}));
 
 TEST(AProjDirectory, IsLookedThrough) {
     const TestSupport::TemporaryDirectory directory;

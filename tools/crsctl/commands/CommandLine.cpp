@@ -54,7 +54,7 @@ std::vector<std::string> guardedArguments(int argc, const char* const* argv) {
     return arguments;
 }
 
-void removeGuards(Request& request, std::string& manual) {
+void removeGuards(CommandRequest& request, std::string& manual) {
     TransformOptions& transform = request.transform;
     std::vector<std::string*> texts = {
         &request.common.configFile, &request.common.projDir, &transform.from, &transform.to,
@@ -99,7 +99,7 @@ void addTransformOptions(CLI::App& app, const CommandText& text, TransformOption
     app.add_option("FILE", options.files);
 }
 
-CLI::App& addCommand(CLI::App& program, const CommandText& text, Request& request) {
+CLI::App& addCommand(CLI::App& program, const CommandText& text, CommandRequest& request) {
     CLI::App& command = *program.add_subcommand(text.name, text.summary);
     addCommonOptions(command, text, request.common);
     if (text.name == "transform") addTransformOptions(command, text, request.transform);
@@ -121,16 +121,12 @@ const CommandText& textOfSelected(const CLI::App& program) {
     return *findCommandText(selected.empty() ? "" : selected.back()->get_name());
 }
 
-std::string speakerFor(const CommandText& command) {
-    return command.name.empty() ? "crsctl" : "crsctl " + command.name;
-}
-
 std::string inOneLine(std::string text) {
     std::replace(text.begin(), text.end(), '\n', ' ');
     return printable(text, 300);
 }
 
-void requireArguments(const Request& request) {
+void requireArguments(const CommandRequest& request) {
     const bool isTransform = request.command == "transform";
     if (request.command == "resolve" && request.arguments.empty()) throw SetUpError("a NAME is needed");
     if (request.command == "check" && request.arguments.size() != 1) throw SetUpError("one FILE is needed");
@@ -147,9 +143,9 @@ std::string commandsInWords() {
 
 }  // namespace
 
-Request readCommandLine(int argc, const char* const* argv, std::string& speaker) {
-    speaker = "crsctl";
-    Request request;
+CommandRequest readCommandLine(int argc, const char* const* argv, std::string& commandName) {
+    commandName = "crsctl";
+    CommandRequest request;
     std::string manual;
     CLI::App program;
     const CommandText& text = *findCommandText("");
@@ -167,10 +163,10 @@ Request readCommandLine(int argc, const char* const* argv, std::string& speaker)
         request.text = "crsctl " COORDTRANS_VERSION "\n";
         return request;
     } catch (const CLI::ParseError& failure) {
-        speaker = speakerFor(textOfSelected(program));
+        commandName = fullNameOf(textOfSelected(program));
         throw SetUpError(inOneLine(withoutGuards(failure.what())));
     }
-    speaker = speakerFor(textOfSelected(program));
+    commandName = fullNameOf(textOfSelected(program));
     removeGuards(request, manual);
     if (!manual.empty()) {
         request.text = manPageOf(manual);

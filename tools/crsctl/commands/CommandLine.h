@@ -10,7 +10,7 @@
 namespace crsctl {
 
 // What the command line asks for.
-struct Request {
+struct CommandRequest {
     std::string command;              // "resolve", ...; empty when `text` says it all
     std::optional<std::string> text;  // to be written instead: help, version or a manual page
     CommonOptions common;
@@ -18,8 +18,8 @@ struct Request {
     TransformOptions transform;
 };
 
-// Reads the command line. SetUpError, which names what is wrong, for one that cannot be understood. `speaker` becomes
-// the name under which errors are reported ("crsctl resolve"), as soon as it is known.
-Request readCommandLine(int argc, const char* const* argv, std::string& speaker);
+// Reads the command line. SetUpError, which names what is wrong, for one that cannot be understood. `commandName`
+// becomes the name under which errors are reported ("crsctl resolve"), as soon as it is known.
+CommandRequest readCommandLine(int argc, const char* const* argv, std::string& commandName);
 
 }  // namespace crsctl

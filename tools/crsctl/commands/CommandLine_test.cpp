@@ -16,8 +16,8 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 
 struct Read {
-    Request request;
-    std::string speaker;
+    CommandRequest request;
+    std::string commandName;
 };
 
 Read readArguments(std::vector<std::string> arguments) {
@@ -25,17 +25,17 @@ Read readArguments(std::vector<std::string> arguments) {
     std::vector<const char*> argv;
     for (const std::string& argument : arguments) argv.push_back(argument.c_str());
     Read read;
-    read.request = readCommandLine(static_cast<int>(argv.size()), argv.data(), read.speaker);
+    read.request = readCommandLine(static_cast<int>(argv.size()), argv.data(), read.commandName);
     return read;
 }
 
-Request requestOf(const std::vector<std::string>& arguments) { return readArguments(arguments).request; }
+CommandRequest requestOf(const std::vector<std::string>& arguments) { return readArguments(arguments).request; }
 
 TEST(ACommandLine, TakesCommonOptionsOnBothSidesOfTheCommand) {
     for (const auto& arguments :
          {std::vector<std::string>{"--json", "--config", "c.xml", "--proj-dir", "p", "resolve", "EPSG:4326", "4258"},
           std::vector<std::string>{"resolve", "EPSG:4326", "4258", "--proj-dir", "p", "--config=c.xml", "--json"}}) {
-        const Request request = requestOf(arguments);
+        const CommandRequest request = requestOf(arguments);
         EXPECT_EQ(request.command, "resolve");
         EXPECT_THAT(request.arguments, ElementsAre("EPSG:4326", "4258"));
         EXPECT_TRUE(request.common.json);
@@ -74,8 +74,8 @@ TEST(ACommandLine, TakesTheOptionsOfATransformation) {
 
 struct BadCase {
     std::vector<std::string> arguments;
-    const char* speaker;
-    const char* complaint;
+    const char* commandName;
+    const char* message;
 };
 
 void PrintTo(const BadCase& bad, std::ostream* stream) {
@@ -90,13 +90,13 @@ TEST_P(ABadCommandLine, IsRefusedInOneLineThatNamesWhatIsWrong) {
     arguments.insert(arguments.begin(), "crsctl");
     std::vector<const char*> argv;
     for (const std::string& argument : arguments) argv.push_back(argument.c_str());
-    std::string speaker;
+    std::string commandName;
     try {
-        readCommandLine(static_cast<int>(argv.size()), argv.data(), speaker);
+        readCommandLine(static_cast<int>(argv.size()), argv.data(), commandName);
         FAIL() << "accepted";
     } catch (const SetUpError& failure) {
-        EXPECT_EQ(speaker, GetParam().speaker);
-        EXPECT_THAT(failure.what(), HasSubstr(GetParam().complaint));
+        EXPECT_EQ(commandName, GetParam().commandName);
+        EXPECT_THAT(failure.what(), HasSubstr(GetParam().message));
         EXPECT_THAT(failure.what(), testing::Not(HasSubstr("\n")));
         EXPECT_THAT(failure.what(), testing::Not(HasSubstr("\\x01")));
         EXPECT_EQ(failure.getExitCode(), 2);
@@ -128,7 +128,7 @@ TEST(Help, IsGivenForEveryCommand) {
     for (const CommandText& command : commandTexts()) {
         std::vector<std::string> arguments = {"--help"};
         if (!command.name.empty()) arguments.insert(arguments.begin(), command.name);
-        const Request request = requestOf(arguments);
+        const CommandRequest request = requestOf(arguments);
         ASSERT_TRUE(request.text);
         EXPECT_EQ(*request.text, helpText(command));
         EXPECT_THAT(*request.text, HasSubstr("Examples:\n"));

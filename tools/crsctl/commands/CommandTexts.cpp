@@ -125,6 +125,10 @@ const CommandText* findCommandText(const std::string& name) {
     return nullptr;
 }
 
+std::string fullNameOf(const CommandText& command) {
+    return command.name.empty() ? "crsctl" : "crsctl " + command.name;
+}
+
 const std::vector<OptionText>& commonOptionTexts() {
     static const std::vector<OptionText> texts = {
         {"--config", "FILE", "The server's CRS configuration (\"-\": standard input)."},

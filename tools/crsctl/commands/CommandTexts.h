@@ -32,6 +32,9 @@ const std::vector<CommandText>& commandTexts();
 // Null when there is no such command.
 const CommandText* findCommandText(const std::string& name);
 
+// "crsctl resolve"; "crsctl" for the program itself.
+std::string fullNameOf(const CommandText& command);
+
 // What every command takes, the program itself included.
 const std::vector<OptionText>& commonOptionTexts();
 

@@ -44,8 +44,7 @@ std::string optionHelp(const OptionText& option) {
 }
 
 std::string usage(const CommandText& command) {
-    const std::string name = command.name.empty() ? "crsctl" : "crsctl " + command.name;
-    return "usage: " + name + " [OPTION...] " + command.arguments + "\n";
+    return "usage: " + fullNameOf(command) + " [OPTION...] " + command.arguments + "\n";
 }
 
 std::string commandList() {

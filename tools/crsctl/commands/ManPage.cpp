@@ -23,10 +23,6 @@ std::string escaped(const std::string& text) {
 
 std::string pageName(const CommandText& command) { return command.name.empty() ? "crsctl" : "crsctl-" + command.name; }
 
-std::string commandName(const CommandText& command) {
-    return command.name.empty() ? "crsctl" : "crsctl " + command.name;
-}
-
 std::string upperCase(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(),
                    [](unsigned char character) { return static_cast<char>(std::toupper(character)); });
@@ -46,7 +42,7 @@ std::string optionEntry(const OptionText& option) {
 std::string headOf(const CommandText& command) {
     return ".TH " + upperCase(pageName(command)) + " 1 \"\" \"crsctl " COORDTRANS_VERSION "\" \"User Commands\"\n" +
            section("NAME") + escaped(pageName(command)) + " \\- " + escaped(command.summary) + "\n" +
-           section("SYNOPSIS") + "\\fB" + escaped(commandName(command)) + "\\fR [\\fIOPTION\\fR...] " +
+           section("SYNOPSIS") + "\\fB" + escaped(fullNameOf(command)) + "\\fR [\\fIOPTION\\fR...] " +
            escaped(command.arguments) + "\n";
 }
 

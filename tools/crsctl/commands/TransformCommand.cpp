@@ -119,9 +119,9 @@ int transformCommand(CommonOptions common, TransformOptions options) {
     StreamRun run(reader);
     if (!header.empty()) run.write(own->headerRow(header));
     if (workers)
-        run.through(*workers);
+        run.process(*workers);
     else
-        run.through(*own);
+        run.process(*own);
     return run.finish();
 }
 

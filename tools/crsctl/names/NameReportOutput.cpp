@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "text/NumericText.h"
 #include "tools/crsctl/text/Printable.h"
 #include "tools/crsctl/text/Table.h"
 
@@ -9,14 +10,14 @@ namespace crsctl {
 
 namespace {
 
-using Rows = std::vector<std::vector<std::string>>;
+using TableRows = std::vector<std::vector<std::string>>;
 
 constexpr std::size_t LONGEST_TEXT = 1000;
 
 std::string orNone(const std::string& text) { return text.empty() ? "none" : printable(text, LONGEST_TEXT); }
 
 std::string unitInWords(const CrsFacts& facts) {
-    return shortest(facts.unitInMetres) + " m" + (facts.geographic ? " (a degree)" : "");
+    return CoordinateTransformation::writeDouble(facts.unitInMetres) + " m" + (facts.geographic ? " (a degree)" : "");
 }
 
 std::string offerInWords(const NameReport& report) {
@@ -29,7 +30,7 @@ std::string suggestionInWords(const Suggestion& suggestion) {
     return printable(suggestion.name) + " (" + suggestion.change + ")";
 }
 
-void addFacts(Rows& rows, const CrsFacts& facts) {
+void addFacts(TableRows& rows, const CrsFacts& facts) {
     rows.push_back({"codes", codesInWords(facts.primary, facts.secondary)});
     rows.push_back({"version", orNone(facts.version)});
     rows.push_back({"alias", orNone(facts.alias)});
@@ -39,7 +40,7 @@ void addFacts(Rows& rows, const CrsFacts& facts) {
     rows.push_back({"unit", unitInWords(facts)});
 }
 
-void addRefusal(Rows& rows, const Refusal& refusal) {
+void addRefusal(TableRows& rows, const Refusal& refusal) {
     rows.push_back(
         {"refused", refusal.serviceExceptionCode.empty() ? "no service exception code" : refusal.serviceExceptionCode});
     rows.push_back({"text", printable(refusal.text, LONGEST_TEXT)});
@@ -48,7 +49,7 @@ void addRefusal(Rows& rows, const Refusal& refusal) {
 }
 
 std::string formsAsText(const CrsFacts& facts) {
-    Rows rows;
+    TableRows rows;
     for (const WrittenForm& form : facts.forms)
         rows.push_back({form.form, form.refused ? "(" + form.text + ")" : orNone(form.text)});
     return "  written as\n" + alignedColumns(rows, "    ");
@@ -90,7 +91,7 @@ std::string codesInWords(unsigned int primary, unsigned int secondary) {
 Json secondaryCodeAsJson(unsigned int secondary) { return secondary == 0 ? Json() : Json(secondary); }
 
 std::string asText(const NameReport& report) {
-    Rows rows{{"spelling", report.spelling}};
+    TableRows rows{{"spelling", report.spelling}};
     if (report.crs) addFacts(rows, *report.crs);
     if (report.refusal) addRefusal(rows, *report.refusal);
     rows.push_back({"offered", offerInWords(report)});

@@ -59,14 +59,6 @@ TEST(TheListOfNames, FindsTheTextFormBehindAnAliasThatSpellsTheIdentifier) {
     EXPECT_EQ(axisOrderOf(listed[0], "4326"), "latitude, longitude");
 }
 
-TEST(TheListOfNames, HasOnlyWhatTheCacheAnswers) {
-    const ConfiguredSession session(
-        "<CrsConfiguration><CRS>4326</CRS><CRS mapToEpsgCode='25832'>UTM32</CRS><CRS> 4258</CRS></CrsConfiguration>");
-    for (const NamesOfCrs& crs : registeredNames(*session))
-        for (const RegisteredName& name : crs.names)
-            EXPECT_TRUE(session->config().isCrsConfigured(name.name)) << name.name;
-}
-
 TEST(TheListOfNames, IsEmptyWithoutAConfiguration) {
     const UnconfiguredSession session;
     EXPECT_TRUE(registeredNames(session).empty());

@@ -106,7 +106,7 @@ bool BlockReader::takeLines(Block& block) {
     searched = end;
     if (lastEnd == std::string_view::npos) return false;
     const std::size_t size = from + lastEnd + 1 - begin;
-    hand(block, size, size);
+    fillBlock(block, size, size);
     lineNumber += static_cast<std::uint64_t>(std::count(block.lines.begin(), block.lines.end(), '\n'));
     searched = end;
     return true;
@@ -114,13 +114,13 @@ bool BlockReader::takeLines(Block& block) {
 
 bool BlockReader::takeLastLine(Block& block) {
     if (buffered().empty()) return false;
-    hand(block, buffered().size(), buffered().size());
+    fillBlock(block, buffered().size(), buffered().size());
     return true;
 }
 
 bool BlockReader::takeTooLongLine(Block& block) {
     if (buffered().size() <= LONGEST_LINE) return false;
-    hand(block, EXCERPT_SIZE, buffered().size());
+    fillBlock(block, EXCERPT_SIZE, buffered().size());
     block.tooLong = true;
     skipping = true;
     ++lineNumber;
@@ -133,7 +133,7 @@ void BlockReader::skipRestOfLine() {
     consume(skipping ? buffered().size() : lineEnd + 1);
 }
 
-void BlockReader::hand(Block& block, std::size_t size, std::size_t consumed) {
+void BlockReader::fillBlock(Block& block, std::size_t size, std::size_t consumed) {
     block.lines = buffered().substr(0, size);
     block.firstLine = lineNumber;
     block.input = current;
@@ -143,7 +143,7 @@ void BlockReader::hand(Block& block, std::size_t size, std::size_t consumed) {
 
 void BlockReader::consume(std::size_t size) {
     begin += size;
-    handedOut += size;
+    consumedBytes += size;
     searched = std::max(searched, begin);
 }
 

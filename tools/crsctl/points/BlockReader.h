@@ -15,7 +15,7 @@ namespace crsctl {
 constexpr std::size_t LONGEST_LINE = std::size_t{1} << 20U;
 
 // Reads inputs one after another, in blocks of whole lines, in memory that does not grow. Input from a pipe or
-// a terminal is handed on as it arrives. A byte-order mark at the beginning of an input is dropped.
+// a terminal is passed on as it arrives. A byte-order mark at the beginning of an input is dropped.
 class BlockReader {
 public:
     // `paths` may hold "-" for standard input. With `headers` the first line of each input is no point.
@@ -31,8 +31,8 @@ public:
 
     // The bytes of all inputs, when all are regular files.
     std::optional<std::uint64_t> bytesInAll() const { return totalBytes; }
-    // Of the blocks handed out and what was dropped between them.
-    std::uint64_t bytesHandedOut() const { return handedOut; }
+    // Of the blocks so far and what was dropped between them.
+    std::uint64_t bytesConsumed() const { return consumedBytes; }
 
 private:
     bool startInput();
@@ -45,7 +45,7 @@ private:
     bool takeLastLine(Block& block);
     bool takeTooLongLine(Block& block);
     void skipRestOfLine();
-    void hand(Block& block, std::size_t size, std::size_t consumed);
+    void fillBlock(Block& block, std::size_t size, std::size_t consumed);
     void consume(std::size_t size);
     std::string_view buffered() const { return {buffer.data() + begin, end - begin}; }
 
@@ -65,7 +65,7 @@ private:
     std::size_t end = 0;
     std::size_t searched = 0;  // there is no line end in the buffer before this position
     std::uint64_t lineNumber = 1;
-    std::uint64_t handedOut = 0;
+    std::uint64_t consumedBytes = 0;
 };
 
 }  // namespace crsctl

@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tools/crsctl/start/Failures.h"
 #include "tests/support/TemporaryFile.h"
+#include "tools/crsctl/start/Failures.h"
 
 namespace crsctl {
 namespace {
@@ -80,7 +80,7 @@ TEST(Reading, CountsTheLinesOfEachInput) {
     BlockReader reader({first.path(), second.path()}, false);
     EXPECT_EQ(reader.bytesInAll(), 8U);
     EXPECT_THAT(linesOf(reader), ElementsAre(ReadLine{0, 1, "1\n"}, ReadLine{0, 2, "2"}, ReadLine{1, 1, "3\n"}));
-    EXPECT_EQ(reader.bytesHandedOut(), 8U);
+    EXPECT_EQ(reader.bytesConsumed(), 8U);
 }
 
 TEST(Reading, TakesTheHeaderOffEveryInput) {

@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 #include <ostream>
 
+#include "tests/support/CrsctlSession.h"
 #include "tools/crsctl/points/BlockReader.h"
 #include "tools/crsctl/start/Failures.h"
-#include "tests/support/CrsctlSession.h"
 
 namespace crsctl {
 namespace {
@@ -158,7 +158,7 @@ TEST(ARefusedCrs, EndsTheTransformationWithTheServersWords) {
     try {
         const PointTransform transform(*session, "CRS:84", "EPSG:3857");
         FAIL() << "3857 is not offered";
-    } catch (const Refused& refused) {
+    } catch (const InputRefused& refused) {
         EXPECT_STREQ(refused.what(),
                      "EPSG:3857: qvCrsUnavailable: The requested CRS EPSG:3857 is not set up in the configuration "
                      "(known, but not offered)");

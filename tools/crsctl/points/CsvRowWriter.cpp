@@ -8,8 +8,6 @@ namespace crsctl {
 
 namespace {
 
-constexpr const char* ORDINATE_NAMES[] = {"x", "y", "z"};
-
 bool needsQuotes(std::string_view value) { return value.find_first_of(",\"\r\n") != std::string_view::npos; }
 
 // A value that came quoted out of a separated line is quoted already.
@@ -62,7 +60,7 @@ void CsvRowWriter::header(OutputBuffer& out, const InputLine& line) const {
 void CsvRowWriter::point(OutputBuffer& out, const InputLine& line, const PointLine& point,
                          const std::array<double, ORDINATES>& result) const {
     row(out, line.text, point.hasHeight, [&](std::size_t ordinate) {
-        out.commit(writeFixed(out.room(FIXED_DECIMALS_ROOM), result[ordinate], decimals[ordinate]));
+        out.commit(writeFixed(out.reserve(LONGEST_FIXED_DECIMAL), result[ordinate], decimals[ordinate]));
     });
 }
 

@@ -81,7 +81,7 @@ char* writeFixed(char* out, double value, int decimals) {
     std::memcpy(&bits, &value, sizeof bits);
     std::uint64_t scaled = 0;
     if (!scaledAndRounded(bits & ~(std::uint64_t{1} << 63U), decimals, scaled))
-        return std::to_chars(out, out + FIXED_DECIMALS_ROOM, value, std::chars_format::fixed, decimals).ptr;
+        return std::to_chars(out, out + LONGEST_FIXED_DECIMAL, value, std::chars_format::fixed, decimals).ptr;
     std::array<char, 24> digits;
     char* const end = digits.data() + digits.size();
     const char* const begin = writeDigitsBefore(end, scaled, decimals + 1);

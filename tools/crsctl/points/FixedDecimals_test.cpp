@@ -15,18 +15,18 @@ namespace crsctl {
 namespace {
 
 std::string fixedText(double value, int decimals) {
-    std::array<char, FIXED_DECIMALS_ROOM> buffer{};
+    std::array<char, LONGEST_FIXED_DECIMAL> buffer{};
     return {buffer.data(), writeFixed(buffer.data(), value, decimals)};
 }
 
 std::string printed(double value, int decimals) {
-    std::array<char, FIXED_DECIMALS_ROOM + 1> buffer{};
+    std::array<char, LONGEST_FIXED_DECIMAL + 1> buffer{};
     std::snprintf(buffer.data(), buffer.size(), "%.*f", decimals, value);
     return buffer.data();
 }
 
 std::string converted(double value, int decimals) {
-    std::array<char, FIXED_DECIMALS_ROOM> buffer{};
+    std::array<char, LONGEST_FIXED_DECIMAL> buffer{};
     char* const begin = buffer.data();
     return {begin, std::to_chars(begin, begin + buffer.size(), value, std::chars_format::fixed, decimals).ptr};
 }

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tools/crsctl/start/Failures.h"
 #include "tests/support/TemporaryFile.h"
+#include "tools/crsctl/start/Failures.h"
 
 namespace crsctl {
 namespace {

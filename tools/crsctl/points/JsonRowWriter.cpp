@@ -20,7 +20,7 @@ std::string unquoted(std::string_view value, char separator) {
     return plain;
 }
 
-bool isKeyOfItsOwn(const std::string& name) {
+bool isReservedKey(const std::string& name) {
     return name == "x" || name == "y" || name == "z" || name == "rest" || name == BYTES_REPLACED;
 }
 
@@ -33,14 +33,14 @@ void JsonRowWriter::header(OutputBuffer& /*out*/, const InputLine& /*line*/) con
 
 void JsonRowWriter::ordinate(OutputBuffer& out, const char* key, std::size_t which, double value) const {
     out.append(key);
-    out.commit(writeFixed(out.room(FIXED_DECIMALS_ROOM), value, decimals[which]));
+    out.commit(writeFixed(out.reserve(LONGEST_FIXED_DECIMAL), value, decimals[which]));
 }
 
 // Of two columns of one name the second has none: a key stands once in an object.
 bool JsonRowWriter::hasName(std::size_t column) const {
     if (column >= layout.names.size()) return false;
     const auto name = layout.names.begin() + static_cast<std::ptrdiff_t>(column);
-    return !name->empty() && !isKeyOfItsOwn(*name) && std::find(layout.names.begin(), name, *name) == name;
+    return !name->empty() && !isReservedKey(*name) && std::find(layout.names.begin(), name, *name) == name;
 }
 
 void JsonRowWriter::carriedColumns(OutputBuffer& out, std::string_view line, bool hasHeight) const {

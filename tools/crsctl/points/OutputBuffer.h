@@ -11,7 +11,7 @@ namespace crsctl {
 class OutputBuffer {
 public:
     // Room for `size` bytes behind what is there; what was written there counts after commit().
-    char* room(std::size_t size) {
+    char* reserve(std::size_t size) {
         if (bytes.size() - used < size) bytes.resize(2 * bytes.size() + size);
         return bytes.data() + used;
     }
@@ -19,11 +19,11 @@ public:
 
     void append(std::string_view text) {
         if (text.empty()) return;
-        std::memcpy(room(text.size()), text.data(), text.size());
+        std::memcpy(reserve(text.size()), text.data(), text.size());
         used += text.size();
     }
     void append(char character) {
-        *room(1) = character;
+        *reserve(1) = character;
         ++used;
     }
 

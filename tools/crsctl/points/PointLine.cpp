@@ -12,8 +12,6 @@ namespace crsctl {
 
 namespace {
 
-constexpr const char* ORDINATE_NAMES[] = {"x", "y", "z"};
-
 bool isBlankCharacter(char character) { return character == ' ' || character == '\t'; }
 
 const char* skipBlanks(const char* position, const char* end) {

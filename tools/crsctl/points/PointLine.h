@@ -12,6 +12,7 @@ enum class Separator { Automatic, Blank, Comma, Semicolon };
 
 // The three ordinates of a point, in the order of the CRS: x is the first axis.
 enum Ordinate : std::size_t { X, Y, Z, ORDINATES };
+constexpr const char* ORDINATE_NAMES[ORDINATES] = {"x", "y", "z"};
 
 constexpr std::size_t NO_COLUMN = static_cast<std::size_t>(-1);
 

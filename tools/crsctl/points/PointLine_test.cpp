@@ -14,16 +14,16 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-struct Accepted {
+struct AcceptedLine {
     const char* line;
     double x;
     double y;
     std::optional<double> z;
 };
 
-void PrintTo(const Accepted& accepted, std::ostream* stream) { *stream << printable(accepted.line); }
+void PrintTo(const AcceptedLine& accepted, std::ostream* stream) { *stream << printable(accepted.line); }
 
-class APointLine : public testing::TestWithParam<Accepted> {};
+class APointLine : public testing::TestWithParam<AcceptedLine> {};
 
 TEST_P(APointLine, IsRead) {
     PointLine point;
@@ -38,20 +38,22 @@ TEST_P(APointLine, IsRead) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Separators, APointLine,
-                         testing::Values(Accepted{"9 50", 9, 50, {}}, Accepted{"9\t50", 9, 50, {}},
-                                         Accepted{"  9 \t 50  ", 9, 50, {}}, Accepted{"9,50", 9, 50, {}},
-                                         Accepted{"9, 50", 9, 50, {}}, Accepted{"9 ,50", 9, 50, {}},
-                                         Accepted{"9;50", 9, 50, {}}, Accepted{" 9 ; 50 ; 100", 9, 50, 100},
-                                         Accepted{"9 50 100", 9, 50, 100}, Accepted{"9,50,100,and more", 9, 50, 100},
-                                         Accepted{"9 50 name", 9, 50, {}}, Accepted{"9 50 12b", 9, 50, {}},
-                                         Accepted{"9,50,,x", 9, 50, {}}, Accepted{"9;50;Nancy", 9, 50, {}},
-                                         Accepted{"9 50 with, comma; and so on", 9, 50, {}}));
+                         testing::Values(AcceptedLine{"9 50", 9, 50, {}}, AcceptedLine{"9\t50", 9, 50, {}},
+                                         AcceptedLine{"  9 \t 50  ", 9, 50, {}}, AcceptedLine{"9,50", 9, 50, {}},
+                                         AcceptedLine{"9, 50", 9, 50, {}}, AcceptedLine{"9 ,50", 9, 50, {}},
+                                         AcceptedLine{"9;50", 9, 50, {}}, AcceptedLine{" 9 ; 50 ; 100", 9, 50, 100},
+                                         AcceptedLine{"9 50 100", 9, 50, 100},
+                                         AcceptedLine{"9,50,100,and more", 9, 50, 100},
+                                         AcceptedLine{"9 50 name", 9, 50, {}}, AcceptedLine{"9 50 12b", 9, 50, {}},
+                                         AcceptedLine{"9,50,,x", 9, 50, {}}, AcceptedLine{"9;50;Nancy", 9, 50, {}},
+                                         AcceptedLine{"9 50 with, comma; and so on", 9, 50, {}}));
 
 INSTANTIATE_TEST_SUITE_P(Numbers, APointLine,
-                         testing::Values(Accepted{"+9 -50.5", 9, -50.5, {}}, Accepted{"9. .5", 9, 0.5, {}},
-                                         Accepted{"9e0 5E+1", 9, 50, {}}, Accepted{"1e-999 -1e-999", 0, 0, {}},
-                                         Accepted{"1e308 -1e308", 1e308, -1e308, {}}, Accepted{"-0 0", 0, 0, {}},
-                                         Accepted{"0.000000000000000000000000000001 1", 1e-30, 1, {}}));
+                         testing::Values(AcceptedLine{"+9 -50.5", 9, -50.5, {}}, AcceptedLine{"9. .5", 9, 0.5, {}},
+                                         AcceptedLine{"9e0 5E+1", 9, 50, {}}, AcceptedLine{"1e-999 -1e-999", 0, 0, {}},
+                                         AcceptedLine{"1e308 -1e308", 1e308, -1e308, {}},
+                                         AcceptedLine{"-0 0", 0, 0, {}},
+                                         AcceptedLine{"0.000000000000000000000000000001 1", 1e-30, 1, {}}));
 
 struct BadLine {
     const char* line;

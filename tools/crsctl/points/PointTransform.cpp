@@ -23,7 +23,7 @@ Crs crsNamed(const std::string& name, const Session& session) {
     try {
         return session.creator().createFromName(name, true, session.isConfigured());
     } catch (const std::exception&) {
-        throw Refused(refusalInOneLine(reportOn(name, session)));
+        throw InputRefused(refusalInOneLine(reportOn(name, session)));
     }
 }
 

@@ -14,7 +14,7 @@ class Session;
 // The pair of CRS between which points are moved, with the decimal places of the result.
 class PointTransform {
 public:
-    // Refused, with what the server says, when it refuses one of the names.
+    // InputRefused, with what the server says, when it refuses one of the names.
     PointTransform(const Session& session, const std::string& from, const std::string& to);
 
     // Moves the ordinates in place. False with a reason when the library refuses the point or the result is not

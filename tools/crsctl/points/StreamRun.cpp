@@ -34,7 +34,7 @@ bool StreamRun::nextBlock(Block& block) {
     }
 }
 
-void StreamRun::through(BlockProcessor& processor) {
+void StreamRun::process(BlockProcessor& processor) {
     Block block;
     while (nextBlock(block))
         if (!deliver(processor.process(block))) return;
@@ -42,7 +42,7 @@ void StreamRun::through(BlockProcessor& processor) {
 
 // Workers take turns, so that results come in the order of the blocks. A worker is waited for only before it gets
 // its next block: the others are at work in the meantime.
-void StreamRun::through(Workers& workers) {
+void StreamRun::process(Workers& workers) {
     Block block;
     std::deque<std::size_t> atWork;
     for (std::size_t turn = 0; nextBlock(block); turn = (turn + 1) % workers.size()) {
@@ -67,7 +67,7 @@ bool StreamRun::deliver(const BlockResult& result) {
     counts += result.counts;
     write(result.output);
     report(result.reports);
-    progress.update({reader.bytesHandedOut(), reader.bytesInAll().value_or(0), counts.lines, stopwatch.seconds()});
+    progress.update({reader.bytesConsumed(), reader.bytesInAll().value_or(0), counts.lines, stopwatch.seconds()});
     return !result.stopped && !pipeClosed;
 }
 

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "tools/common/Stopwatch.h"
 #include "tools/crsctl/points/Block.h"
 #include "tools/crsctl/points/BlockReader.h"
-#include "tools/crsctl/points/Progress.h"
+#include "tools/crsctl/points/ProgressBar.h"
 
 namespace crsctl {
 
@@ -16,8 +17,8 @@ public:
     explicit StreamRun(BlockReader& blockReader);
 
     // An input that cannot be read ends the run behind what was read before it; SetUpError when writing fails.
-    void through(BlockProcessor& processor);
-    void through(Workers& workers);
+    void process(BlockProcessor& processor);
+    void process(Workers& workers);
     // Writes `text` to standard output before any block.
     void write(std::string_view text);
 
@@ -31,7 +32,7 @@ private:
     void report(std::string_view reports);
 
     BlockReader& reader;
-    Stopwatch stopwatch;
+    Tools::Stopwatch stopwatch;
     ProgressBar progress;
     Counts counts;
     bool pipeClosed = false;

@@ -55,7 +55,7 @@ void TextRowWriter::header(OutputBuffer& out, const InputLine& line) const { pas
 void TextRowWriter::point(OutputBuffer& out, const InputLine& line, const PointLine& point,
                           const std::array<double, ORDINATES>& result) const {
     replaceOrdinates(out, line, point, [&](std::size_t ordinate) {
-        out.commit(writeFixed(out.room(FIXED_DECIMALS_ROOM), result[ordinate], decimals[ordinate]));
+        out.commit(writeFixed(out.reserve(LONGEST_FIXED_DECIMAL), result[ordinate], decimals[ordinate]));
     });
 }
 

@@ -22,9 +22,9 @@ private:
 };
 
 // The server would have refused the input.
-class Refused : public CommandFailure {
+class InputRefused : public CommandFailure {
 public:
-    explicit Refused(const std::string& text) : CommandFailure(EXIT_REFUSED, text) {}
+    explicit InputRefused(const std::string& text) : CommandFailure(EXIT_REFUSED, text) {}
 };
 
 // Wrong usage, a file that cannot be read, a library that does not start.

@@ -3,12 +3,14 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "text/InitFile.h"
+
 namespace crsctl {
 
-namespace {
+using CoordinateTransformation::BUILT_IN_PROJ_DIRECTORY;
+using CoordinateTransformation::PROJ_DIRECTORY_VARIABLE;
 
-constexpr char DIRECTORY_VARIABLE[] = "QUARVELSRV_PROJ4_CONF_DIR";
-constexpr char BUILT_IN_DIRECTORY[] = "/opt/quarvelserver/share/proj4";
+namespace {
 
 bool isDirectory(const char* path) {
     std::error_code ignored;
@@ -36,12 +38,13 @@ std::string projDirectoryProperty(const ProjDirectoryChoice& choice) {
 std::string projDirectory(const ProjDirectoryChoice& choice) {
     const std::string property = projDirectoryProperty(choice);
     if (!property.empty()) return property;
-    return choice.environment.empty() ? BUILT_IN_DIRECTORY : choice.environment;
+    return choice.environment.empty() ? BUILT_IN_PROJ_DIRECTORY : choice.environment;
 }
 
 ProjDirectoryChoice projDirectoryChoice(const std::string& option) {
-    const char* const environment = std::getenv(DIRECTORY_VARIABLE);
-    return {option, environment == nullptr ? "" : environment, isDirectory(BUILT_IN_DIRECTORY), installedDirectory()};
+    const char* const environment = std::getenv(PROJ_DIRECTORY_VARIABLE);
+    return {option, environment == nullptr ? "" : environment, isDirectory(BUILT_IN_PROJ_DIRECTORY),
+            installedDirectory()};
 }
 
 }  // namespace crsctl

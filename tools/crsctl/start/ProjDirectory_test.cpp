@@ -4,24 +4,24 @@
 #include <gtest/gtest.h>
 #include <ostream>
 
+#include "tests/support/CrsctlSession.h"
 #include "tools/crsctl/start/Failures.h"
 #include "tools/crsctl/start/TextFile.h"
-#include "tests/support/CrsctlSession.h"
 
 namespace crsctl {
 namespace {
 
-struct Case {
+struct MadeChoice {
     ProjDirectoryChoice choice;
     const char* property;
     const char* directory;
 };
 
-void PrintTo(const Case& tried, std::ostream* stream) {
+void PrintTo(const MadeChoice& tried, std::ostream* stream) {
     *stream << tried.choice.option << " " << tried.choice.environment << " " << tried.choice.builtInExists;
 }
 
-class TheProjDirectory : public testing::TestWithParam<Case> {};
+class TheProjDirectory : public testing::TestWithParam<MadeChoice> {};
 
 TEST_P(TheProjDirectory, IsChosenInOrder) {
     EXPECT_EQ(projDirectoryProperty(GetParam().choice), GetParam().property);
@@ -29,11 +29,11 @@ TEST_P(TheProjDirectory, IsChosenInOrder) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Choices, TheProjDirectory,
-                         testing::Values(Case{{"option", "environment", true, "installed"}, "option", "option"},
-                                         Case{{"", "environment", true, "installed"}, "", "environment"},
-                                         Case{{"", "environment", false, "installed"}, "", "environment"},
-                                         Case{{"", "", true, "installed"}, "", "/opt/quarvelserver/share/proj4"},
-                                         Case{{"", "", false, "installed"}, "installed", "installed"}));
+                         testing::Values(MadeChoice{{"option", "environment", true, "installed"}, "option", "option"},
+                                         MadeChoice{{"", "environment", true, "installed"}, "", "environment"},
+                                         MadeChoice{{"", "environment", false, "installed"}, "", "environment"},
+                                         MadeChoice{{"", "", true, "installed"}, "", "/opt/quarvelserver/share/proj4"},
+                                         MadeChoice{{"", "", false, "installed"}, "installed", "installed"}));
 
 TEST(TheChoice, LooksIntoTheEnvironment) {
     setenv("QUARVELSRV_PROJ4_CONF_DIR", "/from/the/environment", 1);

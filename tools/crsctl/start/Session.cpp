@@ -3,6 +3,7 @@
 #include <boost/property_tree/xml_parser.hpp>
 #include <sstream>
 
+#include "text/InitFile.h"
 #include "tools/crsctl/start/Failures.h"
 #include "tools/crsctl/start/ProjDirectory.h"
 #include "tools/crsctl/start/TextFile.h"
@@ -10,10 +11,9 @@
 namespace crsctl {
 
 using CoordinateTransformation::CrsConfig;
+using CoordinateTransformation::PROJ_DIRECTORY_PROPERTY;
 
 namespace {
-
-constexpr char PROJ_DIRECTORY_PROPERTY[] = "Proj4ConfigDir";
 
 void initialise(CrsConfig& config, const std::string& place) {
     try {

@@ -26,14 +26,14 @@ std::string readDescriptor(int descriptor, const std::string& path) {
     }
 }
 
-class OpenFile {
+class InputDescriptor {
 public:
-    explicit OpenFile(const std::string& path) : descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+    explicit InputDescriptor(const std::string& path) : descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
         if (descriptor < 0) failFor(path);
     }
-    ~OpenFile() { close(descriptor); }
-    OpenFile(const OpenFile&) = delete;
-    OpenFile& operator=(const OpenFile&) = delete;
+    ~InputDescriptor() { close(descriptor); }
+    InputDescriptor(const InputDescriptor&) = delete;
+    InputDescriptor& operator=(const InputDescriptor&) = delete;
 
     const int descriptor;
 };
@@ -44,7 +44,7 @@ std::string inputName(const std::string& path) { return path == "-" ? STANDARD_I
 
 std::string readTextFile(const std::string& path) {
     if (path == "-") return readDescriptor(STDIN_FILENO, path);
-    const OpenFile file(path);
+    const InputDescriptor file(path);
     return readDescriptor(file.descriptor, path);
 }
 

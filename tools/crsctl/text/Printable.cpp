@@ -1,8 +1,6 @@
 #include "tools/crsctl/text/Printable.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 
 namespace crsctl {
 
@@ -53,12 +51,6 @@ std::size_t displayWidth(std::string_view text) {
 std::string padded(std::string_view text, std::size_t width) {
     const std::size_t taken = displayWidth(text);
     return std::string(text) + std::string(width > taken ? width - taken : 0, ' ');
-}
-
-std::string shortest(double value) {
-    std::array<char, 32> buffer{};
-    const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
-    return {buffer.data(), end.ptr};
 }
 
 }  // namespace crsctl

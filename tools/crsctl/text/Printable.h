@@ -16,7 +16,4 @@ std::size_t displayWidth(std::string_view text);
 // `text` with blanks behind it up to `width` columns.
 std::string padded(std::string_view text, std::size_t width);
 
-// A number as a person writes it: "1", "111319.4907931134".
-std::string shortest(double value);
-
 }  // namespace crsctl

@@ -29,11 +29,6 @@ TEST(Padding, CountsCharacters) {
     EXPECT_EQ(padded("abcd", 3), "abcd");
 }
 
-TEST(ANumber, IsWrittenAsShortAsItCanBe) {
-    EXPECT_EQ(shortest(1), "1");
-    EXPECT_EQ(shortest(111319.4907931134), "111319.4907931134");
-}
-
 TEST(ATable, AlignsItsColumns) {
     EXPECT_EQ(alignedColumns({{"a", "bb"}, {"\xC3\xB6\xC3\xB6\xC3\xB6", "c"}, {"d"}}, " "),
               " a    bb\n \xC3\xB6\xC3\xB6\xC3\xB6  c\n d\n");

@@ -1,4 +1,4 @@
-#include "tools/projdir/CommandLine.h"
+#include "tools/projdir/Options.h"
 
 #include <fstream>
 #include <gmock/gmock.h>
@@ -25,14 +25,13 @@ Result read(std::vector<const char*> arguments) {
     Result result;
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
-    result.isToRun =
-        readCommandLine(static_cast<int>(arguments.size()), arguments.data(), result.options, result.exitCode);
+    result.isToRun = readOptions(static_cast<int>(arguments.size()), arguments.data(), result.options, result.exitCode);
     result.output = testing::internal::GetCapturedStdout();
     result.error = testing::internal::GetCapturedStderr();
     return result;
 }
 
-TEST(CommandLineTest, NeedsNoMoreThanADirectory) {
+TEST(OptionsTest, NeedsNoMoreThanADirectory) {
     const Result result = read({"out"});
     EXPECT_TRUE(result.isToRun);
     EXPECT_EQ(result.options.directory, "out");
@@ -42,7 +41,7 @@ TEST(CommandLineTest, NeedsNoMoreThanADirectory) {
                  result.options.force);
 }
 
-TEST(CommandLineTest, ReadsEveryOption) {
+TEST(OptionsTest, ReadsEveryOption) {
     const Result result =
         read({"--codes", "c", "--include-deprecated", "--grids", "--report", "r", "--verify", "--force", "o"});
     EXPECT_TRUE(result.isToRun);
@@ -52,7 +51,7 @@ TEST(CommandLineTest, ReadsEveryOption) {
                 result.options.force);
 }
 
-TEST(CommandLineTest, HelpsAndTellsItsVersion) {
+TEST(OptionsTest, HelpsAndTellsItsVersion) {
     const Result help = read({"--help"});
     EXPECT_FALSE(help.isToRun);
     EXPECT_EQ(help.exitCode, 0);
@@ -70,7 +69,7 @@ std::string escapeDashes(const std::string& text) {
     return escaped;
 }
 
-TEST(CommandLineTest, HasAManualPageWithEveryOption) {
+TEST(OptionsTest, HasAManualPageWithEveryOption) {
     std::ifstream file(COORDTRANS_SOURCE_DIR "/tools/projdir/crs-projdir.1.in");
     std::ostringstream page;
     page << file.rdbuf();
@@ -83,7 +82,7 @@ TEST(CommandLineTest, HasAManualPageWithEveryOption) {
     for (const std::string& option : options) EXPECT_THAT(page.str(), HasSubstr(escapeDashes(option)));
 }
 
-TEST(CommandLineTest, RefusesWhatItDoesNotKnow) {
+TEST(OptionsTest, RefusesWhatItDoesNotKnow) {
     for (const std::vector<const char*>& arguments :
          {std::vector<const char*>{}, {"out", "--frob"}, {"out", "more"}, {"out", "--codes"}}) {
         const Result result = read(arguments);

@@ -1,4 +1,4 @@
-#include "tools/projdir/CommandLine.h"
+#include "tools/projdir/Options.h"
 
 #include <CLI/CLI.hpp>
 
@@ -30,7 +30,7 @@ void addOptions(CLI::App& app, Options& options) {
 
 }  // namespace
 
-bool readCommandLine(int argc, const char* const* argv, Options& options, int& exitCode) {
+bool readOptions(int argc, const char* const* argv, Options& options, int& exitCode) {
     CLI::App app(DESCRIPTION, "crs-projdir");
     app.failure_message(describeFailure);
     addOptions(app, options);

@@ -8,14 +8,14 @@
 namespace ProjDir {
 
 // A bar on a terminal, nothing on anything else. Any thread may advance it.
-class Progress {
+class PercentBar {
 public:
     // Borrows the stream.
-    Progress(std::FILE* output, std::string whatIsDone, std::size_t steps);
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
+    PercentBar(std::FILE* output, std::string text, std::size_t steps);
+    PercentBar(const PercentBar&) = delete;
+    PercentBar& operator=(const PercentBar&) = delete;
     // Clears the line.
-    ~Progress();
+    ~PercentBar();
 
     void advance();
 

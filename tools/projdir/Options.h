@@ -19,6 +19,6 @@ struct Options {
 
 // Reads the command line. When there is nothing to do, after --help, --version or a usage error, it has printed
 // what there is to say, returns false and leaves the exit code, 2 after a usage error.
-bool readCommandLine(int argc, const char* const* argv, Options& options, int& exitCode);
+bool readOptions(int argc, const char* const* argv, Options& options, int& exitCode);
 
 }  // namespace ProjDir

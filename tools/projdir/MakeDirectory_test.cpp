@@ -1,4 +1,4 @@
-#include "tools/projdir/Program.h"
+#include "tools/projdir/MakeDirectory.h"
 
 #include <chrono>
 #include <csignal>
@@ -19,9 +19,9 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-class ProgramTest : public testing::Test {
+class MakeDirectoryTest : public testing::Test {
 protected:
-    ProgramTest() {
+    MakeDirectoryTest() {
         options.directory = work.file("out");
         options.codesFile = work.write("codes", "4326\n25832\n");
     }
@@ -30,7 +30,7 @@ protected:
     int runProgram() {
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
-        const int exitCode = run(options);
+        const int exitCode = makeDirectory(options);
         output = testing::internal::GetCapturedStdout();
         error = testing::internal::GetCapturedStderr();
         return exitCode;
@@ -41,7 +41,7 @@ protected:
     // In a process of its own.
     pid_t startProgram() const {
         const pid_t child = fork();
-        if (child == 0) _exit(std::freopen("/dev/null", "w", stdout) == nullptr ? 1 : run(options));
+        if (child == 0) _exit(std::freopen("/dev/null", "w", stdout) == nullptr ? 1 : makeDirectory(options));
         return child;
     }
 
@@ -71,7 +71,7 @@ protected:
     std::string error;
 };
 
-TEST_F(ProgramTest, MakesTheTwoFiles) {
+TEST_F(MakeDirectoryTest, MakesTheTwoFiles) {
     EXPECT_EQ(runProgram(), 0);
     EXPECT_EQ(error, "");
     EXPECT_THAT(output, HasSubstr("2 definitions"));
@@ -80,13 +80,13 @@ TEST_F(ProgramTest, MakesTheTwoFiles) {
     EXPECT_EQ(work.read("out/epsg-axisorder.csv"), "0;en\n4326;ne\n25832;en\n");
 }
 
-TEST_F(ProgramTest, WritesTheReport) {
+TEST_F(MakeDirectoryTest, WritesTheReport) {
     options.reportFile = work.file("report");
     EXPECT_EQ(runProgram(), 0);
     EXPECT_THAT(work.read("report"), HasSubstr("     2 definitions\n"));
 }
 
-TEST_F(ProgramTest, MakesTheSameBytesAgain) {
+TEST_F(MakeDirectoryTest, MakesTheSameBytesAgain) {
     EXPECT_EQ(runProgram(), 0);
     const std::string first = work.read("out/epsg") + work.read("out/epsg-axisorder.csv");
     options.force = true;
@@ -94,7 +94,7 @@ TEST_F(ProgramTest, MakesTheSameBytesAgain) {
     EXPECT_EQ(work.read("out/epsg") + work.read("out/epsg-axisorder.csv"), first);
 }
 
-TEST_F(ProgramTest, OverwritesNothingUnlessForced) {
+TEST_F(MakeDirectoryTest, OverwritesNothingUnlessForced) {
     std::filesystem::create_directory(options.directory);
     for (const char* name : {"out/epsg", "out/epsg-axisorder.csv"}) {
         work.write(name, "mine");
@@ -106,7 +106,7 @@ TEST_F(ProgramTest, OverwritesNothingUnlessForced) {
     }
 }
 
-TEST_F(ProgramTest, OverwritesNoReportUnlessForced) {
+TEST_F(MakeDirectoryTest, OverwritesNoReportUnlessForced) {
     options.reportFile = work.write("report", "mine");
     EXPECT_EQ(runProgram(), 1);
     EXPECT_THAT(error, HasSubstr(options.reportFile));
@@ -114,14 +114,14 @@ TEST_F(ProgramTest, OverwritesNoReportUnlessForced) {
     EXPECT_TRUE(isNothingMade());
 }
 
-TEST_F(ProgramTest, NamesACodeThatIsUnknown) {
+TEST_F(MakeDirectoryTest, NamesACodeThatIsUnknown) {
     work.write("codes", "4326\n999999\n");
     EXPECT_EQ(runProgram(), 1);
     EXPECT_EQ(error, "crs-projdir: " + options.codesFile + ", line 2: the registry has no CRS EPSG:999999\n");
     EXPECT_TRUE(isNothingMade());
 }
 
-TEST_F(ProgramTest, NamesEveryListedCodeThatHasNoDefinition) {
+TEST_F(MakeDirectoryTest, NamesEveryListedCodeThatHasNoDefinition) {
     work.write("codes", "4326\n5701\n7405\n");
     EXPECT_EQ(runProgram(), 1);
     EXPECT_EQ(output, "");
@@ -132,20 +132,20 @@ TEST_F(ProgramTest, NamesEveryListedCodeThatHasNoDefinition) {
     EXPECT_TRUE(isNothingMade());
 }
 
-TEST_F(ProgramTest, NamesAListThatCannotBeRead) {
+TEST_F(MakeDirectoryTest, NamesAListThatCannotBeRead) {
     options.codesFile = work.file("none");
     EXPECT_EQ(runProgram(), 1);
     EXPECT_THAT(error, HasSubstr(options.codesFile));
     EXPECT_TRUE(isNothingMade());
 }
 
-TEST_F(ProgramTest, NamesADirectoryThatCannotBeMade) {
+TEST_F(MakeDirectoryTest, NamesADirectoryThatCannotBeMade) {
     options.directory = work.file("codes");
     EXPECT_EQ(runProgram(), 1);
     EXPECT_THAT(error, HasSubstr(options.directory));
 }
 
-TEST_F(ProgramTest, LeavesTheDirectoryWholeWhenTheReportDoesNotFit) {
+TEST_F(MakeDirectoryTest, LeavesTheDirectoryWholeWhenTheReportDoesNotFit) {
     options.reportFile = "/dev/full";
     EXPECT_EQ(runProgram(), 1);
     EXPECT_EQ(error, "crs-projdir: cannot write \"/dev/full\": No space left on device\n");
@@ -153,7 +153,7 @@ TEST_F(ProgramTest, LeavesTheDirectoryWholeWhenTheReportDoesNotFit) {
 }
 
 // Wherever it is interrupted: there is no directory, or a whole one.
-TEST_F(ProgramTest, LeavesNothingHalfMadeWhenItIsInterrupted) {
+TEST_F(MakeDirectoryTest, LeavesNothingHalfMadeWhenItIsInterrupted) {
     constexpr int MOMENTS = 16;
     work.write("codes", "4326\n25832\n27700\n31467\n2154\n28992\n31370\n4230\n");
     const auto duration = timeOf([this] { waitFor(startProgram()); });
@@ -170,7 +170,7 @@ TEST_F(ProgramTest, LeavesNothingHalfMadeWhenItIsInterrupted) {
 }
 
 // PROJ reads the variables anew for every context.
-TEST_F(ProgramTest, NamesADatabaseThatIsMissing) {
+TEST_F(MakeDirectoryTest, NamesADatabaseThatIsMissing) {
     const char* const before = std::getenv("PROJ_DATA");
     const std::string kept = before == nullptr ? "" : before;
     setenv("PROJ_DATA", work.file("nowhere").c_str(), 1);

@@ -1,4 +1,4 @@
-#include "tools/projdir/Progress.h"
+#include "tools/projdir/PercentBar.h"
 
 #include <gtest/gtest.h>
 
@@ -7,18 +7,18 @@
 namespace ProjDir {
 namespace {
 
-TEST(ProgressTest, DrawsABar) {
+TEST(PercentBarTest, DrawsABar) {
     EXPECT_EQ(drawBar("Work", 0), "Work [" + std::string(40, '.') + "]   0 %");
     EXPECT_EQ(drawBar("Work", 50), "Work [" + std::string(20, '#') + std::string(20, '.') + "]  50 %");
     EXPECT_EQ(drawBar("Work", 100), "Work [" + std::string(40, '#') + "] 100 %");
 }
 
-TEST(ProgressTest, WritesNothingToAFile) {
+TEST(PercentBarTest, WritesNothingToAFile) {
     const TestSupport::TemporaryDirectory directory;
     std::FILE* const file = std::fopen(directory.file("out").c_str(), "w");
     ASSERT_NE(file, nullptr);
     {
-        Progress progress(file, "Work", 2);
+        PercentBar progress(file, "Work", 2);
         progress.advance();
         progress.advance();
     }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <string>
 
@@ -24,15 +23,6 @@ std::string progressLine(const RunState& state);
 
 // The last line of a run: counts, seconds and rate.
 std::string summaryLine(const Counts& counts, double seconds);
-
-// Seconds since it was made.
-class Stopwatch {
-public:
-    double seconds() const { return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(); }
-
-private:
-    std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
-};
 
 // The progress line on standard error, drawn anew a few times a second.
 class ProgressBar {

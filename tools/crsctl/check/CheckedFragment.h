@@ -20,13 +20,13 @@ struct FragmentEntry {
 };
 
 // A fragment as the server reads it, with what the reading shows.
-struct Fragment {
+struct CheckedFragment {
     std::vector<FragmentEntry> entries;  // in the order in which the server takes them
     Findings findings;
     bool wellFormed = true;
     std::string failure;  // with which the server refuses a malformed one
 };
 
-Fragment readFragment(const std::string& text);
+CheckedFragment checkFragment(const std::string& text);
 
 }  // namespace crsctl

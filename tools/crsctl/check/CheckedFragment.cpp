@@ -1,8 +1,7 @@
-#include "tools/crsctl/check/Fragment.h"
+#include "tools/crsctl/check/CheckedFragment.h"
 
 #include <boost/property_tree/xml_parser.hpp>
 #include <map>
-#include <set>
 #include <utility>
 
 #include "config/Fragment.h"
@@ -14,30 +13,20 @@ namespace crsctl {
 using boost::property_tree::ptree;
 using boost::property_tree::xml_parser_error;
 using CoordinateTransformation::CrsConfigData;
+using CoordinateTransformation::FRAGMENT_CONTAINERS;
+using CoordinateTransformation::FragmentContainer;
 using CoordinateTransformation::FragmentElement;
 using CoordinateTransformation::FragmentFault;
 
 namespace {
 
-using Names = std::set<std::string>;
-
-// The containers in the order in which they are read, whatever their order in the text.
-struct Container {
-    const char* name;
-    Names entryNames;
-};
-
-const std::vector<Container>& containers() {
-    static const std::vector<Container> all = {{"CrsConfiguration", {"CRS"}}, {"SRSList", {"SRS", "EPSGCode"}}};
-    return all;
-}
-
 bool isMarkupNode(const std::string& name) { return name == "<xmlattr>" || name == "<xmlcomment>"; }
 
-std::string listed(const Names& names) {
-    std::string list;
-    for (const std::string& name : names) list += (list.empty() ? "" : " or ") + name;
-    return list;
+std::string entryNamesInWords(const FragmentContainer& container) {
+    std::string words;
+    for (const std::string_view name : container.entryNames)
+        if (!name.empty()) words += (words.empty() ? "" : " or ") + std::string(name);
+    return words;
 }
 
 bool isBlankText(const std::string& text) { return text.find_first_not_of(" \t\r\n") == std::string::npos; }
@@ -47,9 +36,9 @@ public:
     FragmentReader(const ptree& readTree, const std::vector<FragmentElement>& startTags)
         : tree(readTree), elements(startTags) {}
 
-    Fragment run() {
+    CheckedFragment run() {
         walkTopLevel();
-        for (const Container& container : containers())
+        for (const FragmentContainer& container : FRAGMENT_CONTAINERS)
             for (FragmentEntry& entry : entriesOf[container.name]) take(std::move(entry));
         return std::move(fragment);
     }
@@ -78,7 +67,7 @@ private:
         for (const auto& [name, child] : tree) {
             if (isMarkupNode(name)) continue;
             const Place place = placeOf(name);
-            if (const Container* container = containerToRead(name, place))
+            if (const FragmentContainer* container = containerToRead(name, place))
                 walkContainer(*container, child, place);
             else
                 skipChildren(child);
@@ -86,8 +75,8 @@ private:
     }
 
     // Null, with a warning, for an element that is not read.
-    const Container* containerToRead(const std::string& name, const Place& place) {
-        for (const Container& container : containers()) {
+    const FragmentContainer* containerToRead(const std::string& name, const Place& place) {
+        for (const FragmentContainer& container : FRAGMENT_CONTAINERS) {
             if (container.name != name) continue;
             if (entriesOf.emplace(name, std::vector<FragmentEntry>()).second) return &container;
             warn(place, "ignored with all its entries: only the first " + name + " is read");
@@ -97,7 +86,7 @@ private:
         return nullptr;
     }
 
-    void walkContainer(const Container& container, const ptree& element, const Place& place) {
+    void walkContainer(const FragmentContainer& container, const ptree& element, const Place& place) {
         if (element.count("<xmlattr>") != 0)
             for (const auto& attribute : element.get_child("<xmlattr>"))
                 warn(place, "attribute " + attribute.first + " is ignored: a container has none");
@@ -108,10 +97,10 @@ private:
         }
     }
 
-    void walkChild(const Container& container, const ptree::value_type& child, const Place& place) {
-        if (container.entryNames.count(child.first) == 0) {
+    void walkChild(const FragmentContainer& container, const ptree::value_type& child, const Place& place) {
+        if (!container.holds(child.first)) {
             warn(place,
-                 "ignored: entries of " + std::string(container.name) + " are called " + listed(container.entryNames));
+                 "ignored: entries of " + std::string(container.name) + " are called " + entryNamesInWords(container));
         } else {
             examineEntry(child.second, place, fragment.findings);
             entriesOf[container.name].push_back({place, child.second.data(), CrsConfigData(child), std::nullopt});
@@ -143,12 +132,12 @@ private:
     std::size_t nextElement = 0;
     std::map<std::string, std::vector<FragmentEntry>> entriesOf;
     std::map<std::pair<std::string, std::string>, std::size_t> taken;  // by identifier and alias
-    Fragment fragment;
+    CheckedFragment fragment;
 };
 
 // The scanner has the better place where the tree reader itself has refused the text.
-Fragment malformed(const xml_parser_error& failure, const std::optional<FragmentFault>& fault) {
-    Fragment fragment;
+CheckedFragment malformed(const xml_parser_error& failure, const std::optional<FragmentFault>& fault) {
+    CheckedFragment fragment;
     fragment.wellFormed = false;
     fragment.failure = failure.what();
     const Place place = fault ? Place{fault->place.line, fault->place.column} : Place{failure.line(), 0};
@@ -159,7 +148,7 @@ Fragment malformed(const xml_parser_error& failure, const std::optional<Fragment
 
 }  // namespace
 
-Fragment readFragment(const std::string& text) {
+CheckedFragment checkFragment(const std::string& text) {
     try {
         const ptree tree = CoordinateTransformation::readFragmentText(text);
         return FragmentReader(tree, CoordinateTransformation::fragmentElements(text)).run();

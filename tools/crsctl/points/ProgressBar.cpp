@@ -1,4 +1,4 @@
-#include "tools/crsctl/points/Progress.h"
+#include "tools/crsctl/points/ProgressBar.h"
 
 #include <algorithm>
 #include <array>

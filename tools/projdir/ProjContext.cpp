@@ -1,4 +1,4 @@
-#include "tools/projdir/ProjHandles.h"
+#include "tools/projdir/ProjContext.h"
 
 #include <atomic>
 #include <cstddef>
@@ -38,7 +38,7 @@ void ProjContext::keepMessage(void* self, int /*level*/, const char* text) {
     }
 }
 
-void ProjContext::openDatabaseAlone() {
+void ProjContext::openDatabaseUnshared() {
     static std::atomic<std::size_t> contexts{0};
     const std::string path = textOrEmpty(proj_context_get_database_path(get()));
     const std::size_t slash = path.rfind('/');

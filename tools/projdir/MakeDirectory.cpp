@@ -1,8 +1,7 @@
-#include "tools/projdir/Program.h"
+#include "tools/projdir/MakeDirectory.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <cstdio>
 #include <exception>
 #include <fstream>
@@ -10,12 +9,13 @@
 #include <system_error>
 #include <thread>
 
+#include "QSHelpers/NumericText.h"
+#include "tools/common/Stopwatch.h"
 #include "tools/projdir/CodeList.h"
 #include "tools/projdir/DirectoryText.h"
 #include "tools/projdir/Generation.h"
 #include "tools/projdir/Line.h"
 #include "tools/projdir/MemoryWatch.h"
-#include "tools/projdir/Numbers.h"
 #include "tools/projdir/OutputFile.h"
 #include "tools/projdir/Report.h"
 #include "tools/projdir/Verification.h"
@@ -25,9 +25,9 @@ namespace ProjDir {
 namespace {
 
 // Each thread reads the database on its own; more of them would only take memory.
-constexpr unsigned int MOST_THREADS = 4;
+constexpr unsigned int LARGEST_THREAD_COUNT = 4;
 
-unsigned int countThreads() { return std::clamp(std::thread::hardware_concurrency(), 1U, MOST_THREADS); }
+unsigned int countThreads() { return std::clamp(std::thread::hardware_concurrency(), 1U, LARGEST_THREAD_COUNT); }
 
 std::vector<ListedCode> readCodesFile(const std::string& path) {
     std::ifstream file(path);
@@ -42,7 +42,7 @@ std::vector<RegistryCrs> selectCrs(const Options& options, const std::vector<Reg
 
 // Nothing stays on the disk while the definitions are made: whatever ends the program leaves nothing behind.
 void probeOutput(const Options& options) {
-    const HeldSignals held;
+    const BlockedSignals blocked;
     const OutputDirectory directory(options.directory);
     OutputFile(directory.file(INIT_FILE), options.force).probe();
     OutputFile(directory.file(AXIS_ORDER_FILE), options.force).probe();
@@ -50,7 +50,7 @@ void probeOutput(const Options& options) {
 }
 
 void publishDirectory(const Options& options, const std::string& definitions, const std::string& axisOrders) {
-    const HeldSignals held;
+    const BlockedSignals blocked;
     OutputDirectory directory(options.directory);
     OutputFile initFile(directory.file(INIT_FILE), options.force);
     OutputFile axisOrderFile(directory.file(AXIS_ORDER_FILE), options.force);
@@ -62,21 +62,21 @@ void publishDirectory(const Options& options, const std::string& definitions, co
 }
 
 void publishReport(const Options& options, const std::string& text) {
-    std::optional<HeldSignals> held;
+    std::optional<BlockedSignals> blocked;
     OutputFile report(options.reportFile, options.force);
-    if (!report.isStream()) held.emplace();
+    if (!report.isStream()) blocked.emplace();
     report.write(text);
     report.publish();
 }
 
-std::vector<Outcome> makeOutcomes(const Options& options, const std::vector<RegistryCrs>& list) {
-    Progress progress(stderr, "Definitions", list.size());
+std::vector<CrsOutcome> makeOutcomes(const Options& options, const std::vector<RegistryCrs>& list) {
+    PercentBar progress(stderr, "Definitions", list.size());
     return makeAll(list, {options.useGrids, options.verify}, countThreads(), progress);
 }
 
-std::vector<Agreement> verifyOutcomes(const Options& options, const std::vector<Outcome>& outcomes) {
+std::vector<Agreement> verifyOutcomes(const Options& options, const std::vector<CrsOutcome>& outcomes) {
     if (!options.verify) return {};
-    Progress progress(stderr, "Verification", outcomes.size());
+    PercentBar progress(stderr, "Verification", outcomes.size());
     return verifyDirectory(options.directory, outcomes, progress);
 }
 
@@ -89,25 +89,17 @@ bool isAccepted(const std::vector<Agreement>& agreements) {
     return std::all_of(agreements.begin(), agreements.end(), [](const auto& one) { return one.failure.empty(); });
 }
 
-class Stopwatch {
-public:
-    double seconds() const { return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(); }
-
-private:
-    std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
-};
-
 // Who names a code counts on its definition.
-void requireDefinitions(const Options& options, const std::vector<Outcome>& outcomes) {
+void requireDefinitions(const Options& options, const std::vector<CrsOutcome>& outcomes) {
     const std::string leftOut = options.codesFile.empty() ? "" : writeLeftOut(outcomes);
     if (!leftOut.empty())
         throw CodeListError(options.codesFile + " names CRS that no definition can be made for:\n" +
                             leftOut.substr(0, leftOut.size() - 1));
 }
 
-std::vector<Outcome> makeDirectory(const Options& options, const RegistryVersion& version,
-                                   const std::vector<RegistryCrs>& list) {
-    std::vector<Outcome> outcomes = makeOutcomes(options, list);
+std::vector<CrsOutcome> makeFiles(const Options& options, const RegistryVersion& version,
+                                  const std::vector<RegistryCrs>& list) {
+    std::vector<CrsOutcome> outcomes = makeOutcomes(options, list);
     requireDefinitions(options, outcomes);
     const std::string definitions = writeInitFile(version, outcomes);
     const std::string axisOrders = writeAxisOrderFile(outcomes);
@@ -116,15 +108,15 @@ std::vector<Outcome> makeDirectory(const Options& options, const RegistryVersion
     return outcomes;
 }
 
-int runOrRaise(const Options& options) {
-    const Stopwatch stopwatch;
+int makeDirectoryOrThrow(const Options& options) {
+    const Tools::Stopwatch stopwatch;
     const ProjContext context;
     const RegistryVersion version = readRegistryVersion(context);
     const std::vector<RegistryCrs> list = selectCrs(options, readRegistry(context));
     probeOutput(options);
-    const std::vector<Outcome> outcomes = makeDirectory(options, version, list);
+    const std::vector<CrsOutcome> outcomes = makeFiles(options, version, list);
     print(writeLine(describe(version)) + "\n" + writeSummary(outcomes) + "Made in " +
-          writeFixed(stopwatch.seconds(), 1) + " s\n");
+          QSHelpers::convertNumericToText(stopwatch.seconds(), 1, false) + " s\n");
     const std::vector<Agreement> agreements = verifyOutcomes(options, outcomes);
     if (!agreements.empty()) print("\n" + writeAgreement(agreements));
     if (!options.reportFile.empty()) publishReport(options, writeReport(version, outcomes, agreements));
@@ -134,12 +126,12 @@ int runOrRaise(const Options& options) {
 
 }  // namespace
 
-int run(const Options& options) {
+int makeDirectory(const Options& options) {
     const MemoryWatch watch;
     try {
-        return runOrRaise(options);
+        return makeDirectoryOrThrow(options);
     } catch (const std::exception& failure) {
-        std::fprintf(stderr, "crs-projdir: %s\n", MemoryWatch::wasShort() ? "out of memory" : failure.what());
+        std::fprintf(stderr, "crs-projdir: %s\n", MemoryWatch::sawShortage() ? "out of memory" : failure.what());
         return 1;
     }
 }

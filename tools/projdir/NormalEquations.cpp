@@ -1,4 +1,4 @@
-#include "tools/projdir/SymmetricSystem.h"
+#include "tools/projdir/NormalEquations.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,9 +7,9 @@ namespace ProjDir {
 
 namespace {
 
-constexpr std::size_t SIZE = SymmetricSystem::SIZE;
-using Row = SymmetricSystem::Row;
-using Matrix = std::array<Row, SIZE>;
+constexpr std::size_t SIZE = NormalEquations::SIZE;
+using Coefficients = NormalEquations::Coefficients;
+using Matrix = std::array<Coefficients, SIZE>;
 
 Matrix identity() {
     Matrix matrix{};
@@ -17,22 +17,22 @@ Matrix identity() {
     return matrix;
 }
 
-void rotatePair(double& first, double& second, double sine, double cosine) {
+void rotate(double& first, double& second, double sine, double cosine) {
     const double kept = first;
     first = cosine * kept - sine * second;
     second = sine * kept + cosine * second;
 }
 
 // One step of Jacobi's method: the rotation in the plane (p, q) that makes element (p, q) zero.
-void rotateAway(Matrix& matrix, Matrix& vectors, std::size_t p, std::size_t q) {
+void eliminate(Matrix& matrix, Matrix& vectors, std::size_t p, std::size_t q) {
     if (matrix[p][q] == 0) return;
     const double theta = (matrix[q][q] - matrix[p][p]) / (2 * matrix[p][q]);
     const double tangent = (theta < 0 ? -1 : 1) / (std::fabs(theta) + std::sqrt(theta * theta + 1));
     const double cosine = 1 / std::sqrt(tangent * tangent + 1);
     const double sine = tangent * cosine;
-    for (std::size_t i = 0; i < SIZE; ++i) rotatePair(matrix[i][p], matrix[i][q], sine, cosine);
-    for (std::size_t i = 0; i < SIZE; ++i) rotatePair(matrix[p][i], matrix[q][i], sine, cosine);
-    for (std::size_t i = 0; i < SIZE; ++i) rotatePair(vectors[i][p], vectors[i][q], sine, cosine);
+    for (std::size_t i = 0; i < SIZE; ++i) rotate(matrix[i][p], matrix[i][q], sine, cosine);
+    for (std::size_t i = 0; i < SIZE; ++i) rotate(matrix[p][i], matrix[q][i], sine, cosine);
+    for (std::size_t i = 0; i < SIZE; ++i) rotate(vectors[i][p], vectors[i][q], sine, cosine);
 }
 
 // Leaves the eigenvalues on the diagonal of `matrix`; returns the eigenvectors as columns. The method doubles
@@ -42,11 +42,11 @@ Matrix diagonalise(Matrix& matrix) {
     Matrix vectors = identity();
     for (int round = 0; round < ROUNDS; ++round)
         for (std::size_t p = 0; p < SIZE; ++p)
-            for (std::size_t q = p + 1; q < SIZE; ++q) rotateAway(matrix, vectors, p, q);
+            for (std::size_t q = p + 1; q < SIZE; ++q) eliminate(matrix, vectors, p, q);
     return vectors;
 }
 
-double columnTimes(const Matrix& vectors, std::size_t column, const Row& row) {
+double dotColumn(const Matrix& vectors, std::size_t column, const Coefficients& row) {
     double sum = 0;
     for (std::size_t i = 0; i < SIZE; ++i) sum += vectors[i][column] * row[i];
     return sum;
@@ -60,21 +60,21 @@ double largestOnDiagonal(const Matrix& matrix) {
 
 }  // namespace
 
-void SymmetricSystem::addEquation(const Row& row, double value, double weight) {
+void NormalEquations::addEquation(const Coefficients& coefficients, double value, double weight) {
     for (std::size_t i = 0; i < SIZE; ++i) {
-        for (std::size_t j = 0; j < SIZE; ++j) matrix[i][j] += weight * row[i] * row[j];
-        rightSide[i] += weight * row[i] * value;
+        for (std::size_t j = 0; j < SIZE; ++j) matrix[i][j] += weight * coefficients[i] * coefficients[j];
+        rightSide[i] += weight * coefficients[i] * value;
     }
 }
 
-SymmetricSystem::Row SymmetricSystem::solve(double cutOff) const {
+NormalEquations::Unknowns NormalEquations::solve(double cutOff) const {
     Matrix values = matrix;
     const Matrix vectors = diagonalise(values);
     const double least = cutOff * largestOnDiagonal(values);
-    Row solution{};
+    Unknowns solution{};
     for (std::size_t k = 0; k < SIZE; ++k) {
         if (values[k][k] <= least) continue;
-        const double amount = columnTimes(vectors, k, rightSide) / values[k][k];
+        const double amount = dotColumn(vectors, k, rightSide) / values[k][k];
         for (std::size_t i = 0; i < SIZE; ++i) solution[i] += amount * vectors[i][k];
     }
     return solution;

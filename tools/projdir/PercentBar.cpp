@@ -1,4 +1,4 @@
-#include "tools/projdir/Progress.h"
+#include "tools/projdir/PercentBar.h"
 
 #include <unistd.h>
 #include <utility>
@@ -19,14 +19,14 @@ std::string drawBar(const std::string& label, std::size_t percent) {
            std::string(number.size() < 3 ? 3 - number.size() : 0, ' ') + number + " %";
 }
 
-Progress::Progress(std::FILE* output, std::string whatIsDone, std::size_t steps)
-    : stream(output), label(std::move(whatIsDone)), total(steps), isShown(isatty(fileno(output)) != 0) {}
+PercentBar::PercentBar(std::FILE* output, std::string text, std::size_t steps)
+    : stream(output), label(std::move(text)), total(steps), isShown(isatty(fileno(output)) != 0) {}
 
-Progress::~Progress() {
+PercentBar::~PercentBar() {
     if (isShown) std::fputs("\r\033[K", stream);
 }
 
-void Progress::advance() {
+void PercentBar::advance() {
     const std::lock_guard<std::mutex> guard(lock);
     ++done;
     const std::size_t percent = HUNDRED * done / total;
