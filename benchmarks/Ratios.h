@@ -1,12 +1,13 @@
 #pragma once
 
 #include <algorithm>
-#include <benchmark/benchmark.h>
 #include <cmath>
 #include <cstdio>
 #include <map>
 #include <string>
 #include <vector>
+
+#include <benchmark/benchmark.h>
 
 // Machines are noisy, so figures are ratios between benchmarks of one run: each the median of interleaved
 // repetitions of the one over that of the other.

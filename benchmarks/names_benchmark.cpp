@@ -1,11 +1,12 @@
 // What does a name cost, against the bare lookup of a text, and what does a name cost that nobody configured?
 
-#include <benchmark/benchmark.h>
 #include <map>
 #include <memory>
 #include <random>
 #include <string>
 #include <vector>
+
+#include <benchmark/benchmark.h>
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
 #include "benchmarks/ProjDirectory.h"

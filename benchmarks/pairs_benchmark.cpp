@@ -1,12 +1,13 @@
 // What does the first point of a new pair of CRS cost, and what do many codes and pairs keep in memory and open?
 
-#include <benchmark/benchmark.h>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include <benchmark/benchmark.h>
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
 #include "benchmarks/ProjDirectory.h"

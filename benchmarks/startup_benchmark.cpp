@@ -1,11 +1,12 @@
 // What does starting a server cost, and does it grow with the number of CRS alone? Every start is a process of its
 // own: what PROJ has made once stays for the life of a process.
 
-#include <benchmark/benchmark.h>
 #include <chrono>
 #include <memory>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <benchmark/benchmark.h>
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
 #include "benchmarks/ProjDirectory.h"

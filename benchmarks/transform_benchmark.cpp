@@ -1,10 +1,11 @@
 // What does a point cost, against PROJ called directly and against GDAL?
 
-#include <benchmark/benchmark.h>
 #include <memory>
 #include <random>
 #include <string>
 #include <vector>
+
+#include <benchmark/benchmark.h>
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
 #include "benchmarks/Ratios.h"

@@ -12,22 +12,14 @@ set(proj_dir ${CMAKE_INSTALL_DATADIR}/CoordinateTransformation/proj)
 install(
   TARGETS CoordinateTransformation
   EXPORT CoordinateTransformationTargets
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-          COMPONENT runtime
-          NAMELINK_COMPONENT development
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
 if(NOT COORDTRANS_GENERATE_PROJ_DIRECTORY)
-  install(
-    DIRECTORY data/proj
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/CoordinateTransformation
-    COMPONENT runtime)
+  install(DIRECTORY data/proj DESTINATION ${CMAKE_INSTALL_DATADIR}/CoordinateTransformation COMPONENT runtime)
 endif()
 
-install(
-  DIRECTORY include/
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-  COMPONENT development)
+install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 install(
   EXPORT CoordinateTransformationTargets
   NAMESPACE CoordinateTransformation::
@@ -39,8 +31,9 @@ configure_package_config_file(
   PATH_VARS proj_dir)
 write_basic_package_version_file(CoordinateTransformationConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(
-  FILES ${PROJECT_BINARY_DIR}/CoordinateTransformationConfig.cmake
-        ${PROJECT_BINARY_DIR}/CoordinateTransformationConfigVersion.cmake
+  FILES
+    ${PROJECT_BINARY_DIR}/CoordinateTransformationConfig.cmake
+    ${PROJECT_BINARY_DIR}/CoordinateTransformationConfigVersion.cmake
   DESTINATION ${package_dir}
   COMPONENT development)
 
@@ -69,20 +62,9 @@ install(
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
   COMPONENT development)
 
-install(
-  DIRECTORY docs
-  DESTINATION ${CMAKE_INSTALL_DOCDIR}
-  COMPONENT documentation
-  FILES_MATCHING
-  PATTERN "*.md")
-install(
-  FILES README.md CHANGELOG.md CONTRIBUTING.md
-  DESTINATION ${CMAKE_INSTALL_DOCDIR}
-  COMPONENT documentation)
-install(
-  FILES data/README.md
-  DESTINATION ${CMAKE_INSTALL_DOCDIR}/data
-  COMPONENT documentation)
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation FILES_MATCHING PATTERN "*.md")
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+install(FILES data/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/data COMPONENT documentation)
 
 # Packages are made of the whole; a project that embeds the library makes its own.
 if(PROJECT_IS_TOP_LEVEL)

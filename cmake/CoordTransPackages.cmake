@@ -1,9 +1,9 @@
 # What `cpack` makes: one Debian package for each install component. They install to CMAKE_INSTALL_PREFIX, where the
 # programs look for the PROJ directory; configure with -DCMAKE_INSTALL_PREFIX=/usr for packages of a distribution.
 
-set(COORDTRANS_PACKAGE_MAINTAINER
-    "CoordinateTransformation developers <developers@coordinatetransformation.invalid>"
-    CACHE STRING "Maintainer that the packages name")
+set(
+  COORDTRANS_PACKAGE_MAINTAINER "CoordinateTransformation developers <developers@coordinatetransformation.invalid>"
+  CACHE STRING "Maintainer that the packages name")
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME coordinatetransformation)
@@ -12,13 +12,7 @@ set(CPACK_PACKAGE_CONTACT "${COORDTRANS_PACKAGE_MAINTAINER}")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
-    OWNER_READ
-    OWNER_WRITE
-    OWNER_EXECUTE
-    GROUP_READ
-    GROUP_EXECUTE
-    WORLD_READ
-    WORLD_EXECUTE)
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
 set(CPACK_COMPONENTS_ALL runtime development documentation)
 if(COORDTRANS_BUILD_TOOLS)
@@ -43,8 +37,9 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Headers, CMake package and pkg-config file.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libboost-dev (>= ${coordtrans_oldest_boost})")
 if(NOT BUILD_SHARED_LIBS)
-  string(APPEND CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
-         ", libboost-filesystem-dev (>= ${coordtrans_oldest_boost}), libproj-dev (>= ${coordtrans_oldest_proj})")
+  string(
+    APPEND CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+    ", libboost-filesystem-dev (>= ${coordtrans_oldest_boost}), libproj-dev (>= ${coordtrans_oldest_proj})")
 endif()
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME coordinatetransformation-tools)

@@ -3,11 +3,8 @@
 
 find_package(Doxygen 1.9.4 QUIET)
 
-function(coordtrans_add_reference)
-  if(NOT TARGET Doxygen::doxygen)
-    return()
-  endif()
-  configure_file(${PROJECT_SOURCE_DIR}/cmake/Doxyfile.in ${PROJECT_BINARY_DIR}/Doxyfile @ONLY)
+if(TARGET Doxygen::doxygen)
+  configure_file(cmake/Doxyfile.in Doxyfile @ONLY)
   add_custom_target(
     reference
     COMMAND ${CMAKE_COMMAND} -E rm -rf ${PROJECT_BINARY_DIR}/reference
@@ -16,4 +13,4 @@ function(coordtrans_add_reference)
     WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}
     COMMENT "Writing the reference of the public headers"
     VERBATIM)
-endfunction()
+endif()

@@ -40,13 +40,14 @@ require_packages() {
     rm -f "$log"
 }
 
-# build PRESET [FOLDER]: configures and builds in build/FOLDER, quietly unless it fails. FOLDER is called like the preset.
+# build PRESET FOLDER [OPTION...]: configures with the options and builds in build/FOLDER, quietly unless it fails.
 build() {
-    local preset=$1 folder=build/${2:-$1}
+    local preset=$1 folder=build/$2
     local log=$folder.log
+    shift 2
     mkdir -p build
     say "Building $folder (log: $log)"
-    if ! { cmake --preset "$preset" -B "$folder" && cmake --build "$folder"; } >"$log" 2>&1; then
+    if ! { cmake --preset "$preset" -B "$folder" "$@" && cmake --build "$folder"; } >"$log" 2>&1; then
         grep -nE 'error|Error|FAILED|warning' "$log" | head -n 30 >&2 || true
         tail -n 30 "$log" >&2
         exit 1

@@ -3,11 +3,12 @@
 #include "tests/support/AllocationFailure.h"
 
 #include <cstddef>
-#include <gtest/gtest.h>
 #include <memory>
 #include <sstream>
 #include <string>
 #include <utility>
+
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/CrsConfig.h"
 #include "CoordinateTransformation/CrsConfigData.h"

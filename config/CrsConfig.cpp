@@ -14,12 +14,11 @@
 #include "text/NumericText.h"
 
 namespace CoordinateTransformation {
-
 namespace {
 
 using boost::property_tree::ptree;
 using QSHelpers::convertNumericToText;
-using OwnedCrs = std::unique_ptr<const AbstractCrs>;
+using KeptCrs = std::unique_ptr<const AbstractCrs>;
 
 constexpr char SUBSYSTEM_VARIABLE[] = "USE_COORD_TRANSFORMATION_SUBSYSTEM";
 constexpr char PROJ4_SUBSYSTEM[] = "proj4";
@@ -143,7 +142,7 @@ void CrsConfig::registerAlias(const CrsConfigData& entry, const Crs& crs) {
         mapped->setAxisOrderEastNorthOrLonLat(*eastNorth);
     const std::string name = mapped->getAliasOrIdentifier(true);
     configuredCrsIdentifiers.insert(name);
-    cacheByName(OwnedCrs(mapped->copy()), {name});
+    cacheByName(KeptCrs(mapped->copy()), {name});
 }
 
 // For the name cache alone.
@@ -171,7 +170,7 @@ void CrsConfig::discard(const AbstractCrs* crs) {
 
 void CrsConfig::cacheLongNameAndCode(const AbstractCrs* crs) {
     if (owned.count(crs) != 0) return;
-    own(OwnedCrs(crs));
+    own(KeptCrs(crs));
     const CodePair codes = codesOf(*crs);
     bool taken = codeCache.emplace(writeCodeKey(codes), crs).second;
     taken |= insertNames(crs, {crs->getAliasOrIdentifier(false), crs->getAliasOrAsOgcURN(nullptr, false)});
@@ -184,10 +183,10 @@ void CrsConfig::cacheLongNameAndCode(const AbstractCrs* crs) {
 
 // Registers what the creator makes of a URN, under that URN and under the same with another head.
 void CrsConfig::cacheCrsNamedByUrn(const CodePair& codes, std::size_t kind) {
-    const OwnedCrs created(creator->createFromURN(registeredUrns(codes)[kind].name));
+    const KeptCrs created(creator->createFromURN(registeredUrns(codes)[kind].name));
     if (created == nullptr) return;
     const RegisteredUrns urns = registeredUrns({created->getPrimaryCode(), codes.secondary})[kind];
-    cacheByName(OwnedCrs(created->copy()), {urns.name, urns.alternative});
+    cacheByName(KeptCrs(created->copy()), {urns.name, urns.alternative});
 }
 
 const CrsConfigData* CrsConfig::getEntryFor(const AbstractCrs& crs) const {

@@ -1,12 +1,13 @@
 // What is registered under which names, which entry keeps a name, and who releases the objects.
 
 #include <cstddef>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <memory>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/CrsConfig.h"
 #include "CoordinateTransformation/CrsNotConfigured.h"

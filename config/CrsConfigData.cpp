@@ -7,7 +7,6 @@
 #include "config/Fragment.h"
 
 namespace CoordinateTransformation {
-
 namespace {
 
 using boost::property_tree::ptree;

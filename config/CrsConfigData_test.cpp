@@ -1,12 +1,13 @@
 #include "CoordinateTransformation/CrsConfigData.h"
 
-#include <boost/optional/optional_io.hpp>
-#include <boost/property_tree/xml_parser.hpp>
-#include <gtest/gtest.h>
 #include <locale>
 #include <sstream>
 #include <string>
 #include <type_traits>
+
+#include <boost/optional/optional_io.hpp>
+#include <boost/property_tree/xml_parser.hpp>
+#include <gtest/gtest.h>
 
 #include "tests/support/GroupingLocale.h"
 

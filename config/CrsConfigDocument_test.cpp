@@ -1,13 +1,14 @@
 // What `configure` reads of a document.
 
-#include <boost/property_tree/xml_parser.hpp>
 #include <cstddef>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <ostream>
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include <boost/property_tree/xml_parser.hpp>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/CrsConfig.h"
 #include "tests/support/GroupingLocale.h"
@@ -263,7 +264,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Refused{"bare ampersand", "<SRSList>\n\n<SRS mapToEpsgCode='4&6'>A</SRS></SRSList>",
                             "& without an entity; write &amp;", 3},
                     Refused{"text behind a NUL byte",
-                            "<SRSList>\n<SRS>1</SRS></SRSList>" + std::string("\0<SRS>2</SRS>", 14), "a NUL byte", 2},
+                            "<SRSList>\n<SRS>1</SRS></SRSList>" + std::string("\0<SRS>2</SRS>", 13), "a NUL byte", 2},
                     Refused{"elements beyond any stack", "\n" + nested(100000),
                             "elements are nested more than 256 deep", 2}));
 

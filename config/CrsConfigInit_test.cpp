@@ -1,13 +1,14 @@
 // How a configuration comes by its creator, and how it is initialised.
 
 #include <cstdlib>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <memory>
 #include <optional>
 #include <ostream>
 #include <stdexcept>
 #include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/CrsConfig.h"
 #include "CoordinateTransformation/Misconfigured.h"

@@ -2,8 +2,6 @@
 
 #include "CoordinateTransformation/CrsConfig.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <list>
 #include <memory>
 #include <ostream>
@@ -12,6 +10,9 @@
 #include <string>
 #include <type_traits>
 #include <utility>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "tests/support/Failures.h"
 #include "tests/support/TestConfig.h"

@@ -1,21 +1,21 @@
 #include "config/Fragment.h"
 
 #include <algorithm>
-#include <boost/property_tree/xml_parser.hpp>
 #include <cstdint>
 #include <iterator>
 #include <streambuf>
 
+#include <boost/property_tree/xml_parser.hpp>
+
 #include "text/FileText.h"
 
 namespace CoordinateTransformation {
-
 namespace {
 
 using boost::property_tree::ptree;
 using boost::property_tree::xml_parser_error;
 
-constexpr std::string_view WHITE_SPACE = " \t\r\n";
+constexpr std::string_view XML_WHITE_SPACE = " \t\r\n";
 // Where the property tree's reader ends the names of elements and attributes.
 constexpr std::string_view BEHIND_ELEMENT_NAME = " \t\r\n/>?";
 constexpr std::string_view BEHIND_ATTRIBUTE_NAME = " \t\r\n/<>=?!";
@@ -104,7 +104,7 @@ private:
     }
 
     void walkBlanks() {
-        at = std::min(text.find_first_not_of(WHITE_SPACE, at), text.size());
+        at = std::min(text.find_first_not_of(XML_WHITE_SPACE, at), text.size());
         if (at < text.size() && text[at] != '<') stop("text outside of any element", at);
     }
 
@@ -113,7 +113,8 @@ private:
             skip(4, "-->", "a comment");
         else if (isAt("<![CDATA["))
             skip(9, "]]>", "a CDATA section");
-        else if (isAt("<!DOCTYPE") && at + 9 < text.size() && WHITE_SPACE.find(text[at + 9]) != std::string_view::npos)
+        else if (isAt("<!DOCTYPE") && at + 9 < text.size() &&
+                 XML_WHITE_SPACE.find(text[at + 9]) != std::string_view::npos)
             skipDocumentType();
         else if (isAt("<!"))
             skip(2, ">", "a declaration");
@@ -151,7 +152,7 @@ private:
         return taken;
     }
 
-    void skipWhiteSpace() { at = std::min(text.find_first_not_of(WHITE_SPACE, at), text.size()); }
+    void skipWhiteSpace() { at = std::min(text.find_first_not_of(XML_WHITE_SPACE, at), text.size()); }
 
     void expect(std::string_view expected, std::size_t tag) {
         if (!isAt(expected)) stop("a tag without its " + std::string(expected), tag);

@@ -1,13 +1,14 @@
 #pragma once
 
 #include <array>
-#include <boost/property_tree/ptree.hpp>
 #include <cstddef>
 #include <istream>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include <boost/property_tree/ptree.hpp>
 
 namespace CoordinateTransformation {
 

@@ -1,12 +1,13 @@
 #include "config/Fragment.h"
 
-#include <boost/property_tree/xml_parser.hpp>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <ostream>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+
+#include <boost/property_tree/xml_parser.hpp>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace CoordinateTransformation {
 namespace {

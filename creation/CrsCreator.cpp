@@ -14,7 +14,6 @@
 #include "text/NumericText.h"
 
 namespace CoordinateTransformation {
-
 namespace {
 
 using QSHelpers::ConversionError;

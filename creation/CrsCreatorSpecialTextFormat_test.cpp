@@ -1,9 +1,10 @@
 #include <cmath>
 #include <cstddef>
-#include <gtest/gtest.h>
 #include <memory>
 #include <string>
 #include <utility>
+
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/CrsNotConfigured.h"
 #include "CoordinateTransformation/FatalSubsystemError.h"

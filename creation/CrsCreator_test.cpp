@@ -1,12 +1,13 @@
 #include "CoordinateTransformation/CrsCreator.h"
 
 #include <cstring>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/CrsNotConfigured.h"
 #include "CoordinateTransformation/CrsUnknownSyntaxOrAlias.h"

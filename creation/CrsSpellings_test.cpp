@@ -1,11 +1,12 @@
 // The names of requests, as a whole through createFromName.
 
 #include <exception>
-#include <gtest/gtest.h>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/CrsUnknownSyntaxOrAlias.h"
 #include "QSHelpers/ConversionError.h"

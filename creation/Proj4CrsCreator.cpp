@@ -1,8 +1,9 @@
 #include "CoordinateTransformation/Proj4CrsCreator.h"
 
+#include <cstdlib>
+
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
-#include <cstdlib>
 
 #include "CoordinateTransformation/CrsConfig.h"  // Mutual: the creator asks the configuration that owns it.
 #include "CoordinateTransformation/Misconfigured.h"
@@ -16,7 +17,6 @@
 #include "text/InitFile.h"
 
 namespace CoordinateTransformation {
-
 namespace {
 
 constexpr unsigned int UNKNOWN_OR_DEFAULT_CODE = 0;

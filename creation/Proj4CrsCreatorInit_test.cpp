@@ -1,11 +1,12 @@
 // How the creator settles the PROJ directory.
 
-#include <boost/filesystem/exception.hpp>
 #include <filesystem>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <memory>
 #include <string>
+
+#include <boost/filesystem/exception.hpp>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/CrsConfig.h"
 #include "CoordinateTransformation/Misconfigured.h"

@@ -1,9 +1,10 @@
 #include "CoordinateTransformation/Proj4CrsCreator.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <memory>
 #include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/CrsConfig.h"
 #include "CoordinateTransformation/CrsNotConfigured.h"

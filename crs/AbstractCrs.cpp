@@ -7,7 +7,6 @@
 #include "text/NumericText.h"
 
 namespace CoordinateTransformation {
-
 namespace {
 
 using QSHelpers::convertNumericToText;
@@ -22,13 +21,13 @@ constexpr char PRIMARY_CODE_PLACEHOLDER = '\x01';
 constexpr char SECONDARY_CODE_PLACEHOLDER = '\x02';
 
 // A compound CRS reduced to two dimensions is written as its horizontal part.
-bool isWrittenAsCompound(AbstractCrs const& crs) { return crs.getSecCompoundCode() != 0 && crs.getDim() >= 3; }
+bool isWrittenAsCompound(const AbstractCrs& crs) { return crs.getSecCompoundCode() != 0 && crs.getDim() >= 3; }
 
-CodePair writtenCodes(AbstractCrs const& crs) {
+CodePair writtenCodes(const AbstractCrs& crs) {
     return {crs.getPrimaryCode(), isWrittenAsCompound(crs) ? crs.getSecCompoundCode() : 0};
 }
 
-std::string fillUrlTemplate(std::string const& urlTemplate, AbstractCrs const& crs) {
+std::string fillUrlTemplate(const std::string& urlTemplate, const AbstractCrs& crs) {
     std::string filled;
     for (const char character : urlTemplate) {
         if (character == PRIMARY_CODE_PLACEHOLDER)
@@ -45,15 +44,15 @@ std::string writeScaleFactor(double factor) { return convertNumericToText(factor
 
 }  // namespace
 
-AbstractCrs::AbstractCrs(CrsCreator const& crsCreator, CoordTransformer const& crsTransformer)
+AbstractCrs::AbstractCrs(const CrsCreator& crsCreator, const CoordTransformer& crsTransformer)
     : creator(crsCreator), transformer(crsTransformer) {}
 
-AbstractCrs::AbstractCrs(AbstractCrs const& other) = default;
+AbstractCrs::AbstractCrs(const AbstractCrs& other) = default;
 
 AbstractCrs::~AbstractCrs() = default;
 
 // The identifier stays with the target on purpose: only setCode writes it.
-AbstractCrs& AbstractCrs::operator=(AbstractCrs const& other) {
+AbstractCrs& AbstractCrs::operator=(const AbstractCrs& other) {
     if (this == &other) return *this;
     primaryCode = other.primaryCode;
     secCompoundCode = other.secCompoundCode;
@@ -118,30 +117,30 @@ void AbstractCrs::setDefault() {
     secCompoundCode = 1;
 }
 
-bool AbstractCrs::operator==(AbstractCrs const& other) const {
+bool AbstractCrs::operator==(const AbstractCrs& other) const {
     return primaryCode == other.primaryCode && secCompoundCode == other.secCompoundCode &&
            primaryDim == other.primaryDim && compoundDim == other.compoundDim &&
            axisOrderEastNorthOrLonLat == other.axisOrderEastNorthOrLonLat && alias == other.alias;
 }
 
-bool AbstractCrs::isCodeCompatible(AbstractCrs const* other) const {
+bool AbstractCrs::isCodeCompatible(const AbstractCrs* other) const {
     const auto eitherIs = [this, other](unsigned int code) {
         return primaryCode == code || other->primaryCode == code;
     };
     return primaryCode == other->primaryCode || (eitherIs(EPSG_WGS84_2D) && eitherIs(EPSG_WGS84_3D));
 }
 
-bool AbstractCrs::isCompatible(AbstractCrs const* other) const {
+bool AbstractCrs::isCompatible(const AbstractCrs* other) const {
     return isCodeCompatible(other) && axisOrderEastNorthOrLonLat == other->axisOrderEastNorthOrLonLat &&
            primaryScaleFactor == other->primaryScaleFactor && getDim() == other->getDim() &&
            getCompoundScaleFactor() == other->getCompoundScaleFactor();
 }
 
-void AbstractCrs::transformTo(AbstractCrs const* target, double& x, double& y, double& z) const {
+void AbstractCrs::transformTo(const AbstractCrs* target, double& x, double& y, double& z) const {
     transformer.transformTo(this, target, x, y, &z);
 }
 
-void AbstractCrs::transformTo(AbstractCrs const* target, double& x, double& y) const {
+void AbstractCrs::transformTo(const AbstractCrs* target, double& x, double& y) const {
     transformer.transformTo(this, target, x, y, nullptr);
 }
 
@@ -149,7 +148,7 @@ std::string AbstractCrs::getAliasOrIdentifier(bool useAlias) const {
     return useAlias && !alias.empty() ? alias : identifier;
 }
 
-std::string AbstractCrs::getAliasOrAsOgcURN(SrsFormattingOptions const* options, bool useAlias) const {
+std::string AbstractCrs::getAliasOrAsOgcURN(const SrsFormattingOptions* options, bool useAlias) const {
     if (useAlias && !alias.empty()) return alias;
     if (primaryCode == 0) return "";
     if (options == nullptr) return writeOgcUrn(writtenCodes(*this), epsgVersion);
@@ -159,7 +158,7 @@ std::string AbstractCrs::getAliasOrAsOgcURN(SrsFormattingOptions const* options,
                                            : writeOgcUrn(writtenCodes(*this), version);
 }
 
-std::string AbstractCrs::getAliasOrAsFormat(CRSindicationFormatInfo const& info, bool useAlias) const {
+std::string AbstractCrs::getAliasOrAsFormat(const CRSindicationFormatInfo& info, bool useAlias) const {
     if (useAlias && !alias.empty()) return alias;
     switch (info.format) {
         case OGC_URN:
@@ -177,8 +176,8 @@ std::string AbstractCrs::getAliasOrAsFormat(CRSindicationFormatInfo const& info,
 }
 
 // Here the secondary code alone decides, not the dimension.
-std::string AbstractCrs::getAsURL(std::string const& base, std::string const& simpleTemplate,
-                                  std::string const& compoundTemplate) const {
+std::string AbstractCrs::getAsURL(const std::string& base, const std::string& simpleTemplate,
+                                  const std::string& compoundTemplate) const {
     if (primaryCode == 0)
         throw QSHelpers::UnexpectedException("URL representation for unknown or default SRS requested.");
     return base + "#" + fillUrlTemplate(secCompoundCode == 0 ? simpleTemplate : compoundTemplate, *this);

@@ -1,7 +1,8 @@
 #include <cmath>
 #include <functional>
-#include <gtest/gtest.h>
 #include <limits>
+
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/AbstractCrs.h"
 #include "tests/support/AbstractCrsTest.h"
@@ -17,7 +18,7 @@ struct Comparison {
     bool compatible;
 };
 
-void expectCompare(AbstractCrs const& one, AbstractCrs const& other, Comparison const& expected) {
+void expectCompare(const AbstractCrs& one, const AbstractCrs& other, const Comparison& expected) {
     EXPECT_EQ(one == other, expected.equal);
     EXPECT_EQ(one != other, !expected.equal);
     EXPECT_EQ(one.isEqual(&other), expected.equal);
@@ -25,7 +26,7 @@ void expectCompare(AbstractCrs const& one, AbstractCrs const& other, Comparison 
     EXPECT_EQ(one.isCompatible(&other), expected.compatible);
 }
 
-void expectCompareBothWays(AbstractCrs const& one, AbstractCrs const& other, Comparison const& expected) {
+void expectCompareBothWays(const AbstractCrs& one, const AbstractCrs& other, const Comparison& expected) {
     expectCompare(one, other, expected);
     expectCompare(other, one, expected);
 }

@@ -1,6 +1,7 @@
-#include <gtest/gtest.h>
 #include <memory>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/AbstractCrs.h"
 #include "CoordinateTransformation/CoordTransformer.h"
@@ -13,14 +14,14 @@ namespace {
 class RecordingTransformer : public CoordTransformer {
 public:
     struct Call {
-        AbstractCrs const* source;
-        AbstractCrs const* target;
+        const AbstractCrs* source;
+        const AbstractCrs* target;
         double* x;
         double* y;
         double* z;
     };
 
-    void transformCoordinates(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y,
+    void transformCoordinates(const AbstractCrs* source, const AbstractCrs* target, double& x, double& y,
                               double* z) const override {
         calls.push_back({source, target, &x, &y, z});
         x += 100;
@@ -33,7 +34,7 @@ public:
 
 class AbstractCrsTransformationTest : public AbstractCrsTest {
 protected:
-    BareCrs givenCrsOf(CoordTransformer const& crsTransformer, unsigned int code) const {
+    BareCrs givenCrsOf(const CoordTransformer& crsTransformer, unsigned int code) const {
         BareCrs crs(creator, crsTransformer);
         crs.primaryCode = code;
         return crs;

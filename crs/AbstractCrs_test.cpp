@@ -4,12 +4,13 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
-#include <gtest/gtest.h>
 #include <limits>
 #include <memory>
 #include <type_traits>
 #include <utility>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "tests/support/AbstractCrsTest.h"
 
@@ -19,7 +20,7 @@ namespace {
 static_assert(std::is_abstract_v<AbstractCrs>);
 static_assert(std::has_virtual_destructor_v<AbstractCrs>);
 static_assert(!std::is_default_constructible_v<BareCrs>);
-static_assert(std::is_same_v<decltype(std::declval<AbstractCrs const&>().copy()), AbstractCrs*>);
+static_assert(std::is_same_v<decltype(std::declval<const AbstractCrs&>().copy()), AbstractCrs*>);
 static_assert(std::is_same_v<decltype(std::declval<BareCrs&>().primaryCode), std::uint32_t>);
 
 constexpr unsigned int LARGEST = std::numeric_limits<unsigned int>::max();
@@ -99,7 +100,7 @@ TEST_F(AbstractCrsTest, AssignsIntoAFilledTarget) {
 TEST_F(AbstractCrsTest, AssignmentToItselfChangesNothing) {
     BareCrs crs = givenFilled();
     AbstractCrs& crsAsBase = crs;
-    AbstractCrs const& same = crs;
+    const AbstractCrs& same = crs;
     EXPECT_EQ(&(crsAsBase = same), &crs);
     expectEveryFieldEqual(crs, givenFilled());
 }
@@ -251,7 +252,7 @@ TEST_F(AbstractCrsTest, BecomesUnknownOrDefaultByItsCodesAlone) {
     EXPECT_FALSE(crs.isDefault());
 }
 
-void expectShapeChange(BareCrs const& before, BareCrs const& after, Shape const& expected) {
+void expectShapeChange(const BareCrs& before, const BareCrs& after, const Shape& expected) {
     BareCrs expectedCrs = before;
     expectedCrs.primaryCode = expected.primaryCode;
     expectedCrs.secCompoundCode = expected.secCompoundCode;

@@ -6,7 +6,6 @@
 #include "CoordinateTransformation/BBoxType.h"
 
 namespace CoordinateTransformation {
-
 namespace {
 
 constexpr double RADIANS_PER_DEGREE = 0.017453292519943295;
@@ -30,7 +29,7 @@ BBoxType::~BBoxType() = default;
 
 CoordTransformer::~CoordTransformer() = default;
 
-void CoordTransformer::transformTo(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y,
+void CoordTransformer::transformTo(const AbstractCrs* source, const AbstractCrs* target, double& x, double& y,
                                    double* z) const {
     if (!prepare(source, target, x, y, z)) return;
     transformCoordinates(source, target, x, y, z);
@@ -38,7 +37,7 @@ void CoordTransformer::transformTo(AbstractCrs const* source, AbstractCrs const*
 }
 
 // Intended: the scale factors work differently on the two paths, and in prepare and followUp.
-bool CoordTransformer::prepare(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y,
+bool CoordTransformer::prepare(const AbstractCrs* source, const AbstractCrs* target, double& x, double& y,
                                double* z) const {
     if (source->isCodeCompatible(target)) {
         if (source->isAxisOrderEastNorthOrLonLat() != target->isAxisOrderEastNorthOrLonLat()) std::swap(x, y);
@@ -52,7 +51,7 @@ bool CoordTransformer::prepare(AbstractCrs const* source, AbstractCrs const* tar
     return true;
 }
 
-void CoordTransformer::followUp(AbstractCrs const* /*source*/, AbstractCrs const* target, double& x, double& y,
+void CoordTransformer::followUp(const AbstractCrs* /*source*/, const AbstractCrs* target, double& x, double& y,
                                 double* z) const {
     divide(x, y, target->getPrimaryScaleFactor());
     if (z != nullptr) *z *= target->getCompoundScaleFactor();

@@ -1,12 +1,13 @@
 #include "CoordinateTransformation/CoordTransformer.h"
 
 #include <cmath>
-#include <gtest/gtest.h>
 #include <limits>
 #include <ostream>
 #include <stdexcept>
 #include <type_traits>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "proj/Proj4Locks.h"
 #include "tests/support/FakeCrs.h"
@@ -42,12 +43,12 @@ std::ostream& operator<<(std::ostream& stream, const Point& point) {
 class RecordingTransformer : public CoordTransformer {
 public:
     struct Call {
-        AbstractCrs const* source;
-        AbstractCrs const* target;
+        const AbstractCrs* source;
+        const AbstractCrs* target;
         Point point;
     };
 
-    void transformCoordinates(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y,
+    void transformCoordinates(const AbstractCrs* source, const AbstractCrs* target, double& x, double& y,
                               double* z) const override {
         calls.push_back({source, target, {x, y, z == nullptr ? NO_HEIGHT : *z}});
         if (fails) throw std::runtime_error("no");

@@ -9,15 +9,15 @@ Crs::Crs(NullConstruction) {}
 
 Crs::Crs(AbstractCrs* owned) : crs(owned) {}
 
-Crs::Crs(AbstractCrs const* borrowed) : crs(const_cast<AbstractCrs*>(borrowed)), holdingConst(borrowed != nullptr) {}
+Crs::Crs(const AbstractCrs* borrowed) : crs(const_cast<AbstractCrs*>(borrowed)), holdingConst(borrowed != nullptr) {}
 
-Crs::Crs(Crs const& other) : holdingConst(other.holdingConst) { slurp(other); }
+Crs::Crs(const Crs& other) : holdingConst(other.holdingConst) { slurp(other); }
 
 Crs::Crs(Crs&& other) noexcept : crs(other.crs), holdingConst(other.holdingConst) { other.crs = nullptr; }
 
 Crs::~Crs() { deleteNonConstCrs(); }
 
-Crs& Crs::operator=(Crs const& other) {
+Crs& Crs::operator=(const Crs& other) {
     if (this == &other) return *this;
     deleteNonConstCrs();
     holdingConst = other.holdingConst;
@@ -34,7 +34,7 @@ Crs& Crs::operator=(Crs&& other) noexcept {
     return *this;
 }
 
-Crs& Crs::operator=(AbstractCrs const* borrowed) {
+Crs& Crs::operator=(const AbstractCrs* borrowed) {
     deleteNonConstCrs();
     crs = const_cast<AbstractCrs*>(borrowed);
     if (borrowed != nullptr) holdingConst = true;
@@ -71,7 +71,7 @@ void Crs::deleteNonConstCrs() {
 }
 
 // Empties the handle first: a copy that fails must not leave it with what the caller has released.
-void Crs::slurp(Crs const& other) {
+void Crs::slurp(const Crs& other) {
     crs = nullptr;
     if (other.crs != nullptr) crs = other.holdingConst ? other.crs : other.crs->copy();
 }

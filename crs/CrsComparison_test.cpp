@@ -1,9 +1,10 @@
 // Compiled under each standard: C++20 adds reversed and rewritten candidates to every comparison.
 
 #include <cstddef>
-#include <gtest/gtest.h>
 #include <type_traits>
 #include <utility>
+
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/Crs.h"
 #include "tests/support/FakeCrs.h"
@@ -52,7 +53,7 @@ protected:
         const FakeCrs* const secondToRead = &second;
         FakeCrs* const firstToChange = &first;
         FakeCrs* const secondToChange = &second;
-        AbstractCrs const* const firstBorrowed = &first;
+        const AbstractCrs* const firstBorrowed = &first;
         AbstractCrs* const firstOwned = &first;
         expectComparisonOfEveryMix(handle, firstToRead, true);
         expectComparisonOfEveryMix(handle, secondToRead, false);
@@ -64,7 +65,7 @@ protected:
         expectComparison(std::as_const(handle), nullptr, false);
     }
 
-    static Crs borrowing(AbstractCrs const& crs) { return Crs(&crs); }
+    static Crs borrowing(const AbstractCrs& crs) { return Crs(&crs); }
 
     FakeCreator creator;
     FakeTransformer transformer;
@@ -78,7 +79,7 @@ TEST_F(COORDTRANS_COMPARISON_TEST, OfHandlesIsIdentityOfWhatTheyHold) {
     Crs other = borrowing(second);
     Crs empty = NullConstruction();
     Crs alsoEmpty = NullConstruction();
-    DerivedHandle derived(static_cast<AbstractCrs const*>(&first));
+    DerivedHandle derived(static_cast<const AbstractCrs*>(&first));
     expectComparisonOfEveryMix(handle, handle, true);
     expectComparisonOfEveryMix(handle, same, true);
     expectComparisonOfEveryMix(handle, other, false);
@@ -98,11 +99,11 @@ TEST_F(COORDTRANS_COMPARISON_TEST, OfAHandleAndItsOwnCopyIsFalse) {
 
 TEST_F(COORDTRANS_COMPARISON_TEST, TakesPointersOfEveryKindOnEitherSide) {
     Crs handle = borrowing(first);
-    DerivedHandle derived(static_cast<AbstractCrs const*>(&first));
+    DerivedHandle derived(static_cast<const AbstractCrs*>(&first));
     expectOnlyTheFirstIsHeldBy(handle);
     expectOnlyTheFirstIsHeldBy(derived);
     Crs empty = NullConstruction();
-    AbstractCrs const* const nothing = nullptr;
+    const AbstractCrs* const nothing = nullptr;
     expectComparisonOfEveryMix(empty, nothing, true);
     expectComparison(empty, nullptr, true);
     expectComparison(std::as_const(empty), nullptr, true);

@@ -1,8 +1,9 @@
 #include <functional>
-#include <gtest/gtest.h>
 #include <map>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/AbstractCrs.h"
 #include "CoordinateTransformation/CRSindicationFormatInfo.h"
@@ -22,7 +23,7 @@ using TestSupport::FakeCrs;
 using TestSupport::FakeTransformer;
 using TestSupport::LiveCrs;
 using TestSupport::NameRow;
-using Writer = std::function<std::string(AbstractCrs const&)>;
+using Writer = std::function<std::string(const AbstractCrs&)>;
 
 constexpr int URN_STYLE = 0;
 constexpr int URL_STYLE = 2;
@@ -31,7 +32,7 @@ constexpr int URL_STYLE = 2;
 class PoolingCreator : public TestSupport::FakeCreator {
 public:
     using FakeCreator::FakeCreator;
-    void add(AbstractCrs const* crs) { pool[crs->getAliasOrIdentifier(false)] = crs; }
+    void add(const AbstractCrs* crs) { pool[crs->getAliasOrIdentifier(false)] = crs; }
     const AbstractCrs* getFromNameCache(const std::string& name, bool throwIfMissing) const override {
         const auto found = pool.find(name);
         if (found != pool.end()) return found->second;
@@ -40,38 +41,38 @@ public:
     }
 
 private:
-    std::map<std::string, AbstractCrs const*> pool;
+    std::map<std::string, const AbstractCrs*> pool;
 };
 
-Writer asUrn(std::string const& version) {
-    return [version](AbstractCrs const& crs) {
+Writer asUrn(const std::string& version) {
+    return [version](const AbstractCrs& crs) {
         const SrsFormattingOptions options{version, "", URN_STYLE};
         return crs.getAliasOrAsOgcURN(&options, false);
     };
 }
 
-Writer asUrl(std::string const& version) {
-    return [version](AbstractCrs const& crs) {
+Writer asUrl(const std::string& version) {
+    return [version](const AbstractCrs& crs) {
         const SrsFormattingOptions options{version, "", URL_STYLE};
         return crs.getAliasOrAsOgcURN(&options, false);
     };
 }
 
-Writer withPrefix(std::string const& prefix) {
-    return [prefix](AbstractCrs const& crs) {
+Writer withPrefix(const std::string& prefix) {
+    return [prefix](const AbstractCrs& crs) {
         const SrsFormattingOptions options{"", prefix, URN_STYLE};
         return crs.getAliasOrAsOgcURN(&options, false);
     };
 }
 
 Writer inFormat(unsigned int format) {
-    return [format](AbstractCrs const& crs) {
+    return [format](const AbstractCrs& crs) {
         const CRSindicationFormatInfo info{format, "", "http://www.opengis.net/gml/srs/epsg.xml", "\x01", "\x01"};
         return crs.getAliasOrAsFormat(info, false);
     };
 }
 
-std::string asIdentifier(AbstractCrs const& crs) { return crs.getAliasOrIdentifier(false); }
+std::string asIdentifier(const AbstractCrs& crs) { return crs.getAliasOrIdentifier(false); }
 
 struct Codes {
     unsigned int primary;
@@ -88,9 +89,9 @@ std::vector<Codes> codesOfTheTable(bool compound) {
 
 class CrsIdentifiersRoundTripTest : public testing::Test {
 protected:
-    FakeCrs given(Codes const& codes) const { return {creator, transformer, codes.primary, codes.secondary}; }
+    FakeCrs given(const Codes& codes) const { return {creator, transformer, codes.primary, codes.secondary}; }
 
-    void expectReadsBack(Codes const& codes, Writer const& write) const {
+    void expectReadsBack(const Codes& codes, const Writer& write) const {
         const std::string written = write(given(codes));
         SCOPED_TRACE(written);
         const Crs read = creator.createFromName(written, true, true);

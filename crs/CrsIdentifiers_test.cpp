@@ -1,9 +1,10 @@
 #include <climits>
 #include <functional>
-#include <gtest/gtest.h>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/AbstractCrs.h"
 #include "CoordinateTransformation/CRSindicationFormatInfo.h"
@@ -21,7 +22,7 @@ using QuarvelSrv::SrsFormattingOptions;
 using TestSupport::FormRequest;
 using TestSupport::NameRow;
 using TestSupport::WRITTEN_FORMS;
-using Writer = std::function<std::string(AbstractCrs const&, bool useAlias)>;
+using Writer = std::function<std::string(const AbstractCrs&, bool useAlias)>;
 
 constexpr unsigned int OGC_URN = 0;
 constexpr unsigned int TEMPLATE_URL = 1;
@@ -37,18 +38,18 @@ const std::string S = "\x02";
 
 const std::string NUL(1, '\0');
 
-std::string writeIdentifier(AbstractCrs const& crs, bool useAlias) { return crs.getAliasOrIdentifier(useAlias); }
+std::string writeIdentifier(const AbstractCrs& crs, bool useAlias) { return crs.getAliasOrIdentifier(useAlias); }
 
-std::string writeUrn(AbstractCrs const& crs, bool useAlias) { return crs.getAliasOrAsOgcURN(nullptr, useAlias); }
+std::string writeUrn(const AbstractCrs& crs, bool useAlias) { return crs.getAliasOrAsOgcURN(nullptr, useAlias); }
 
-std::string writeText(AbstractCrs const& crs, bool /*useAlias*/) { return crs.getAsText(); }
+std::string writeText(const AbstractCrs& crs, bool /*useAlias*/) { return crs.getAsText(); }
 
-Writer withOptions(SrsFormattingOptions const& options) {
-    return [options](AbstractCrs const& crs, bool useAlias) { return crs.getAliasOrAsOgcURN(&options, useAlias); };
+Writer withOptions(const SrsFormattingOptions& options) {
+    return [options](const AbstractCrs& crs, bool useAlias) { return crs.getAliasOrAsOgcURN(&options, useAlias); };
 }
 
-Writer inFormat(CRSindicationFormatInfo const& info) {
-    return [info](AbstractCrs const& crs, bool useAlias) { return crs.getAliasOrAsFormat(info, useAlias); };
+Writer inFormat(const CRSindicationFormatInfo& info) {
+    return [info](const AbstractCrs& crs, bool useAlias) { return crs.getAliasOrAsFormat(info, useAlias); };
 }
 
 class CrsIdentifiersTest : public AbstractCrsTest {
@@ -313,10 +314,10 @@ TEST_F(CrsIdentifiersTest, WritesTheIdentifierThatAnUnknownCrsStillHolds) {
     EXPECT_EQ(writeUrn(crs, false), "");
 }
 
-void expectRefused(AbstractCrs const& crs, Writer const& write, std::string const& message) {
+void expectRefused(const AbstractCrs& crs, const Writer& write, const std::string& message) {
     try {
         ADD_FAILURE() << "written as " << write(crs, false);
-    } catch (QSHelpers::UnexpectedException const& failure) {
+    } catch (const QSHelpers::UnexpectedException& failure) {
         EXPECT_EQ(failure.what(), message);
         EXPECT_EQ(failure.getDetailedMessage(), message);
         EXPECT_EQ(failure.getServiceExceptionCode(), "qvUnexpectedException");
@@ -324,7 +325,7 @@ void expectRefused(AbstractCrs const& crs, Writer const& write, std::string cons
 }
 
 TEST_F(CrsIdentifiersTest, RefusesUrlAndTextOfAnUnknownOrDefaultCrs) {
-    const Writer writeUrl = [](AbstractCrs const& crs, bool) { return crs.getAsURL("base", P, P); };
+    const Writer writeUrl = [](const AbstractCrs& crs, bool) { return crs.getAsURL("base", P, P); };
     const Writer writeTemplateUrl = inFormat({TEMPLATE_URL, "", "base", P, P});
     for (BareCrs crs : {givenUnknown(), givenDefault()}) {
         for (const char* const alias : {"", "alias"}) {

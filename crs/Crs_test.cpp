@@ -2,12 +2,13 @@
 
 #include <cstddef>
 #include <functional>
-#include <gtest/gtest.h>
 #include <new>
 #include <thread>
 #include <type_traits>
 #include <utility>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "tests/support/FakeCrs.h"
 
@@ -22,14 +23,14 @@ using TestSupport::LiveCrs;
 static_assert(!std::is_default_constructible_v<Crs>);
 static_assert(std::is_polymorphic_v<Crs> && std::has_virtual_destructor_v<Crs>);
 static_assert(std::is_empty_v<NullConstruction>);
-static_assert(std::is_same_v<decltype(std::declval<Crs&>() = std::declval<Crs const&>()), Crs&>);
+static_assert(std::is_same_v<decltype(std::declval<Crs&>() = std::declval<const Crs&>()), Crs&>);
 static_assert(std::is_same_v<decltype(std::declval<Crs&>() = std::declval<Crs>()), Crs&>);
-static_assert(std::is_same_v<decltype(std::declval<Crs&>() = std::declval<AbstractCrs const*>()), Crs&>);
+static_assert(std::is_same_v<decltype(std::declval<Crs&>() = std::declval<const AbstractCrs*>()), Crs&>);
 static_assert(std::is_void_v<decltype(std::declval<Crs&>() = std::declval<AbstractCrs*>())>);
-static_assert(!std::is_convertible_v<Crs const&, AbstractCrs*>);
+static_assert(!std::is_convertible_v<const Crs&, AbstractCrs*>);
 
 AbstractCrs* const NOTHING_TO_OWN = nullptr;
-AbstractCrs const* const NOTHING_TO_BORROW = nullptr;
+const AbstractCrs* const NOTHING_TO_BORROW = nullptr;
 
 // A handle that has been moved from keeps its flag, so there are two kinds of empty handles.
 enum HandleState { EMPTY, LEFT_BY_BORROWER, BORROWING, OWNING };
@@ -73,7 +74,7 @@ protected:
         if (state == LEFT_BY_BORROWER) const Crs borrower(std::move(handle));
         return handle;
     }
-    AbstractCrs const* borrowable() const { return &cached; }
+    const AbstractCrs* borrowable() const { return &cached; }
     std::size_t ownedCount() const { return live.count() - 1; }
 
     LiveCrs live;
@@ -87,8 +88,8 @@ private:
 void expectEmpty(Crs& handle) {
     EXPECT_EQ(handle.get(), nullptr);
     EXPECT_EQ(handle.operator->(), nullptr);
-    EXPECT_EQ(static_cast<AbstractCrs const*>(handle), nullptr);
-    EXPECT_EQ(static_cast<AbstractCrs const*>(std::as_const(handle)), nullptr);
+    EXPECT_EQ(static_cast<const AbstractCrs*>(handle), nullptr);
+    EXPECT_EQ(static_cast<const AbstractCrs*>(std::as_const(handle)), nullptr);
     EXPECT_EQ(static_cast<AbstractCrs*>(handle), nullptr);
     EXPECT_EQ(handle.mod(), nullptr);
     EXPECT_FALSE(handle.operator bool());
@@ -136,7 +137,7 @@ TEST_F(CrsTest, BorrowsAConstCrs) {
     EXPECT_TRUE(live.contains(borrowable()));
 }
 
-void expectCopied(Crs const& copied, Crs const& source, HandleState state) {
+void expectCopied(const Crs& copied, const Crs& source, HandleState state) {
     EXPECT_EQ(copied.isHoldingConst(), isFlagged(state));
     EXPECT_EQ(source.isHoldingConst(), isFlagged(state));
     EXPECT_EQ(source.get() == nullptr, isEmpty(state));
@@ -166,7 +167,7 @@ TEST_F(CrsTest, CopiesFromAModifiableHandleAlike) {
     EXPECT_EQ(ownedCount(), 0U);
 }
 
-void expectMoved(Crs const& target, Crs const& source, HandleState state, AbstractCrs const* held) {
+void expectMoved(const Crs& target, const Crs& source, HandleState state, const AbstractCrs* held) {
     EXPECT_EQ(target.get(), held);
     EXPECT_EQ(target.isHoldingConst(), isFlagged(state));
     EXPECT_EQ(source.get(), nullptr);
@@ -177,7 +178,7 @@ TEST_F(CrsTest, MovesTheCrsAndLeavesAnEmptyHandle) {
     for (const HandleState state : STATES) {
         SCOPED_TRACE(state);
         Crs source = given(state);
-        AbstractCrs const* const held = source.get();
+        const AbstractCrs* const held = source.get();
         const Crs target(std::move(source));
         expectMoved(target, source, state, held);
         EXPECT_EQ(ownedCount(), state == OWNING ? 1U : 0U);
@@ -194,7 +195,7 @@ TEST_F(CrsTest, ReleasesNothingWhereItWasMovedFrom) {
 }
 
 // Calls `act` with a target in every state and a source in every state.
-void forEveryPairOfStates(std::function<void(HandleState, HandleState)> const& act) {
+void forEveryPairOfStates(const std::function<void(HandleState, HandleState)>& act) {
     for (const HandleState targetState : STATES) {
         for (const HandleState sourceState : STATES) {
             SCOPED_TRACE(testing::Message() << "target " << targetState << ", source " << sourceState);
@@ -229,7 +230,7 @@ TEST_F(CrsTest, AssignmentToItselfChangesNothing) {
         SCOPED_TRACE(state);
         Crs handle = given(state);
         Crs& same = handle;
-        AbstractCrs const* const held = handle.get();
+        const AbstractCrs* const held = handle.get();
         EXPECT_EQ(&(handle = same), &handle);
         EXPECT_EQ(&(handle = std::move(same)), &handle);
         EXPECT_EQ(handle.get(), held);
@@ -243,7 +244,7 @@ TEST_F(CrsTest, BorrowsAnAssignedConstCrsAndReleasesWhatItOwned) {
     for (const HandleState state : STATES) {
         SCOPED_TRACE(state);
         Crs handle = given(state);
-        AbstractCrs const* const borrowed = &other;
+        const AbstractCrs* const borrowed = &other;
         EXPECT_EQ(&(handle = borrowed), &handle);
         EXPECT_EQ(handle.get(), borrowed);
         EXPECT_TRUE(handle.isHoldingConst());
@@ -265,7 +266,7 @@ TEST_F(CrsTest, KeepsItsFlagWhenEmptiedByANullConstPointer) {
 TEST_F(CrsTest, ReleasesEvenTheOwnedCrsThatItIsToldToBorrow) {
     FakeCrs* const crs = newCrs();
     Crs handle(crs);
-    AbstractCrs const* const sameCrs = crs;
+    const AbstractCrs* const sameCrs = crs;
     handle = sameCrs;
     EXPECT_FALSE(live.contains(sameCrs));
     EXPECT_TRUE(handle == sameCrs);
@@ -311,10 +312,10 @@ TEST_F(CrsTest, IgnoresTheAssignmentOfTheCrsItHolds) {
 TEST_F(CrsTest, ReadsWithoutCopying) {
     const UncopyableCrs crs(creator, transformer, 4979, 0);
     Crs handle(&crs);
-    Crs const& constHandle = handle;
-    AbstractCrs const* const readings[] = {
+    const Crs& constHandle = handle;
+    const AbstractCrs* const readings[] = {
         handle.get(), constHandle.get(), handle.operator->(), constHandle.operator->(), handle, constHandle};
-    for (AbstractCrs const* const reading : readings) EXPECT_EQ(reading, &crs);
+    for (const AbstractCrs* const reading : readings) EXPECT_EQ(reading, &crs);
     EXPECT_EQ(handle->getPrimaryCode(), 4979U);
     EXPECT_FALSE(handle.isNotSetOrUnknown());
     EXPECT_TRUE(handle.isHoldingConst());
@@ -323,7 +324,7 @@ TEST_F(CrsTest, ReadsWithoutCopying) {
 TEST_F(CrsTest, AnswersInAConditionWithoutCopying) {
     const UncopyableCrs crs(creator, transformer, 4979, 0);
     Crs handle(&crs);
-    Crs const& constHandle = handle;
+    const Crs& constHandle = handle;
     Crs empty = given(LEFT_BY_BORROWER);
     if (!(handle && constHandle)) ADD_FAILURE() << "taken for empty";
     EXPECT_TRUE(handle ? true : false);
@@ -350,8 +351,8 @@ TEST_F(CrsTest, ComparesByIdentityWithoutCopying) {
     const UncopyableCrs crs(creator, transformer, 25832, 0);
     const UncopyableCrs twin(crs);
     const Crs handle(&crs);
-    AbstractCrs const* const held = &crs;
-    AbstractCrs const* const equal = &twin;
+    const AbstractCrs* const held = &crs;
+    const AbstractCrs* const equal = &twin;
     ASSERT_TRUE(held->isEqual(equal));
     EXPECT_TRUE(handle == held);
     EXPECT_FALSE(handle == equal);
@@ -425,7 +426,7 @@ TEST_F(CrsTest, ForcesTwoDimensionsOnACopyWhereThatChangesTheCrs) {
         EXPECT_EQ(handle.isHoldingConst(), !row.changes);
         EXPECT_EQ(handle.get() != &shared, row.changes);
         EXPECT_EQ(shared.getDim(), row.changes ? 3U : 2U);
-        AbstractCrs const* const held = handle.get();
+        const AbstractCrs* const held = handle.get();
         handle.forceDim2D();
         EXPECT_EQ(handle.get(), held);
     }
@@ -436,14 +437,14 @@ TEST_F(CrsTest, ForcesTheWmsAxisOrderOnACopyWhereThatChangesTheCrs) {
         SCOPED_TRACE(eastNorth);
         FakeCrs crs(creator, transformer, 4326, 0, &live);
         crs.setAxisOrderEastNorthOrLonLat(eastNorth);
-        AbstractCrs const* const shared = &crs;
+        const AbstractCrs* const shared = &crs;
         Crs handle(shared);
         handle.forceWmsAxisOrder();
         EXPECT_TRUE(handle->isWmsAxisOrder());
         EXPECT_EQ(handle.isHoldingConst(), eastNorth);
         EXPECT_EQ(handle.get() == shared, eastNorth);
         EXPECT_EQ(shared->isWmsAxisOrder(), eastNorth);
-        AbstractCrs const* const held = handle.get();
+        const AbstractCrs* const held = handle.get();
         handle.forceWmsAxisOrder();
         EXPECT_EQ(handle.get(), held);
     }
@@ -477,7 +478,7 @@ TEST_F(CrsTest, ForcesTwoDimensionsAsTheCrsDoes) {
 TEST_F(CrsTest, KeepsBorrowingWhenTheCopyFails) {
     UncopyableCrs crs(creator, transformer, 4979, 0);
     crs.setAxisOrderEastNorthOrLonLat(false);
-    AbstractCrs const* const shared = &crs;
+    const AbstractCrs* const shared = &crs;
     Crs handle(shared);
     EXPECT_THROW(handle.mod(), std::bad_alloc);
     EXPECT_THROW(handle.forceDim2D(), std::bad_alloc);

@@ -2,8 +2,9 @@
 
 #include "tests/support/AllocationFailure.h"
 
-#include <gtest/gtest.h>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/BBoxOutOfBounds.h"
 #include "CoordinateTransformation/CrsNotConfigured.h"

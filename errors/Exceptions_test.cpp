@@ -1,11 +1,12 @@
 // The nine exceptions of the two branches and their two bases.
 
 #include <functional>
-#include <gtest/gtest.h>
 #include <memory>
 #include <ostream>
 #include <string>
 #include <type_traits>
+
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/BBoxOutOfBounds.h"
 #include "CoordinateTransformation/CrsNotConfigured.h"

@@ -15,7 +15,6 @@
 #include "CoordinateTransformation/structured_exception.h"
 
 namespace CoordinateTransformation {
-
 namespace {
 
 struct PlatformFault {

@@ -1,7 +1,8 @@
 #include "errors/StructuredExceptionTranslation.h"
 
-#include <gtest/gtest.h>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/structured_exception.h"
 #include "tests/support/GroupingLocale.h"

@@ -2,12 +2,13 @@
 
 #include <algorithm>
 #include <cstring>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <memory>
 #include <string>
 #include <type_traits>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "platform/MessageCatalogue.h"
 #include "platform/WindowsFaults.h"

@@ -3,10 +3,7 @@
 cmake_minimum_required(VERSION 3.22)
 
 file(READ ${EXPECTED} expected)
-execute_process(
-  COMMAND ${PROGRAM} ${ARGUMENT}
-  OUTPUT_VARIABLE printed
-  RESULT_VARIABLE result)
+execute_process(COMMAND ${PROGRAM} ${ARGUMENT} OUTPUT_VARIABLE printed RESULT_VARIABLE result)
 if(NOT result EQUAL 0)
   message(FATAL_ERROR "${PROGRAM} ended with ${result} after printing\n${printed}")
 endif()

@@ -46,6 +46,7 @@ int main(int argc, char** argv) {
     const CrsCreator& creator = config->getCreator();
     const Results expected = serveRequests(creator);
     std::vector<std::future<Results>> threads;
+    threads.reserve(THREADS);
     for (int i = 0; i < THREADS; ++i)
         threads.push_back(std::async(std::launch::async, [&creator] { return serveRequests(creator); }));
 

@@ -1,7 +1,7 @@
 // Axis-order files: rows of cells, none of which holds a separator.
 
-#include "text/CsvRow.h"
 #include "fuzz/Input.h"
+#include "text/CsvRow.h"
 
 using CoordinateTransformation::CsvRowIterator;
 

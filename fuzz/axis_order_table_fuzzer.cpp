@@ -5,9 +5,9 @@
 #include <utility>
 
 #include "CoordinateTransformation/Misconfigured.h"
-#include "proj/AxisOrderTable.h"
 #include "fuzz/Input.h"
 #include "fuzz/ScratchFile.h"
+#include "proj/AxisOrderTable.h"
 
 using namespace CoordinateTransformation;
 

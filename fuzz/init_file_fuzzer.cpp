@@ -4,7 +4,7 @@
 #include "fuzz/ScratchFile.h"
 #include "text/InitFile.h"
 
-using namespace ClassicProj;
+using namespace CoordinateTransformation;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const Fuzz::ScratchFile scratch;

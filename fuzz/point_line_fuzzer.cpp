@@ -59,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const ColumnLayout layout = readLayout(line);
     while (std::getline(lines, line)) {
         for (const Separator separator :
-             {Separator::Automatic, Separator::Blank, Separator::Comma, Separator::Semicolon}) {
+             {Separator::AUTOMATIC, Separator::BLANK, Separator::COMMA, Separator::SEMICOLON}) {
             scan(line, separator);
             read(line, layout, separator);
         }

@@ -1,8 +1,9 @@
 // Starts of a server: a fragment is read and started on data/proj, or refused with an exception of the library. A
 // configuration that has started answers every name under which it offers a CRS, and starts again with the same names.
 
-#include <boost/property_tree/xml_parser.hpp>
 #include <stdexcept>
+
+#include <boost/property_tree/xml_parser.hpp>
 
 #include "fuzz/Input.h"
 

@@ -6,7 +6,6 @@
 #include "text/NumericText.h"
 
 namespace CoordinateTransformation {
-
 namespace {
 
 using Fault = NameExplanation::Fault;
@@ -203,7 +202,8 @@ std::vector<std::string> registeredCodeNames(const CodePair& codes) {
 }
 
 std::array<RegisteredUrns, REGISTERED_URN_KINDS> registeredUrns(const CodePair& codes) {
-    const auto inHeads = [&codes](const std::string& head, const std::string& alternativeHead, const std::string& second) {
+    const auto inHeads = [&codes](const std::string& head, const std::string& alternativeHead,
+                                  const std::string& second) {
         std::string rest = convertNumericToText(codes.primary);
         if (codes.secondary != 0) rest += second + convertNumericToText(codes.secondary);
         return RegisteredUrns{head + rest, alternativeHead + rest};

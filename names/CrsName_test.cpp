@@ -1,10 +1,11 @@
 #include "names/CrsName.h"
 
 #include <algorithm>
-#include <gtest/gtest.h>
 #include <set>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "tests/support/NameTable.h"
 
@@ -25,14 +26,15 @@ bool acceptNothing(const char* /*property*/) { return false; }
 // Of the spelling that the row has or resembles; null if it resembles none.
 const NameSyntax* syntaxOf(const NameRow& row) {
     for (const NameSyntax& syntax : NAME_SYNTAXES)
-        if (std::string(syntax.description).find(" " + row["spelling"]) != std::string::npos && row["spelling"] != "")
+        if (std::string(syntax.description).find(" " + row["spelling"]) != std::string::npos &&
+            !row["spelling"].empty())
             return &syntax;
     return nullptr;
 }
 
 Fault faultOf(const NameRow& row) {
     if (row.isAccepted()) return Fault::NONE;
-    if (row["fault"] == "") return Fault::UNKNOWN_SPELLING;
+    if (row["fault"].empty()) return Fault::UNKNOWN_SPELLING;
     return row["fault"] == "code" ? Fault::BAD_CODE : Fault::BAD_SYNTAX;
 }
 

@@ -5,7 +5,6 @@
 #include "names/CrsName.h"
 
 namespace CoordinateTransformation {
-
 namespace {
 
 constexpr char NOT_DEF[] = "that does not go on with \"def\"";

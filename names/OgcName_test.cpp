@@ -1,8 +1,9 @@
 #include <cstddef>
-#include <gtest/gtest.h>
 #include <regex>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "names/CrsName.h"
 

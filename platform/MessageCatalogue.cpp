@@ -4,7 +4,6 @@
 #include <type_traits>
 
 namespace msg {
-
 namespace {
 
 constexpr char DEFAULT_MESSAGE[] = "No message is registered for this failure.";
@@ -93,5 +92,4 @@ void afterFork() { MessageHandler::object().unlock(); }
 [[maybe_unused]] const int registered = pthread_atfork(beforeFork, afterFork, afterFork);
 
 }  // namespace
-
 }  // namespace msg

@@ -1,13 +1,14 @@
 #include "platform/MessageCatalogue.h"
 
 #include <future>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <malloc.h>
 #include <optional>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace msg {
 namespace {

@@ -2,8 +2,9 @@
 
 #include "tests/support/AllocationFailure.h"
 
-#include <gtest/gtest.h>
 #include <map>
+
+#include <gtest/gtest.h>
 
 #include "tests/support/Proj4Test.h"
 

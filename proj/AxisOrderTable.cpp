@@ -1,7 +1,8 @@
 #include "proj/AxisOrderTable.h"
 
-#include <boost/filesystem/operations.hpp>
 #include <sstream>
+
+#include <boost/filesystem/operations.hpp>
 
 #include "CoordinateTransformation/Misconfigured.h"
 #include "QSHelpers/ConversionError.h"
@@ -11,12 +12,11 @@
 #include "text/NumericText.h"
 
 namespace CoordinateTransformation {
-
 namespace {
 
 constexpr char CELL_SEPARATOR = ';';
 
-unsigned int readCode(const std::string& cell, const std::string& place) {
+unsigned int readCodeCell(const std::string& cell, const std::string& place) {
     try {
         return QSHelpers::convertTextToNumeric<unsigned int>(cell, true, true);
     } catch (const QSHelpers::ConversionError&) {
@@ -36,7 +36,7 @@ void addRow(const CsvRow& row, const std::string& place) {
         throw Misconfigured(place + "row does contain less or more than two elements which are separated with a \"" +
                             CELL_SEPARATOR + "\" character");
     const bool eastNorth = readEastNorth(row[1], place);
-    getAxisOrderTable().emplace(readCode(row[0], place), eastNorth);
+    getAxisOrderTable().emplace(readCodeCell(row[0], place), eastNorth);
 }
 
 }  // namespace

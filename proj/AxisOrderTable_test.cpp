@@ -1,11 +1,12 @@
 #include "proj/AxisOrderTable.h"
 
-#include <boost/filesystem/exception.hpp>
 #include <filesystem>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <string>
 #include <sys/stat.h>
+
+#include <boost/filesystem/exception.hpp>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/Misconfigured.h"
 #include "QSHelpers/FileNotFoundException.h"

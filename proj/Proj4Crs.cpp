@@ -15,7 +15,6 @@
 #include "text/NumericText.h"
 
 namespace CoordinateTransformation {
-
 namespace {
 
 using ClassicProj::projPJ;
@@ -47,13 +46,13 @@ projPJ makeProjection(unsigned int code) {
 
 }  // namespace
 
-Proj4Crs::Proj4Crs(CrsCreator const& crsCreator, CoordTransformer const& crsTransformer, unsigned int primary,
+Proj4Crs::Proj4Crs(const CrsCreator& crsCreator, const CoordTransformer& crsTransformer, unsigned int primary,
                    unsigned int secondary, bool applyEpsgStandards)
     : AbstractCrs(crsCreator, crsTransformer) {
     Proj4Crs::setCode(primary, secondary, applyEpsgStandards);
 }
 
-Proj4Crs::Proj4Crs(Proj4Crs const& other) = default;
+Proj4Crs::Proj4Crs(const Proj4Crs& other) = default;
 
 Proj4Crs::~Proj4Crs() = default;
 
@@ -65,7 +64,7 @@ bool Proj4Crs::isCartesian() const { return !isGeographic(); }
 
 bool Proj4Crs::isGeographic() const { return ClassicProj::pj_is_latlong(static_cast<projPJ>(projDef)) != 0; }
 
-Proj4Crs& Proj4Crs::operator=(Proj4Crs const& other) {
+Proj4Crs& Proj4Crs::operator=(const Proj4Crs& other) {
     if (this == &other) return *this;
     AbstractCrs::operator=(other);
     projDef = other.projDef;

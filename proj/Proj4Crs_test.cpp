@@ -1,9 +1,10 @@
 #include "CoordinateTransformation/Proj4Crs.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <thread>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/Misconfigured.h"
 #include "CoordinateTransformation/TransExecException.h"

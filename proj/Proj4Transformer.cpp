@@ -47,15 +47,11 @@ void afterForkInChild() {
 // library forgets the handlers when the library is unloaded.
 [[maybe_unused]] const int registered = pthread_atfork(beforeFork, afterFork, afterForkInChild);
 
-}  // namespace
-
-namespace {
-
-ClassicProj::projPJ projectionOf(AbstractCrs const* crs) {
+ClassicProj::projPJ projectionOf(const AbstractCrs* crs) {
     // Only Proj4CrsCreator hands this transformer out, to Proj4Crs alone, so the type needs no check. The CRS that is
     // missing has no identifier to name.
     if (crs == nullptr) throw Misconfigured("No PROJ4 definition for CRS  found");
-    return static_cast<ClassicProj::projPJ>(static_cast<Proj4Crs const*>(crs)->getProjDef());
+    return static_cast<ClassicProj::projPJ>(static_cast<const Proj4Crs*>(crs)->getProjDef());
 }
 
 }  // namespace
@@ -68,7 +64,7 @@ Proj4Transformer* getProj4Transformer() {
 Proj4Transformer* theProj4Transformer = getProj4Transformer();
 
 // PROJ takes easting first. Intended: the result is exchanged before the error is looked at, also for a failure.
-void Proj4Transformer::transformCoordinates(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y,
+void Proj4Transformer::transformCoordinates(const AbstractCrs* source, const AbstractCrs* target, double& x, double& y,
                                             double* z) const {
     const ErrnoGuard errnoGuard;
     const TransformGuard guard;

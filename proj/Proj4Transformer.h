@@ -9,7 +9,7 @@ namespace CoordinateTransformation {
 // Thread-safe. No state.
 class Proj4Transformer : public CoordTransformer {
 public:
-    void transformCoordinates(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y,
+    void transformCoordinates(const AbstractCrs* source, const AbstractCrs* target, double& x, double& y,
                               double* z) const override;
 };
 

@@ -2,10 +2,11 @@
 
 #include <chrono>
 #include <future>
-#include <gtest/gtest.h>
 #include <thread>
 #include <utility>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/Misconfigured.h"
 #include "CoordinateTransformation/TransExecException.h"

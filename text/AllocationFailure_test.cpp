@@ -2,9 +2,10 @@
 
 #include "tests/support/AllocationFailure.h"
 
-#include <gtest/gtest.h>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "text/InitFile.h"
 

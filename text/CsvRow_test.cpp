@@ -1,13 +1,14 @@
 #include "text/CsvRow.h"
 
 #include <cstddef>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <limits>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace CoordinateTransformation {
 namespace {

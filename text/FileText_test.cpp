@@ -1,11 +1,12 @@
 #include "text/FileText.h"
 
 #include <filesystem>
-#include <gtest/gtest.h>
 #include <ios>
 #include <sstream>
 #include <string>
 #include <system_error>
+
+#include <gtest/gtest.h>
 
 #include "tests/support/TemporaryDirectory.h"
 

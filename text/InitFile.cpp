@@ -8,7 +8,6 @@
 #include "text/FileText.h"
 
 namespace CoordinateTransformation {
-
 namespace {
 
 // Far beyond any definition; a run of text as long as this is a broken file.

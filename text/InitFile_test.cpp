@@ -2,13 +2,14 @@
 
 #include <algorithm>
 #include <chrono>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <map>
 #include <string>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "tests/support/TemporaryDirectory.h"
 #include "text/ParameterList.h"

@@ -17,7 +17,6 @@
 #include "platform/ErrnoGuard.h"
 
 namespace QSHelpers {
-
 namespace {
 
 constexpr int BUFFER_SIZE = 500;
@@ -247,7 +246,6 @@ std::string trimWhitespace(const std::string& text, TrimMode mode) {
 }  // namespace QSHelpers
 
 namespace CoordinateTransformation {
-
 namespace {
 
 bool takeAnyOf(std::string_view& text, std::string_view characters) {

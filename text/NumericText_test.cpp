@@ -9,13 +9,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <gtest/gtest.h>
 #include <limits>
 #include <optional>
 #include <random>
 #include <string>
 #include <string_view>
 #include <version>
+
+#include <gtest/gtest.h>
 #ifdef __cpp_lib_to_chars
 #include <charconv>
 #endif
@@ -547,9 +548,9 @@ TEST(DefinitionNumberTest, WritesNoMoreCharactersThanItTakes) {
                    {0.1, "0.1"},
                    {-0.000001, "-1e-06"},
                    {0.0001, "1e-04"},
-        {0.00025, "0.00025"},
-        {100000, "1e+05"},
-        {123000, "123000"},
+                   {0.00025, "0.00025"},
+                   {100000, "1e+05"},
+                   {123000, "123000"},
                    {0.30000000000000004, "0.30000000000000004"},
                    {1e300, "1e+300"},
                    {4.9406564584124654e-324, "5e-324"}};

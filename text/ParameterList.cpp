@@ -7,7 +7,6 @@
 #include "text/NumericText.h"
 
 namespace CoordinateTransformation {
-
 namespace {
 
 constexpr char WHITE_SPACE[] = " \t\r\n\v\f";

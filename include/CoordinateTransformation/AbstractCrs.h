@@ -8,7 +8,7 @@
 
 namespace QuarvelSrv {
 struct SrsFormattingOptions;
-}
+}  // namespace QuarvelSrv
 
 namespace CoordinateTransformation {
 
@@ -36,7 +36,7 @@ public:
     /// Whether the horizontal coordinates are angles (degrees in this interface).
     virtual bool isGeographic() const = 0;
     /// Copies codes, version, alias, dimensions, axis order and scale factors.
-    virtual AbstractCrs& operator=(AbstractCrs const& other);
+    virtual AbstractCrs& operator=(const AbstractCrs& other);
     /// Derives the dimensions from the codes.
     virtual void setDimFromCodes() = 0;
     /// Takes new codes, rewrites the identifier unless `primary` is 0, and binds the CRS to them; with
@@ -58,9 +58,9 @@ public:
     virtual void setDim(unsigned int dim);
 
     /// Neither creator nor transformer is owned; see the class for how long they are needed.
-    AbstractCrs(CrsCreator const& crsCreator, CoordTransformer const& crsTransformer);
+    AbstractCrs(const CrsCreator& crsCreator, const CoordTransformer& crsTransformer);
     /// Every field equal, creator and transformer included.
-    AbstractCrs(AbstractCrs const& other);
+    AbstractCrs(const AbstractCrs& other);
 
     /// EPSG code of the CRS, of its horizontal part when compound; 0 for the unknown and the default CRS.
     unsigned int getPrimaryCode() const { return primaryCode; }
@@ -74,19 +74,19 @@ public:
     /// primary factor.
     double getCompoundScaleFactor() const;
     /// The creator that made this CRS. REQUIRES: it has not been destroyed.
-    CrsCreator const& getCreator() const { return creator; }
+    const CrsCreator& getCreator() const { return creator; }
     /// True when easting or longitude comes first.
     bool isAxisOrderEastNorthOrLonLat() const { return axisOrderEastNorthOrLonLat; }
     /// The same flag; easting or longitude first is called the WMS axis order here.
     bool isWmsAxisOrder() const { return axisOrderEastNorthOrLonLat; }
     /// Alias under which the CRS is configured or was requested; empty when there is none.
-    std::string const& getAlias() const { return alias; }
+    const std::string& getAlias() const { return alias; }
     /// Gives the CRS an alias, or none when `text` is empty. No cache learns of it.
-    void setAlias(std::string const& text) { alias = text; }
+    void setAlias(const std::string& text) { alias = text; }
     /// EPSG dataset version of the URN or URL that named the CRS; empty when it named none.
-    std::string const& getEpsgVersion() const { return epsgVersion; }
+    const std::string& getEpsgVersion() const { return epsgVersion; }
     /// Sets the EPSG dataset version that URNs and URLs are written with; any text, "6.12" for example.
-    void setEpsgVersion(std::string const& text) { epsgVersion = text; }
+    void setEpsgVersion(const std::string& text) { epsgVersion = text; }
     /// Sets the factor of the horizontal coordinates.
     void setPrimaryScaleFactor(double factor) { primaryScaleFactor = factor; }
     /// Sets the factor of the heights of a compound CRS.
@@ -109,39 +109,39 @@ public:
     void setDefault();
 
     /// Equality of codes, dimensions, axis order and alias. Scale factors, identifier and version do not count.
-    bool operator==(AbstractCrs const& other) const;
+    bool operator==(const AbstractCrs& other) const;
     /// The negation of operator==.
-    bool operator!=(AbstractCrs const& other) const { return !(*this == other); }
+    bool operator!=(const AbstractCrs& other) const { return !(*this == other); }
     /// operator== by pointer. REQUIRES: `other` is not null.
-    bool isEqual(AbstractCrs const* other) const { return *this == *other; }
+    bool isEqual(const AbstractCrs* other) const { return *this == *other; }
     /// The primary codes are equal, or are 4326 and 4979. REQUIRES: `other` is not null.
-    bool isCodeCompatible(AbstractCrs const* other) const;
+    bool isCodeCompatible(const AbstractCrs* other) const;
     /// Code-compatible with equal axis order, scale factors and dimension, so that coordinates need no change
     /// at all. REQUIRES: `other` is not null.
-    bool isCompatible(AbstractCrs const* other) const;
+    bool isCompatible(const AbstractCrs* other) const;
 
     /// Transforms a point of this CRS into `target`, in place. Horizontal coordinates are degrees for a
     /// geographic CRS and the CRS's own unit otherwise, in the order of each CRS's axis flag; z is in the unit
     /// that the definition of each CRS gives to heights. CoordTransformer::transformTo states what scale factors
     /// do. TransExecException when PROJ refuses the point, which then holds intermediate values.
     /// REQUIRES: `target` is not null.
-    void transformTo(AbstractCrs const* target, double& x, double& y, double& z) const;
+    void transformTo(const AbstractCrs* target, double& x, double& y, double& z) const;
     /// The same for a two-dimensional point.
-    void transformTo(AbstractCrs const* target, double& x, double& y) const;
+    void transformTo(const AbstractCrs* target, double& x, double& y) const;
 
     /// The alias if it is wanted and there is one, else the identifier ("EPSG:27700*EPSG:5701").
     std::string getAliasOrIdentifier(bool useAlias) const;
     /// The alias if it is wanted and there is one, else the OGC URN, the OGC http URL or prefix and code, as
     /// `options` say (null: a URN with the CRS's own version). Empty for an unknown or default CRS.
-    std::string getAliasOrAsOgcURN(QuarvelSrv::SrsFormattingOptions const* options, bool useAlias) const;
+    std::string getAliasOrAsOgcURN(const QuarvelSrv::SrsFormattingOptions* options, bool useAlias) const;
     /// The alias if it is wanted and there is one, else the form that `info.format` selects; empty for an
     /// unknown format. QSHelpers::UnexpectedException as getAsURL for format 1.
-    std::string getAliasOrAsFormat(CRSindicationFormatInfo const& info, bool useAlias) const;
+    std::string getAliasOrAsFormat(const CRSindicationFormatInfo& info, bool useAlias) const;
     /// `base`, "#" and a template in which each control character U+0001 (not the digit) stands for the primary
     /// code and each U+0002 for the secondary; the compound template serves a CRS with a secondary code.
     /// QSHelpers::UnexpectedException for an unknown or default CRS.
-    std::string getAsURL(std::string const& base, std::string const& simpleTemplate,
-                         std::string const& compoundTemplate) const;
+    std::string getAsURL(const std::string& base, const std::string& simpleTemplate,
+                         const std::string& compoundTemplate) const;
     /// The text form that CrsCreator::createFromSpecialTextFormat reads: identifier, "EN" or "NE", and the
     /// scale factors, separated by ";". QSHelpers::UnexpectedException for an unknown or default CRS.
     std::string getAsText() const;
@@ -168,9 +168,9 @@ protected:
     /// The factor of the heights of a compound CRS.
     double secCompoundScaleFactor = 1.0;
     /// The creator that made this CRS; not owned.
-    CrsCreator const& creator;
+    const CrsCreator& creator;
     /// The transformer of this CRS; not owned.
-    CoordTransformer const& transformer;
+    const CoordTransformer& transformer;
 };
 
 }  // namespace CoordinateTransformation

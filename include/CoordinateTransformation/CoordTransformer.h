@@ -24,18 +24,18 @@ public:
     /// divided by the source's primary factor before and by the target's after the transformation, and `z` is
     /// multiplied by the source's compound factor before and by the target's after it.
     /// REQUIRES: `source` and `target` are not null.
-    void transformTo(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y, double* z) const;
+    void transformTo(const AbstractCrs* source, const AbstractCrs* target, double& x, double& y, double* z) const;
 
     /// The transformation itself: takes angles in radians and scaled coordinates, in the order of the axis
     /// flags. Misconfigured for a null source or target, TransExecException for a point that cannot be
     /// transformed.
-    virtual void transformCoordinates(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y,
+    virtual void transformCoordinates(const AbstractCrs* source, const AbstractCrs* target, double& x, double& y,
                                       double* z) const = 0;
 
 private:
-    COORDTRANS_INTERNAL bool prepare(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y,
+    COORDTRANS_INTERNAL bool prepare(const AbstractCrs* source, const AbstractCrs* target, double& x, double& y,
                                      double* z) const;
-    COORDTRANS_INTERNAL void followUp(AbstractCrs const* source, AbstractCrs const* target, double& x, double& y,
+    COORDTRANS_INTERNAL void followUp(const AbstractCrs* source, const AbstractCrs* target, double& x, double& y,
                                       double* z) const;
 };
 

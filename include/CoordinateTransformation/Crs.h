@@ -24,7 +24,7 @@ class COORDTRANS_EXPORT Crs {
     // A pointer to a CRS or nullptr; no class, such as a handle, that merely converts to one.
     template <typename Pointer>
     using IfComparable =
-        std::enable_if_t<!std::is_class_v<Pointer> && std::is_convertible_v<Pointer, AbstractCrs const*>, bool>;
+        std::enable_if_t<!std::is_class_v<Pointer> && std::is_convertible_v<Pointer, const AbstractCrs*>, bool>;
 
 public:
     /// An empty handle.
@@ -32,32 +32,32 @@ public:
     /// Takes ownership of `owned`, which may be null.
     Crs(AbstractCrs* owned);
     /// Borrows `borrowed`; an empty handle when it is null.
-    Crs(AbstractCrs const* borrowed);
+    Crs(const AbstractCrs* borrowed);
     /// Borrows what `other` borrows, owns a copy of what it owns.
-    Crs(Crs const& other);
+    Crs(const Crs& other);
     /// Leaves `other` empty.
     Crs(Crs&& other) noexcept;
     virtual ~Crs();
 
     /// Releases what was owned, then as the copy constructor.
-    Crs& operator=(Crs const& other);
+    Crs& operator=(const Crs& other);
     /// Releases what was owned and leaves `other` empty.
     Crs& operator=(Crs&& other) noexcept;
     /// Releases what was owned and borrows `borrowed`; null empties the handle. REQUIRES: `borrowed` is not
     /// the CRS that the handle owns.
-    Crs& operator=(AbstractCrs const* borrowed);
+    Crs& operator=(const AbstractCrs* borrowed);
     /// Releases what was owned and takes ownership of `owned`. Nothing happens when `owned` is the CRS held
     /// already, even if it is borrowed.
     void operator=(AbstractCrs* owned);
 
     /// The CRS held, or null; never copies.
-    AbstractCrs const* get() const { return crs; }
+    const AbstractCrs* get() const { return crs; }
     /// The CRS held. REQUIRES: the handle is not empty.
-    AbstractCrs const* operator->() const { return crs; }
+    const AbstractCrs* operator->() const { return crs; }
     /// As get().
-    operator AbstractCrs const*() { return crs; }
+    operator const AbstractCrs*() { return crs; }
     /// As get().
-    operator AbstractCrs const*() const { return crs; }
+    operator const AbstractCrs*() const { return crs; }
     /// The CRS for modification, copied first when borrowed; null for an empty handle.
     AbstractCrs* mod();
     /// As mod(): copies a borrowed CRS.
@@ -66,14 +66,14 @@ public:
     /// handle would choose the conversion that copies.
     operator bool() { return crs != nullptr; }
     /// Identity, not equality.
-    bool operator==(AbstractCrs const* other) const { return crs == other; }
+    bool operator==(const AbstractCrs* other) const { return crs == other; }
     /// The negation of operator==.
-    bool operator!=(AbstractCrs const* other) const { return crs != other; }
+    bool operator!=(const AbstractCrs* other) const { return crs != other; }
     // Without these the conversions would make the comparisons ambiguous, or choose the one that copies.
     /// Whether both handles hold the same object, or none.
-    bool operator==(Crs const& other) const { return crs == other.crs; }
+    bool operator==(const Crs& other) const { return crs == other.crs; }
     /// The negation of operator==.
-    bool operator!=(Crs const& other) const { return crs != other.crs; }
+    bool operator!=(const Crs& other) const { return crs != other.crs; }
     /// Identity, not equality.
     bool operator==(AbstractCrs* other) const { return crs == other; }
     /// The negation of operator==.
@@ -84,12 +84,12 @@ public:
     bool operator!=(std::nullptr_t) const { return crs != nullptr; }
     /// Identity, with the pointer or nullptr first.
     template <typename Pointer, IfComparable<Pointer> = true>
-    friend bool operator==(Pointer other, Crs const& handle) {
+    friend bool operator==(Pointer other, const Crs& handle) {
         return handle.get() == other;
     }
     /// The negation of operator==.
     template <typename Pointer, IfComparable<Pointer> = true>
-    friend bool operator!=(Pointer other, Crs const& handle) {
+    friend bool operator!=(Pointer other, const Crs& handle) {
         return handle.get() != other;
     }
     /// Whether the CRS is borrowed. Says nothing about an empty handle.
@@ -110,7 +110,7 @@ private:
     COORDTRANS_INTERNAL Crs();
     COORDTRANS_INTERNAL AbstractCrs* getModifiableCopy();
     COORDTRANS_INTERNAL void deleteNonConstCrs();
-    COORDTRANS_INTERNAL void slurp(Crs const& other);
+    COORDTRANS_INTERNAL void slurp(const Crs& other);
 
     // Held as modifiable whether owned or borrowed; holdingConst forbids writing through it.
     AbstractCrs* crs = nullptr;

@@ -1,10 +1,11 @@
 #pragma once
 
-#include <boost/optional/optional.hpp>
-#include <boost/property_tree/ptree.hpp>
 #include <cstdint>
 #include <string>
 #include <utility>
+
+#include <boost/optional/optional.hpp>
+#include <boost/property_tree/ptree.hpp>
 
 #include "CoordinateTransformation/Export.h"
 

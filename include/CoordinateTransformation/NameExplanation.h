@@ -7,6 +7,7 @@ namespace CoordinateTransformation {
 
 /// What a text is as the name of a CRS, or why it is none. Made by CrsCreator::explainName.
 struct NameExplanation {
+    /// The kinds of faults.
     enum class Fault {
         /// The name is well formed. Whether there is such a CRS is another question.
         NONE,
@@ -18,11 +19,13 @@ struct NameExplanation {
         BAD_CODE
     };
 
+    /// The kind of fault, NONE for a name that is well formed.
     Fault fault = Fault::UNKNOWN_SPELLING;
     /// The spelling that the text has or resembles most, such as "OGC URN"; empty if it resembles none.
     std::string spelling;
-    /// The codes, 0 if there is a fault; the secondary one is 0 for a CRS that is not compound.
+    /// The code of the CRS, or of the first component of a compound; 0 if there is a fault.
     unsigned int primaryCode = 0;
+    /// The code of the second component; 0 for a CRS that is not compound, and if there is a fault.
     unsigned int secondaryCode = 0;
     /// As it would be kept in the CRS: those of both components, joined.
     std::string version;

@@ -15,10 +15,10 @@ namespace CoordinateTransformation {
 class COORDTRANS_EXPORT Proj4Crs : public AbstractCrs {
 public:
     /// Misconfigured when the primary code is not in the "epsg" file or PROJ cannot make its definition.
-    Proj4Crs(CrsCreator const& crsCreator, CoordTransformer const& crsTransformer, unsigned int primary,
+    Proj4Crs(const CrsCreator& crsCreator, const CoordTransformer& crsTransformer, unsigned int primary,
              unsigned int secondary, bool applyEpsgStandards);
     /// Every field equal, bound to the same PROJ object.
-    Proj4Crs(Proj4Crs const& other);
+    Proj4Crs(const Proj4Crs& other);
 
     AbstractCrs* copy() const override;
     ~Proj4Crs() override;
@@ -29,7 +29,7 @@ public:
     bool isGeographic() const override;
     using AbstractCrs::operator=;
     /// As AbstractCrs's assignment, and takes the binding of `other`.
-    Proj4Crs& operator=(Proj4Crs const& other);
+    Proj4Crs& operator=(const Proj4Crs& other);
     /// 4979 has three dimensions and no vertical part, another compound CRS has two and one, any other two.
     void setDimFromCodes() override;
     void setCode(unsigned int primary, unsigned int secondary, bool applyEpsgStandards) override;

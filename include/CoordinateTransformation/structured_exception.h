@@ -100,8 +100,8 @@ private:
 
 namespace CoordinateTransformation {
 using ::structured_exception;
-}
+}  // namespace CoordinateTransformation
 
 namespace QSHelpers {
 using ::structured_exception;
-}
+}  // namespace QSHelpers

@@ -2,10 +2,11 @@
 
 #include "tests/support/AllocationFailure.h"
 
-#include <gtest/gtest.h>
-#include <proj.h>
 #include <string>
 #include <tuple>
+
+#include <gtest/gtest.h>
+#include <proj.h>
 
 #include "proj/classic/PairOperations.h"
 #include "proj/classic/ProjObjects.h"

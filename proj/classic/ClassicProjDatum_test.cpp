@@ -2,12 +2,13 @@
 
 #include <cstdint>
 #include <cstring>
-#include <gtest/gtest.h>
 #include <ostream>
-#include <proj.h>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <gtest/gtest.h>
+#include <proj.h>
 
 #include "proj/classic/ClassicProj.h"
 #include "tests/support/ClassicMoves.h"

@@ -2,10 +2,11 @@
 
 #include <array>
 #include <cmath>
-#include <gtest/gtest.h>
 #include <limits>
-#include <proj.h>
 #include <vector>
+
+#include <gtest/gtest.h>
+#include <proj.h>
 
 #include "proj/classic/ClassicProj.h"
 #include "tests/support/ClassicMoves.h"
@@ -49,7 +50,7 @@ TEST_F(PointsTest, AreCounted) {
 
 TEST_F(PointsTest, MayStandTogetherInOneArray) {
     std::array<double, 9> points{0.1, 0.5, 1, 0.2, 0.6, 2, 0.3, 0.7, 3};
-    ASSERT_EQ(pj_transform(longLat, define(MERCATOR + "+vunits=km"), 3, 3, &points[0], &points[1], &points[2]), 0);
+    ASSERT_EQ(pj_transform(longLat, define(MERCATOR + "+vunits=km"), 3, 3, points.data(), &points[1], &points[2]), 0);
     for (std::size_t i = 0; i < 3; ++i) {
         EXPECT_NEAR(points[3 * i], 100.0 * static_cast<double>(i + 1), 1e-9);
         EXPECT_NEAR(points[3 * i + 1], northing(0.5 + 0.1 * static_cast<double>(i)), 1e-9);
@@ -91,8 +92,8 @@ TEST_F(PointsTest, MustBeFinite) {
             const std::size_t other = (which + 1) % 3;
             const double valueOfOther = point[other];
             point[which] = bad;
-            EXPECT_NE(pj_transform(longLat, mercator, 1, 1, &point[0], &point[1], &point[2]), 0) << bad << which;
-            EXPECT_NE(pj_transform(longLat, longLat, 1, 1, &point[0], &point[1], &point[2]), 0) << bad << which;
+            EXPECT_NE(pj_transform(longLat, mercator, 1, 1, point.data(), &point[1], &point[2]), 0) << bad << which;
+            EXPECT_NE(pj_transform(longLat, longLat, 1, 1, point.data(), &point[1], &point[2]), 0) << bad << which;
             EXPECT_EQ(point[other], valueOfOther);
         }
     }

@@ -1,11 +1,12 @@
 #include "proj/classic/ClassicProj.h"
 
 #include <filesystem>
-#include <gtest/gtest.h>
-#include <proj.h>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
+#include <proj.h>
 
 #include "proj/classic/Definition.h"
 #include "tests/support/ClassicMoves.h"

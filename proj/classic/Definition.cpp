@@ -10,7 +10,6 @@
 #include "text/NumericText.h"
 
 namespace ClassicProj {
-
 namespace {
 
 using CoordinateTransformation::readDouble;

@@ -1,8 +1,9 @@
 #pragma once
 
 #include <array>
-#include <proj.h>
 #include <string>
+
+#include <proj.h>
 
 #include "text/ParameterList.h"
 

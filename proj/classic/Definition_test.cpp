@@ -1,8 +1,9 @@
 #include "proj/classic/Definition.h"
 
 #include <cmath>
-#include <gtest/gtest.h>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "tests/support/GroupingLocale.h"
 

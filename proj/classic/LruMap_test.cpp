@@ -1,7 +1,8 @@
 #include "proj/classic/LruMap.h"
 
-#include <gtest/gtest.h>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace ClassicProj {
 namespace {

@@ -4,10 +4,11 @@
 #include <cmath>
 #include <cstddef>
 #include <map>
-#include <proj.h>
 #include <string>
 #include <unordered_map>
 #include <vector>
+
+#include <proj.h>
 
 #include "proj/classic/Definition.h"
 #include "proj/classic/LruMap.h"

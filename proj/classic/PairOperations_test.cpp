@@ -2,11 +2,12 @@
 
 #include <cmath>
 #include <filesystem>
-#include <gtest/gtest.h>
 #include <iterator>
 #include <limits>
 #include <sys/resource.h>
 #include <sys/stat.h>
+
+#include <gtest/gtest.h>
 
 #include "proj/classic/ProjObjects.h"
 #include "tests/support/Geodesy.h"

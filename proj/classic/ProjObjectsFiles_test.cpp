@@ -5,12 +5,13 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
-#include <gtest/gtest.h>
 #include <map>
 #include <optional>
 #include <string>
 #include <unistd.h>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "proj/classic/ProjObjects.h"
 #include "tests/support/TemporaryDirectory.h"

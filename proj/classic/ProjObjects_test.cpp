@@ -1,6 +1,7 @@
 #include "proj/classic/ProjObjects.h"
 
 #include <filesystem>
+
 #include <gtest/gtest.h>
 
 #include "tests/support/TemporaryDirectory.h"

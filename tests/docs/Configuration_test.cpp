@@ -1,6 +1,7 @@
+#include <string>
+
 #include <boost/property_tree/xml_parser.hpp>
 #include <gtest/gtest.h>
-#include <string>
 
 #include "tests/support/DocsServer.h"
 #include "tests/support/Page.h"

@@ -1,8 +1,6 @@
 # Takes the C++ blocks out of a page: "```cpp" is a program, whose output is the "```text" block after it;
 # "```cpp fragment" goes into a function with the names that fragment.cpp.in declares, and is compiled.
 
-set(docs_environment "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/leaks.supp:print_suppressions=0")
-
 # Splits `text` at the first `separator`; without one `before` is all of it and `found` is false.
 function(docs_split text separator before after found)
   string(FIND "${text}" "${separator}" at)
@@ -26,10 +24,16 @@ function(docs_add_program name code output)
   file(CONFIGURE OUTPUT ${name}.txt CONTENT "${output}" @ONLY)
   add_executable(${name} ${CMAKE_CURRENT_BINARY_DIR}/${name}.cpp)
   target_link_libraries(${name} PRIVATE coordtrans_developer CoordinateTransformation Threads::Threads)
-  add_test(NAME DocsProgramPrintsWhatItSays.${name}
-           COMMAND ${CMAKE_COMMAND} -DPROGRAM=$<TARGET_FILE:${name}> -DARGUMENT=${PROJECT_SOURCE_DIR}/data/proj
-                   -DOUTPUT=${CMAKE_CURRENT_BINARY_DIR}/${name}.txt -P ${CMAKE_CURRENT_SOURCE_DIR}/compare.cmake)
-  set_tests_properties(DocsProgramPrintsWhatItSays.${name} PROPERTIES TIMEOUT 120 ENVIRONMENT "${docs_environment}")
+  add_test(
+    NAME DocsProgramPrintsWhatItSays.${name}
+    COMMAND
+      ${CMAKE_COMMAND} -DPROGRAM=$<TARGET_FILE:${name}> -DARGUMENT=${PROJECT_SOURCE_DIR}/data/proj
+      -DOUTPUT=${CMAKE_CURRENT_BINARY_DIR}/${name}.txt -P ${CMAKE_CURRENT_SOURCE_DIR}/compare.cmake)
+  set_tests_properties(
+    DocsProgramPrintsWhatItSays.${name}
+    PROPERTIES
+      TIMEOUT 120
+      ENVIRONMENT "${coordtrans_test_environment}")
 endfunction()
 
 function(docs_add_fragment name code)

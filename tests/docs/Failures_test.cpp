@@ -1,7 +1,8 @@
 #include <cmath>
-#include <gtest/gtest.h>
 #include <memory>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "tests/support/FailureTable.h"
 

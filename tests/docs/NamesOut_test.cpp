@@ -1,7 +1,8 @@
-#include <gtest/gtest.h>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "QuarvelSrv/SrsFormattingOptions.h"
 #include "tests/support/DocsServer.h"

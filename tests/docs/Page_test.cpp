@@ -1,8 +1,9 @@
 #include "tests/support/Page.h"
 
+#include <stdexcept>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <stdexcept>
 
 // The reader of the pages itself: what it overlooked would go unchecked.
 namespace DocsTest {

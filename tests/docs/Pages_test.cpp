@@ -1,9 +1,10 @@
 #include <algorithm>
 #include <filesystem>
-#include <gtest/gtest.h>
 #include <map>
 #include <set>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "tests/support/Page.h"
 

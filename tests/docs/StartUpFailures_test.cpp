@@ -1,7 +1,8 @@
 #include <filesystem>
-#include <gtest/gtest.h>
 #include <memory>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "tests/support/FailureTable.h"
 #include "tests/support/TemporaryDirectory.h"

@@ -1,9 +1,5 @@
 # Runs PROGRAM with ARGUMENT: it must succeed, write the content of the file OUTPUT and nothing to standard error.
-execute_process(
-  COMMAND ${PROGRAM} ${ARGUMENT}
-  RESULT_VARIABLE result
-  OUTPUT_VARIABLE written
-  ERROR_VARIABLE complaint)
+execute_process(COMMAND ${PROGRAM} ${ARGUMENT} RESULT_VARIABLE result OUTPUT_VARIABLE written ERROR_VARIABLE complaint)
 file(READ ${OUTPUT} expected)
 if(NOT result EQUAL 0)
   message(FATAL_ERROR "ended with ${result}\n${complaint}")

@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <cmath>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <map>
 #include <set>
 #include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/Proj4Crs.h"
 #include "CoordinateTransformation/TransExecException.h"

@@ -95,8 +95,11 @@ through_pkg_config() {
     check_consumer "$2/consumer" "$1" "$proj_directory"
 }
 
+# What a project may choose for the sources that it embeds, and the fastest way to compile them.
+as_one_source=(-DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=0)
+
 # configure_embedding BUILD add_subdirectory|FetchContent ON|OFF|unset: the project that holds the library's sources.
 configure_embedding() {
     quietly "$cmake" -S "$here/embedding" -B "$1" -DEMBED_BY="$2" -DSHARED="$3" -DLIBRARY_SOURCE_DIR="$source_dir" \
-        -DCMAKE_CXX_FLAGS="" -DFETCHCONTENT_FULLY_DISCONNECTED=ON
+        -DCMAKE_CXX_FLAGS="" -DFETCHCONTENT_FULLY_DISCONNECTED=ON "${as_one_source[@]}"
 }

@@ -8,7 +8,7 @@ work=$2
 
 rm -rf "$work"
 quietly "$cmake" -S "$here/host_catalogue" -B "$work" -DLIBRARY_SOURCE_DIR="$source_dir" -DCMAKE_CXX_FLAGS="" \
-    -DBUILD_SHARED_LIBS="$shared"
+    -DBUILD_SHARED_LIBS="$shared" "${as_one_source[@]}"
 quietly "$cmake" --build "$work"
 library=$(find "$work/library" -name 'libCoordinateTransformation.so' -o -name 'libCoordinateTransformation.a')
 symbols=$(nm -C "$library")

@@ -17,6 +17,6 @@ while read -r command; do
     "$cmake" "${arguments[@]:1}" -B "$work/build" "${absent[@]}" >"$work/log" 2>"$work/warnings" ||
         fail "$command failed:"$'\n'"$(cat "$work/warnings")"
     [ ! -s "$work/warnings" ] || fail "$command warns:"$'\n'"$(cat "$work/warnings")"
-    grep -q '"command".*errors/Exception\.cpp' "$work/build/compile_commands.json" || fail "no commands of the compiler"
+    grep -q '"command".*errors/Exceptions\.cpp' "$work/build/compile_commands.json" || fail "no commands of the compiler"
     ! grep -q -e '-Werror' "$work/build/compile_commands.json" || fail "$command makes warnings errors"
 done <<<"$commands"

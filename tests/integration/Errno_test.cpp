@@ -2,10 +2,11 @@
 #include <cstdlib>
 #include <exception>
 #include <functional>
-#include <gtest/gtest.h>
 #include <memory>
 #include <sstream>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "tests/support/IntegrationServer.h"
 

@@ -1,12 +1,13 @@
-#include <boost/property_tree/xml_parser.hpp>
 #include <cstdlib>
 #include <exception>
 #include <functional>
-#include <gtest/gtest.h>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+
+#include <boost/property_tree/xml_parser.hpp>
+#include <gtest/gtest.h>
 
 #include "tests/support/IntegrationServer.h"
 

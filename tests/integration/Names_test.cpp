@@ -1,5 +1,6 @@
-#include <gtest/gtest.h>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "tests/support/IntegrationServer.h"
 #include "tests/support/NameTable.h"

@@ -1,11 +1,12 @@
 // Fragments of nested elements, read by the built library on a thread with a small stack.
 
-#include <boost/property_tree/detail/xml_parser_error.hpp>
 #include <cstddef>
-#include <gtest/gtest.h>
 #include <pthread.h>
 #include <sstream>
 #include <string>
+
+#include <boost/property_tree/detail/xml_parser_error.hpp>
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
 

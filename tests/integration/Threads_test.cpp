@@ -1,10 +1,11 @@
 #include <cstdint>
 #include <cstring>
 #include <future>
-#include <gtest/gtest.h>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "tests/support/IntegrationServer.h"
 

@@ -1,9 +1,10 @@
 #include <cmath>
-#include <gtest/gtest.h>
 #include <limits>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "tests/support/IntegrationServer.h"
 

@@ -1,6 +1,7 @@
-#include <gtest/gtest.h>
 #include <memory>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "QuarvelSrv/SrsFormattingOptions.h"
 #include "tests/support/IntegrationServer.h"

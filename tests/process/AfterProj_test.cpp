@@ -1,6 +1,7 @@
 // The application has set up PROJ's default context, from which PROJ makes new ones, before it starts the library.
 
 #include <cmath>
+
 #include <gtest/gtest.h>
 
 #include "tests/support/Application.h"

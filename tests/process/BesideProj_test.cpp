@@ -1,8 +1,9 @@
 // An application and the library use PROJ in one process, and neither notices the other.
 
-#include <gtest/gtest.h>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "tests/support/Application.h"
 

@@ -2,9 +2,10 @@
 
 #include <atomic>
 #include <exception>
-#include <gtest/gtest.h>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "tests/support/ForkingServer.h"
 

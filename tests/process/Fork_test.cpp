@@ -5,11 +5,12 @@
 #include <cstddef>
 #include <cstdio>
 #include <filesystem>
-#include <gtest/gtest.h>
 #include <string>
 #include <system_error>
 #include <unistd.h>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "tests/support/ForkingServer.h"
 

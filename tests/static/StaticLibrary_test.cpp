@@ -1,7 +1,8 @@
 // On the public headers and the static library alone, in a program that refers to little of it.
 
-#include <gtest/gtest.h>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/Misconfigured.h"
 

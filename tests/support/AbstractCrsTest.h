@@ -1,7 +1,8 @@
 #pragma once
 
-#include <gtest/gtest.h>
 #include <ostream>
+
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/AbstractCrs.h"
 #include "tests/support/FakeCrs.h"
@@ -43,23 +44,23 @@ struct Shape {
     unsigned int primaryDim;
     unsigned int compoundDim;
 
-    bool operator==(Shape const& other) const {
+    bool operator==(const Shape& other) const {
         return primaryCode == other.primaryCode && secCompoundCode == other.secCompoundCode &&
                primaryDim == other.primaryDim && compoundDim == other.compoundDim;
     }
-    friend std::ostream& operator<<(std::ostream& stream, Shape const& shape) {
+    friend std::ostream& operator<<(std::ostream& stream, const Shape& shape) {
         return stream << shape.primaryCode << '*' << shape.secCompoundCode << " of " << shape.primaryDim << '+'
                       << shape.compoundDim << " dimensions";
     }
 };
 
-inline Shape shapeOf(BareCrs const& crs) {
+inline Shape shapeOf(const BareCrs& crs) {
     return {crs.primaryCode, crs.secCompoundCode, crs.primaryDim, crs.compoundDim};
 }
 
 class AbstractCrsTest : public testing::Test {
 protected:
-    BareCrs given(Shape const& shape) const {
+    BareCrs given(const Shape& shape) const {
         BareCrs crs(creator, transformer);
         crs.primaryCode = shape.primaryCode;
         crs.secCompoundCode = shape.secCompoundCode;
@@ -86,7 +87,7 @@ protected:
     TestSupport::FakeTransformer otherTransformer;
 };
 
-inline void expectAssignedFieldsEqual(BareCrs const& crs, BareCrs const& expected) {
+inline void expectAssignedFieldsEqual(const BareCrs& crs, const BareCrs& expected) {
     EXPECT_EQ(shapeOf(crs), shapeOf(expected));
     EXPECT_EQ(crs.epsgVersion, expected.epsgVersion);
     EXPECT_EQ(crs.alias, expected.alias);
@@ -95,13 +96,13 @@ inline void expectAssignedFieldsEqual(BareCrs const& crs, BareCrs const& expecte
     EXPECT_EQ(crs.secCompoundScaleFactor, expected.secCompoundScaleFactor);
 }
 
-inline void expectKeptFieldsEqual(BareCrs const& crs, BareCrs const& expected) {
+inline void expectKeptFieldsEqual(const BareCrs& crs, const BareCrs& expected) {
     EXPECT_EQ(crs.identifier, expected.identifier);
     EXPECT_EQ(&crs.getCreator(), &expected.getCreator());
     EXPECT_EQ(&crs.transformer, &expected.transformer);
 }
 
-inline void expectEveryFieldEqual(BareCrs const& crs, BareCrs const& expected) {
+inline void expectEveryFieldEqual(const BareCrs& crs, const BareCrs& expected) {
     expectAssignedFieldsEqual(crs, expected);
     expectKeptFieldsEqual(crs, expected);
 }

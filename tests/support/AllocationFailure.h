@@ -1,9 +1,10 @@
 #pragma once
 
 #include <cstdlib>
-#include <gtest/gtest.h>
 #include <limits>
 #include <new>
+
+#include <gtest/gtest.h>
 
 // Replaces the global allocation functions by such that count, and fail where a test wants them to. For the one source
 // of a test program of its own.

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <gtest/gtest.h>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "proj/classic/ProjHandles.h"
 #include "tests/support/ProcessServer.h"

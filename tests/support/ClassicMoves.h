@@ -1,9 +1,10 @@
 #pragma once
 
-#include <gtest/gtest.h>
 #include <ostream>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "proj/classic/ClassicProj.h"
 #include "tests/support/Geodesy.h"

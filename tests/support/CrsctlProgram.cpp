@@ -12,7 +12,6 @@
 #include "tools/crsctl/start/TextFile.h"
 
 namespace crsctl {
-
 namespace {
 
 [[noreturn]] void execute(const std::vector<std::string>& arguments) {

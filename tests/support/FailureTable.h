@@ -1,10 +1,11 @@
 #pragma once
 
-#include <boost/property_tree/xml_parser.hpp>
 #include <functional>
-#include <gtest/gtest.h>
 #include <map>
 #include <string>
+
+#include <boost/property_tree/xml_parser.hpp>
+#include <gtest/gtest.h>
 
 #include "tests/support/DocsServer.h"
 #include "tests/support/Page.h"

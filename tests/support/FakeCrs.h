@@ -18,7 +18,7 @@ using CoordinateTransformation::CrsCreator;
 // Leaves coordinates alone.
 class FakeTransformer : public CoordTransformer {
 public:
-    void transformCoordinates(AbstractCrs const*, AbstractCrs const*, double&, double&, double*) const override {}
+    void transformCoordinates(const AbstractCrs*, const AbstractCrs*, double&, double&, double*) const override {}
 };
 
 // Keeps track of the CRS that are alive, so that tests can count them, and release those that the system
@@ -58,14 +58,14 @@ inline FakeCode fakeCode(unsigned int code) {
 // A CRS of any codes, bound to nothing.
 class FakeCrs : public AbstractCrs {
 public:
-    FakeCrs(CrsCreator const& crsCreator, CoordTransformer const& crsTransformer, unsigned int primary,
+    FakeCrs(const CrsCreator& crsCreator, const CoordTransformer& crsTransformer, unsigned int primary,
             unsigned int secondary, LiveCrs* liveCrs = nullptr)
         : AbstractCrs(crsCreator, crsTransformer), live(liveCrs) {
         FakeCrs::setCode(primary, secondary, false);
         FakeCrs::setDimFromCodes();
         if (live != nullptr) live->add(this);
     }
-    FakeCrs(FakeCrs const& other) : AbstractCrs(other), live(other.live) {
+    FakeCrs(const FakeCrs& other) : AbstractCrs(other), live(other.live) {
         if (live != nullptr) live->add(this);
     }
     ~FakeCrs() override {
@@ -77,7 +77,7 @@ public:
     bool isCartesian() const override { return !isGeographic(); }
     bool isGeographic() const override { return fakeCode(primaryCode).isGeographic; }
     using AbstractCrs::operator=;
-    FakeCrs& operator=(FakeCrs const& other) {
+    FakeCrs& operator=(const FakeCrs& other) {
         AbstractCrs::operator=(other);
         return *this;
     }

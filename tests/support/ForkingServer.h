@@ -5,11 +5,12 @@
 #include <csignal>
 #include <fstream>
 #include <ios>
-#include <proj.h>
 #include <string>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+
+#include <proj.h>
 
 #include "tests/support/ProcessServer.h"
 #include "tests/support/TemporaryDirectory.h"

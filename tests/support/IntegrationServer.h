@@ -2,11 +2,12 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
 

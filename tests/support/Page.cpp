@@ -7,7 +7,6 @@
 #include <stdexcept>
 
 namespace DocsTest {
-
 namespace {
 
 constexpr char FENCE[] = "```";

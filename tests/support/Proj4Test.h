@@ -1,8 +1,9 @@
 #pragma once
 
-#include <gtest/gtest.h>
 #include <memory>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/Proj4Crs.h"
 #include "proj/AxisOrderTable.h"

@@ -5,15 +5,16 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <ostream>
 #include <pty.h>
 #include <sstream>
 #include <string>
 #include <unistd.h>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "tests/support/CrsctlProgram.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -444,16 +445,11 @@ TEST(Transforming, ShowsNoProgressElsewhere) {
 class Installation {
 public:
     Installation() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "crsctl-XXXXXX").string();
-        root = mkdtemp(pattern.data());
         std::filesystem::create_directories(root / "bin");
         std::filesystem::copy_file(CRSCTL_PROGRAM, root / "bin/crsctl");
         std::filesystem::create_directories(root / "share/CoordinateTransformation");
         std::filesystem::copy(COORDTRANS_SOURCE_DIR "/data/proj", root / "share/CoordinateTransformation/proj");
     }
-    Installation(const Installation&) = delete;
-    Installation& operator=(const Installation&) = delete;
-    ~Installation() { std::filesystem::remove_all(root); }
 
     int run(const std::string& arguments) const {
         const std::string program = (root / "bin/crsctl").string();
@@ -461,7 +457,8 @@ public:
     }
 
 private:
-    std::filesystem::path root;
+    const TestSupport::TemporaryDirectory directory;
+    const std::filesystem::path root = directory.name();
 };
 
 TEST(TheInstalledProgram, FindsTheDirectoryThatWasInstalledWithIt) {

@@ -23,8 +23,8 @@ void printError(const std::string& commandName, const std::string& text) {
 
 int writeOutput(const std::string& output, int exitCode) {
     const WriteOutcome outcome = writeAll(STDOUT_FILENO, output);
-    if (outcome == WriteOutcome::Failed) throw SetUpError(std::string("standard output: ") + std::strerror(errno));
-    return outcome == WriteOutcome::PipeClosed ? EXIT_REFUSED : exitCode;
+    if (outcome == WriteOutcome::FAILED) throw SetUpError(std::string("standard output: ") + std::strerror(errno));
+    return outcome == WriteOutcome::PIPE_CLOSED ? EXIT_REFUSED : exitCode;
 }
 
 CommandResult runReportCommand(const CommandRequest& request) {

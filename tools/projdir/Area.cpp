@@ -1,7 +1,6 @@
 #include "tools/projdir/Area.h"
 
 namespace ProjDir {
-
 namespace {
 
 constexpr double FULL_TURN = 360;

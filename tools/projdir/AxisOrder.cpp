@@ -1,7 +1,6 @@
 #include "tools/projdir/AxisOrder.h"
 
 namespace ProjDir {
-
 namespace {
 
 struct Axis {

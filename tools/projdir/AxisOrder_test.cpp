@@ -1,6 +1,7 @@
 #include "tools/projdir/AxisOrder.h"
 
 #include <cmath>
+
 #include <gtest/gtest.h>
 
 #include "tools/projdir/Registry.h"

@@ -5,7 +5,6 @@
 #include "tools/projdir/ShiftCandidates.h"
 
 namespace ProjDir {
-
 namespace {
 
 bool isFinite(const PJ_COORD& point) {

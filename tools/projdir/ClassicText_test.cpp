@@ -1,9 +1,10 @@
 #include "tools/projdir/ClassicText.h"
 
 #include <cmath>
+#include <optional>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <optional>
 
 namespace ProjDir {
 namespace {

@@ -6,7 +6,6 @@
 #include <set>
 
 namespace ProjDir {
-
 namespace {
 
 constexpr char WHITE_SPACE[] = " \t\r\n\v\f";
@@ -64,6 +63,7 @@ std::vector<RegistryCrs> selectListed(const std::vector<RegistryCrs>& registry, 
         wanted.insert(listed.code);
     }
     std::vector<RegistryCrs> selected;
+    selected.reserve(wanted.size());
     for (const unsigned int code : wanted) selected.push_back(*findCrs(registry, code));
     return selected;
 }

@@ -1,8 +1,9 @@
 #include "tools/projdir/CodeList.h"
 
+#include <sstream>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sstream>
 
 namespace ProjDir {
 namespace {

@@ -1,10 +1,11 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "tests/support/TemporaryDirectory.h"
 #include "tools/projdir/MakeDirectory.h"

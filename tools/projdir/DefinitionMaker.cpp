@@ -5,7 +5,6 @@
 #include "tools/projdir/Line.h"
 
 namespace ProjDir {
-
 namespace {
 
 // Parts of the text are the database's own words.

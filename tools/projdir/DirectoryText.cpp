@@ -3,7 +3,6 @@
 #include "tools/projdir/Line.h"
 
 namespace ProjDir {
-
 namespace {
 
 // The unknown and the default CRS have the code 0. Their coordinates go through as longitude and latitude of WGS 84.

@@ -2,13 +2,14 @@
 
 #include <algorithm>
 #include <fstream>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <map>
 #include <memory>
 #include <set>
 #include <string>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
 #include "proj/classic/ProjHandles.h"

@@ -1,11 +1,12 @@
 #include <algorithm>
 #include <cmath>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <map>
 #include <memory>
 #include <set>
 #include <sstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
 #include "tests/support/TemporaryDirectory.h"

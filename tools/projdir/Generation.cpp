@@ -7,7 +7,6 @@
 #include <utility>
 
 namespace ProjDir {
-
 namespace {
 
 // What the threads share.

@@ -1,7 +1,8 @@
 #include "tools/projdir/Generation.h"
 
-#include <gtest/gtest.h>
 #include <locale>
+
+#include <gtest/gtest.h>
 
 #include "tools/projdir/CodeList.h"
 #include "tools/projdir/DirectoryText.h"

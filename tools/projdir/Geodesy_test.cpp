@@ -1,6 +1,7 @@
 #include "tools/projdir/Geodesy.h"
 
 #include <cmath>
+
 #include <gtest/gtest.h>
 
 namespace ProjDir {

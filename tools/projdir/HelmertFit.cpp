@@ -6,7 +6,6 @@
 #include "tools/projdir/NormalEquations.h"
 
 namespace ProjDir {
-
 namespace {
 
 // Rotations and scale are solved for as metres on the ground, so that all unknowns are of a size.

@@ -1,6 +1,7 @@
 #include "tools/projdir/HelmertFit.h"
 
 #include <cmath>
+
 #include <gtest/gtest.h>
 
 namespace ProjDir {

@@ -21,7 +21,6 @@
 #include "tools/projdir/Verification.h"
 
 namespace ProjDir {
-
 namespace {
 
 // Each thread reads the database on its own; more of them would only take memory.

@@ -2,11 +2,12 @@
 
 #include <chrono>
 #include <csignal>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "tests/support/TemporaryDirectory.h"
 

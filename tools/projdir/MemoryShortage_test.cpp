@@ -4,11 +4,12 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <gtest/gtest.h>
 #include <new>
-#include <proj.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <gtest/gtest.h>
+#include <proj.h>
 
 #include "tests/support/ProjFaults.h"
 #include "tests/support/TemporaryDirectory.h"

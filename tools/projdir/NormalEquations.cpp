@@ -4,7 +4,6 @@
 #include <cmath>
 
 namespace ProjDir {
-
 namespace {
 
 constexpr std::size_t SIZE = NormalEquations::SIZE;

@@ -3,7 +3,6 @@
 #include <CLI/CLI.hpp>
 
 namespace ProjDir {
-
 namespace {
 
 constexpr char DESCRIPTION[] =

@@ -1,11 +1,12 @@
 #include "tools/projdir/Options.h"
 
 #include <fstream>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <set>
 #include <sstream>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace ProjDir {
 namespace {

@@ -9,7 +9,6 @@
 #include <utility>
 
 namespace ProjDir {
-
 namespace {
 
 constexpr mode_t FILE_MODE = 0666;

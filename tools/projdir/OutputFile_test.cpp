@@ -1,12 +1,13 @@
 #include "tools/projdir/OutputFile.h"
 
 #include <csignal>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "tests/support/TemporaryDirectory.h"
 

@@ -4,7 +4,6 @@
 #include <utility>
 
 namespace ProjDir {
-
 namespace {
 
 constexpr std::size_t WIDTH = 40;

@@ -6,7 +6,6 @@
 #include <utility>
 
 namespace ProjDir {
-
 namespace {
 
 bool has(const std::string& text, const char* part) { return text.find(part) != std::string::npos; }
@@ -38,7 +37,7 @@ void ProjContext::keepMessage(void* self, int /*level*/, const char* text) {
     }
 }
 
-void ProjContext::openDatabaseUnshared() {
+void ProjContext::openDatabaseUnshared() const {
     static std::atomic<std::size_t> contexts{0};
     const std::string path = textOrEmpty(proj_context_get_database_path(get()));
     const std::size_t slash = path.rfind('/');

@@ -21,7 +21,7 @@ public:
     PJ_CONTEXT* get() const { return context.get(); }
     // Reads the database through a handle of its own. All contexts that spell its path alike share one, and wait for
     // one another.
-    void openDatabaseUnshared();
+    void openDatabaseUnshared() const;
     // What PROJ said last, and forgets it.
     std::string takeMessage();
     // What PROJ said when it first failed over its database; empty while that is sound.

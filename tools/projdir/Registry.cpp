@@ -6,13 +6,13 @@
 #include <filesystem>
 #include <map>
 #include <new>
-#include <sqlite3.h>
 #include <utility>
+
+#include <sqlite3.h>
 
 #include "tools/projdir/Line.h"
 
 namespace ProjDir {
-
 namespace {
 
 constexpr char AUTHORITY[] = "EPSG";
@@ -158,6 +158,7 @@ std::vector<RegistryCrs> readRegistry(const ProjContext& context) {
     const ProjPtr<PROJ_CRS_INFO*> list(
         proj_get_crs_info_list_from_database(context.get(), AUTHORITY, parameters.get(), &count));
     std::vector<RegistryCrs> registry;
+    registry.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i) registry.push_back(readCrs(*list.get()[i]));
     sortByCode(registry);
     const std::vector<unsigned int> codes = listCodes(context);

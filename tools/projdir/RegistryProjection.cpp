@@ -6,7 +6,6 @@
 #include "tools/projdir/AxisOrder.h"
 
 namespace ProjDir {
-
 namespace {
 
 double readDegreesPerUnit(const ProjContext& context, const PJ* geodeticCrs) {

@@ -1,6 +1,7 @@
 #include "tools/projdir/Registry.h"
 
 #include <algorithm>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -82,7 +83,7 @@ TEST(RegistryTest, TakesTheDatabaseForSoundUntilPROJFailsOverIt) {
 TEST(RegistryTest, NamesTheDatabaseThatIsMissing) {
     const TestSupport::TemporaryDirectory empty;
     const ProjContext context;
-    const std::string name = empty.name();
+    const std::string& name = empty.name();
     const char* const directories[] = {name.c_str()};
     proj_context_set_search_paths(context.get(), 1, directories);
     try {

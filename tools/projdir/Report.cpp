@@ -50,6 +50,7 @@ using Distance = double Agreement::*;
 
 std::vector<double> collect(const std::vector<Agreement>& agreements, Distance distance) {
     std::vector<double> distances;
+    distances.reserve(agreements.size());
     for (const Agreement& agreement : agreements) distances.push_back(agreement.*distance);
     return distances;
 }
@@ -76,6 +77,7 @@ std::string writeDistribution(const std::vector<double>& distances) {
 
 std::vector<const Agreement*> sortWorstFirst(const std::vector<Agreement>& agreements, Distance distance) {
     std::vector<const Agreement*> sorted;
+    sorted.reserve(agreements.size());
     for (const Agreement& agreement : agreements) sorted.push_back(&agreement);
     std::sort(sorted.begin(), sorted.end(), [distance](const Agreement* a, const Agreement* b) {
         return a->*distance > b->*distance || (a->*distance == b->*distance && a < b);

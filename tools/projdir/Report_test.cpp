@@ -1,8 +1,9 @@
 #include "tools/projdir/Report.h"
 
+#include <limits>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <limits>
 
 namespace ProjDir {
 namespace {
@@ -103,8 +104,8 @@ TEST(ReportTest, ListsEveryCodeBeyondTenMetresAndEveryOneLeftOut) {
                                         makeOutcome(3, "Gone", {})};
     outcomes[2].definition.reset();
     outcomes[2].omission = "no reason";
-    const std::string text =
-        writeReport({"v1", "2022-08-31", "9.1.1"}, outcomes, {{&outcomes[0], 11, 11, ""}, {&outcomes[1], 1, 99, ""}});
+    const std::string text = writeReport({"v1", "2022-08-31", "9.1.1"}, outcomes,
+                                         {{outcomes.data(), 11, 11, ""}, {&outcomes[1], 1, 99, ""}});
     EXPECT_THAT(text, HasSubstr("v1 of 2022-08-31"));
     EXPECT_THAT(text,
                 HasSubstr("\nBeyond ten metres\n\n        11.000 m  EPSG:1 Far: PROJ uses EPSG:9, which is no shift"));
@@ -119,7 +120,7 @@ TEST(ReportTest, HasALineForEachCrsWhateverItsNameHolds) {
     outcomes[2].definition.reset();
     outcomes[2].omission = "no\nreason";
     const std::string text = writeReport({"v1\n", "2022-08-31", "9.1.1"}, outcomes,
-                                         {{&outcomes[0], 11, 11, ""}, {&outcomes[1], 1, 99, "refused\nagain"}});
+                                         {{outcomes.data(), 11, 11, ""}, {&outcomes[1], 1, 99, "refused\nagain"}});
     EXPECT_THAT(text, HasSubstr("        11.000 m  EPSG:1 Far away: PROJ uses EPSG:9 , which is no shift"));
     EXPECT_THAT(text, HasSubstr("        99.000 m  EPSG:2 Partly far\n"));
     EXPECT_THAT(text, HasSubstr(": refused again\n"));

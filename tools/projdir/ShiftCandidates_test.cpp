@@ -1,6 +1,7 @@
 #include "tools/projdir/ShiftCandidates.h"
 
 #include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "tools/projdir/Registry.h"

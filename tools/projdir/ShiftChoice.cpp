@@ -6,7 +6,6 @@
 #include "QSHelpers/NumericText.h"
 
 namespace ProjDir {
-
 namespace {
 
 // In metres. Nothing that is closer than this to what PROJ uses can be told from it.
@@ -63,7 +62,7 @@ ShiftChoice fit(const std::vector<ShiftSample>& samples, FitParameters parameter
 ShiftChoice fitBest(const ShiftEvidence& evidence, const ShiftChoice& published) {
     std::vector<ShiftSample> samples = evidence.samples;
     adoptHeights(samples, published.helmert);
-    const ShiftChoice three = fit(samples, FitParameters::TRANSLATION, Helmert{});
+    ShiftChoice three = fit(samples, FitParameters::TRANSLATION, Helmert{});
     if (!evidence.coversHalf) return three;
     const Helmert& start = published.kind == ShiftKind::PUBLISHED ? published.helmert : three.helmert;
     const ShiftChoice seven = fit(samples, FitParameters::ALL_SEVEN, start);

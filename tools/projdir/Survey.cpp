@@ -8,7 +8,6 @@
 #include "tools/projdir/RegistryProjection.h"
 
 namespace ProjDir {
-
 namespace {
 
 constexpr int POINTS_PER_SIDE = 9;

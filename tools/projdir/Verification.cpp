@@ -11,7 +11,6 @@
 #include "tools/projdir/Geodesy.h"
 
 namespace ProjDir {
-
 namespace {
 
 using CoordinateTransformation::AbstractCrs;

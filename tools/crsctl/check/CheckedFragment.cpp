@@ -1,8 +1,9 @@
 #include "tools/crsctl/check/CheckedFragment.h"
 
-#include <boost/property_tree/xml_parser.hpp>
 #include <map>
 #include <utility>
+
+#include <boost/property_tree/xml_parser.hpp>
 
 #include "config/Fragment.h"
 #include "tools/crsctl/check/EntryAttributes.h"
@@ -45,7 +46,7 @@ public:
 
 private:
     void warn(const Place& place, const std::string& text) {
-        fragment.findings.push_back({Severity::Warning, place, text});
+        fragment.findings.push_back({Severity::WARNING, place, text});
     }
 
     // The tree keeps no places, but has the elements in the order of their start tags.
@@ -142,7 +143,7 @@ CheckedFragment malformed(const xml_parser_error& failure, const std::optional<F
     fragment.failure = failure.what();
     const Place place = fault ? Place{fault->place.line, fault->place.column} : Place{failure.line(), 0};
     fragment.findings.push_back(
-        {Severity::Error, place, "the fragment is malformed: " + (fault ? fault->message : failure.message())});
+        {Severity::ERROR, place, "the fragment is malformed: " + (fault ? fault->message : failure.message())});
     return fragment;
 }
 

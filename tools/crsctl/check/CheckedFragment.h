@@ -1,9 +1,10 @@
 #pragma once
 
-#include <boost/property_tree/ptree.hpp>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include <boost/property_tree/ptree.hpp>
 
 #include "CoordinateTransformation/CrsConfigData.h"
 #include "tools/crsctl/check/Finding.h"

@@ -1,5 +1,6 @@
 #include "tools/crsctl/check/ConfigurationCheck.h"
 
+#include <algorithm>
 #include <sstream>
 
 #include "tools/crsctl/check/CheckedFragment.h"
@@ -74,6 +75,7 @@ std::vector<const FragmentEntry*> keptEntries(const CheckedFragment& fragment) {
 void checkEntries(const CheckedFragment& fragment, const std::string& projDir, ConfigurationReport& report) {
     const std::vector<const FragmentEntry*> kept = keptEntries(fragment);
     std::vector<CrsConfigData> data;
+    data.reserve(kept.size());
     for (const FragmentEntry* entry : kept) data.push_back(entry->data);
     const ObservedStart start(data, projDir);
     std::vector<ClaimingEntry> claiming;
@@ -83,16 +85,15 @@ void checkEntries(const CheckedFragment& fragment, const std::string& projDir, C
         if (outcome.crs.get() != nullptr) claiming.push_back({kept[i]->place, &data[i], outcome.crs.get()});
         if (!outcome.failure.empty())
             report.findings.push_back(
-                {Severity::Error, kept[i]->place, outcome.failure + advice(kept[i]->data.getIdentifier())});
+                {Severity::ERROR, kept[i]->place, outcome.failure + advice(kept[i]->data.getIdentifier())});
     }
     const Findings contested = contestedNames(claiming);
     report.findings.insert(report.findings.end(), contested.begin(), contested.end());
 }
 
 bool hasError(const Findings& findings) {
-    for (const Finding& finding : findings)
-        if (finding.severity == Severity::Error) return true;
-    return false;
+    return std::any_of(findings.begin(), findings.end(),
+                       [](const Finding& finding) { return finding.severity == Severity::ERROR; });
 }
 
 std::string placeInWords(const std::string& fragment, const Place& place) {
@@ -103,8 +104,8 @@ std::string placeInWords(const std::string& fragment, const Place& place) {
 }
 
 const char* severityInWords(Severity severity) {
-    if (severity == Severity::Note) return "note";
-    return severity == Severity::Error ? "error" : "warning";
+    if (severity == Severity::NOTE) return "note";
+    return severity == Severity::ERROR ? "error" : "warning";
 }
 
 std::string decimalsInWords(const CheckedEntry& entry) {
@@ -144,8 +145,8 @@ std::string plural(std::size_t count, const std::string& noun) {
 std::string verdict(const ConfigurationReport& report) {
     return printable(report.file, 1000) + ": a server would " + (report.starts ? "" : "not ") + "start; " +
            (report.entries.size() == 1 ? "1 entry" : std::to_string(report.entries.size()) + " entries") + ", " +
-           plural(countOf(report.findings, Severity::Error), "error") + ", " +
-           plural(countOf(report.findings, Severity::Warning), "warning") + "\n";
+           plural(countOf(report.findings, Severity::ERROR), "error") + ", " +
+           plural(countOf(report.findings, Severity::WARNING), "warning") + "\n";
 }
 
 Json entryAsJson(const CheckedEntry& entry) {
@@ -182,7 +183,7 @@ ConfigurationReport checkConfiguration(const std::string& file, const std::strin
     report.failure = fragment.wellFormed ? startFailure(text, options.projDir) : fragment.failure;
     report.starts = report.failure.empty();
     if (!report.starts && !hasError(report.findings))
-        report.findings.push_back({Severity::Error, Place(), report.failure});
+        report.findings.push_back({Severity::ERROR, Place(), report.failure});
     const Findings ofDirectory = checkProjDirectory(projDirectory(projDirectoryChoice(options.projDir)));
     report.findings.insert(report.findings.end(), ofDirectory.begin(), ofDirectory.end());
     report.hasErrors = hasError(report.findings);

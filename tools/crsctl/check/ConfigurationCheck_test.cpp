@@ -1,8 +1,9 @@
 #include "tools/crsctl/check/ConfigurationCheck.h"
 
+#include <ostream>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <ostream>
 
 #include "tests/support/CrsctlSession.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -20,7 +21,7 @@ ConfigurationReport reportOf(const std::string& fragment) {
 std::string findingsOf(const ConfigurationReport& report) {
     std::string list;
     for (const Finding& finding : report.findings)
-        list += std::string(finding.severity == Severity::Error ? "error " : "warning ") +
+        list += std::string(finding.severity == Severity::ERROR ? "error " : "warning ") +
                 std::to_string(finding.place.line) + ": " + finding.text + "\n";
     return list;
 }
@@ -196,7 +197,7 @@ TEST_P(AMalformedFragment, IsReportedWithItsPlace) {
     EXPECT_EQ(report.failure, GetParam().failure);
     ASSERT_EQ(report.findings.size(), 1U);
     const Finding& finding = report.findings.front();
-    EXPECT_EQ(finding.severity, Severity::Error);
+    EXPECT_EQ(finding.severity, Severity::ERROR);
     EXPECT_EQ(std::to_string(finding.place.line) + ":" + std::to_string(finding.place.column) + ": " + finding.text,
               std::string(GetParam().finding));
 }

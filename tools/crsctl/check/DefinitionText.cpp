@@ -10,7 +10,6 @@
 #include "text/NumericText.h"
 
 namespace crsctl {
-
 namespace {
 
 const std::set<std::string>& numberKeys() {

@@ -1,9 +1,10 @@
 #include "tools/crsctl/check/DefinitionText.h"
 
-#include <gtest/gtest.h>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace crsctl {
 namespace {

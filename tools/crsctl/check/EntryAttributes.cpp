@@ -57,14 +57,14 @@ public:
     }
 
 private:
-    void warn(const std::string& text) { findings.push_back({Severity::Warning, place, text}); }
+    void warn(const std::string& text) { findings.push_back({Severity::WARNING, place, text}); }
 
     ptree attributes() const { return entry.get_child("<xmlattr>", ptree()); }
 
     bool hasElementsInside() const {
-        for (const auto& child : entry)
-            if (child.first != "<xmlattr>" && child.first != "<xmlcomment>") return true;
-        return false;
+        return std::any_of(entry.begin(), entry.end(), [](const ptree::value_type& child) {
+            return child.first != "<xmlattr>" && child.first != "<xmlcomment>";
+        });
     }
 
     void warnOfAttributesOfCrs84() {

@@ -8,7 +8,7 @@ namespace crsctl {
 
 // Error: a server does not start, or a definition cannot be used. Warning: something is ignored, dropped or not what
 // it looks like. Note: something that may be as it should.
-enum class Severity { Error, Warning, Note };
+enum class Severity { ERROR, WARNING, NOTE };
 
 // Where in a file: 0 where no place is known.
 struct Place {

@@ -40,7 +40,7 @@ public:
     void add(const std::string& name, const Claim& claim, const Place& place) {
         const auto [first, isNew] = claims.emplace(name, claim);
         if (isNew || answersAlike(first->second, claim)) return;
-        found.push_back({Severity::Warning, place,
+        found.push_back({Severity::WARNING, place,
                          "the name " + printable(name) + " is claimed twice: it answers with " +
                              inWords(first->second) +
                              (first->second.line == claim.line
@@ -68,7 +68,7 @@ private:
 };
 
 Finding answeredByAlias(const ClaimingEntry& entry) {
-    return {Severity::Warning, entry.place,
+    return {Severity::WARNING, entry.place,
             "its identifier " + printable(entry.data->getIdentifier()) +
                 " is an alias of an earlier entry: it offers EPSG " + codeKeyOf(*entry.crs)};
 }

@@ -2,10 +2,11 @@
 
 #include <filesystem>
 #include <map>
-#include <proj.h>
 #include <sstream>
 #include <utility>
 #include <vector>
+
+#include <proj.h>
 
 #include "text/FileText.h"
 #include "text/InitFile.h"
@@ -63,7 +64,7 @@ private:
     };
 
     void warn(std::size_t place, const std::string& text) {
-        findings.push_back({Severity::Warning, onLine(place), text});
+        findings.push_back({Severity::WARNING, onLine(place), text});
     }
 
     void examineLine(const std::string& row, std::size_t place) {
@@ -111,7 +112,7 @@ private:
         if (isNew)
             for (const auto& [key, value] : parameters) examineParameter(definition, key, value);
         else if (first->second.parameters != parameters.toText())
-            findings.push_back({Severity::Warning, onLine(definition.line),
+            findings.push_back({Severity::WARNING, onLine(definition.line),
                                 "ignored: " + printable(definition.code) + " is defined otherwise in line " +
                                     std::to_string(first->second.line)});
     }
@@ -120,7 +121,7 @@ private:
         if (key == "nadgrids" || key == "geoidgrids")
             for (const std::string& grid : splitAtCommas(value)) examineGrid(definition, grid);
         if (isBrokenNumber(key, value))
-            findings.push_back({Severity::Error, onLine(definition.line),
+            findings.push_back({Severity::ERROR, onLine(definition.line),
                                 printable(definition.code) + ": +" + key + "=" + printable(value) + " is no number"});
     }
 
@@ -142,7 +143,7 @@ private:
         const std::string whose =
             printable(users.firstCode) + (users.others == 0 ? "" : " and " + std::to_string(users.others) + " more");
         findings.push_back(
-            {isOptional ? Severity::Note : Severity::Error, onLine(users.firstLine),
+            {isOptional ? Severity::NOTE : Severity::ERROR, onLine(users.firstLine),
              whose + ": the grid file " + printable(grid) + " is missing" + (isOptional ? ", but not required" : "")});
     }
 

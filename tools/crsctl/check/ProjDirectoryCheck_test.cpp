@@ -1,7 +1,8 @@
 #include "tools/crsctl/check/ProjDirectoryCheck.h"
 
-#include <gtest/gtest.h>
 #include <ostream>
+
+#include <gtest/gtest.h>
 
 #include "tests/support/TemporaryDirectory.h"
 #include "tools/crsctl/text/Printable.h"

@@ -1,8 +1,9 @@
 #include "tools/crsctl/commands/CommandLine.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <stdexcept>
+
+#include <CLI/CLI.hpp>
 
 #include "tools/crsctl/commands/CommandTexts.h"
 #include "tools/crsctl/commands/Help.h"
@@ -12,7 +13,6 @@
 #include "tools/crsctl/text/Printable.h"
 
 namespace crsctl {
-
 namespace {
 
 constexpr unsigned int MAX_JOBS = 64;

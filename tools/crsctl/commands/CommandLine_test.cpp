@@ -1,8 +1,9 @@
 #include "tools/crsctl/commands/CommandLine.h"
 
+#include <ostream>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <ostream>
 
 #include "tools/crsctl/commands/CommandTexts.h"
 #include "tools/crsctl/commands/Help.h"

@@ -1,7 +1,6 @@
 #include "tools/crsctl/commands/CommandTexts.h"
 
 namespace crsctl {
-
 namespace {
 
 CommandText programText() {

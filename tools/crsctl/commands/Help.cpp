@@ -5,7 +5,6 @@
 #include "tools/crsctl/text/Printable.h"
 
 namespace crsctl {
-
 namespace {
 
 constexpr std::size_t WIDTH = 80;

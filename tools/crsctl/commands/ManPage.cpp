@@ -4,7 +4,6 @@
 #include <cctype>
 
 namespace crsctl {
-
 namespace {
 
 // A backslash, a hyphen that is to stay one, and a dot or quote at the beginning of a line are not meant as roff.

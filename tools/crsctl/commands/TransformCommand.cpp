@@ -13,7 +13,6 @@
 #include "tools/crsctl/start/TextFile.h"
 
 namespace crsctl {
-
 namespace {
 
 constexpr unsigned int MOST_JOBS = 8;
@@ -42,22 +41,22 @@ Value chosen(const std::pair<const char*, Value> (&choices)[SIZE], const std::st
 }
 
 Separator separatorNamed(const std::string& word) {
-    constexpr std::pair<const char*, Separator> CHOICES[] = {{"space", Separator::Blank},
-                                                             {"comma", Separator::Comma},
-                                                             {"semicolon", Separator::Semicolon},
-                                                             {"auto", Separator::Automatic}};
+    constexpr std::pair<const char*, Separator> CHOICES[] = {{"space", Separator::BLANK},
+                                                             {"comma", Separator::COMMA},
+                                                             {"semicolon", Separator::SEMICOLON},
+                                                             {"auto", Separator::AUTOMATIC}};
     return chosen(CHOICES, word);
 }
 
 OutputFormat formatNamed(const std::string& word) {
     constexpr std::pair<const char*, OutputFormat> CHOICES[] = {
-        {"csv", OutputFormat::Csv}, {"json", OutputFormat::Json}, {"text", OutputFormat::Text}};
+        {"csv", OutputFormat::CSV}, {"json", OutputFormat::JSON}, {"text", OutputFormat::TEXT}};
     return chosen(CHOICES, word);
 }
 
 ErrorMode errorModeNamed(const std::string& word) {
     constexpr std::pair<const char*, ErrorMode> CHOICES[] = {
-        {"stop", ErrorMode::Stop}, {"skip", ErrorMode::Skip}, {"mark", ErrorMode::Mark}};
+        {"stop", ErrorMode::STOP}, {"skip", ErrorMode::SKIP}, {"mark", ErrorMode::MARK}};
     return chosen(CHOICES, word);
 }
 

@@ -63,7 +63,7 @@ WrittenForm written(const FormWriter& writer, const AbstractCrs& crs) {
 }
 
 Reason reasonForMisconfigured(const NameExplanation& explanation) {
-    return explanation.fault == Fault::NONE ? Reason::NotInEpsgFile : Reason::Other;
+    return explanation.fault == Fault::NONE ? Reason::NOT_IN_EPSG_FILE : Reason::OTHER;
 }
 
 std::string serviceExceptionCodeOf(const std::exception& failure) {
@@ -74,11 +74,11 @@ std::string serviceExceptionCodeOf(const std::exception& failure) {
 }
 
 Reason reasonOf(const std::exception& failure, const NameExplanation& explanation) {
-    if (dynamic_cast<const CrsNotConfigured*>(&failure) != nullptr) return Reason::NotOffered;
-    if (explanation.fault == Fault::BAD_CODE) return Reason::BadCode;
-    if (dynamic_cast<const CrsUnknownSyntaxOrAlias*>(&failure) != nullptr) return Reason::UnknownSyntax;
+    if (dynamic_cast<const CrsNotConfigured*>(&failure) != nullptr) return Reason::NOT_OFFERED;
+    if (explanation.fault == Fault::BAD_CODE) return Reason::BAD_CODE;
+    if (dynamic_cast<const CrsUnknownSyntaxOrAlias*>(&failure) != nullptr) return Reason::UNKNOWN_SYNTAX;
     if (dynamic_cast<const Misconfigured*>(&failure) != nullptr) return reasonForMisconfigured(explanation);
-    return Reason::Other;
+    return Reason::OTHER;
 }
 
 bool wouldWork(const std::string& name, const Session& session) {
@@ -92,7 +92,7 @@ bool wouldWork(const std::string& name, const Session& session) {
 
 // No change of the spelling helps a name that is understood.
 std::optional<Suggestion> suggestionFor(const std::string& name, Reason reason, const Session& session) {
-    if (reason == Reason::NotOffered || reason == Reason::NotInEpsgFile) return std::nullopt;
+    if (reason == Reason::NOT_OFFERED || reason == Reason::NOT_IN_EPSG_FILE) return std::nullopt;
     return suggest(name, session.config().getConfiguredCrsIdentifiers(),
                    [&session](const std::string& candidate) { return wouldWork(candidate, session); });
 }
@@ -121,15 +121,15 @@ const char* axisOrderWords(bool geographic, bool eastNorth) {
 
 const char* wordsFor(Reason reason) {
     switch (reason) {
-        case Reason::UnknownSyntax:
+        case Reason::UNKNOWN_SYNTAX:
             return "unknown syntax";
-        case Reason::BadCode:
+        case Reason::BAD_CODE:
             return "bad code";
-        case Reason::NotInEpsgFile:
+        case Reason::NOT_IN_EPSG_FILE:
             return "not in the \"epsg\" file";
-        case Reason::NotOffered:
+        case Reason::NOT_OFFERED:
             return "known, but not offered";
-        case Reason::Other:
+        case Reason::OTHER:
             break;
     }
     return "other";

@@ -38,7 +38,7 @@ CrsFacts factsOf(const CoordinateTransformation::AbstractCrs& crs);
 const char* axisOrderWords(bool geographic, bool eastNorth);
 
 // Why a name is refused.
-enum class Reason { UnknownSyntax, BadCode, NotInEpsgFile, NotOffered, Other };
+enum class Reason { UNKNOWN_SYNTAX, BAD_CODE, NOT_IN_EPSG_FILE, NOT_OFFERED, OTHER };
 
 const char* wordsFor(Reason reason);
 

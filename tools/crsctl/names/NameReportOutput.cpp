@@ -7,7 +7,6 @@
 #include "tools/crsctl/text/Table.h"
 
 namespace crsctl {
-
 namespace {
 
 using TableRows = std::vector<std::vector<std::string>>;

@@ -1,8 +1,9 @@
 #include "tools/crsctl/names/NameReport.h"
 
 #include <fstream>
-#include <gtest/gtest.h>
 #include <iterator>
+
+#include <gtest/gtest.h>
 
 #include "tests/support/CrsctlSession.h"
 #include "tests/support/NameTable.h"
@@ -98,9 +99,9 @@ std::string spellingOf(const NameRow& row) {
 }
 
 Reason reasonOf(const NameRow& row) {
-    if (row.answer() == "Misconfigured") return Reason::NotInEpsgFile;
-    if (row.answer() == "CrsNotConfigured") return Reason::NotOffered;
-    return row["fault"] == "code" ? Reason::BadCode : Reason::UnknownSyntax;
+    if (row.answer() == "Misconfigured") return Reason::NOT_IN_EPSG_FILE;
+    if (row.answer() == "CrsNotConfigured") return Reason::NOT_OFFERED;
+    return row["fault"] == "code" ? Reason::BAD_CODE : Reason::UNKNOWN_SYNTAX;
 }
 
 void expectOffer(const NameRow& row, const NameReport& report) {

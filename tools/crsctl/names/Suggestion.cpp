@@ -4,7 +4,6 @@
 #include <regex>
 
 namespace crsctl {
-
 namespace {
 
 char lower(char character) {

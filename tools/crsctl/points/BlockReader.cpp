@@ -7,7 +7,6 @@
 #include "tools/crsctl/start/TextFile.h"
 
 namespace crsctl {
-
 namespace {
 
 constexpr std::size_t READ_SIZE = std::size_t{1} << 18U;

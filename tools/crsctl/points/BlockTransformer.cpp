@@ -6,7 +6,6 @@
 #include "tools/crsctl/text/Printable.h"
 
 namespace crsctl {
-
 namespace {
 
 Decimals decimalsFor(const PointTransform& transform, const LineOptions& options) {
@@ -83,8 +82,8 @@ bool BlockTransformer::refuse(const InputLine& line, const Block& block, const P
                               const std::string& reason) {
     ++counts.refused;
     report(line, block, reason);
-    if (options.errors == ErrorMode::Mark) writer->mark(output, line, point, reason);
-    return options.errors != ErrorMode::Stop;
+    if (options.errors == ErrorMode::MARK) writer->mark(output, line, point, reason);
+    return options.errors != ErrorMode::STOP;
 }
 
 void BlockTransformer::report(const InputLine& line, const Block& block, const std::string& reason) {

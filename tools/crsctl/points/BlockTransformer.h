@@ -13,16 +13,16 @@
 namespace crsctl {
 
 // What becomes of a line that is refused; it is reported in any case.
-enum class ErrorMode { Stop, Mark, Skip };
+enum class ErrorMode { STOP, MARK, SKIP };
 
 // How lines are read and written.
 struct LineOptions {
     ColumnLayout layout;
-    Separator separator = Separator::Automatic;
+    Separator separator = Separator::AUTOMATIC;
     std::string comment = "#";  // what begins a comment; empty: nothing does
-    OutputFormat format = OutputFormat::Text;
+    OutputFormat format = OutputFormat::TEXT;
     int decimals = -1;  // of every ordinate; negative: those of the target
-    ErrorMode errors = ErrorMode::Mark;
+    ErrorMode errors = ErrorMode::MARK;
     std::vector<std::string> inputNames;  // for reports
 };
 

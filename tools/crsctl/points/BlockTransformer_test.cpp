@@ -1,8 +1,9 @@
 #include "tools/crsctl/points/BlockTransformer.h"
 
+#include <ostream>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <ostream>
 
 #include "tests/support/CrsctlSession.h"
 #include "tools/crsctl/points/BlockReader.h"
@@ -22,7 +23,7 @@ constexpr char CONFIGURATION[] =
     "<CRS numberOfDecimalPlaces='-2'>25831</CRS><CRS numberOfDecimalPlaces='99'>25830</CRS>"
     "</CrsConfiguration>";
 
-LineOptions lineOptions(ErrorMode errors = ErrorMode::Mark) {
+LineOptions lineOptions(ErrorMode errors = ErrorMode::MARK) {
     LineOptions options;
     options.errors = errors;
     options.inputNames = {"points.txt"};
@@ -83,13 +84,13 @@ TEST_F(Transforming, MarksBadLinesAndGoesOn) {
 }
 
 TEST_F(Transforming, SkipsBadLinesAndReportsThem) {
-    const BlockResult result = resultOf("abc\n9 50\n", lineOptions(ErrorMode::Skip));
+    const BlockResult result = resultOf("abc\n9 50\n", lineOptions(ErrorMode::SKIP));
     EXPECT_EQ(result.output, "500000.00\t5538630.70\n");
     EXPECT_THAT(std::string(result.reports), HasSubstr("points.txt:1:"));
 }
 
 TEST_F(Transforming, StopsAtABadLine) {
-    const BlockResult result = resultOf("9 50\nabc\n9 50\n", lineOptions(ErrorMode::Stop));
+    const BlockResult result = resultOf("9 50\nabc\n9 50\n", lineOptions(ErrorMode::STOP));
     EXPECT_EQ(result.output, "500000.00\t5538630.70\n");
     EXPECT_THAT(std::string(result.reports), HasSubstr("points.txt:2:"));
     EXPECT_TRUE(result.stopped);

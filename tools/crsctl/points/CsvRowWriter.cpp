@@ -5,7 +5,6 @@
 #include "tools/crsctl/points/FixedDecimals.h"
 
 namespace crsctl {
-
 namespace {
 
 bool needsQuotes(std::string_view value) { return value.find_first_of(",\"\r\n") != std::string_view::npos; }

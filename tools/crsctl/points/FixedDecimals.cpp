@@ -7,7 +7,6 @@
 #include <cstring>
 
 namespace crsctl {
-
 namespace {
 
 __extension__ typedef unsigned __int128 Wide;

@@ -6,10 +6,11 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <gtest/gtest.h>
 #include <limits>
 #include <random>
 #include <string>
+
+#include <gtest/gtest.h>
 
 namespace crsctl {
 namespace {

@@ -11,7 +11,6 @@
 #include "tools/crsctl/start/TextFile.h"
 
 namespace crsctl {
-
 namespace {
 
 [[noreturn]] void fail(const std::string& name, int error) { throw SetUpError(name + ": " + std::strerror(error)); }

@@ -6,7 +6,6 @@
 #include "tools/crsctl/text/Json.h"
 
 namespace crsctl {
-
 namespace {
 
 // The value of a column: quotes around it belong to the separated line.

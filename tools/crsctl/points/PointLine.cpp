@@ -9,7 +9,6 @@
 #include "tools/crsctl/text/Printable.h"
 
 namespace crsctl {
-
 namespace {
 
 bool isBlankCharacter(char character) { return character == ' ' || character == '\t'; }
@@ -26,12 +25,12 @@ std::string_view withoutBlanksBehind(const char* begin, const char* end) {
     return between(begin, end);
 }
 
-enum class NumberFault { None, NotANumber, OutOfRange, NotFinite };
+enum class NumberFault { NONE, NOT_A_NUMBER, OUT_OF_RANGE, NOT_FINITE };
 
 // from_chars does not tell a number too large from one too small, which is as good as zero.
 NumberFault readNumberAtLimits(std::string_view text, double& value) {
     value = std::strtod(std::string(text).c_str(), nullptr);
-    return std::isfinite(value) ? NumberFault::None : NumberFault::OutOfRange;
+    return std::isfinite(value) ? NumberFault::NONE : NumberFault::OUT_OF_RANGE;
 }
 
 NumberFault readNumber(std::string_view text, double& value) {
@@ -39,9 +38,9 @@ NumberFault readNumber(std::string_view text, double& value) {
     const char* const end = begin + text.size();
     if (text.size() > 1 && *begin == '+' && begin[1] != '-') ++begin;
     const auto [stop, error] = std::from_chars(begin, end, value);
-    if (error == std::errc::invalid_argument || stop != end) return NumberFault::NotANumber;
+    if (error == std::errc::invalid_argument || stop != end) return NumberFault::NOT_A_NUMBER;
     if (error == std::errc::result_out_of_range) return readNumberAtLimits(between(begin, end), value);
-    return std::isfinite(value) ? NumberFault::None : NumberFault::NotFinite;
+    return std::isfinite(value) ? NumberFault::NONE : NumberFault::NOT_FINITE;
 }
 
 std::string quoted(std::string_view text) { return "\"" + printable(text, 40) + "\""; }
@@ -52,8 +51,8 @@ std::string columnName(const ColumnLayout& layout, std::size_t ordinate) {
 
 std::string faultInWords(NumberFault fault, const ColumnLayout& layout, std::size_t ordinate, std::string_view text) {
     const std::string subject = columnName(layout, ordinate);
-    if (fault == NumberFault::OutOfRange) return subject + " is too large: " + quoted(text);
-    if (fault == NumberFault::NotFinite) return subject + " is not finite: " + quoted(text);
+    if (fault == NumberFault::OUT_OF_RANGE) return subject + " is too large: " + quoted(text);
+    if (fault == NumberFault::NOT_FINITE) return subject + " is not finite: " + quoted(text);
     return subject + " is not a number: " + quoted(text);
 }
 
@@ -176,9 +175,9 @@ bool readPoint(std::string_view line, const ColumnLayout& layout, Separator sepa
         }
         if (ordinate == ORDINATES) continue;
         const NumberFault fault = readNumber(text, point.value[ordinate]);
-        if (fault == NumberFault::NotANumber && optional) break;
-        if (fault != NumberFault::None) reason = faultInWords(fault, layout, ordinate, text);
-        if (fault != NumberFault::None) return false;
+        if (fault == NumberFault::NOT_A_NUMBER && optional) break;
+        if (fault != NumberFault::NONE) reason = faultInWords(fault, layout, ordinate, text);
+        if (fault != NumberFault::NONE) return false;
         point.text[ordinate] = text;
         if (ordinate == Z) point.hasHeight = true;
     }

@@ -8,7 +8,7 @@
 
 namespace crsctl {
 
-enum class Separator { Automatic, Blank, Comma, Semicolon };
+enum class Separator { AUTOMATIC, BLANK, COMMA, SEMICOLON };
 
 // The three ordinates of a point, in the order of the CRS: x is the first axis.
 enum Ordinate : std::size_t { X, Y, Z, ORDINATES };

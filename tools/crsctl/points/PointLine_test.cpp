@@ -1,9 +1,10 @@
 #include "tools/crsctl/points/PointLine.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <optional>
 #include <ostream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "tools/crsctl/start/Failures.h"
 #include "tools/crsctl/text/Printable.h"
@@ -28,7 +29,7 @@ class APointLine : public testing::TestWithParam<AcceptedLine> {};
 TEST_P(APointLine, IsRead) {
     PointLine point;
     std::string reason;
-    ASSERT_TRUE(readPoint(GetParam().line, ColumnLayout(), Separator::Automatic, point, reason)) << reason;
+    ASSERT_TRUE(readPoint(GetParam().line, ColumnLayout(), Separator::AUTOMATIC, point, reason)) << reason;
     EXPECT_EQ(point.value[X], GetParam().x);
     EXPECT_EQ(point.value[Y], GetParam().y);
     EXPECT_EQ(point.hasHeight, GetParam().z.has_value());
@@ -67,7 +68,7 @@ class ABadLine : public testing::TestWithParam<BadLine> {};
 TEST_P(ABadLine, IsRefusedWithItsReason) {
     PointLine point;
     std::string reason;
-    EXPECT_FALSE(readPoint(GetParam().line, ColumnLayout(), Separator::Automatic, point, reason));
+    EXPECT_FALSE(readPoint(GetParam().line, ColumnLayout(), Separator::AUTOMATIC, point, reason));
     EXPECT_EQ(reason, GetParam().reason);
 }
 
@@ -91,21 +92,21 @@ TEST(ABadLine, IsRefusedForAnEmbeddedNul) {
     using namespace std::string_view_literals;
     PointLine point;
     std::string reason;
-    EXPECT_FALSE(readPoint("9\0 50"sv, ColumnLayout(), Separator::Automatic, point, reason));
+    EXPECT_FALSE(readPoint("9\0 50"sv, ColumnLayout(), Separator::AUTOMATIC, point, reason));
     EXPECT_EQ(reason, "column 1 (x) is not a number: \"9\\x00\"");
 }
 
 TEST(ABadLine, IsRefusedForAnEndlessNumber) {
     PointLine point;
     std::string reason;
-    EXPECT_FALSE(readPoint(std::string(100000, '9') + " 50", ColumnLayout(), Separator::Automatic, point, reason));
+    EXPECT_FALSE(readPoint(std::string(100000, '9') + " 50", ColumnLayout(), Separator::AUTOMATIC, point, reason));
     EXPECT_THAT(reason, HasSubstr("column 1 (x) is too large"));
     EXPECT_LT(reason.size(), 100U);
 }
 
 bool reads(const std::string& line, const ColumnLayout& layout, PointLine& point) {
     std::string reason;
-    return readPoint(line, layout, Separator::Automatic, point, reason);
+    return readPoint(line, layout, Separator::AUTOMATIC, point, reason);
 }
 
 TEST(ALayout, SaysWhereTheOrdinatesStand) {
@@ -139,7 +140,7 @@ TEST(ALayout, ReadsPastQuotedColumns) {
 TEST(ALayout, TellsAMissingColumn) {
     PointLine point;
     std::string reason;
-    EXPECT_FALSE(readPoint("A1", layoutFrom("id,name,x,y"), Separator::Automatic, point, reason));
+    EXPECT_FALSE(readPoint("A1", layoutFrom("id,name,x,y"), Separator::AUTOMATIC, point, reason));
     EXPECT_EQ(reason, "column 2 is missing");
 }
 
@@ -153,14 +154,14 @@ TEST(ASeparatorOfTheUsers, Decides) {
     PointLine point;
     std::string reason;
     const ColumnLayout layout = layoutFrom("name,x,y");
-    EXPECT_FALSE(readPoint("Bad Homburg;8.6;50.2", layout, Separator::Automatic, point, reason));
-    EXPECT_TRUE(readPoint("Bad Homburg;8.6;50.2", layout, Separator::Semicolon, point, reason)) << reason;
-    EXPECT_TRUE(readPoint("a;b 8.6 50.2", layout, Separator::Blank, point, reason)) << reason;
-    EXPECT_TRUE(readPoint("a;b c,8.6,50.2", layout, Separator::Comma, point, reason)) << reason;
+    EXPECT_FALSE(readPoint("Bad Homburg;8.6;50.2", layout, Separator::AUTOMATIC, point, reason));
+    EXPECT_TRUE(readPoint("Bad Homburg;8.6;50.2", layout, Separator::SEMICOLON, point, reason)) << reason;
+    EXPECT_TRUE(readPoint("a;b 8.6 50.2", layout, Separator::BLANK, point, reason)) << reason;
+    EXPECT_TRUE(readPoint("a;b c,8.6,50.2", layout, Separator::COMMA, point, reason)) << reason;
 }
 
 std::vector<std::string> columnsOf(std::string_view line) {
-    ColumnScanner scanner(line, Separator::Automatic);
+    ColumnScanner scanner(line, Separator::AUTOMATIC);
     std::vector<std::string> columns;
     std::string_view column;
     while (scanner.next(column)) columns.emplace_back(column);

@@ -9,7 +9,6 @@
 #include "tools/crsctl/start/Descriptor.h"
 
 namespace crsctl {
-
 namespace {
 
 constexpr int BAR_WIDTH = 24;

@@ -9,11 +9,11 @@ namespace crsctl {
 std::unique_ptr<RowWriter> makeRowWriter(OutputFormat format, const ColumnLayout& layout, Separator separator,
                                          const Decimals& decimals) {
     switch (format) {
-        case OutputFormat::Csv:
+        case OutputFormat::CSV:
             return std::make_unique<CsvRowWriter>(layout, separator, decimals);
-        case OutputFormat::Json:
+        case OutputFormat::JSON:
             return std::make_unique<JsonRowWriter>(layout, separator, decimals);
-        case OutputFormat::Text:
+        case OutputFormat::TEXT:
             break;
     }
     return std::make_unique<TextRowWriter>(layout, decimals);

@@ -11,7 +11,7 @@
 
 namespace crsctl {
 
-enum class OutputFormat { Text, Csv, Json };
+enum class OutputFormat { TEXT, CSV, JSON };
 
 // Decimal places of each ordinate.
 using Decimals = std::array<int, ORDINATES>;

@@ -12,7 +12,6 @@
 #include "tools/crsctl/start/Signals.h"
 
 namespace crsctl {
-
 namespace {
 
 // On a terminal that shows the result as well, a bar would stand in its way.
@@ -59,8 +58,8 @@ void StreamRun::process(Workers& workers) {
 
 void StreamRun::write(std::string_view text) {
     const WriteOutcome outcome = writeAll(STDOUT_FILENO, text);
-    if (outcome == WriteOutcome::Failed) throw SetUpError(std::string("standard output: ") + std::strerror(errno));
-    pipeClosed = pipeClosed || outcome == WriteOutcome::PipeClosed;
+    if (outcome == WriteOutcome::FAILED) throw SetUpError(std::string("standard output: ") + std::strerror(errno));
+    pipeClosed = pipeClosed || outcome == WriteOutcome::PIPE_CLOSED;
 }
 
 bool StreamRun::deliver(const BlockResult& result) {

@@ -5,7 +5,6 @@
 #include "tools/crsctl/points/FixedDecimals.h"
 
 namespace crsctl {
-
 namespace {
 
 // What cs2cs writes for a point that it cannot transform.

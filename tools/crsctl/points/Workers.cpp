@@ -11,7 +11,6 @@
 #include "tools/crsctl/start/Signals.h"
 
 namespace crsctl {
-
 namespace {
 
 // What goes before the bytes of a block and of a result. Both ends are the same program.

@@ -1,7 +1,8 @@
 #include "tools/crsctl/points/Workers.h"
 
-#include <gtest/gtest.h>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "tools/crsctl/start/Failures.h"
 

@@ -15,10 +15,10 @@ WriteOutcome writeAll(int descriptor, std::string_view text) {
     while (!text.empty()) {
         const ssize_t count = write(descriptor, text.data(), text.size());
         if (count >= 0) text.remove_prefix(static_cast<std::size_t>(count));
-        if (count < 0 && errno == EPIPE) return WriteOutcome::PipeClosed;
-        if (count < 0 && errno != EINTR) return WriteOutcome::Failed;
+        if (count < 0 && errno == EPIPE) return WriteOutcome::PIPE_CLOSED;
+        if (count < 0 && errno != EINTR) return WriteOutcome::FAILED;
     }
-    return WriteOutcome::Written;
+    return WriteOutcome::WRITTEN;
 }
 
 }  // namespace crsctl

@@ -9,7 +9,7 @@ namespace crsctl {
 void occupyStandardDescriptors();
 
 // What became of writing.
-enum class WriteOutcome { Written, PipeClosed, Failed };
+enum class WriteOutcome { WRITTEN, PIPE_CLOSED, FAILED };
 
 // Writes all of `text`; the reason of a failure is in errno.
 WriteOutcome writeAll(int descriptor, std::string_view text);

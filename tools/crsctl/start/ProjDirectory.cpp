@@ -36,7 +36,7 @@ std::string projDirectoryProperty(const ProjDirectoryChoice& choice) {
 }
 
 std::string projDirectory(const ProjDirectoryChoice& choice) {
-    const std::string property = projDirectoryProperty(choice);
+    std::string property = projDirectoryProperty(choice);
     if (!property.empty()) return property;
     return choice.environment.empty() ? BUILT_IN_PROJ_DIRECTORY : choice.environment;
 }

@@ -1,8 +1,9 @@
 #include "tools/crsctl/start/ProjDirectory.h"
 
 #include <cstdlib>
-#include <gtest/gtest.h>
 #include <ostream>
+
+#include <gtest/gtest.h>
 
 #include "tests/support/CrsctlSession.h"
 #include "tools/crsctl/start/Failures.h"

@@ -1,7 +1,8 @@
 #include "tools/crsctl/start/Session.h"
 
-#include <boost/property_tree/xml_parser.hpp>
 #include <sstream>
+
+#include <boost/property_tree/xml_parser.hpp>
 
 #include "text/InitFile.h"
 #include "tools/crsctl/start/Failures.h"

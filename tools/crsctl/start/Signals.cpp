@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 namespace crsctl {
-
 namespace {
 
 constexpr std::array<int, 3> FINISHING_SIGNALS = {SIGINT, SIGTERM, SIGHUP};

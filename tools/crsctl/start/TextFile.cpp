@@ -10,7 +10,6 @@
 #include "tools/crsctl/start/Failures.h"
 
 namespace crsctl {
-
 namespace {
 
 [[noreturn]] void failFor(const std::string& path) { throw SetUpError(inputName(path) + ": " + std::strerror(errno)); }

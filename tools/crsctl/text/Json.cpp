@@ -1,7 +1,6 @@
 #include "tools/crsctl/text/Json.h"
 
 namespace crsctl {
-
 namespace {
 
 constexpr int INDENT = 2;

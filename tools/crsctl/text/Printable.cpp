@@ -3,7 +3,6 @@
 #include <algorithm>
 
 namespace crsctl {
-
 namespace {
 
 bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }

@@ -1,0 +1,33 @@
+# Prints each line of a CMake file that is not indented as all are: two spaces for each block, two more for the arguments
+# of a command, two more for what belongs to a keyword among them. Texts of several lines are as they are.
+
+FNR == 1 { depth = 0; level = 0; text = 0 }
+
+function complain(what) { print FILENAME ":" FNR ": " what }
+
+# The line without what quotation marks and comments hold; `text` is whether it ends within a text.
+function bare(line, kept, i, c) {
+    kept = ""
+    for (i = 1; i <= length(line); ++i) {
+        c = substr(line, i, 1)
+        if (c == "\\") ++i
+        else if (c == "\"") text = !text
+        else if (!text && c == "#") break
+        else if (!text) kept = kept c
+    }
+    return kept
+}
+
+{
+    if (length($0) > 120) complain("longer than 120 columns")
+    if ($0 ~ /[ \t]$/) complain("blanks at the end")
+    began_in_text = text
+    code = bare($0)
+    match($0, /^[ \t]*/)
+    indent = RLENGTH
+    if (level == 0 && code ~ /^ *(else|elseif|endif|endforeach|endfunction|endmacro|endwhile)\(/) --depth
+    wanted = 2 * depth + (level > 0 ? 2 : 0)
+    if (length($0) > 0 && !began_in_text && indent != wanted && !(level > 0 && indent == wanted + 2)) complain("indented by " indent ", not by " wanted)
+    if (level == 0 && code ~ /^ *(if|else|elseif|foreach|function|macro|while)\(/) ++depth
+    level += gsub(/\(/, "", code) - gsub(/\)/, "", code)
+}
