@@ -8,8 +8,7 @@
 
 namespace ClassicProj {
 
-// A map with a bound: when it is full, the entry that was used least recently leaves for a new one. The entry that was
-// used last is found again without a look at the hash.
+// A map with a bound: when it is full, the entry that was used least recently leaves for a new one.
 //
 // Not thread-safe. Owns its entries.
 template <typename Key, typename Value, typename Hash = std::hash<Key>>
@@ -18,9 +17,13 @@ public:
     // REQUIRES: `mostEntries` is not 0.
     explicit LruMap(std::size_t mostEntries) : bound(mostEntries) {}
 
+    // The value that was used last, if it is that of `key`; else null. Costs one comparison.
+    Value* findLastUsed(const Key& key) {
+        return !entries.empty() && entries.front().first == key ? &entries.front().second : nullptr;
+    }
+
     // The value of `key`, or null. It is the one used last from now on, and stays in place until it leaves.
     Value* find(const Key& key) {
-        if (!entries.empty() && entries.front().first == key) return &entries.front().second;
         const auto found = index.find(key);
         if (found == index.end()) return nullptr;
         entries.splice(entries.begin(), entries, found->second);

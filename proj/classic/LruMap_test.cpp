@@ -40,6 +40,17 @@ TEST(LruMapTest, IsEmptyAtFirst) {
     EXPECT_EQ(map.size(), 0U);
 }
 
+TEST(LruMapTest, KnowsWhatWasUsedLast) {
+    IntMap map = givenFull();
+    ASSERT_NE(map.findLastUsed(3), nullptr);
+    EXPECT_EQ(*map.findLastUsed(3), 30);
+    EXPECT_EQ(map.findLastUsed(1), nullptr);
+    map.find(1);
+    ASSERT_NE(map.findLastUsed(1), nullptr);
+    EXPECT_EQ(*map.findLastUsed(1), 10);
+    EXPECT_EQ(IntMap(3).findLastUsed(0), nullptr);
+}
+
 TEST(LruMapTest, GivesUpTheLeastRecentlyUsed) {
     IntMap map = givenFull();
     map.insert(4, 40);

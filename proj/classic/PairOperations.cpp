@@ -198,6 +198,11 @@ std::size_t PairOperations::KeyHash::operator()(const Key& key) const {
     return (hash(key.source) * SPREAD) ^ hash(key.target) ^ static_cast<std::size_t>(key.withGeoids);
 }
 
+const PairOperation* PairOperations::findOrMake(const Key& key, int& error) {
+    const PairOperation* const known = operations.find(key);
+    return known != nullptr ? known : tryToMake(key, error);
+}
+
 const PairOperation* PairOperations::tryToMake(const Key& key, int& error) {
     error = recentFailure(key);
     if (error != 0) return nullptr;

@@ -75,8 +75,9 @@ public:
     const PairOperation* find(const Definition& source, const Definition& target, bool withHeights, int& error) {
         const bool withGeoids = withHeights && !(source.geoidGrids.empty() && target.geoidGrids.empty());
         const Key key{&source, &target, withGeoids};
-        const PairOperation* const known = operations.find(key);
-        return known != nullptr ? known : tryToMake(key, error);
+        // Points come in runs of one pair.
+        const PairOperation* const last = operations.findLastUsed(key);
+        return last != nullptr ? last : findOrMake(key, error);
     }
 
     std::size_t size() const { return operations.size(); }
@@ -100,6 +101,7 @@ private:
         Clock::time_point when;
     };
 
+    const PairOperation* findOrMake(const Key& key, int& error);
     const PairOperation* tryToMake(const Key& key, int& error);
     const PairOperation* make(const Key& key, int& error);
     bool addStagesOrChangeContext(const Key& key, PairOperation& operation);
