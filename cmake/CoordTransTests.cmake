@@ -1,9 +1,11 @@
 # coordtrans_add_test_program(
-#   NAME [INTERNAL|STATIC] SOURCES... [APART SOURCES...] [LEAKS FILE] [NOT_UNDER SANITIZER...])
+#   NAME [INTERNAL|STATIC] [WHOLE] SOURCES... [APART SOURCES...] [LEAKS FILE] [NOT_UNDER SANITIZER...])
 #
 # One GoogleTest program, each of its tests a ctest test in a process of its own; with COORDTRANS_TESTS_BY_PROGRAM the
 # program is one ctest test, which spares the sanitizers thousands of starts. INTERNAL programs reach internal headers;
 # STATIC programs link the objects as a static library; the others use the built library.
+#
+# WHOLE programs are always one ctest test: their tests share what takes long to make.
 #
 # APART names sources whose private names clash with those of others. They are compiled by themselves where the others
 # are compiled together, which takes half the time.
@@ -54,7 +56,7 @@ function(coordtrans_add_test_program name)
   if(NOT COORDTRANS_BUILD_TESTS)
     return()
   endif()
-  cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNAL;STATIC" "LEAKS" "APART;NOT_UNDER")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNAL;STATIC;WHOLE" "LEAKS" "APART;NOT_UNDER")
   set(sources ${arg_UNPARSED_ARGUMENTS} ${arg_APART})
   coordtrans_register_tests(${sources})
   set_source_files_properties(${arg_APART} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
@@ -84,7 +86,7 @@ function(coordtrans_add_test_program name)
     file(REAL_PATH ${arg_LEAKS} leaks BASE_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR})
     set(environment "LSAN_OPTIONS=suppressions=${leaks}:print_suppressions=0")
   endif()
-  if(COORDTRANS_TESTS_BY_PROGRAM)
+  if(COORDTRANS_TESTS_BY_PROGRAM OR arg_WHOLE)
     add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
     set_tests_properties(${name} PROPERTIES TIMEOUT 600 ENVIRONMENT "${environment}")
   else()
