@@ -86,10 +86,12 @@ TEST(ParsedNameTest, HasTheCodesWhereTheyStandInTheName) {
 
 TEST(ParsedNameTest, RaisesOutOfRangeWhereTheTableDoes) {
     for (const NameRow& row : nameTable()) {
-        const ParsedName parsed = parseEpsgName(row["name"]);
-        const NameFault* const fault = std::get_if<NameFault>(&parsed);
-        const bool raised = row["result"] == "std::out_of_range";
-        EXPECT_EQ(fault != nullptr && fault->beyondTheEnd, raised) << row.where();
+        for (const NameSyntax& syntax : NAME_SYNTAXES) {
+            const ParsedName parsed = syntax.parse(row["name"]);
+            const NameFault* const fault = std::get_if<NameFault>(&parsed);
+            const bool raised = syntax.spelling == Spelling::EPSG_CODE && row["result"] == "std::out_of_range";
+            EXPECT_EQ(fault != nullptr && fault->beyondTheEnd, raised) << row.where() << syntax.description;
+        }
     }
 }
 
