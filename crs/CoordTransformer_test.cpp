@@ -107,7 +107,7 @@ protected:
 
 // Neither the lock nor the transformation is needed.
 TEST_P(CompatibleCrsTest, MovesPointsByItself) {
-    const std::lock_guard<std::mutex> held(proj4TransformLock);
+    const std::lock_guard<SpinningMutex> held(proj4TransformLock);
     EXPECT_EQ(transformed(pair.source, pair.target, {3, 5, 7}), pair.withHeight);
     EXPECT_EQ(transformed(pair.source, pair.target, {3, 5}), (Point{pair.withHeight.x, pair.withHeight.y}));
     transformed(pair.target, pair.source, {3, 5, 7});

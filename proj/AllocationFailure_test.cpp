@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "CoordinateTransformation/PointTransformer.h"
 #include "tests/support/Proj4Test.h"
 
 namespace CoordinateTransformation {
@@ -57,6 +58,57 @@ TEST_F(TransformationAllocationTest, NeverHappensBetweenCrsOfOneCode) {
     scaled.setPrimaryScaleFactor(2);
     EXPECT_EQ(allocationsFor(source, scaled, 1000), 0);
     EXPECT_EQ(allocationsFor(scaled, source, 1000), 0);
+}
+
+TEST_F(TransformationAllocationTest, NeverHappensInArraysAndBoxes) {
+    const Proj4Crs source = crsInOrder(4326, true);
+    for (const unsigned int code : {25832U, 31467U, 4258U, 4979U}) {
+        PointTransformer there(source, crsOf(code));
+        PointTransformer back(crsOf(code), source);
+        double x[200];
+        double y[200];
+        double z[200];
+        const long before = allocations;
+        for (int turn = 0; turn < 10; ++turn) {
+            for (int i = 0; i < 200; ++i) {
+                x[i] = 9;
+                y[i] = i % 3 == 0 ? 99 : 50;
+                z[i] = i;
+            }
+            there.transform(200, x, y, z);
+            back.transform(200, x, y);
+            back.transformBounds(there.transformBounds({8, 49, 10, 51}));
+        }
+        EXPECT_EQ(allocations, before) << code;
+    }
+}
+
+// The operation is taken out of the pool and put back.
+TEST_F(TransformationAllocationTest, HappensOnceForATransformerOfAPairInUse) {
+    const Proj4Crs source = crsOf(4326);
+    const Proj4Crs target = crsOf(25832);
+    { const PointTransformer first(source, target); }
+    const long before = allocations;
+    for (int i = 0; i < 10; ++i) const PointTransformer next(source, target);
+    EXPECT_EQ(allocations, before + 10);
+}
+
+class HostTransformer : public CoordTransformer {
+public:
+    void transformCoordinates(const AbstractCrs*, const AbstractCrs*, double&, double&, double*) const override {}
+};
+
+TEST_F(TransformationAllocationTest, LosesNothingWhenATransformerCannotBeMade) {
+    const HostTransformer host;
+    const Proj4Crs source = crsOf(4326);
+    const Proj4Crs own(creator, host, 25832, 0, true);
+    { const PointTransformer first(source, crsOf(25832)); }
+    const auto making = [&source](const Proj4Crs& target) {
+        return TestSupport::allocationsOf([&source, &target] { const PointTransformer made(source, target); });
+    };
+    EXPECT_GE(making(crsOf(25832)), 1);
+    EXPECT_GE(making(crsOf(4979)), 1);
+    EXPECT_GE(making(own), 3);
 }
 
 }  // namespace

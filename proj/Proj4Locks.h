@@ -3,6 +3,7 @@
 #include <map>
 #include <mutex>
 
+#include "platform/SpinningMutex.h"
 #include "platform/ThreadSafety.h"
 #include "proj/classic/ClassicProj.h"
 
@@ -13,7 +14,9 @@ namespace CoordinateTransformation {
 // order. The catalogue, whose lock is taken alone, sees to its own.
 
 // Serialises every use of pj_transform.
-extern std::mutex proj4TransformLock;
+//
+// Threads that meet at it do not sleep: a point takes less time than that.
+extern SpinningMutex proj4TransformLock;
 
 // Holds it, and with it the role without which clang lets nobody call pj_transform.
 class COORDTRANS_THREAD_SAFETY(scoped_lockable) TransformGuard {
@@ -25,7 +28,7 @@ public:
     TransformGuard& operator=(const TransformGuard&) = delete;
 
 private:
-    const std::lock_guard<std::mutex> guard;
+    const std::lock_guard<SpinningMutex> guard;
 };
 
 // Guards the binding of codes to PROJ objects, and proj4DefCache.

@@ -13,7 +13,7 @@
 
 namespace CoordinateTransformation {
 
-std::mutex proj4TransformLock;
+SpinningMutex proj4TransformLock;
 std::mutex proj4DefLock;
 
 std::map<unsigned int, ClassicProj::projPJ>& getProj4DefCache() {

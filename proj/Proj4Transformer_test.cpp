@@ -188,7 +188,7 @@ TEST_F(FailingPointTest, MayLieInAPairThatProjRejects) {
 TEST_F(Proj4TransformerTest, WaitsForTheLock) {
     const Proj4Crs source = crsInOrder(4326, EAST_NORTH);
     const Proj4Crs target = crsInOrder(25832, EAST_NORTH);
-    std::unique_lock<std::mutex> held(proj4TransformLock);
+    std::unique_lock<SpinningMutex> held(proj4TransformLock);
     const auto transformation = std::async(std::launch::async, [&source, &target] {
         double x = LONGITUDE;
         double y = LATITUDE;

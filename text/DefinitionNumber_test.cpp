@@ -12,19 +12,16 @@
 #include <charconv>
 #endif
 
+#include "tests/support/Bits.h"
 #include "tests/support/GroupingLocale.h"
 #include "text/NumericText.h"
 
 namespace CoordinateTransformation {
 namespace {
 
-// Numbers of definitions.
-std::uint64_t bitsOf(double number) {
-    std::uint64_t bits = 0;
-    std::memcpy(&bits, &number, sizeof(bits));
-    return bits;
-}
+using TestSupport::bitsOf;
 
+// Numbers of definitions.
 struct Reading {
     const char* text;
     double number;

@@ -146,6 +146,9 @@ public:
     /// scale factors, separated by ";". QSHelpers::UnexpectedException for an unknown or default CRS.
     std::string getAsText() const;
 
+    /// Looks at the transformer.
+    friend class PointTransformer;
+
 protected:
     /// See getPrimaryCode().
     std::uint32_t primaryCode = 0;

@@ -28,6 +28,7 @@
 #include "CoordinateTransformation/Export.h"
 #include "CoordinateTransformation/FatalSubsystemError.h"
 #include "CoordinateTransformation/Misconfigured.h"
+#include "CoordinateTransformation/PointTransformer.h"
 #include "CoordinateTransformation/Proj4Crs.h"
 #include "CoordinateTransformation/Proj4CrsCreator.h"
 #include "CoordinateTransformation/TransExecException.h"

@@ -2,12 +2,14 @@
 
 #include "tests/support/AllocationFailure.h"
 
+#include <deque>
 #include <string>
 #include <tuple>
 
 #include <gtest/gtest.h>
 #include <proj.h>
 
+#include "proj/classic/OperationPool.h"
 #include "proj/classic/PairOperations.h"
 #include "proj/classic/ProjObjects.h"
 #include "tests/support/Geodesy.h"
@@ -124,6 +126,35 @@ std::string nameOf(const testing::TestParamInfo<std::tuple<Pair, long>>& paramet
 
 INSTANTIATE_TEST_SUITE_P(Pairs, EndOfMemoryTest, testing::Combine(testing::ValuesIn(PAIRS), testing::Values(1L, 40L)),
                          nameOf);
+
+// In the pool every pair has a context of its own, so the trial is known by its function.
+bool isSparedInPool() {
+    return TestSupport::isWithin(TestSupport::TRIAL_FUNCTION) || TestSupport::isWithin(TestSupport::FATAL_FUNCTION);
+}
+
+TEST(EndOfMemoryInAPoolTest, LeavesNothingBehindThatIsHalfMade) {
+    const Definition source = definitionOf("+proj=longlat +datum=WGS84 +geoidgrids=egm96_15.gtx");
+    const Definition target = definitionOf("+proj=tmerc +lon_0=9 +ellps=bessel +towgs84=598.1,73.7,418.2");
+    TestSupport::isSpared = isSparedInPool;
+    bool ranShort = true;
+    long after = 0;
+    for (; ranShort; ++after) {
+        // Each time a pair that is new to the pool, which knows it by its definitions for ever.
+        static std::deque<Definition> definitions;
+        Definition& newSource = definitions.emplace_back(source);
+        Definition& newTarget = definitions.emplace_back(target);
+        TestSupport::succeedsWithout(after, 1, [&] { const OperationLease lost(&newSource, &newTarget); });
+        ranShort = allocations > after;
+        const OperationLease lease(&newSource, &newTarget);
+        ASSERT_TRUE(lease.isUsable()) << after;
+        Position point{9 * RADIANS, 50 * RADIANS, 100, NO_TIME};
+        lease.move(&point, 1);
+        EXPECT_TRUE(point.isFinite()) << after;
+        // This one is in use, and another may wait for a pair.
+        EXPECT_LE(countPooledOperations().made, countPooledOperations().idle + 2) << after;
+    }
+    EXPECT_GT(after, 100);
+}
 
 TEST(EndOfMemoryInADefinitionTest, LeavesNothingBehindThatIsHalfMade) {
     bool ranShort = true;

@@ -10,7 +10,9 @@
 #include <vector>
 
 #include "proj/classic/Definition.h"
+#include "proj/classic/OperationPool.h"
 #include "proj/classic/PairOperations.h"
+#include "proj/classic/PerProcess.h"
 #include "proj/classic/ProjObjects.h"
 #include "text/InitFile.h"
 
@@ -19,41 +21,9 @@ namespace ClassicProj {
 using CoordinateTransformation::InitFile;
 
 TransformRole transformRole;
-
-namespace {
-
-// How many forks lie between this process and the one that loaded the library.
 unsigned int forksSinceLoad = 0;
 
-// What a process makes for itself at first use. A child of a fork makes its own and never touches what it has
-// inherited. Nothing is ever released.
-//
-// Not thread-safe: its lock must be one of those that are held across a fork.
-template <typename T>
-class PerProcess {
-public:
-    explicit PerProcess(T (*function)()) : make(function) {}
-
-    T& get() {
-        if (current == nullptr || madeAfter != forksSinceLoad) renew();
-        return *current;
-    }
-
-    // The next get() makes another.
-    void abandon() { current = nullptr; }
-
-private:
-    void renew() {
-        // Earlier ones stay within the reach of leak checkers.
-        current = &all.emplace_back(make());
-        madeAfter = forksSinceLoad;
-    }
-
-    T (*make)();
-    std::deque<T> all;
-    T* current = nullptr;
-    unsigned int madeAfter = 0;
-};
+namespace {
 
 // What making definitions needs, and the lock that guards it. Never released: definitions live as long as the process.
 struct Definitions {
@@ -188,11 +158,13 @@ void pj_set_searchpath(int count, const char** paths) {
 
 void lockForFork() {
     definitions().lock.lock();
+    lockPoolForFork();
     projFilesLock.lock();
 }
 
 void unlockAfterFork() {
     projFilesLock.unlock();
+    unlockPoolAfterFork();
     definitions().lock.unlock();
 }
 

@@ -42,6 +42,11 @@ public:
         return &entries.front().second;
     }
 
+    void clear() {
+        index.clear();
+        entries.clear();
+    }
+
     std::size_t size() const { return entries.size(); }
 
 private:

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <functional>
 #include <new>
 #include <string_view>
@@ -152,8 +153,21 @@ constexpr std::size_t MOST_FAILURES = 1024;
 
 }  // namespace
 
-inline PJ_COORD PairOperation::Stage::move(const PJ_COORD& point) const {
-    return isGridShift ? shiftByGrid(projection, direction, point) : proj_trans(projection, direction, point);
+inline PJ_COORD PairOperation::Stage::moveIn(PJ_DIRECTION wanted, const PJ_COORD& point) const {
+    return isGridShift ? shiftByGrid(projection, wanted, point) : proj_trans(projection, wanted, point);
+}
+
+inline PJ_COORD PairOperation::Stage::move(const PJ_COORD& point) const { return moveIn(direction, point); }
+
+inline void PairOperation::Stage::moveInPlace(PJ_DIRECTION wanted, Position& point) const {
+    static_assert(sizeof(Position) == sizeof(PJ_COORD), "PROJ has four ordinates");
+    PJ_COORD coordinate;
+    std::memcpy(&coordinate, &point, sizeof(Position));
+    const PJ_COORD moved = moveIn(wanted, coordinate);
+    // One by one: PROJ has just written them so, and reading two at once would wait for both.
+    point.x = moved.xyz.x;
+    point.y = moved.xyz.y;
+    point.z = moved.xyz.z;
 }
 
 int PairOperation::transform(double& x, double& y, double* z) const {
@@ -172,6 +186,24 @@ int PairOperation::transform(double& x, double& y, double* z) const {
     y = movedY;
     if (z != nullptr) *z = movedZ;
     return 0;
+}
+
+void PairOperation::move(Position* points, std::size_t count) const {
+    for (const Stage& stage : stages)
+        for (Position* point = points; point != points + count; ++point)
+            if (point->isFinite()) stage.moveInPlace(stage.direction, *point);
+    forgetErrors();
+}
+
+void PairOperation::moveBack(Position& point) const {
+    for (auto stage = stages.rbegin(); stage != stages.rend() && point.isFinite(); ++stage)
+        stage->moveInPlace(stage->direction == PJ_FWD ? PJ_INV : PJ_FWD, point);
+    forgetErrors();
+}
+
+// All projections of a context share the error number, which must not pass for that of something made later.
+void PairOperation::forgetErrors() const {
+    if (!stages.empty()) proj_errno_reset(stages.front().projection);
 }
 
 // The number that PROJ has at hand after the failure may be an older one: some points fail without any, and all
@@ -201,6 +233,12 @@ std::size_t PairOperations::KeyHash::operator()(const Key& key) const {
 const PairOperation* PairOperations::findOrMake(const Key& key, int& error) {
     const PairOperation* const known = operations.find(key);
     return known != nullptr ? known : tryToMake(key, error);
+}
+
+void PairOperations::clear() {
+    operations.clear();
+    failures.clear();
+    gridShifts.clear();
 }
 
 const PairOperation* PairOperations::tryToMake(const Key& key, int& error) {

@@ -312,5 +312,62 @@ TEST_F(PairOperationTest, LeavesPointsAsTheyAreWhereNothingChanges) {
     EXPECT_EQ(y, 95 * RADIANS);
 }
 
+std::vector<Position> givenPoints() {
+    std::vector<Position> points;
+    for (int i = 0; i < 10; ++i)
+        points.push_back({(9 + 0.1 * i) * RADIANS, (50 - 0.1 * i) * RADIANS, 7.0 * i, NO_TIME});
+    points[3].y = 91 * RADIANS;
+    points[5].x = std::numeric_limits<double>::infinity();
+    points[9].y = 91 * RADIANS;
+    return points;
+}
+
+// With a projection alone, over a datum, through a grid and with nothing to do.
+TEST_F(PairOperationTest, MovesManyPointsAsItMovesOne) {
+    Definition bessel = definitionOf("+proj=tmerc +lon_0=9 +ellps=bessel +towgs84=598.1,73.7,418.2,0.2,0.04,-2.4,6");
+    Definition german = definitionOf("+proj=longlat +ellps=bessel +nadgrids=BETA2007.gsb");
+    for (const auto& [source, target] : {std::pair(&geographic, &utm32), std::pair(&geographic, &bessel),
+                                         std::pair(&german, &utm32), std::pair(&geographic, &geographic)}) {
+        const PairOperation* const operation = find(*source, *target);
+        ASSERT_NE(operation, nullptr);
+        std::vector<Position> points = givenPoints();
+        operation->move(points.data(), points.size());
+        for (std::size_t i = 0; i < points.size(); ++i) {
+            Position one = givenPoints()[i];
+            EXPECT_EQ(operation->transform(one.x, one.y, &one.z) == 0, points[i].isFinite()) << i;
+            if (!points[i].isFinite()) continue;
+            EXPECT_TRUE(one.x == points[i].x && one.y == points[i].y && one.z == points[i].z) << i;
+        }
+    }
+}
+
+TEST_F(PairOperationTest, ComesBackThroughAllOfIt) {
+    Definition bessel = definitionOf("+proj=tmerc +lon_0=9 +ellps=bessel +towgs84=598.1,73.7,418.2,0.2,0.04,-2.4,6");
+    Definition german = definitionOf("+proj=longlat +ellps=bessel +nadgrids=BETA2007.gsb");
+    for (const Definition* const source : {&geographic, &german}) {
+        const PairOperation* const operation = find(*source, bessel);
+        Position point{9.5 * RADIANS, 50.5 * RADIANS, 0, NO_TIME};
+        operation->move(&point, 1);
+        EXPECT_GT(point.x, 1000);
+        point.z = 0;
+        operation->moveBack(point);
+        EXPECT_NEAR(point.x, 9.5 * RADIANS, 1e-9);
+        EXPECT_NEAR(point.y, 50.5 * RADIANS, 1e-9);
+    }
+}
+
+TEST_F(PairOperationTest, LeavesNoErrorOfAPointWithItsContext) {
+    const PairOperation* const operation = find(geographic, utm32);
+    for (int i = 0; i < 10; ++i) {
+        Position bad = givenPoints()[3];
+        operation->move(&bad, 1);
+        EXPECT_EQ(proj_context_errno(projContext()), 0);
+        bad = {1e30, 1e30, 0, NO_TIME};
+        operation->moveBack(bad);
+        EXPECT_FALSE(bad.isFinite());
+        EXPECT_EQ(proj_context_errno(projContext()), 0);
+    }
+}
+
 }  // namespace
 }  // namespace ClassicProj

@@ -64,28 +64,64 @@ namespace {
 
 constexpr int NOT_OPEN = -1;
 
-// Linked by hand: the list is usable in the child of a fork without further ado.
-struct OpenFile {
-    int descriptor = NOT_OPEN;
-    off_t position = 0;
-    OpenFile* previous = nullptr;
-    OpenFile* next = nullptr;
+// A file is open once, however many contexts read it: each read says from where. Linked by hand: the list is usable in
+// the child of a fork without further ado.
+struct Descriptor {
+    int number = NOT_OPEN;
+    dev_t device = 0;
+    ino_t inode = 0;
+    std::size_t readers = 0;
+    Descriptor* previous = nullptr;
+    Descriptor* next = nullptr;
 };
 
-OpenFile* firstFile = nullptr;
+struct OpenFile {
+    Descriptor* descriptor = nullptr;
+    off_t position = 0;
+};
+
+Descriptor* firstDescriptor = nullptr;
 thread_local bool fileFailed = false;
 
-void registerFile(OpenFile& file) {
-    const std::lock_guard<std::mutex> guard(projFilesLock);
-    file.next = firstFile;
-    if (firstFile != nullptr) firstFile->previous = &file;
-    firstFile = &file;
+void link(Descriptor& added) {
+    added.next = firstDescriptor;
+    if (firstDescriptor != nullptr) firstDescriptor->previous = &added;
+    firstDescriptor = &added;
 }
 
-void unregisterFile(OpenFile& file) {
+void unlink(Descriptor& removed) {
+    (removed.previous != nullptr ? removed.previous->next : firstDescriptor) = removed.next;
+    if (removed.next != nullptr) removed.next->previous = removed.previous;
+}
+
+// Those of a parent are not open.
+Descriptor* findDescriptor(const struct stat& status) {
+    Descriptor* found = firstDescriptor;
+    while (found != nullptr &&
+           (found->number == NOT_OPEN || found->device != status.st_dev || found->inode != status.st_ino))
+        found = found->next;
+    return found;
+}
+
+// Takes `number` over: the file may be open already, and then it serves in place of `added`.
+Descriptor* shareDescriptor(int number, const struct stat& status, std::unique_ptr<Descriptor> added) {
     const std::lock_guard<std::mutex> guard(projFilesLock);
-    (file.previous != nullptr ? file.previous->next : firstFile) = file.next;
-    if (file.next != nullptr) file.next->previous = file.previous;
+    if (Descriptor* const known = findDescriptor(status)) {
+        ::close(number);
+        ++known->readers;
+        return known;
+    }
+    *added = {number, status.st_dev, status.st_ino, 1, nullptr, nullptr};
+    link(*added);
+    return added.release();
+}
+
+void leaveDescriptor(Descriptor* descriptor) {
+    const std::lock_guard<std::mutex> guard(projFilesLock);
+    if (--descriptor->readers != 0) return;
+    const std::unique_ptr<Descriptor> last(descriptor);
+    unlink(*last);
+    if (last->number != NOT_OPEN) ::close(last->number);
 }
 
 OpenFile& fileOf(PROJ_FILE_HANDLE* handle) { return *reinterpret_cast<OpenFile*>(handle); }
@@ -99,24 +135,25 @@ bool mayOpen(PJ_CONTEXT* context, const std::string& file) {
 }
 
 // A pipe in place of a file would keep its opener waiting, hence O_NONBLOCK; files take no notice of it.
-int openRegularFile(const char* name) {
-    const int descriptor = ::open(name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    if (descriptor == NOT_OPEN) {
+Descriptor* openRegularFile(const char* name) {
+    auto descriptor = std::make_unique<Descriptor>();
+    const int number = ::open(name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (number == NOT_OPEN) {
         fileFailed = fileFailed || !isMissing(errno);
-        return NOT_OPEN;
+        return nullptr;
     }
     struct stat status;
-    if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) return descriptor;
-    ::close(descriptor);
-    return NOT_OPEN;
+    if (fstat(number, &status) == 0 && S_ISREG(status.st_mode))
+        return shareDescriptor(number, status, std::move(descriptor));
+    ::close(number);
+    return nullptr;
 }
 
 PROJ_FILE_HANDLE* openFile(PJ_CONTEXT* context, const char* name, PROJ_OPEN_ACCESS access, void* /*user*/) {
     if (access != PROJ_OPEN_ACCESS_READ_ONLY || !mayOpen(context, name)) return nullptr;
     auto file = std::make_unique<OpenFile>();
     file->descriptor = openRegularFile(name);
-    if (file->descriptor == NOT_OPEN) return nullptr;
-    registerFile(*file);
+    if (file->descriptor == nullptr) return nullptr;
     return reinterpret_cast<PROJ_FILE_HANDLE*>(file.release());
 }
 
@@ -124,7 +161,8 @@ size_t readFile(PJ_CONTEXT* /*context*/, PROJ_FILE_HANDLE* handle, void* buffer,
     OpenFile& file = fileOf(handle);
     size_t done = 0;
     while (done < size) {
-        const ssize_t count = pread(file.descriptor, static_cast<char*>(buffer) + done, size - done, file.position);
+        const ssize_t count =
+            pread(file.descriptor->number, static_cast<char*>(buffer) + done, size - done, file.position);
         if (count < 0 && errno == EINTR) continue;
         fileFailed = fileFailed || count < 0;
         if (count <= 0) break;
@@ -141,7 +179,7 @@ size_t refuseToWrite(PJ_CONTEXT* /*context*/, PROJ_FILE_HANDLE* /*handle*/, cons
 
 off_t sizeOf(const OpenFile& file) {
     struct stat status;
-    return fstat(file.descriptor, &status) == 0 ? status.st_size : 0;
+    return fstat(file.descriptor->number, &status) == 0 ? status.st_size : 0;
 }
 
 int seekInFile(PJ_CONTEXT* /*context*/, PROJ_FILE_HANDLE* handle, long long offset, int whence, void* /*user*/) {
@@ -158,8 +196,7 @@ unsigned long long tellPosition(PJ_CONTEXT* /*context*/, PROJ_FILE_HANDLE* handl
 
 void closeFile(PJ_CONTEXT* /*context*/, PROJ_FILE_HANDLE* handle, void* /*user*/) {
     const std::unique_ptr<OpenFile> file(&fileOf(handle));
-    unregisterFile(*file);
-    ::close(file->descriptor);
+    leaveDescriptor(file->descriptor);
 }
 
 // PROJ remembers for the whole process whether its own directory exists, so the answer must be true.
@@ -196,9 +233,9 @@ bool takeFileFailure() {
 }
 
 void closeInheritedFiles() {
-    for (OpenFile* file = firstFile; file != nullptr; file = file->next) {
-        ::close(file->descriptor);
-        file->descriptor = NOT_OPEN;
+    for (Descriptor* inherited = firstDescriptor; inherited != nullptr; inherited = inherited->next) {
+        if (inherited->number != NOT_OPEN) ::close(inherited->number);
+        inherited->number = NOT_OPEN;
     }
 }
 

@@ -11,9 +11,12 @@ namespace DocsTest {
 namespace {
 
 using CoordinateTransformation::AbstractCrs;
+using CoordinateTransformation::Bounds;
 using CoordinateTransformation::CrsConfig;
+using CoordinateTransformation::PointTransformer;
 
 const char OFFER[] = "<SRSList><SRS>4326</SRS><SRS>4978</SRS><SRS>25832</SRS></SRSList>";
+const Bounds BEYOND_THE_POLE{91, 8, 95, 10};
 
 class FailuresTest : public testing::Test {
 protected:
@@ -25,6 +28,9 @@ protected:
     }
     void transform(const std::string& target, double x, double y) const {
         server.request("EPSG:4326")->transformTo(server.request(target).get(), x, y);
+    }
+    void transformBox(const std::string& target, const Bounds& box) const {
+        PointTransformer(*server.request("EPSG:4326").get(), *server.request(target).get()).transformBounds(box);
     }
 
     const Server server = givenServer(OFFER);
@@ -45,6 +51,7 @@ TEST_F(FailuresTest, OfRequestsAreAsThePageSays) {
                     {"point outside the projection", [this] { transform("EPSG:25832", 99, 9); }},
                     {"coordinate that is not finite", [this] { transform("EPSG:25832", std::nan(""), 9); }},
                     {"geocentric point without a height", [this] { transform("EPSG:4978", 50, 9); }},
+                    {"box outside the projection", [this] { transformBox("EPSG:25832", BEYOND_THE_POLE); }},
                     {"URL of an unknown CRS", [this] { unknown()->getAsURL("a", "b", "c"); }},
                     {"text form of an unknown CRS", [this] { unknown()->getAsText(); }},
                 });

@@ -14,8 +14,6 @@
 namespace IntegrationTest {
 namespace {
 
-using CoordinateTransformation::CrsConfigData;
-
 // No operation sets errno to it.
 constexpr int SENTINEL = 4711;
 
@@ -54,6 +52,19 @@ void transform(const std::string& source, const std::string& target, double x, d
     errno = SENTINEL;
     from->transformTo(to.get(), horizontal[0], horizontal[1]);
     from->transformTo(to.get(), x, y, z);
+}
+
+// Makes, uses, moves and releases a transformer.
+void transformArrays(const std::string& source, const std::string& target, double x, double y) {
+    const Server server;
+    const Crs from = server.known(source);
+    const Crs to = server.known(target);
+    double points[] = {x, y, 1e30, 1e30};
+    errno = SENTINEL;
+    CoordinateTransformation::PointTransformer transformer(*from.get(), *to.get());
+    transformer.transform(2, &points[0], &points[1], nullptr, 2);
+    transformer.transformBounds({x, y, x + 1, y + 1});
+    transformer = CoordinateTransformation::PointTransformer(*to.get(), *from.get());
 }
 
 std::function<void()> creating(const std::string& name) {
@@ -141,6 +152,11 @@ const Operation OPERATIONS[] = {
     {"transformTo with a datum shift", [] { transform("EPSG:31467", "EPSG:4326", 5596000, 3500000); }, false},
     {"transformTo within a code", [] { transform("EPSG:4326", "EPSG:4979", 52, 9); }, false},
     {"transformTo beyond the projection", [] { transform("EPSG:4326", "EPSG:25832", 0, 99); }, true},
+    {"arrays and boxes", [] { transformArrays("EPSG:4326", "EPSG:25832", 52, 9); }, false},
+    {"arrays and boxes with a datum shift", [] { transformArrays("EPSG:31467", "EPSG:4326", 5596000, 3500000); },
+     false},
+    {"arrays and boxes within a code", [] { transformArrays("EPSG:4326", "EPSG:4979", 52, 9); }, false},
+    {"a box beyond the projection", [] { transformArrays("EPSG:4326", "EPSG:25832", 98, 9); }, true},
     {"the forms of a CRS",
      [] {
          const Server server;

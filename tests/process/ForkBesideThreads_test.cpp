@@ -19,6 +19,11 @@ public:
         server();
         run([] { moved(server(), "EPSG:4314", "EPSG:25832", {GRIDDED_LATITUDE, GRIDDED_LONGITUDE}); });
         run([] { moved(server(), "urn:ogc:def:crs:EPSG::4277", "EPSG:3857", {50, 9}); });
+        run([] { EXPECT_TRUE(transformsArrays()); });
+        run([] {
+            static thread_local PointTransformer held = transformerOf("EPSG:4314", "EPSG:25832");
+            EXPECT_TRUE(movesThroughTheGrid(held));
+        });
         run([] {
             EXPECT_TRUE(failsAsItShould());
             EXPECT_THROW(moved(server(), "EPSG:9999", "EPSG:4326", {0, 0}), std::exception);

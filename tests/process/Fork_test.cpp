@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <system_error>
 #include <unistd.h>
@@ -122,6 +123,64 @@ TEST(ForkTest, LetsTheChildOfAChildWork) {
     };
     EXPECT_TRUE(Child(child).succeeds());
     EXPECT_TRUE(doesEverything());
+}
+
+TEST(ForkTest, LetsAChildGoOnWithTheTransformersOfItsParent) {
+    PointTransformer ofParent = transformerOf("EPSG:4314", "EPSG:25832");
+    EXPECT_TRUE(movesThroughTheGrid(ofParent));
+    const auto grandchild = [&ofParent] { return movesThroughTheGrid(ofParent); };
+    const auto child = [&ofParent, &grandchild] {
+        return movesThroughTheGrid(ofParent) && Child(grandchild).succeeds() && movesThroughTheGrid(ofParent) &&
+               transformsArrays();
+    };
+    for (int i = 0; i < 3; ++i) EXPECT_TRUE(Child(child).succeeds());
+    EXPECT_TRUE(movesThroughTheGrid(ofParent));
+}
+
+TEST(ForkTest, LetsAChildBeginWithABox) {
+    PointTransformer ofParent = transformerOf("EPSG:25832", "EPSG:4314");
+    const auto child = [&ofParent] {
+        const auto box = ofParent.transformBounds({400000, 5400000, 600000, 5600000});
+        return box.minX > 48 && box.maxX < 51 && box.minY > 7 && box.maxY < 11;
+    };
+    EXPECT_TRUE(Child(child).succeeds());
+}
+
+TEST(ForkTest, LetsAChildReleaseTheTransformersOfItsParent) {
+    auto ofParent = std::make_unique<PointTransformer>(transformerOf("EPSG:4314", "EPSG:25832"));
+    PointTransformer another = transformerOf("EPSG:4314", "EPSG:25832");
+    const auto child = [&ofParent, &another] {
+        ofParent.reset();
+        another = transformerOf("EPSG:4314", "EPSG:25832");
+        return transformsArrays() && movesThroughTheGrid(another);
+    };
+    EXPECT_TRUE(Child(child).succeeds());
+    EXPECT_TRUE(movesThroughTheGrid(*ofParent));
+}
+
+// Its message is the one that transformTo has.
+bool failsForWantOfItsGrid(PointTransformer& transformer) {
+    double x = GRIDDED_LONGITUDE;
+    double y = GRIDDED_LATITUDE;
+    try {
+        transformer.transform(1, &x, &y);
+    } catch (const CoordinateTransformation::TransExecException& failure) {
+        return failure.getCatalogMessage() != nullptr && x == GRIDDED_LONGITUDE;
+    }
+    return false;
+}
+
+TEST(ForkTest, TellsAChildWhenTheGridsOfItsParentHaveGone) {
+    server();
+    const std::string grid = projDirectory() + "/gone.gsb";
+    std::filesystem::copy_file("/usr/share/proj/BETA2007.gsb", grid);
+    PointTransformer ofParent = transformerOf("EPSG:4313", "EPSG:25832");
+    std::filesystem::remove(grid);
+    const auto child = [&ofParent] { return failsForWantOfItsGrid(ofParent) && failsForWantOfItsGrid(ofParent); };
+    EXPECT_TRUE(Child(child).succeeds());
+    double x = GRIDDED_LONGITUDE;
+    double y = GRIDDED_LATITUDE;
+    EXPECT_EQ(ofParent.transform(1, &x, &y), 0U);
 }
 
 std::string filesOfThisProcess() {

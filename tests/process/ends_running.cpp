@@ -1,4 +1,4 @@
-// ends_running transform|names|failures DIRECTORY: main returns while threads still use the library.
+// ends_running transform|arrays|names|failures DIRECTORY: main returns while threads still use the library.
 
 #include <atomic>
 #include <chrono>
@@ -22,6 +22,15 @@ void transform(const CrsConfig& config) {
     source->transformTo(target.get(), x, y);
 }
 
+// Once the process ends, PROJ makes no more operations.
+void transformArrays(const CrsConfig& config) {
+    try {
+        movedInArray(config, "EPSG:4314", "EPSG:25832", {GRIDDED_LATITUDE, GRIDDED_LONGITUDE});
+    } catch (const CoordinateTransformation::TransExecException& failure) {
+        if (failure.getCatalogMessage() == nullptr) std::abort();
+    }
+}
+
 void makeFromNames(const CrsConfig& config) {
     moved(config, "urn:ogc:def:crs:EPSG::4277", "http://www.opengis.net/def/crs/EPSG/0/3857", {50, 9});
 }
@@ -36,6 +45,7 @@ void fail(const CrsConfig& config) {
 
 Work workOf(const char* name) {
     if (std::strcmp(name, "transform") == 0) return transform;
+    if (std::strcmp(name, "arrays") == 0) return transformArrays;
     if (std::strcmp(name, "names") == 0) return makeFromNames;
     if (std::strcmp(name, "failures") == 0) return fail;
     return nullptr;

@@ -21,6 +21,8 @@ int transformAPoint(const char* projDirectory, double longitude0) {
         } catch (const CoordinateTransformation::TransExecException& failure) {
             if (failure.getCatalogMessage() == nullptr) return 4;
         }
+        const Point inArray = movedInArray(*config, "EPSG:4326", "EPSG:25832", {52, longitude0});
+        if (inArray.x != point.x || inArray.y != point.y) return 5;
         return std::abs(point.x - 500000) < 1e-6 ? 0 : 1;
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "%s\n", failure.what());

@@ -39,6 +39,7 @@ void useTheLibrary(const char* moment) {
     // The central meridian of the directory, where the easting is the false easting.
     const Point point = moved(*config, "EPSG:4326", "EPSG:25832", {52, 9});
     if (!(std::abs(point.x - 500000) < 1e-6)) fail(moment, "a wrong easting");
+    if (movedInArray(*config, "EPSG:4326", "EPSG:25832", {52, 9}).x != point.x) fail(moment, "another in an array");
     if (config->getCreator().createFromName("EPSG:4326", true, true)->isAxisOrderEastNorthOrLonLat())
         fail(moment, "a wrong axis order");
     try {

@@ -22,6 +22,7 @@ public:
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
 
+    pid_t id() const { return process; }
     void send(int signal) const;
     // Waits for its end.
     int exitCode();

@@ -19,14 +19,32 @@
 namespace ProcessTest {
 
 // The one PROJ directory of the program: the first that serves is settled for the process.
-inline const CrsConfig& server() {
+inline const std::string& projDirectory() {
     static const TestSupport::TemporaryDirectory directory;
+    return directory.name();
+}
+
+// Codes of the directory that only those tests use that want a new one.
+constexpr int FIRST_SPARE_CODE = 60000;
+constexpr int SPARE_CODES = 100;
+
+inline std::string spareDefinitions() {
+    std::string text;
+    for (int i = 0; i < SPARE_CODES; ++i)
+        text += "<" + std::to_string(FIRST_SPARE_CODE + i) + "> +proj=tmerc +lon_0=" + std::to_string(i % 20) +
+                " +ellps=bessel +towgs84=598.1,73.7,418.2 +no_defs <>\n";
+    return text;
+}
+
+inline const CrsConfig& server() {
     static const auto config = [] {
-        writeProjDirectory(directory.name());
-        std::ofstream(directory.file("epsg"), std::ios::app)
+        writeProjDirectory(projDirectory());
+        std::ofstream(projDirectory() + "/epsg", std::ios::app)
             << "<4258> +proj=longlat +ellps=GRS80 +towgs84=0,0,0 +no_defs <>\n"
-               "<5798> +proj=longlat +datum=WGS84 +geoidgrids=egm96_15.gtx +no_defs <>\n";
-        return startServer(directory.name());
+               "<4313> +proj=longlat +ellps=bessel +nadgrids=gone.gsb +no_defs <>\n"
+               "<5798> +proj=longlat +datum=WGS84 +geoidgrids=egm96_15.gtx +no_defs <>\n"
+            << spareDefinitions();
+        return startServer(projDirectory());
     }();
     return *config;
 }
@@ -84,12 +102,38 @@ inline bool failsAsItShould() {
     return false;
 }
 
+using CoordinateTransformation::PointTransformer;
+
+inline PointTransformer transformerOf(const std::string& source, const std::string& target) {
+    const Crs from = server().getCreator().createFromName(source, true, false);
+    const Crs to = server().getCreator().createFromName(target, true, false);
+    return PointTransformer(*from.get(), *to.get());
+}
+
+// Whether it gives what transformTo gives from EPSG:4314 to EPSG:25832, and a box around it.
+inline bool movesThroughTheGrid(PointTransformer& transformer) {
+    double x = GRIDDED_LATITUDE;
+    double y = GRIDDED_LONGITUDE;
+    if (transformer.transform(1, &x, &y) != 0) return false;
+    const Point expected = moved(server(), "EPSG:4314", "EPSG:25832", {GRIDDED_LATITUDE, GRIDDED_LONGITUDE});
+    const auto box = transformer.transformBounds({49, 8, 51, 10});
+    return x == expected.x && y == expected.y && box.minX < x && x < box.maxX && box.minY < y && y < box.maxY;
+}
+
+inline bool transformsArrays() {
+    PointTransformer transformer = transformerOf("EPSG:4314", "EPSG:25832");
+    PointTransformer another = transformerOf("EPSG:4258", "EPSG:3857");
+    double x[] = {9, 99, 10};
+    double y[] = {50, 99, 51};
+    return movesThroughTheGrid(transformer) && another.transform(3, x, y) == 1;
+}
+
 // Transforms through a grid and by parameters, binds a code that the parent never does, and fails.
 inline bool doesEverything() {
     const Point shifted = moved(server(), "EPSG:4314", "EPSG:4326", {GRIDDED_LATITUDE, GRIDDED_LONGITUDE});
     const Point bound = moved(server(), "EPSG:4258", "EPSG:25832", {9, 52});
     return std::abs(shifted.x - SHIFTED_LATITUDE) < GRID_TOLERANCE && std::abs(bound.x - 500000) < 1e-6 &&
-           failsAsItShould();
+           transformsArrays() && failsAsItShould();
 }
 
 }  // namespace ProcessTest

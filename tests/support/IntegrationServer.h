@@ -76,6 +76,8 @@ Raised raisedBy(Action action) {
         return {"Misconfigured", failure.what(), failure.getServiceExceptionCode()};
     } catch (const CoordinateTransformation::TransExecException& failure) {
         return {"TransExecException", failure.what(), failure.getServiceExceptionCode()};
+    } catch (const CoordinateTransformation::BBoxOutOfBounds& failure) {
+        return {"BBoxOutOfBounds", failure.what(), failure.getServiceExceptionCode()};
     } catch (const QSHelpers::ConversionError& failure) {
         return {"ConversionError", failure.what(), failure.getServiceExceptionCode()};
     } catch (const QSHelpers::UnexpectedException& failure) {

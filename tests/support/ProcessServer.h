@@ -52,4 +52,14 @@ inline Point moved(const CrsConfig& config, const std::string& source, const std
     return point;
 }
 
+// The same with an array, of which the second point fails.
+inline Point movedInArray(const CrsConfig& config, const std::string& source, const std::string& target, Point point) {
+    const Crs from = config.getCreator().createFromName(source, true, false);
+    const Crs to = config.getCreator().createFromName(target, true, false);
+    double points[] = {point.x, point.y, 1e30, 1e30};
+    CoordinateTransformation::PointTransformer transformer(*from.get(), *to.get());
+    if (transformer.transform(2, points, points + 1, nullptr, 2) != 1) return {0, 0};
+    return {points[0], points[1]};
+}
+
 }  // namespace ProcessTest

@@ -1,0 +1,146 @@
+#include "proj/BoundsAround.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "CoordinateTransformation/BBoxOutOfBounds.h"
+#include "proj/LongitudesAround.h"
+#include "proj/PointMover.h"
+#include "text/NumericText.h"
+
+namespace CoordinateTransformation {
+namespace {
+
+[[noreturn]] void refuse(const Bounds& bounds) {
+    throw BBoxOutOfBounds("BoundingBox: out of bounds! No point of " + writeDouble(bounds.minX) + ", " +
+                          writeDouble(bounds.minY) + ", " + writeDouble(bounds.maxX) + ", " + writeDouble(bounds.maxY) +
+                          " can be transformed");
+}
+
+// One axis of a box. `fullTurn` is 0 but for longitudes, which may go on beyond the antimeridian.
+struct Side {
+    Side(double from, double to, double turn)
+        : least(from), greatest(to), fullTurn(turn), extent(to - from >= 0 ? to - from : to - from + turn) {}
+
+    bool isValid() const { return extent >= 0 && std::isfinite(extent); }
+    bool holdsInside(double value) const {
+        double offset = value - least;
+        if (fullTurn > 0) offset -= std::floor(offset / fullTurn) * fullTurn;
+        return 0 < offset && offset < extent;
+    }
+
+    double least;
+    double greatest;
+    double fullTurn;
+    double extent;
+};
+
+struct Box {
+    Box(const Bounds& bounds, const PointMover& mover)
+        : x(bounds.minX, bounds.maxX, turnOf(mover, true)), y(bounds.minY, bounds.maxY, turnOf(mover, false)) {}
+
+    static double turnOf(const PointMover& mover, bool eastNorth) {
+        const bool isLongitude =
+            mover.source.isGeographic() && mover.source.isAxisOrderEastNorthOrLonLat() == eastNorth;
+        return isLongitude ? 360 * mover.sourceDegree : 0;
+    }
+    bool holdsInside(double px, double py) const { return x.holdsInside(px) && y.holdsInside(py); }
+
+    Side x;
+    Side y;
+};
+
+// Goes around the box in a ring and calls `take` with the points that can be transformed, in the target.
+template <typename Take>
+class Walk {
+public:
+    Walk(const Box& around, unsigned int pointsPerSide, PointMover& pointMover, Take taker)
+        : box(around), points(pointsPerSide), mover(pointMover), take(taker) {}
+
+    // Each side begins at its corner as the box gives it.
+    void goAround() {
+        const double stepX = box.x.extent / points;
+        const double stepY = box.y.extent / points;
+        goAlong(box.x.least, box.y.greatest, 0, -stepY);
+        goAlong(box.x.least, box.y.least, stepX, 0);
+        goAlong(box.x.greatest, box.y.least, 0, stepY);
+        goAlong(box.x.greatest, box.y.greatest, -stepX, 0);
+    }
+
+private:
+    void goAlong(double x, double y, double stepX, double stepY) {
+        for (unsigned int i = 0; i < points; ++i) visit(x + i * stepX, y + i * stepY);
+    }
+
+    void visit(double x, double y) {
+        if (mover.transform({1, &x, &y, nullptr, 1, nullptr}) == 0 && std::isfinite(x) && std::isfinite(y)) take(x, y);
+    }
+
+    const Box& box;
+    const unsigned int points;
+    PointMover& mover;
+    Take take;
+};
+
+constexpr unsigned int MOST_POINTS_PER_EDGE = 10000;
+constexpr unsigned int FEWEST_POINTS_AROUND_THE_EARTH = 2;
+
+template <typename Take>
+void goAround(const Box& box, unsigned int pointsPerEdge, PointMover& mover, Take take) {
+    const unsigned int fewest = mover.target.isGeographic() ? FEWEST_POINTS_AROUND_THE_EARTH : 0;
+    // A corner belongs to the side that begins there.
+    const unsigned int points = std::clamp(pointsPerEdge, fewest, MOST_POINTS_PER_EDGE) + 1;
+    Walk<Take>(box, points, mover, take).goAround();
+}
+
+Bounds plainBounds(const Bounds& bounds, const Box& box, unsigned int pointsPerEdge, PointMover& mover) {
+    Range x;
+    Range y;
+    goAround(box, pointsPerEdge, mover, [&x, &y](double px, double py) {
+        x.add(px);
+        y.add(py);
+    });
+    if (x.isEmpty()) refuse(bounds);
+    return {x.least, y.least, x.greatest, y.greatest};
+}
+
+bool holdsPole(const Box& box, double latitude, PointMover& mover) {
+    const bool eastNorth = mover.target.isAxisOrderEastNorthOrLonLat();
+    double x = eastNorth ? 0 : latitude;
+    double y = eastNorth ? latitude : 0;
+    return mover.moveBack(x, y) && box.holdsInside(x, y);
+}
+
+void addPoles(const Box& box, PointMover& mover, Range& longitudes, Range& latitudes) {
+    for (const double latitude : {90 * mover.targetDegree, -90 * mover.targetDegree}) {
+        if (!holdsPole(box, latitude, mover)) continue;
+        latitudes.add(latitude);
+        longitudes = {-180 * mover.targetDegree, 180 * mover.targetDegree};
+    }
+}
+
+Bounds geographicBounds(const Bounds& bounds, const Box& box, unsigned int pointsPerEdge, PointMover& mover) {
+    const bool eastNorth = mover.target.isAxisOrderEastNorthOrLonLat();
+    LongitudesAround around(mover.targetDegree);
+    Range latitudes;
+    goAround(box, pointsPerEdge, mover, [&around, &latitudes, eastNorth](double x, double y) {
+        around.add(eastNorth ? x : y);
+        latitudes.add(eastNorth ? y : x);
+    });
+    if (latitudes.isEmpty()) refuse(bounds);
+    Range longitudes = around.close();
+    addPoles(box, mover, longitudes, latitudes);
+    if (eastNorth) return {longitudes.least, latitudes.least, longitudes.greatest, latitudes.greatest};
+    return {latitudes.least, longitudes.least, latitudes.greatest, longitudes.greatest};
+}
+
+}  // namespace
+
+Bounds boundsAround(const Bounds& bounds, unsigned int pointsPerEdge, PointMover& mover) {
+    const Box box(bounds, mover);
+    if (!box.x.isValid() || !box.y.isValid()) refuse(bounds);
+    return mover.target.isGeographic() ? geographicBounds(bounds, box, pointsPerEdge, mover)
+                                       : plainBounds(bounds, box, pointsPerEdge, mover);
+}
+
+}  // namespace CoordinateTransformation

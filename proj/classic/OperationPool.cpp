@@ -1,0 +1,289 @@
+#include "proj/classic/OperationPool.h"
+
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <utility>
+
+#include <boost/intrusive/list.hpp>
+#include <boost/intrusive/unordered_set.hpp>
+
+#include "platform/SpinningMutex.h"
+#include "proj/classic/PairOperations.h"
+#include "proj/classic/PerProcess.h"
+#include "proj/classic/ProjObjects.h"
+
+namespace ClassicProj {
+
+namespace intrusive = boost::intrusive;
+using CoordinateTransformation::SpinningMutex;
+
+struct PairOfDefinitions {
+    projPJ source;
+    projPJ target;
+};
+
+bool operator==(const PairOfDefinitions& left, const PairOfDefinitions& right) {
+    return left.source == right.source && left.target == right.target;
+}
+
+struct PooledOperation {
+    PairOfDefinitions pair{nullptr, nullptr};
+    unsigned int madeAfter = forksSinceLoad;
+    // With heights and without: never more than two at once.
+    PairOperations operations{makeContext, 2};
+    const PairOperation* plain = nullptr;
+    // Null without its geoid.
+    const PairOperation* withHeights = nullptr;
+    int plainError = 0;
+    // A geocentric CRS has no point without its z.
+    bool needsHeights = false;
+    intrusive::list_member_hook<> byUse;
+    intrusive::unordered_set_member_hook<> byPair;
+};
+
+namespace {
+
+struct PairOf {
+    using type = PairOfDefinitions;
+    const type& operator()(const PooledOperation& operation) const { return operation.pair; }
+};
+
+// Definitions are never far apart in memory, so the low bits are spread before they are mixed.
+struct PairHash {
+    std::size_t operator()(const PairOfDefinitions& pair) const {
+        constexpr std::size_t SPREAD = 0x9E3779B97F4A7C15U;
+        const std::hash<const Definition*> hash;
+        const std::size_t mixed = (hash(pair.source) * SPREAD) ^ hash(pair.target);
+        return mixed ^ (mixed >> 32U);
+    }
+};
+
+using ByUse =
+    intrusive::list<PooledOperation,
+                    intrusive::member_hook<PooledOperation, intrusive::list_member_hook<>, &PooledOperation::byUse>>;
+using ByPair = intrusive::unordered_multiset<
+    PooledOperation,
+    intrusive::member_hook<PooledOperation, intrusive::unordered_set_member_hook<>, &PooledOperation::byPair>,
+    intrusive::key_of_value<PairOf>, intrusive::hash<PairHash>, intrusive::equal<std::equal_to<PairOfDefinitions>>,
+    intrusive::power_2_buckets<true>>;
+
+// The operations that nobody uses. Neither taking one nor giving one back allocates.
+//
+// Not thread-safe.
+class IdleOperations {
+public:
+    // One of the pair; else one that is bound to no pair; else null.
+    PooledOperation* take(const PairOfDefinitions& pair) {
+        const auto found = byPair.find(pair);
+        if (found == byPair.end()) return takeUnbound();
+        PooledOperation& operation = *found;
+        byPair.erase(found);
+        byUse.erase(ByUse::s_iterator_to(operation));
+        return &operation;
+    }
+
+    // The one that was used least recently, to be given up, once there are more than the bound; else null.
+    PooledOperation* giveBack(PooledOperation& operation) {
+        byPair.insert(operation);
+        byUse.push_front(operation);
+        return byUse.size() > OperationLease::MOST_IDLE ? takeLast() : nullptr;
+    }
+
+    void keepUnbound(PooledOperation& operation) { unbound.push_front(operation); }
+
+    std::size_t size() const { return byUse.size(); }
+    std::size_t made = 0;
+
+private:
+    PooledOperation* takeUnbound() {
+        if (unbound.empty()) return nullptr;
+        PooledOperation& operation = unbound.front();
+        unbound.pop_front();
+        return &operation;
+    }
+
+    PooledOperation* takeLast() {
+        PooledOperation& last = byUse.back();
+        byUse.pop_back();
+        byPair.erase(byPair.iterator_to(last));
+        return &last;
+    }
+
+    static constexpr std::size_t BUCKETS = 1024;
+
+    std::array<ByPair::bucket_type, BUCKETS> buckets;
+    ByPair byPair{ByPair::bucket_traits(buckets.data(), buckets.size())};
+    // The one used last is the first.
+    ByUse byUse;
+    // Those given up: what they had made is released, the contexts serve others.
+    ByUse unbound;
+};
+
+// Held while something is made or released: PROJ has locks of its own, which no thread may hold when the process forks.
+std::mutex makeLock;
+// Guards the idle operations. Taken after makeLock, and held for less time than a thread needs to fall asleep.
+SpinningMutex idleLock;
+
+// When the process ends, PROJ's own tables go while other threads may still run: it makes nothing more then, and
+// releases nothing. What is made goes on.
+bool projIsEnding = false;
+
+void endMaking() {
+    const std::lock_guard<std::mutex> guard(makeLock);
+    projIsEnding = true;
+}
+
+// Called once PROJ has its tables, so that the end of making comes before theirs.
+void registerEndOfMaking() { [[maybe_unused]] static const int registered = std::atexit(endMaking); }
+
+struct Pool {
+    PerProcess<std::unique_ptr<IdleOperations>> idle{[] { return std::make_unique<IdleOperations>(); }};
+    // What is neither used again nor released stays within the reach of leak checkers.
+    ByUse abandoned;
+};
+
+// Under idleLock. The first call in a process may throw std::bad_alloc.
+Pool& pool() {
+    static auto& all = *new Pool;
+    return all;
+}
+
+IdleOperations& idleOperations() { return *pool().idle.get(); }
+
+PooledOperation* takeIdle(const PairOfDefinitions& pair) {
+    const std::lock_guard<SpinningMutex> guard(idleLock);
+    return idleOperations().take(pair);
+}
+
+void abandon(PooledOperation& operation) {
+    const std::lock_guard<SpinningMutex> guard(idleLock);
+    pool().abandoned.push_back(operation);
+}
+
+void unbind(PooledOperation& operation) {
+    const std::lock_guard<std::mutex> guard(makeLock);
+    if (projIsEnding) return abandon(operation);
+    operation.plain = nullptr;
+    operation.withHeights = nullptr;
+    operation.operations.clear();
+    const std::lock_guard<SpinningMutex> idleGuard(idleLock);
+    idleOperations().keepUnbound(operation);
+}
+
+bool isOfThisProcess(const PooledOperation& operation) { return operation.madeAfter == forksSinceLoad; }
+
+// The one that is to be given up for it, or null.
+PooledOperation* keepIdle(PooledOperation& operation) {
+    const std::lock_guard<SpinningMutex> guard(idleLock);
+    return idleOperations().giveBack(operation);
+}
+
+void giveBack(PooledOperation& operation) noexcept {
+    if (!isOfThisProcess(operation)) return abandon(operation);
+    if (PooledOperation* const givenUp = keepIdle(operation)) unbind(*givenUp);
+}
+
+bool isComplete(const PooledOperation& operation) {
+    return operation.plain != nullptr && operation.withHeights != nullptr;
+}
+
+// Under makeLock.
+void makeMissing(PooledOperation& operation) {
+    const Definition& source = *operation.pair.source;
+    const Definition& target = *operation.pair.target;
+    int heightsError = 0;
+    if (operation.plain == nullptr)
+        operation.plain = operation.operations.find(source, target, false, operation.plainError);
+    operation.withHeights = operation.operations.find(source, target, true, heightsError);
+    operation.needsHeights = source.isGeocentric || target.isGeocentric;
+    registerEndOfMaking();
+}
+
+void complete(PooledOperation& operation) {
+    const std::lock_guard<std::mutex> guard(makeLock);
+    if (!projIsEnding)
+        makeMissing(operation);
+    else if (operation.plain == nullptr)
+        operation.plainError = PROJ_ERR_OTHER;
+}
+
+struct GiveBack {
+    void operator()(PooledOperation* operation) const noexcept { giveBack(*operation); }
+};
+using Owned = std::unique_ptr<PooledOperation, GiveBack>;
+
+PooledOperation* makeUnbound() {
+    auto operation = std::make_unique<PooledOperation>();
+    const std::lock_guard<SpinningMutex> guard(idleLock);
+    ++idleOperations().made;
+    return operation.release();
+}
+
+PooledOperation* checkOut(const PairOfDefinitions& pair) {
+    PooledOperation* const idle = takeIdle(pair);
+    Owned operation(idle != nullptr ? idle : makeUnbound());
+    operation->pair = pair;
+    if (!isComplete(*operation)) complete(*operation);
+    return operation.release();
+}
+
+void moveOrFail(const PairOperation* operation, Position* points, std::size_t count) {
+    if (operation != nullptr) return operation->move(points, count);
+    for (std::size_t i = 0; i < count; ++i) points[i].x = HUGE_VAL;
+}
+
+}  // namespace
+
+OperationLease::OperationLease(projPJ source, projPJ target)
+    : operation(source == nullptr || target == nullptr ? nullptr : checkOut({source, target})) {}
+
+OperationLease::OperationLease(OperationLease&& other) noexcept : operation(std::exchange(other.operation, nullptr)) {}
+
+OperationLease& OperationLease::operator=(OperationLease&& other) noexcept {
+    std::swap(operation, other.operation);
+    return *this;
+}
+
+OperationLease::~OperationLease() {
+    if (operation != nullptr) giveBack(*operation);
+}
+
+int OperationLease::makeError() const {
+    if (operation == nullptr) return PROJ_ERR_OTHER_API_MISUSE;
+    return operation->plain != nullptr ? 0 : operation->plainError;
+}
+
+void OperationLease::move(Position* points, std::size_t count) const {
+    moveOrFail(operation->withHeights, points, count);
+}
+
+void OperationLease::moveFlat(Position* points, std::size_t count) const {
+    moveOrFail(operation->needsHeights ? nullptr : operation->plain, points, count);
+}
+
+void OperationLease::moveBack(Position& point) const { operation->plain->moveBack(point); }
+
+bool OperationLease::isUsable() const { return makeError() == 0 && isOfThisProcess(*operation); }
+
+void OperationLease::renew() { *this = OperationLease(operation->pair.source, operation->pair.target); }
+
+PoolCount countPooledOperations() {
+    const std::lock_guard<SpinningMutex> guard(idleLock);
+    return {idleOperations().size(), idleOperations().made};
+}
+
+void lockPoolForFork() {
+    makeLock.lock();
+    idleLock.lock();
+}
+
+void unlockPoolAfterFork() {
+    idleLock.unlock();
+    makeLock.unlock();
+}
+
+}  // namespace ClassicProj
