@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <iterator>
 #include <ostream>
 #include <pty.h>
 #include <sstream>
@@ -274,7 +275,7 @@ TEST(Transforming, StopsWhereItIsTo) {
     }
 }
 
-TEST(Workers, ChangeNothingAboutTheResult) {
+TEST(Threads, ChangeNothingAboutTheResult) {
     std::string input;
     for (int i = 0; i < 200000; ++i)
         input += std::to_string(40 + i % 20) + "." + std::to_string(i) + " " + std::to_string(i % 997 == 0 ? 9999 : 9) +
@@ -285,6 +286,25 @@ TEST(Workers, ChangeNothingAboutTheResult) {
     EXPECT_EQ(linesOf(alone.output).size(), 200000U);
     const auto withoutSummary = [](const std::string& errors) { return errors.substr(0, errors.rfind("transform: ")); };
     EXPECT_EQ(withoutSummary(alone.errors), withoutSummary(shared.errors));
+}
+
+std::size_t entriesOf(const std::string& folder) {
+    const std::filesystem::directory_iterator entries(folder);
+    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+}
+
+// The program itself waits until somebody reads.
+TEST(Threads, WorkInOneProcess) {
+    const TemporaryFile input(repeated(POINT, 400000));
+    Pipe output;
+    Program program(toUtm({"--jobs", "3", input.path()}), openFile("/dev/null", O_RDONLY), output.takeWriteEnd(),
+                    openFile("/dev/null", O_WRONLY));
+    output.read(1);
+    const std::string tasks = "/proc/" + std::to_string(program.id()) + "/task";
+    EXPECT_GT(entriesOf(tasks), 1U);
+    EXPECT_EQ(readTextFile(tasks + "/" + std::to_string(program.id()) + "/children"), "");
+    output.closeReadEnd();
+    EXPECT_EQ(program.exitCode(), 1);
 }
 
 TEST(Transforming, EndsQuietlyWhenNobodyReads) {
@@ -324,18 +344,84 @@ TEST(Transforming, FailsWhereTheOutputIsFull) {
 
 // What is asked is answered before the next question: a line at a time.
 TEST(Transforming, AnswersEachLineAsItArrives) {
+    for (const char* jobs : {"1", "4"}) {
+        Pipe input;
+        Pipe output;
+        Program program(toUtm({"--jobs", jobs}), input.takeReadEnd(), output.takeWriteEnd(),
+                        openFile("/dev/null", O_WRONLY));
+        for (int i = 0; i < 3; ++i) {
+            input.write(POINT);
+            EXPECT_EQ(output.read(23), "500000.000\t5538630.703\n");
+        }
+        input.write("50 9 whole\n50 9 half a li");
+        EXPECT_EQ(output.read(29), "500000.000\t5538630.703 whole\n");
+        input.write("ne\n");
+        EXPECT_EQ(output.read(35), "500000.000\t5538630.703 half a line\n");
+        input.closeWriteEnd();
+        EXPECT_EQ(program.exitCode(), 0);
+    }
+}
+
+// Standard input is opened when the file before it has been answered.
+TEST(Transforming, AnswersAFileBeforeItWaitsForAPipe) {
+    const TemporaryFile file(POINT);
     Pipe input;
     Pipe output;
-    Program program(TO_UTM, input.takeReadEnd(), output.takeWriteEnd(), openFile("/dev/null", O_WRONLY));
-    for (int i = 0; i < 3; ++i) {
-        input.write(POINT);
-        EXPECT_EQ(output.read(23), "500000.000\t5538630.703\n");
-    }
-    input.write("50 9 half a li");
-    input.write("ne\n");
-    EXPECT_EQ(output.read(35), "500000.000\t5538630.703 half a line\n");
+    Program program(toUtm({file.path(), "-"}), input.takeReadEnd(), output.takeWriteEnd(),
+                    openFile("/dev/null", O_WRONLY));
+    EXPECT_EQ(output.read(23), "500000.000\t5538630.703\n");
     input.closeWriteEnd();
     EXPECT_EQ(program.exitCode(), 0);
+}
+
+// Threads take turns at a stream as at a file.
+TEST(Transforming, KeepsTheOrderOfALongStream) {
+    std::string input;
+    std::string expected;
+    for (int i = 0; i < 100000; ++i) {
+        input += "50 9 line" + std::to_string(i) + "\n";
+        expected += "500000.000\t5538630.703 line" + std::to_string(i) + "\n";
+    }
+    EXPECT_EQ(runOnPipe(toUtm({"--jobs", "4"}), input).output, expected);
+}
+
+// The resident memory, in KiB, that `process` has had at most.
+long peakMemoryOf(pid_t process) {
+    const std::string status = readTextFile("/proc/" + std::to_string(process) + "/status");
+    const std::vector<std::string> found = textsBetween(status, "VmHWM:", " kB");
+    return found.empty() ? 0 : std::stol(found.front());
+}
+
+// Of 48 MB of further input less than a half is kept, whatever a sanitizer adds.
+TEST(Transforming, TakesNoMoreMemoryForMoreInput) {
+    const std::string part = repeated("50 9 100 a name\n", 10000);
+    Pipe input;
+    Program program(toUtm({"--jobs", "4"}), input.takeReadEnd(), openFile("/dev/null", O_WRONLY),
+                    openFile("/dev/null", O_WRONLY));
+    for (int i = 0; i < 20; ++i) input.write(part);
+    const long before = peakMemoryOf(program.id());
+    for (int i = 0; i < 300; ++i) input.write(part);
+    EXPECT_GT(before, 0);
+    EXPECT_LT(peakMemoryOf(program.id()), before + 24 * 1024L);
+    input.closeWriteEnd();
+    EXPECT_EQ(program.exitCode(), 0);
+}
+
+// The grid that the definition names is not there, so that PROJ has no operation.
+TEST(ACrsWithoutAnOperation, IsReportedForEachLine) {
+    const TestSupport::TemporaryDirectory directory;
+    directory.write("epsg",
+                    "<1> +proj=longlat +ellps=bessel +nadgrids=no_such_grid.gsb +no_defs <>\n"
+                    "<4326> +proj=longlat +datum=WGS84 +no_defs <>\n");
+    directory.write("epsg-axisorder.csv", "1;en\n4326;ne\n");
+    for (const bool bounds : {false, true}) {
+        std::vector<std::string> arguments = {"transform", "--proj-dir", directory.name(), "--from", "1",
+                                              "--to",      "4326"};
+        if (bounds) arguments.emplace_back("--bounds");
+        const Outcome outcome = run(arguments, "9 50 9 50\n9 51 9 51\n");
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_EQ(textsBetween(outcome.errors, "standard input:", ": ").size(), 2U) << outcome.errors;
+    }
 }
 
 // `command` as a shell runs it, with the program as $0.

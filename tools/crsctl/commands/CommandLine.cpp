@@ -8,6 +8,7 @@
 #include "tools/crsctl/commands/CommandTexts.h"
 #include "tools/crsctl/commands/Help.h"
 #include "tools/crsctl/commands/ManPage.h"
+#include "tools/crsctl/points/CoordinateLine.h"
 #include "tools/crsctl/points/FixedDecimals.h"
 #include "tools/crsctl/start/Failures.h"
 #include "tools/crsctl/text/Printable.h"
@@ -16,6 +17,7 @@ namespace crsctl {
 namespace {
 
 constexpr unsigned int MAX_JOBS = 64;
+constexpr unsigned int MAX_POINTS_PER_EDGE = 10000;
 
 bool hasFlag(const OptionText& option, const std::string& flag) {
     return option.flags == flag || option.flags.find("," + flag) != std::string::npos;
@@ -40,16 +42,23 @@ CLI::Option* addFlag(CLI::App& app, const CommandText& text, const char* flag, b
     return app.add_flag(option.flags, value, option.text);
 }
 
-// CLI11 takes an argument in brackets for a list. A character in front keeps it whole. An argument that begins with
-// that character gets another one, so that what is taken off again was put there.
+// CLI11 takes an argument in brackets for a list, and a number such as -.5 for an option. A character in front prevents
+// that. An argument that begins with that character gets another one, so that what is taken off again was put there.
 constexpr char GUARD = '\x01';
 
 bool isInBrackets(const std::string& argument) { return argument.front() == '[' && argument.back() == ']'; }
 
+bool isNegativeFraction(const std::string& argument) { return argument.compare(0, 2, "-.") == 0 && isNumber(argument); }
+
+bool needsGuard(const std::string& argument) {
+    if (argument.empty()) return false;
+    return argument.front() == GUARD || isInBrackets(argument) || isNegativeFraction(argument);
+}
+
 std::vector<std::string> guardedArguments(int argc, const char* const* argv) {
     std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
     for (std::string& argument : arguments)
-        if (!argument.empty() && (argument.front() == GUARD || isInBrackets(argument))) argument.insert(0, 1, GUARD);
+        if (needsGuard(argument)) argument.insert(0, 1, GUARD);
     std::reverse(arguments.begin(), arguments.end());
     return arguments;
 }
@@ -67,7 +76,7 @@ void removeGuards(CommandRequest& request, std::string& manual) {
 
 // CLI11's messages have the arguments in them.
 std::string withoutGuards(std::string message) {
-    for (const char* const guarded : {"\x01[", "\x01\x01"})
+    for (const char* const guarded : {"\x01[", "\x01-", "\x01\x01"})
         for (std::size_t at = 0; (at = message.find(guarded, at)) != std::string::npos; ++at) message.erase(at, 1);
     return message;
 }
@@ -95,6 +104,10 @@ void addTransformOptions(CLI::App& app, const CommandText& text, TransformOption
     addOption(app, text, "--output", options.output)->check(CLI::IsMember({"text", "csv", "json"}));
     addOption(app, text, "--decimals", options.decimals)->check(CLI::Range(0, MAX_DECIMALS));
     addOption(app, text, "--errors", options.errors)->check(CLI::IsMember({"stop", "mark", "skip"}));
+    CLI::Option* const bounds = addFlag(app, text, "--bounds", options.bounds);
+    addOption(app, text, "--points-per-edge", options.pointsPerEdge)
+        ->check(CLI::Range(0U, MAX_POINTS_PER_EDGE))
+        ->needs(bounds);
     addOption(app, text, "--jobs", options.jobs)->check(CLI::Range(1U, MAX_JOBS));
     app.add_option("FILE", options.files);
 }

@@ -73,6 +73,19 @@ TEST(ACommandLine, TakesTheOptionsOfATransformation) {
     EXPECT_EQ(requestOf({"transform", "--from", "A", "--to", "B", "--comment", ""}).transform.comment, "");
 }
 
+TEST(ACommandLine, TakesBoxesWithNegativeNumbers) {
+    const std::vector<std::string> names = {"--from", "A", "--to", "B"};
+    for (const bool namesFirst : {true, false}) {
+        std::vector<std::string> arguments = {"transform", "--bounds",          "-6", "-.5",
+                                              "-1e-1",     "--points-per-edge", "0",  "+5"};
+        arguments.insert(namesFirst ? arguments.begin() + 1 : arguments.end(), names.begin(), names.end());
+        const TransformOptions options = requestOf(arguments).transform;
+        EXPECT_TRUE(options.bounds);
+        EXPECT_EQ(options.pointsPerEdge, 0U);
+        EXPECT_THAT(options.files, ElementsAre("-6", "-.5", "-1e-1", "+5"));
+    }
+}
+
 struct BadCase {
     std::vector<std::string> arguments;
     const char* commandName;
@@ -123,6 +136,11 @@ INSTANTIATE_TEST_SUITE_P(
                     BadCase{{"transform", "--separator", "|"}, "crsctl transform", "|"},
                     BadCase{{"transform", "--decimals", "19"}, "crsctl transform", "19"},
                     BadCase{{"transform", "--decimals", "x"}, "crsctl transform", "x"},
+                    BadCase{{"transform", "--decimals", "-.5"}, "crsctl transform", "-.5"},
+                    BadCase{{"transform", "-.x"}, "crsctl transform", "-.x"},
+                    BadCase{{"transform", "--points-per-edge", "5"}, "crsctl transform", "--bounds"},
+                    BadCase{{"transform", "--bounds", "--points-per-edge", "-1"}, "crsctl transform", "-1"},
+                    BadCase{{"transform", "--bounds", "--points-per-edge", "10001"}, "crsctl transform", "10001"},
                     BadCase{{"transform", "--jobs", "0"}, "crsctl transform", "0"}));
 
 TEST(Help, IsGivenForEveryCommand) {

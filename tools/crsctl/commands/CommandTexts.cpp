@@ -4,19 +4,20 @@ namespace crsctl {
 namespace {
 
 CommandText programText() {
-    return {"",
-            "COMMAND",
-            "ask the library what a server would do",
-            {"crsctl answers an operator's questions about the coordinate reference systems (CRS) of a server: what a "
-             "CRS name means, where a point goes, whether a configuration starts, which names it answers.",
-             "resolve NAME... says what the server makes of names. transform moves a stream of points from one CRS "
-             "to another. check FILE reads a configuration as the server would and says what is wrong with it. names "
-             "lists every name that a configuration answers."},
-            {{"--man", "COMMAND", "Write the manual page of a command, of the program for \"crsctl\"."}},
-            {{"crsctl resolve urn:ogc:def:crs:EPSG::25832", "What is this CRS?"},
-             {"crsctl transform --from CRS:84 --to UTM32 --config crs.xml points.txt", "Where are these points?"},
-             {"crsctl check crs.xml", "Would a server start with this configuration?"},
-             {"crsctl names --config crs.xml", "Under which names does it offer its CRS?"}}};
+    return {
+        "",
+        "COMMAND",
+        "ask the library what a server would do",
+        {"crsctl answers an operator's questions about the coordinate reference systems (CRS) of a server: what a "
+         "CRS name means, where a point goes, whether a configuration starts, which names it answers.",
+         "resolve NAME... says what the server makes of names. transform moves a stream of points or boxes from one "
+         "CRS to another. check FILE reads a configuration as the server would and says what is wrong with it. names "
+         "lists every name that a configuration answers."},
+        {{"--man", "COMMAND", "Write the manual page of a command, of the program for \"crsctl\"."}},
+        {{"crsctl resolve urn:ogc:def:crs:EPSG::25832", "What is this CRS?"},
+         {"crsctl transform --from CRS:84 --to UTM32 --config crs.xml points.txt", "Where are these points?"},
+         {"crsctl check crs.xml", "Would a server start with this configuration?"},
+         {"crsctl names --config crs.xml", "Under which names does it offer its CRS?"}}};
 }
 
 CommandText resolveText() {
@@ -35,49 +36,64 @@ CommandText resolveText() {
              {"crsctl resolve --json urn:ogc:def:crs:EPSG::4326", "The same for a program."}}};
 }
 
-std::vector<std::string> transformParagraphs() {
-    return {
-        "Reads points, one a line, from the files or from standard input (also \"-\"), and writes them in the "
-        "other CRS. A line holds x, y and, if there is one, a height z; any further columns are carried through. "
-        "Columns are separated by blanks, commas or semicolons: by what follows the first column. x is the first "
-        "axis of the CRS: the latitude where its axis order is latitude, longitude.",
-        "Blank lines and comments are passed over; text output keeps them. A line that cannot be read or "
-        "transformed is reported on standard error with its number, the reason and the input, and the lines "
-        "behind it are transformed all the same, unless --errors says otherwise. The last line on standard "
-        "error gives counts, seconds and rate.",
-        "Text output is the line as it stands with its coordinates replaced, and is what cs2cs writes at the "
-        "same number of decimals. CSV and JSON output leave out blank lines and comments.",
-        "Memory does not grow with the input. Input that is no file is answered line by line as it arrives. "
-        "Large files are shared out among processes; the output is the same."};
-}
+constexpr char LINES[] =
+    "Reads points, one a line, from the files or from standard input (also \"-\"), and writes them in the "
+    "other CRS. A line holds x, y and, if there is one, a height z; any further columns are carried through. "
+    "Columns are separated by blanks, commas or semicolons: by what follows the first column. x is the first "
+    "axis of the CRS: the latitude where its axis order is latitude, longitude.";
+
+constexpr char REFUSALS[] =
+    "Blank lines and comments are passed over; text output keeps them. A line that cannot be read or "
+    "transformed is reported on standard error with its number, the reason and the input, and the lines "
+    "behind it are transformed all the same, unless --errors says otherwise. The last line on standard "
+    "error gives counts, seconds and rate.";
+
+constexpr char FORMATS[] =
+    "Text output is the line as it stands with its coordinates replaced, and is what cs2cs writes at the "
+    "same number of decimals. CSV and JSON output leave out blank lines and comments.";
+
+constexpr char BOXES[] =
+    "With --bounds a line holds a box: minx, miny, maxx and maxy. Boxes may also be arguments, four numbers "
+    "each, instead of files. The result is the box around the edges in the other CRS, and around a pole inside. A "
+    "geographic box that crosses the antimeridian has its least longitude greater than its greatest. A box fails "
+    "if no point of it can be transformed; otherwise the result is the box around the part that can.";
+
+constexpr char STREAMS[] =
+    "Memory does not grow with the input. Input that is not a file is answered line by line as it arrives. "
+    "Several threads share the work; the output is in the order of the input.";
 
 CommandText transformText() {
-    return {"transform",
-            "--from NAME --to NAME [FILE...]",
-            "transform a stream of points",
-            transformParagraphs(),
-            {{"--from", "NAME", "CRS of the input, in any spelling that the server accepts."},
-             {"--to", "NAME", "CRS of the output."},
-             {"--inverse", "", "Exchange the two."},
-             {"--columns", "LIST",
-              "What stands in the columns, from the left: x, y and z, and any other word for a column that is carried "
-              "through. Without it x, y and, where it is a number, z. Columns beyond the list are carried through."},
-             {"--separator", "KIND", "auto, space, comma or semicolon."},
-             {"--header", "", "The first line of each file holds column names: no point, but names for CSV and JSON."},
-             {"--comment", "TEXT", "What begins a comment line; \"#\" by default, nothing for an empty text."},
-             {"--output", "FORMAT", "text, csv or json (one object a line)."},
-             {"--decimals", "N",
-              "Decimal places of every coordinate, 0 to 18. Without it those of the configured entry, else 8 for "
-              "degrees and 3 for metres; a height above a geographic CRS has 3."},
-             {"--errors", "MODE",
-              "What to do at a line that fails: mark it in the output with \"*\" (the default), skip it, or stop."},
-             {"--jobs", "N", "Processes that work on large files; by default one for each processor, at most 8."}},
-            {{"crsctl transform --from EPSG:4326 --to EPSG:25832 points.txt", "Latitude and longitude to UTM."},
-             {"crsctl transform --from EPSG:4326 --to EPSG:25832 --inverse", "Back, from standard input."},
-             {"crsctl transform --from EPSG:31467 --to EPSG:25832 --header --columns id,x,y --output csv towers.csv",
-              "A table whose first column is an identifier."},
-             {"crsctl transform --from EPSG:4326 --to EPSG:3857 --errors stop --json < points.txt",
-              "JSON lines, up to the first line that fails."}}};
+    return {
+        "transform",
+        "--from NAME --to NAME [--bounds] [FILE...]",
+        "transform a stream of points or boxes",
+        {LINES, REFUSALS, FORMATS, BOXES, STREAMS},
+        {{"--from", "NAME", "CRS of the input, in any spelling that the server accepts."},
+         {"--to", "NAME", "CRS of the output."},
+         {"--inverse", "", "Exchange the two."},
+         {"--columns", "LIST",
+          "What stands in the columns, from the left: x, y and z, and any other word for a column that is carried "
+          "through. Without it x, y and, where it is a number, z. Columns beyond the list are carried through."},
+         {"--separator", "KIND", "auto, space, comma or semicolon."},
+         {"--header", "", "The first line of each file holds column names: no point, but names for CSV and JSON."},
+         {"--comment", "TEXT", "What begins a comment line; \"#\" by default, nothing for an empty text."},
+         {"--output", "FORMAT", "text, csv or json (one object a line)."},
+         {"--decimals", "N",
+          "Decimal places of every coordinate, 0 to 18. Without it those of the configured entry, else 8 for "
+          "degrees and 3 for metres; a height above a geographic CRS has 3."},
+         {"--errors", "MODE",
+          "What to do at a line that fails: mark it in the output with \"*\" (the default), skip it, or stop."},
+         {"--bounds", "", "Lines hold boxes; --columns names minx, miny, maxx and maxy."},
+         {"--points-per-edge", "N",
+          "Points on each edge of a box, between its corners, that are transformed: 0 to 10000, by default 21."},
+         {"--jobs", "N", "Threads that transform; by default one for each processor, at most 8."}},
+        {{"crsctl transform --from EPSG:4326 --to EPSG:25832 points.txt", "Latitude and longitude to UTM."},
+         {"crsctl transform --from EPSG:4326 --to EPSG:25832 --inverse", "Back, from standard input."},
+         {"crsctl transform --from EPSG:31467 --to EPSG:25832 --header --columns id,x,y --output csv towers.csv",
+          "A table whose first column is an identifier."},
+         {"crsctl transform --from EPSG:4326 --to EPSG:3857 --errors stop --json < points.txt",
+          "JSON lines, up to the first line that fails."},
+         {"crsctl transform --from EPSG:4326 --to EPSG:25832 --bounds 47 6 55 15", "The box around an area in UTM."}}};
 }
 
 CommandText checkText() {

@@ -5,10 +5,11 @@
 #include <thread>
 #include <utility>
 
+#include "tools/crsctl/points/BlockThreads.h"
 #include "tools/crsctl/points/BlockTransformer.h"
-#include "tools/crsctl/points/PointTransform.h"
+#include "tools/crsctl/points/CrsPair.h"
 #include "tools/crsctl/points/StreamRun.h"
-#include "tools/crsctl/points/Workers.h"
+#include "tools/crsctl/start/Failures.h"
 #include "tools/crsctl/start/Signals.h"
 #include "tools/crsctl/start/TextFile.h"
 
@@ -16,23 +17,7 @@ namespace crsctl {
 namespace {
 
 constexpr unsigned int MOST_JOBS = 8;
-// Below this size a worker costs more time to start than it saves.
-constexpr std::uint64_t LARGE_INPUT = 4U << 20U;
-
-// Everything that one process needs to transform blocks.
-class Transformation : public BlockProcessor {
-public:
-    Transformation(const CommonOptions& common, const TransformOptions& options, const LineOptions& lines)
-        : session(common), points(session, options.from, options.to), blocks(points, lines) {}
-
-    BlockResult process(const Block& block) override { return blocks.process(block); }
-    std::string headerRow(const std::string& header) const { return blocks.headerRow(header); }
-
-private:
-    Session session;
-    PointTransform points;
-    BlockTransformer blocks;
-};
+constexpr char ARGUMENTS[] = "--bounds";  // what messages call boxes that are arguments
 
 template <typename Value, std::size_t SIZE>
 Value chosen(const std::pair<const char*, Value> (&choices)[SIZE], const std::string& word) {
@@ -71,56 +56,77 @@ void addHeaderNames(ColumnLayout& layout, const std::string& header, Separator s
     }
 }
 
-LineOptions lineOptionsFrom(const CommonOptions& common, const TransformOptions& options, const std::string& header) {
+ColumnLayout layoutFrom(const TransformOptions& options) {
+    const Shape shape = options.bounds ? Shape::BOX : Shape::POINT;
+    return options.columns.empty() ? ColumnLayout(shape) : ColumnLayout(shape, options.columns);
+}
+
+LineOptions lineOptionsFrom(const CommonOptions& common, const TransformOptions& options) {
     LineOptions lines;
-    if (!options.columns.empty()) lines.layout = layoutFrom(options.columns);
-    lines.separator = separatorNamed(options.separator);
-    addHeaderNames(lines.layout, header, lines.separator);
+    lines.format.layout = layoutFrom(options);
+    lines.format.separator = separatorNamed(options.separator);
+    lines.format.output = formatNamed(options.output.empty() && common.json ? "json" : options.output);
+    lines.format.decimals.fill(options.decimals);
     lines.comment = options.comment;
-    lines.format = formatNamed(options.output.empty() && common.json ? "json" : options.output);
-    lines.decimals = options.decimals;
     lines.errors = errorModeNamed(options.errors);
-    for (const std::string& file : options.files) lines.inputNames.push_back(inputName(file));
+    lines.pointsPerEdge = options.pointsPerEdge;
     return lines;
 }
 
-// Every process starts the library for itself, but a configuration that comes through a pipe can be read only once.
-void readConfigurationOnce(CommonOptions& common) {
-    if (!common.configFile.empty()) common.configText = readTextFile(common.configFile);
+// Whether --bounds is followed by boxes and not by files.
+bool hasBoxesAsArguments(const TransformOptions& options) {
+    return options.bounds && !options.files.empty() && isNumber(options.files.front());
 }
 
-// A pipe or a terminal may wait for each answer; workers would give it only with a later block.
-unsigned int jobsFor(const TransformOptions& options, const BlockReader& reader) {
-    if (!reader.bytesInAll()) return 1;
-    if (options.jobs > 0) return options.jobs;
-    if (*reader.bytesInAll() < LARGE_INPUT) return 1;
-    return std::clamp(std::thread::hardware_concurrency(), 1U, MOST_JOBS);
+// One box a line.
+std::string boxLines(const std::vector<std::string>& numbers) {
+    if (numbers.size() % MOST_ORDINATES != 0) throw SetUpError("--bounds: a box has four numbers");
+    std::string lines;
+    for (std::size_t i = 0; i < numbers.size(); ++i) lines += numbers[i] + ((i + 1) % MOST_ORDINATES == 0 ? "\n" : " ");
+    return lines;
 }
 
-// Before the library is started in this process; none where one process does it all.
-std::unique_ptr<Workers> startWorkers(unsigned int jobs, const Workers::MakeProcessor& makeProcessor) {
-    return jobs < 2 ? nullptr : std::make_unique<Workers>(jobs, makeProcessor);
+BlockReader openInput(const TransformOptions& options, LineOptions& lines) {
+    if (hasBoxesAsArguments(options)) {
+        lines.inputNames = {ARGUMENTS};
+        return BlockReader(boxLines(options.files));
+    }
+    const std::vector<std::string> files = options.files.empty() ? std::vector<std::string>{"-"} : options.files;
+    for (const std::string& file : files) lines.inputNames.push_back(inputName(file));
+    return {files, options.header};
+}
+
+unsigned int jobsFor(const TransformOptions& options) {
+    return options.jobs > 0 ? options.jobs : std::clamp(std::thread::hardware_concurrency(), 1U, MOST_JOBS);
+}
+
+ProcessBlock makeProcessor(const CrsPair& pair, const LineOptions& lines) {
+    const auto transformer = std::make_shared<BlockTransformer>(pair, lines);
+    return [transformer](const Block& block, BlockResult& result) { transformer->process(block, result); };
+}
+
+void writeHeaderRow(StreamRun& run, const RowFormat& format, const std::string& header) {
+    OutputBuffer row;
+    writeHeader(row, format, header);
+    run.write(row.view());
 }
 
 }  // namespace
 
-int transformCommand(CommonOptions common, TransformOptions options) {
+int transformCommand(const CommonOptions& common, TransformOptions options) {
     if (options.inverse) std::swap(options.from, options.to);
-    if (options.files.empty()) options.files = {"-"};
-    readConfigurationOnce(common);
+    LineOptions lines = lineOptionsFrom(common, options);
+    const Session session(common);
+    const CrsPair pair(session, options.from, options.to);
+    if (options.decimals < 0) lines.format.decimals = pair.decimals(lines.format.layout.shape);
     catchSignals();
-    BlockReader reader(options.files, options.header);
+    BlockReader reader = openInput(options, lines);
     const std::string header = reader.header();
-    const LineOptions lines = lineOptionsFrom(common, options, header);
-    const auto makeProcessor = [&] { return std::make_unique<Transformation>(common, options, lines); };
-    const std::unique_ptr<Workers> workers = startWorkers(jobsFor(options, reader), makeProcessor);
-    const std::unique_ptr<Transformation> own = makeProcessor();
+    addHeaderNames(lines.format.layout, header, lines.format.separator);
     StreamRun run(reader);
-    if (!header.empty()) run.write(own->headerRow(header));
-    if (workers)
-        run.process(*workers);
-    else
-        run.process(*own);
+    if (!header.empty()) writeHeaderRow(run, lines.format, header);
+    BlockThreads threads(jobsFor(options), [&] { return makeProcessor(pair, lines); });
+    run.process(threads);
     return run.finish();
 }
 

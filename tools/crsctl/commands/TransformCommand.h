@@ -19,11 +19,13 @@ struct TransformOptions {
     std::string output;  // empty: text, or JSON where JSON is asked for in general
     int decimals = -1;   // negative: not given
     std::string errors = "mark";
-    unsigned int jobs = 0;  // 0: not given
-    std::vector<std::string> files;
+    bool bounds = false;
+    unsigned int pointsPerEdge = 21;
+    unsigned int jobs = 0;           // 0: not given
+    std::vector<std::string> files;  // or the numbers of boxes
 };
 
 // Runs the transformation to its end; the exit code.
-int transformCommand(CommonOptions common, TransformOptions options);
+int transformCommand(const CommonOptions& common, TransformOptions options);
 
 }  // namespace crsctl

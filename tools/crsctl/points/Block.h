@@ -1,12 +1,14 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <functional>
 #include <string_view>
+
+#include "tools/crsctl/points/OutputBuffer.h"
 
 namespace crsctl {
 
-// Whole lines of one input, in the order in which they stand there.
+// Whole lines of one input, in their order.
 struct Block {
     std::string_view lines;
     std::uint64_t firstLine = 1;  // its number within its input
@@ -17,32 +19,35 @@ struct Block {
 
 struct Counts {
     std::uint64_t lines = 0;
-    std::uint64_t points = 0;  // transformed
+    std::uint64_t transformed = 0;
     std::uint64_t refused = 0;
     std::uint64_t passedOver = 0;  // blank lines and comments
 
     Counts& operator+=(const Counts& other) {
         lines += other.lines;
-        points += other.points;
+        transformed += other.transformed;
         refused += other.refused;
         passedOver += other.passedOver;
         return *this;
     }
 };
 
-// What becomes of a block. The texts belong to whoever made the result and hold until it makes the next.
+// What becomes of a block.
 struct BlockResult {
-    std::string_view output;   // for standard output
-    std::string_view reports;  // a line for each refused line
+    OutputBuffer output;   // for standard output
+    OutputBuffer reports;  // a line for each refused line
     Counts counts;
     bool stopped = false;  // at a refused line: nothing behind it was looked at
+
+    void clear() {
+        output.clear();
+        reports.clear();
+        counts = {};
+        stopped = false;
+    }
 };
 
-// What turns blocks into results, wherever that happens.
-class BlockProcessor {
-public:
-    virtual ~BlockProcessor() = default;
-    virtual BlockResult process(const Block& block) = 0;
-};
+// Adds what becomes of a block to a result that is empty.
+using ProcessBlock = std::function<void(const Block&, BlockResult&)>;
 
 }  // namespace crsctl

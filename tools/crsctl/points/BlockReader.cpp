@@ -9,13 +9,20 @@
 namespace crsctl {
 namespace {
 
-constexpr std::size_t READ_SIZE = std::size_t{1} << 18U;
+constexpr std::size_t READ_SIZE = std::size_t{1} << 16U;
 // Of a line too long only so much is handed on, for the report.
 constexpr std::size_t EXCERPT_SIZE = 256;
 constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 
 std::string_view withoutCarriageReturn(std::string_view line) {
     return !line.empty() && line.back() == '\r' ? line.substr(0, line.size() - 1) : line;
+}
+
+// All of them have an end.
+std::uint64_t linesIn(std::string_view text) {
+    std::uint64_t count = 0;
+    for (; !text.empty(); ++count) text.remove_prefix(text.find('\n') + 1);
+    return count;
 }
 
 }  // namespace
@@ -28,24 +35,36 @@ BlockReader::BlockReader(const std::vector<std::string>& paths, bool headers)
     }
 }
 
+BlockReader::BlockReader(std::string_view text)
+    : inputs(1),
+      totalBytes(text.size()),
+      hasHeaders(false),
+      started(true),
+      ended(true),
+      buffer(text.begin(), text.end()),
+      end(text.size()) {}
+
 std::string BlockReader::header() {
     if (hasHeaders && !inputs.empty()) ensureStarted();
     return firstHeader;
 }
 
-bool BlockReader::next(Block& block) {
+Next BlockReader::next(Block& block) {
     while (current < inputs.size()) {
-        if (!ensureStarted()) return false;
+        if (!ensureStarted()) return Next::END;
         if (skipping) skipRestOfLine();
-        if (takeLines(block) || takeTooLongLine(block)) return true;
+        if (takeLines(block) || takeTooLongLine(block)) return Next::BLOCK;
         if (!ended) {
-            if (!fill()) return false;
+            if (file->mustWait()) return Next::NOT_YET;
+            if (!fill()) return Next::END;
             continue;
         }
-        if (takeLastLine(block)) return true;
+        if (takeLastLine(block)) return Next::BLOCK;
         nextInput();
+        // To open a pipe may mean to wait for who writes to it.
+        if (current < inputs.size() && !requireReadable(inputs[current])) return Next::NOT_YET;
     }
-    return false;
+    return Next::END;
 }
 
 // False when a signal asks to finish.
@@ -106,7 +125,7 @@ bool BlockReader::takeLines(Block& block) {
     if (lastEnd == std::string_view::npos) return false;
     const std::size_t size = from + lastEnd + 1 - begin;
     fillBlock(block, size, size);
-    lineNumber += static_cast<std::uint64_t>(std::count(block.lines.begin(), block.lines.end(), '\n'));
+    lineNumber += linesIn(block.lines);
     searched = end;
     return true;
 }

@@ -14,6 +14,9 @@ namespace crsctl {
 // The longest line that is read, without its end.
 constexpr std::size_t LONGEST_LINE = std::size_t{1} << 20U;
 
+// What comes next of the inputs.
+enum class Next { BLOCK, NOT_YET, END };
+
 // Reads inputs one after another, in blocks of whole lines, in memory that does not grow. Input from a pipe or
 // a terminal is passed on as it arrives. A byte-order mark at the beginning of an input is dropped.
 class BlockReader {
@@ -21,13 +24,20 @@ public:
     // `paths` may hold "-" for standard input. With `headers` the first line of each input is no point.
     // SetUpError when an input is not there or may not be read.
     BlockReader(const std::vector<std::string>& paths, bool headers);
+    // Reads `text` instead of a file.
+    explicit BlockReader(std::string_view text);
 
     // The header of the first input, without its line end; empty when there is none. Waits for it. To be asked
     // for before the first block.
     std::string header();
-    // The next block; its text holds until the next call. False at the end, and when a signal asks to finish.
+    // The next block; its text holds until the next call. The end also when a signal asks to finish.
     // SetUpError when an input cannot be read.
-    bool next(Block& block);
+    Next next(Block& block);
+    // After NOT_YET: waits for input or a signal. Before the first block and after this, next() may still wait for the
+    // beginning of an input.
+    void wait() const {
+        if (file) file->wait();
+    }
 
     // The bytes of all inputs, when all are regular files.
     std::optional<std::uint64_t> bytesInAll() const { return totalBytes; }

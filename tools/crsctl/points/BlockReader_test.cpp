@@ -1,5 +1,7 @@
 #include "tools/crsctl/points/BlockReader.h"
 
+#include <unistd.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -34,7 +36,7 @@ void addLines(const Block& block, std::vector<ReadLine>& lines) {
 std::vector<ReadLine> linesOf(BlockReader& reader) {
     std::vector<ReadLine> lines;
     Block block;
-    while (reader.next(block)) addLines(block, lines);
+    while (reader.next(block) == Next::BLOCK) addLines(block, lines);
     return lines;
 }
 
@@ -101,7 +103,7 @@ TEST(Reading, LosesNothingBetweenBlocks) {
     std::string read;
     std::uint64_t expectedNumber = 1;
     Block block;
-    while (reader.next(block)) {
+    while (reader.next(block) == Next::BLOCK) {
         EXPECT_EQ(block.firstLine, expectedNumber);
         EXPECT_EQ(block.lines.back(), '\n');
         expectedNumber += static_cast<std::uint64_t>(std::count(block.lines.begin(), block.lines.end(), '\n'));
@@ -137,6 +139,43 @@ TEST(Reading, RefusesWhatIsNoFileBeforeAnythingIsRead) {
     const TemporaryFile file("1\n");
     EXPECT_THROW(BlockReader({file.path(), "/no/such/file"}, false), SetUpError);
     EXPECT_THROW(BlockReader({file.path(), "/"}, false), SetUpError);
+}
+
+TEST(Reading, TakesATextForAFile) {
+    BlockReader reader(std::string_view("1\n2\n3"));
+    EXPECT_EQ(reader.bytesInAll(), 5U);
+    EXPECT_EQ(reader.header(), "");
+    EXPECT_THAT(linesOf(reader), ElementsAre(ReadLine{0, 1, "1\n"}, ReadLine{0, 2, "2\n"}, ReadLine{0, 3, "3"}));
+}
+
+// A line that has begun is not there yet.
+TEST(Reading, DoesNotWaitForTheRestOfALine) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const std::string path = "/dev/fd/" + std::to_string(ends[0]);
+    BlockReader reader({path}, false);
+    Block block;
+    ASSERT_EQ(write(ends[1], "1\n2", 3), 3);
+    EXPECT_EQ(reader.next(block), Next::BLOCK);
+    EXPECT_EQ(block.lines, "1\n");
+    EXPECT_EQ(reader.next(block), Next::NOT_YET);
+    close(ends[1]);
+    reader.wait();
+    EXPECT_EQ(reader.next(block), Next::BLOCK);
+    EXPECT_EQ(block.lines, "2");
+    EXPECT_EQ(reader.next(block), Next::END);
+    close(ends[0]);
+}
+
+TEST(Reading, PausesBeforeItOpensAFurtherPipe) {
+    const TemporaryFile file("1\n");
+    BlockReader reader({file.path(), file.path(), "/dev/null"}, false);
+    Block block;
+    EXPECT_EQ(reader.next(block), Next::BLOCK);
+    EXPECT_EQ(reader.next(block), Next::BLOCK);
+    EXPECT_EQ(reader.next(block), Next::NOT_YET);
+    reader.wait();
+    EXPECT_EQ(reader.next(block), Next::END);
 }
 
 TEST(Reading, DoesNotKnowTheSizeOfADevice) {

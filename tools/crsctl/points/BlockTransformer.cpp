@@ -1,17 +1,19 @@
 #include "tools/crsctl/points/BlockTransformer.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstring>
 
+#include "CoordinateTransformation/TransExecException.h"
 #include "tools/crsctl/points/BlockReader.h"
 #include "tools/crsctl/text/Printable.h"
 
 namespace crsctl {
-namespace {
 
-Decimals decimalsFor(const PointTransform& transform, const LineOptions& options) {
-    if (options.decimals < 0) return transform.decimals();
-    return {options.decimals, options.decimals, options.decimals};
-}
+using CoordinateTransformation::Bounds;
+using CoordinateTransformation::TransExecException;
+
+namespace {
 
 std::string tooLongReason() { return "the line is longer than " + std::to_string(LONGEST_LINE) + " bytes"; }
 
@@ -28,48 +30,53 @@ InputLine takeLine(std::string_view& lines, std::uint64_t number) {
     return {{begin, size}, carriageReturn ? "\r\n" : "\n", number};
 }
 
+bool areFinite(const Ordinates& ordinates, std::size_t count) {
+    return std::all_of(ordinates.begin(), ordinates.begin() + static_cast<std::ptrdiff_t>(count),
+                       [](double value) { return std::isfinite(value); });
+}
+
 }  // namespace
 
-BlockTransformer::BlockTransformer(const PointTransform& pointTransform, const LineOptions& lineOptions)
-    : transform(pointTransform),
-      options(lineOptions),
-      writer(makeRowWriter(options.format, options.layout, options.separator, decimalsFor(transform, options))) {}
+BlockTransformer::BlockTransformer(const CrsPair& crsPair, const LineOptions& lineOptions)
+    : pair(crsPair), options(lineOptions) {
+    try {
+        transformer.emplace(pair.source(), pair.target());
+    } catch (const TransExecException& failure) {
+        noOperation = failure.what();
+    }
+}
 
-BlockResult BlockTransformer::process(const Block& block) {
-    output.clear();
-    reports.clear();
-    counts = {};
-    if (block.tooLong) return processTooLong(block);
+void BlockTransformer::process(const Block& block, BlockResult& result) {
+    waiting = 0;
     std::string_view lines = block.lines;
-    for (std::uint64_t number = block.firstLine; !lines.empty(); ++number)
-        if (!processLine(takeLine(lines, number), block)) return result(true);
-    return result(false);
+    bool goesOn = true;
+    for (std::uint64_t number = block.firstLine; goesOn && !lines.empty(); ++number)
+        goesOn = addLine(takeLine(lines, number), block, result);
+    result.stopped = !goesOn || !finishRows(block, result);
 }
 
-BlockResult BlockTransformer::processTooLong(const Block& block) {
-    ++counts.lines;
-    return result(!refuse({block.lines, "\n", block.firstLine}, block, nullptr, tooLongReason()));
-}
-
-BlockResult BlockTransformer::result(bool stopped) const { return {output.view(), reports.view(), counts, stopped}; }
-
-// False when the line is refused and nothing behind it is wanted.
-bool BlockTransformer::processLine(const InputLine& line, const Block& block) {
-    ++counts.lines;
-    if (isPassedOver(line.text)) {
-        ++counts.passedOver;
-        writer->passOver(output, line);
+// False when a line is refused and nothing behind it is wanted.
+bool BlockTransformer::addLine(const InputLine& line, const Block& block, BlockResult& result) {
+    if (!block.tooLong && isPassedOver(line.text)) {
+        if (!finishRows(block, result)) return false;
+        ++result.counts.lines;
+        ++result.counts.passedOver;
+        writePassedOver(result.output, options.format, line);
         return true;
     }
-    if (line.text.size() > LONGEST_LINE) return refuse(line, block, nullptr, tooLongReason());
-    PointLine point;
+    if (waiting == MOST_ROWS && !finishRows(block, result)) return false;
+    Row& row = rows[waiting];
+    row.line = line;
     std::string reason;
-    if (!readPoint(line.text, options.layout, options.separator, point, reason))
-        return refuse(line, block, nullptr, reason);
-    std::array<double, ORDINATES> ordinates = point.value;
-    if (!transform.run(ordinates, point.hasHeight, reason)) return refuse(line, block, &point, reason);
-    ++counts.points;
-    writer->point(output, line, point, ordinates);
+    const bool tooLong = block.tooLong || line.text.size() > LONGEST_LINE;
+    if (tooLong) reason = tooLongReason();
+    if (tooLong || !readCoordinates(line.text, options.format.layout, options.format.separator, row.read, reason))
+        return finishRows(block, result) && refuse(row, false, reason, block, result);
+    if (row.read.count != rows.front().read.count) {
+        if (!finishRows(block, result)) return false;
+        rows.front() = row;
+    }
+    ++waiting;
     return true;
 }
 
@@ -78,28 +85,70 @@ bool BlockTransformer::isPassedOver(std::string_view line) const {
     return isBlank(line);
 }
 
-bool BlockTransformer::refuse(const InputLine& line, const Block& block, const PointLine* point,
-                              const std::string& reason) {
-    ++counts.refused;
-    report(line, block, reason);
-    if (options.errors == ErrorMode::MARK) writer->mark(output, line, point, reason);
+// Transforms and writes the rows that wait. False as addLine.
+bool BlockTransformer::finishRows(const Block& block, BlockResult& result) {
+    if (waiting == 0) return true;
+    if (options.format.layout.shape == Shape::POINT) transformPoints();
+    std::string reason;
+    for (std::size_t i = 0; i < waiting; ++i) {
+        if (!isTransformed(i, reason)) {
+            if (!refuse(rows[i], true, reason, block, result)) return false;
+            continue;
+        }
+        ++result.counts.lines;
+        ++result.counts.transformed;
+        writeRow(result.output, options.format, rows[i].line, rows[i].read, results[i]);
+    }
+    waiting = 0;
+    return true;
+}
+
+void BlockTransformer::transformPoints() {
+    failed.fill(true);
+    if (!transformer) return;
+    for (std::size_t i = 0; i < waiting; ++i) results[i] = rows[i].read.value;
+    double* const first = results.front().data();
+    double* const heights = rows.front().read.count > Z ? first + Z : nullptr;
+    transformer->transform(waiting, first + X, first + Y, heights, MOST_ORDINATES, failed.data());
+}
+
+// False with a reason.
+bool BlockTransformer::isTransformed(std::size_t index, std::string& reason) {
+    if (options.format.layout.shape == Shape::BOX) return transformBox(index, reason);
+    const CoordinateLine& point = rows[index].read;
+    if (!failed[index] && areFinite(results[index], point.count)) return true;
+    reason = pair.refusalOf(point);
+    return false;
+}
+
+bool BlockTransformer::transformBox(std::size_t index, std::string& reason) {
+    const auto& [minX, minY, maxX, maxY] = rows[index].read.value;
+    reason = noOperation;
+    if (!transformer) return false;
+    try {
+        const Bounds bounds = transformer->transformBounds({minX, minY, maxX, maxY}, options.pointsPerEdge);
+        results[index] = {bounds.minX, bounds.minY, bounds.maxX, bounds.maxY};
+        return true;
+    } catch (const std::exception& failure) {
+        reason = failure.what();
+        return false;
+    }
+}
+
+bool BlockTransformer::refuse(const Row& row, bool isRead, const std::string& reason, const Block& block,
+                              BlockResult& result) const {
+    ++result.counts.lines;
+    ++result.counts.refused;
+    report(row.line, reason, block, result);
+    if (options.errors == ErrorMode::MARK)
+        writeMark(result.output, options.format, row.line, isRead ? &row.read : nullptr, reason);
     return options.errors != ErrorMode::STOP;
 }
 
-void BlockTransformer::report(const InputLine& line, const Block& block, const std::string& reason) {
-    reports.append("crsctl transform: ");
-    reports.append(options.inputNames[block.input]);
-    reports.append(":" + std::to_string(line.number) + ": ");
-    reports.append(reason);
-    reports.append(": ");
-    reports.append(printable(line.text));
-    reports.append('\n');
-}
-
-std::string BlockTransformer::headerRow(const std::string& header) const {
-    OutputBuffer row;
-    writer->header(row, {header, "\n", 1});
-    return std::string(row.view());
+void BlockTransformer::report(const InputLine& line, const std::string& reason, const Block& block,
+                              BlockResult& result) const {
+    result.reports.append("crsctl transform: " + options.inputNames[block.input] + ":" + std::to_string(line.number) +
+                          ": " + reason + ": " + printable(line.text) + "\n");
 }
 
 }  // namespace crsctl

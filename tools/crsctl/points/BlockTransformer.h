@@ -1,13 +1,15 @@
 #pragma once
 
+#include <array>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "CoordinateTransformation/PointTransformer.h"
 #include "tools/crsctl/points/Block.h"
-#include "tools/crsctl/points/OutputBuffer.h"
-#include "tools/crsctl/points/PointLine.h"
-#include "tools/crsctl/points/PointTransform.h"
+#include "tools/crsctl/points/CoordinateLine.h"
+#include "tools/crsctl/points/CrsPair.h"
 #include "tools/crsctl/points/RowWriter.h"
 
 namespace crsctl {
@@ -17,38 +19,50 @@ enum class ErrorMode { STOP, MARK, SKIP };
 
 // How lines are read and written.
 struct LineOptions {
-    ColumnLayout layout;
-    Separator separator = Separator::AUTOMATIC;
+    RowFormat format;
     std::string comment = "#";  // what begins a comment; empty: nothing does
-    OutputFormat format = OutputFormat::TEXT;
-    int decimals = -1;  // of every ordinate; negative: those of the target
     ErrorMode errors = ErrorMode::MARK;
+    unsigned int pointsPerEdge = 21;      // of a box
     std::vector<std::string> inputNames;  // for reports
 };
 
-// Transforms the points of blocks of lines. Allocates nothing for a line that is not refused.
-class BlockTransformer : public BlockProcessor {
+// Transforms the points or boxes of blocks of lines. Allocates nothing for a point that is not refused. One thread at
+// a time uses it; threads may share the pair of CRS.
+class BlockTransformer {
 public:
-    BlockTransformer(const PointTransform& pointTransform, const LineOptions& lineOptions);
+    BlockTransformer(const CrsPair& crsPair, const LineOptions& lineOptions);
 
-    BlockResult process(const Block& block) override;
-    // For the header of the input, once and before any block.
-    std::string headerRow(const std::string& header) const;
+    // REQUIRES: `result` is empty.
+    void process(const Block& block, BlockResult& result);
 
 private:
-    bool processLine(const InputLine& line, const Block& block);
-    bool isPassedOver(std::string_view line) const;
-    bool refuse(const InputLine& line, const Block& block, const PointLine* point, const std::string& reason);
-    void report(const InputLine& line, const Block& block, const std::string& reason);
-    BlockResult processTooLong(const Block& block);
-    BlockResult result(bool stopped) const;
+    struct Row {
+        InputLine line;
+        CoordinateLine read;
+    };
 
-    const PointTransform& transform;
+    bool addLine(const InputLine& line, const Block& block, BlockResult& result);
+    bool isPassedOver(std::string_view line) const;
+    bool finishRows(const Block& block, BlockResult& result);
+    void transformPoints();
+    bool isTransformed(std::size_t index, std::string& reason);
+    bool transformBox(std::size_t index, std::string& reason);
+    bool refuse(const Row& row, bool isRead, const std::string& reason, const Block& block, BlockResult& result) const;
+    void report(const InputLine& line, const std::string& reason, const Block& block, BlockResult& result) const;
+
+    // Of one call of the library.
+    static constexpr std::size_t MOST_ROWS = 128;
+
+    const CrsPair& pair;
     LineOptions options;
-    std::unique_ptr<RowWriter> writer;
-    OutputBuffer output;
-    OutputBuffer reports;
-    Counts counts;
+    // None, with the reason, if there is no operation between the two CRS.
+    std::optional<CoordinateTransformation::PointTransformer> transformer;
+    std::string noOperation;
+    // The first `waiting` lines wait for the call, all with the same number of ordinates.
+    std::array<Row, MOST_ROWS> rows;
+    std::size_t waiting = 0;
+    std::array<Ordinates, MOST_ROWS> results;
+    std::array<bool, MOST_ROWS> failed;
 };
 
 }  // namespace crsctl

@@ -1,5 +1,6 @@
 #include "tools/crsctl/points/FixedDecimals.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -16,8 +17,10 @@ constexpr int EXPONENT_BIAS = 1075;  // of the value taken as an integer times a
 constexpr std::uint64_t FRACTION_MASK = (std::uint64_t{1} << FRACTION_BITS) - 1;
 constexpr int EXPONENT_MASK = 0x7FF;
 
-constexpr std::array<std::uint64_t, MAX_DECIMALS + 1> powersOfTen() {
-    std::array<std::uint64_t, MAX_DECIMALS + 1> powers{};
+constexpr int MOST_DIGITS = 20;
+
+constexpr std::array<std::uint64_t, MOST_DIGITS> powersOfTen() {
+    std::array<std::uint64_t, MOST_DIGITS> powers{};
     std::uint64_t power = 1;
     for (auto& entry : powers) {
         entry = power;
@@ -60,16 +63,23 @@ bool scaledAndRounded(std::uint64_t bits, int decimals, std::uint64_t& result) {
     return true;
 }
 
-// The digits of `number`, at least `atLeast` of them, ending before `end`. Returns their begin.
-char* writeDigitsBefore(char* end, std::uint64_t number, int atLeast) {
-    const char* const limit = end - atLeast;
-    while (number >= 10) {
+// Of 0 it is 1.
+int digitCount(std::uint64_t number) {
+    const int bits = 64 - __builtin_clzll(number | 1U);
+    const int least = bits * 1233 >> 12;  // times the logarithm of 2 to the base of 10
+    return least + (number >= POWERS_OF_TEN[static_cast<std::size_t>(least)] ? 1 : 0);
+}
+
+// Takes the last `count` digits off `number` and writes them before `end`. Returns where they begin.
+char* moveDigitsBefore(char* end, std::uint64_t& number, int count) {
+    for (; count > 1; count -= 2) {
         end -= 2;
         std::memcpy(end, &DIGIT_PAIRS[2 * (number % 100)], 2);
         number /= 100;
     }
-    if (number > 0) *--end = static_cast<char>('0' + number);
-    while (end > limit) *--end = '0';
+    if (count == 0) return end;
+    *--end = static_cast<char>('0' + number % 10);
+    number /= 10;
     return end;
 }
 
@@ -81,17 +91,13 @@ char* writeFixed(char* out, double value, int decimals) {
     std::uint64_t scaled = 0;
     if (!scaledAndRounded(bits & ~(std::uint64_t{1} << 63U), decimals, scaled))
         return std::to_chars(out, out + LONGEST_FIXED_DECIMAL, value, std::chars_format::fixed, decimals).ptr;
-    std::array<char, 24> digits;
-    char* const end = digits.data() + digits.size();
-    const char* const begin = writeDigitsBefore(end, scaled, decimals + 1);
-    const auto integerDigits = static_cast<std::size_t>(end - begin - decimals);
     if (std::signbit(value)) *out++ = '-';
-    std::memcpy(out, begin, integerDigits);
-    out += integerDigits;
-    if (decimals == 0) return out;
-    *out++ = '.';
-    std::memcpy(out, begin + integerDigits, static_cast<std::size_t>(decimals));
-    return out + decimals;
+    const int digits = std::max(digitCount(scaled), decimals + 1);
+    char* const end = out + digits + (decimals > 0 ? 1 : 0);
+    char* next = moveDigitsBefore(end, scaled, decimals);
+    if (decimals > 0) *--next = '.';
+    moveDigitsBefore(next, scaled, digits - decimals);
+    return end;
 }
 
 }  // namespace crsctl

@@ -57,12 +57,16 @@ InputFile::~InputFile() {
 
 std::optional<std::size_t> InputFile::read(char* to, std::size_t size) {
     for (;;) {
-        if (!regular) waitForInput(descriptor);
+        if (!regular) wait();
         if (signalToFinish() != 0) return std::nullopt;
         const ssize_t count = ::read(descriptor, to, size);
         if (count >= 0) return static_cast<std::size_t>(count);
         if (errno != EINTR && errno != EAGAIN) fail(name, errno);
     }
 }
+
+bool InputFile::mustWait() const { return !regular && signalToFinish() == 0 && !hasInput(descriptor); }
+
+void InputFile::wait() const { waitForInput(descriptor); }
 
 }  // namespace crsctl

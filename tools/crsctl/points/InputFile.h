@@ -23,6 +23,10 @@ public:
     // Up to `size` bytes, as soon as there are any; 0 at the end. Empty when a signal asks to finish.
     // SetUpError when reading fails.
     std::optional<std::size_t> read(char* to, std::size_t size);
+    // Whether there is neither input nor its end yet, nor a signal.
+    bool mustWait() const;
+    // Waits until that changes.
+    void wait() const;
 
 private:
     std::string name;

@@ -64,9 +64,9 @@ std::string progressLine(const RunState& state) {
 std::string summaryLine(const Counts& counts, double seconds) {
     std::array<char, 32> elapsed{};
     std::snprintf(elapsed.data(), elapsed.size(), "%.3f s", seconds);
-    return plural(counts.lines, "line") + ": " + grouped(counts.points) + " transformed, " + grouped(counts.refused) +
-           " refused, " + grouped(counts.passedOver) + " passed over; " + elapsed.data() + ", " +
-           grouped(rate(counts.lines, seconds)) + " lines/s";
+    return plural(counts.lines, "line") + ": " + grouped(counts.transformed) + " transformed, " +
+           grouped(counts.refused) + " refused, " + grouped(counts.passedOver) + " passed over; " + elapsed.data() +
+           ", " + grouped(rate(counts.lines, seconds)) + " lines/s";
 }
 
 void ProgressBar::update(const RunState& state) {

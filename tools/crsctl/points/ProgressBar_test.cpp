@@ -29,7 +29,7 @@ TEST(TheProgress, StaysWithinATerminal) {
 TEST(TheSummary, CountsEveryLine) {
     Counts counts;
     counts.lines = 1002;
-    counts.points = 999;
+    counts.transformed = 999;
     counts.refused = 1;
     counts.passedOver = 2;
     EXPECT_EQ(summaryLine(counts, 0.5),

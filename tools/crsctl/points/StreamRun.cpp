@@ -3,10 +3,9 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <deque>
 #include <unistd.h>
 
-#include "tools/crsctl/points/Workers.h"
+#include "tools/crsctl/points/BlockThreads.h"
 #include "tools/crsctl/start/Descriptor.h"
 #include "tools/crsctl/start/Failures.h"
 #include "tools/crsctl/start/Signals.h"
@@ -24,36 +23,34 @@ bool isProgressWanted(const BlockReader& reader) {
 StreamRun::StreamRun(BlockReader& blockReader) : reader(blockReader), progress(isProgressWanted(blockReader)) {}
 
 // What was read before a failure is still to be delivered.
-bool StreamRun::nextBlock(Block& block) {
+Next StreamRun::nextBlock(Block& block) {
     try {
-        return !pipeClosed && reader.next(block);
+        return pipeClosed ? Next::END : reader.next(block);
     } catch (const SetUpError& failure) {
         readingFailure = failure.what();
-        return false;
+        return Next::END;
     }
 }
 
-void StreamRun::process(BlockProcessor& processor) {
+// A result is waited for only when no further block fits, so that all threads are at work in the meantime.
+void StreamRun::process(BlockThreads& threads) {
     Block block;
-    while (nextBlock(block))
-        if (!deliver(processor.process(block))) return;
-}
-
-// Workers take turns, so that results come in the order of the blocks. A worker is waited for only before it gets
-// its next block: the others are at work in the meantime.
-void StreamRun::process(Workers& workers) {
-    Block block;
-    std::deque<std::size_t> atWork;
-    for (std::size_t turn = 0; nextBlock(block); turn = (turn + 1) % workers.size()) {
-        if (atWork.size() == workers.size()) {
-            atWork.pop_front();
-            if (!deliver(workers.receive(turn))) return;
+    for (;;) {
+        const Next next = nextBlock(block);
+        if (next == Next::BLOCK) {
+            if (threads.isFull() && !deliver(threads.take())) return;
+            threads.submit(block);
+            continue;
         }
-        workers.send(turn, block);
-        atWork.push_back(turn);
+        if (!deliverAll(threads) || next == Next::END) return;
+        reader.wait();
     }
-    for (const std::size_t worker : atWork)
-        if (!deliver(workers.receive(worker))) return;
+}
+
+bool StreamRun::deliverAll(BlockThreads& threads) {
+    while (!threads.isEmpty())
+        if (!deliver(threads.take())) return false;
+    return true;
 }
 
 void StreamRun::write(std::string_view text) {
@@ -64,8 +61,8 @@ void StreamRun::write(std::string_view text) {
 
 bool StreamRun::deliver(const BlockResult& result) {
     counts += result.counts;
-    write(result.output);
-    report(result.reports);
+    write(result.output.view());
+    report(result.reports.view());
     progress.update({reader.bytesConsumed(), reader.bytesInAll().value_or(0), counts.lines, stopwatch.seconds()});
     return !result.stopped && !pipeClosed;
 }

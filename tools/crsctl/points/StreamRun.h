@@ -7,18 +7,17 @@
 
 namespace crsctl {
 
-class Workers;
+class BlockThreads;
 
-// Takes blocks from the reader through the processor, or through the workers side by side, to standard output in
-// the order of the input, and what is refused to standard error. Ends at the end of the input, at a refused line
-// that is to stop it, on a signal and when nobody reads any more.
+// Takes blocks from the reader through threads to standard output in the order of the input, and what is refused to
+// standard error. Whatever was read is answered before further input is waited for. Ends at the end of the input, at a
+// refused line that is to stop it, on a signal and when nobody reads any more.
 class StreamRun {
 public:
     explicit StreamRun(BlockReader& blockReader);
 
     // An input that cannot be read ends the run behind what was read before it; SetUpError when writing fails.
-    void process(BlockProcessor& processor);
-    void process(Workers& workers);
+    void process(BlockThreads& threads);
     // Writes `text` to standard output before any block.
     void write(std::string_view text);
 
@@ -26,9 +25,10 @@ public:
     int finish();
 
 private:
-    bool nextBlock(Block& block);
+    Next nextBlock(Block& block);
     // Whether the run goes on.
     bool deliver(const BlockResult& result);
+    bool deliverAll(BlockThreads& threads);
     void report(std::string_view reports);
 
     BlockReader& reader;

@@ -51,8 +51,7 @@ Session::Session(const CommonOptions& options)
     : crsConfig(makeConfig(options.projDir)), configured(!options.configFile.empty()) {
     initialise(*crsConfig, "");
     if (!configured) return;
-    const std::string text = options.configText ? *options.configText : readTextFile(options.configFile);
-    configure(*crsConfig, options.configFile, text);
+    configure(*crsConfig, options.configFile, readTextFile(options.configFile));
     initialise(*crsConfig, inputName(options.configFile) + ": ");
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "CoordinateTransformation/CrsConfig.h"
@@ -10,9 +9,8 @@ namespace crsctl {
 
 // What every command takes.
 struct CommonOptions {
-    std::string configFile;                 // empty: not given
-    std::optional<std::string> configText;  // its content, where it has been read already
-    std::string projDir;                    // empty: not given
+    std::string configFile;  // empty: not given
+    std::string projDir;     // empty: not given
     bool json = false;
 };
 

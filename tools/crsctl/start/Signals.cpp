@@ -51,8 +51,16 @@ void waitForInput(int descriptor) {
     while (caught == 0 && poll(watched.data(), watched.size(), -1) < 0) continue;
 }
 
-void ignoreSignals() {
-    for (const int signal : FINISHING_SIGNALS) setHandler(signal, SIG_IGN, 0);
+bool hasInput(int descriptor) {
+    pollfd watched{descriptor, POLLIN, 0};
+    return poll(&watched, 1, 0) > 0;
+}
+
+void leaveSignalsToOthers() {
+    sigset_t finishing;
+    sigemptyset(&finishing);
+    for (const int signal : FINISHING_SIGNALS) sigaddset(&finishing, signal);
+    pthread_sigmask(SIG_BLOCK, &finishing, nullptr);
 }
 
 }  // namespace crsctl

@@ -15,7 +15,10 @@ int signalToFinish();
 // Waits until `descriptor` has something to read or a signal asks to finish; a signal that came before counts.
 void waitForInput(int descriptor);
 
-// For a worker: whatever the terminal sends is the parent's to answer.
-void ignoreSignals();
+// Whether reading `descriptor` would not wait.
+bool hasInput(int descriptor);
+
+// From now on the calling thread receives no signal that another thread could.
+void leaveSignalsToOthers();
 
 }  // namespace crsctl

@@ -1,7 +1,11 @@
-#include "tools/crsctl/points/PointLine.h"
+#include "tools/crsctl/points/CoordinateLine.h"
 
+#include <cmath>
+#include <cstdlib>
 #include <optional>
 #include <ostream>
+#include <random>
+#include <string>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,14 +31,15 @@ void PrintTo(const AcceptedLine& accepted, std::ostream* stream) { *stream << pr
 class APointLine : public testing::TestWithParam<AcceptedLine> {};
 
 TEST_P(APointLine, IsRead) {
-    PointLine point;
+    CoordinateLine read;
     std::string reason;
-    ASSERT_TRUE(readPoint(GetParam().line, ColumnLayout(), Separator::AUTOMATIC, point, reason)) << reason;
-    EXPECT_EQ(point.value[X], GetParam().x);
-    EXPECT_EQ(point.value[Y], GetParam().y);
-    EXPECT_EQ(point.hasHeight, GetParam().z.has_value());
+    ASSERT_TRUE(readCoordinates(GetParam().line, ColumnLayout(Shape::POINT), Separator::AUTOMATIC, read, reason))
+        << reason;
+    EXPECT_EQ(read.value[X], GetParam().x);
+    EXPECT_EQ(read.value[Y], GetParam().y);
+    EXPECT_EQ(read.count, GetParam().z ? 3U : 2U);
     if (GetParam().z) {
-        EXPECT_EQ(point.value[Z], *GetParam().z);
+        EXPECT_EQ(read.value[Z], *GetParam().z);
     }
 }
 
@@ -56,6 +61,26 @@ INSTANTIATE_TEST_SUITE_P(Numbers, APointLine,
                                          AcceptedLine{"-0 0", 0, 0, {}},
                                          AcceptedLine{"0.000000000000000000000000000001 1", 1e-30, 1, {}}));
 
+double readX(const std::string& number) {
+    CoordinateLine read;
+    std::string reason;
+    EXPECT_TRUE(readCoordinates(number + " 0", ColumnLayout(Shape::POINT), Separator::AUTOMATIC, read, reason));
+    return read.value[X];
+}
+
+// With a point before any of the digits, or none.
+TEST(ANumber, IsReadAsTheNearestDouble) {
+    std::mt19937_64 random(25832);
+    for (int i = 0; i < 50000; ++i) {
+        std::string number = std::to_string(random());
+        number.resize(random() % number.size() + 1);
+        if (random() % 8 != 0) number.insert(random() % (number.size() + 1), 1, '.');
+        if (random() % 2 == 0) number.insert(0, 1, '-');
+        ASSERT_EQ(readX(number), std::strtod(number.c_str(), nullptr)) << number;
+    }
+    EXPECT_TRUE(std::signbit(readX("-0.0")));
+}
+
 struct BadLine {
     const char* line;
     const char* reason;
@@ -66,9 +91,9 @@ void PrintTo(const BadLine& refused, std::ostream* stream) { *stream << printabl
 class ABadLine : public testing::TestWithParam<BadLine> {};
 
 TEST_P(ABadLine, IsRefusedWithItsReason) {
-    PointLine point;
+    CoordinateLine read;
     std::string reason;
-    EXPECT_FALSE(readPoint(GetParam().line, ColumnLayout(), Separator::AUTOMATIC, point, reason));
+    EXPECT_FALSE(readCoordinates(GetParam().line, ColumnLayout(Shape::POINT), Separator::AUTOMATIC, read, reason));
     EXPECT_EQ(reason, GetParam().reason);
 }
 
@@ -90,74 +115,124 @@ INSTANTIATE_TEST_SUITE_P(Lines, ABadLine,
 
 TEST(ABadLine, IsRefusedForAnEmbeddedNul) {
     using namespace std::string_view_literals;
-    PointLine point;
+    CoordinateLine read;
     std::string reason;
-    EXPECT_FALSE(readPoint("9\0 50"sv, ColumnLayout(), Separator::AUTOMATIC, point, reason));
+    EXPECT_FALSE(readCoordinates("9\0 50"sv, ColumnLayout(Shape::POINT), Separator::AUTOMATIC, read, reason));
     EXPECT_EQ(reason, "column 1 (x) is not a number: \"9\\x00\"");
 }
 
 TEST(ABadLine, IsRefusedForAnEndlessNumber) {
-    PointLine point;
+    CoordinateLine read;
     std::string reason;
-    EXPECT_FALSE(readPoint(std::string(100000, '9') + " 50", ColumnLayout(), Separator::AUTOMATIC, point, reason));
+    EXPECT_FALSE(readCoordinates(std::string(100000, '9') + " 50", ColumnLayout(Shape::POINT), Separator::AUTOMATIC,
+                                 read, reason));
     EXPECT_THAT(reason, HasSubstr("column 1 (x) is too large"));
     EXPECT_LT(reason.size(), 100U);
 }
 
-bool reads(const std::string& line, const ColumnLayout& layout, PointLine& point) {
+bool reads(const std::string& line, const ColumnLayout& layout, CoordinateLine& read) {
     std::string reason;
-    return readPoint(line, layout, Separator::AUTOMATIC, point, reason);
+    return readCoordinates(line, layout, Separator::AUTOMATIC, read, reason);
 }
 
 TEST(ALayout, SaysWhereTheOrdinatesStand) {
-    PointLine point;
-    ASSERT_TRUE(reads("A1;9;50;100;x", layoutFrom("id,x,y,z"), point));
-    EXPECT_THAT(point.value, ElementsAre(9, 50, 100));
-    ASSERT_TRUE(reads("50 9", layoutFrom("y,x"), point));
-    EXPECT_EQ(point.value[X], 9);
-    EXPECT_EQ(point.value[Y], 50);
+    CoordinateLine read;
+    ASSERT_TRUE(reads("A1;9;50;100;x", ColumnLayout(Shape::POINT, "id,x,y,z"), read));
+    EXPECT_EQ(read.value[X], 9);
+    EXPECT_EQ(read.value[Y], 50);
+    EXPECT_EQ(read.value[Z], 100);
+    ASSERT_TRUE(reads("50 9", ColumnLayout(Shape::POINT, "y,x"), read));
+    EXPECT_EQ(read.value[X], 9);
+    EXPECT_EQ(read.value[Y], 50);
 }
 
 TEST(ALayout, MakesNoHeightOfAColumnThatItDoesNotName) {
-    PointLine point;
-    ASSERT_TRUE(reads("9 50 100", layoutFrom("x,y"), point));
-    EXPECT_FALSE(point.hasHeight);
+    CoordinateLine read;
+    ASSERT_TRUE(reads("9 50 100", ColumnLayout(Shape::POINT, "x,y"), read));
+    EXPECT_EQ(read.count, 2U);
 }
 
 TEST(ALayout, InsistsOnTheHeightItNames) {
-    PointLine point;
-    EXPECT_FALSE(reads("9 50", layoutFrom("x,y,z"), point));
-    EXPECT_FALSE(reads("9 50 name", layoutFrom("x,y,z"), point));
+    CoordinateLine read;
+    EXPECT_FALSE(reads("9 50", ColumnLayout(Shape::POINT, "x,y,z"), read));
+    EXPECT_FALSE(reads("9 50 name", ColumnLayout(Shape::POINT, "x,y,z"), read));
 }
 
 TEST(ALayout, ReadsPastQuotedColumns) {
-    PointLine point;
-    ASSERT_TRUE(reads("\"Bad Homburg, \"\"v.d.H.\"\"\",8.6,50.2", layoutFrom("name,x,y"), point));
-    EXPECT_EQ(point.value[X], 8.6);
-    EXPECT_EQ(point.value[Y], 50.2);
+    CoordinateLine read;
+    ASSERT_TRUE(reads("\"Bad Homburg, \"\"v.d.H.\"\"\",8.6,50.2", ColumnLayout(Shape::POINT, "name,x,y"), read));
+    EXPECT_EQ(read.value[X], 8.6);
+    EXPECT_EQ(read.value[Y], 50.2);
 }
 
 TEST(ALayout, TellsAMissingColumn) {
-    PointLine point;
+    CoordinateLine read;
     std::string reason;
-    EXPECT_FALSE(readPoint("A1", layoutFrom("id,name,x,y"), Separator::AUTOMATIC, point, reason));
+    EXPECT_FALSE(readCoordinates("A1", ColumnLayout(Shape::POINT, "id,name,x,y"), Separator::AUTOMATIC, read, reason));
     EXPECT_EQ(reason, "column 2 is missing");
 }
 
 class ABadLayout : public testing::TestWithParam<const char*> {};
 
-TEST_P(ABadLayout, IsAnErrorOfSetUp) { EXPECT_THROW(layoutFrom(GetParam()), SetUpError); }
+TEST_P(ABadLayout, IsAnErrorOfSetUp) { EXPECT_THROW(ColumnLayout(Shape::POINT, GetParam()), SetUpError); }
 
 INSTANTIATE_TEST_SUITE_P(Lists, ABadLayout, testing::Values("x", "y", "x,z", "x,x,y", "x,y,z,z", "id", "X,Y", ","));
 
+struct BoxLine {
+    const char* line;
+    const char* columns;  // null: as they are without a layout of the user's own
+    Ordinates box;
+};
+
+void PrintTo(const BoxLine& box, std::ostream* stream) { *stream << box.line; }
+
+class ABoxLine : public testing::TestWithParam<BoxLine> {};
+
+TEST_P(ABoxLine, IsRead) {
+    const char* const columns = GetParam().columns;
+    const ColumnLayout layout = columns == nullptr ? ColumnLayout(Shape::BOX) : ColumnLayout(Shape::BOX, columns);
+    CoordinateLine read;
+    ASSERT_TRUE(reads(GetParam().line, layout, read));
+    EXPECT_EQ(read.count, 4U);
+    EXPECT_EQ(read.value, GetParam().box);
+}
+
+INSTANTIATE_TEST_SUITE_P(Lines, ABoxLine,
+                         testing::Values(BoxLine{"6 47 15 55", nullptr, {6, 47, 15, 55}},
+                                         BoxLine{"-6;-47.5;+15;5e1;Europe", nullptr, {-6, -47.5, 15, 50}},
+                                         BoxLine{"E1,6,47,15,55", "id,minx,miny,maxx,maxy", {6, 47, 15, 55}},
+                                         BoxLine{"6 15 47 55", "minx,maxx,miny,maxy", {6, 47, 15, 55}}));
+
+TEST(ABoxLine, IsRefusedWithItsReason) {
+    const BadLine cases[] = {{"6 47 15", "column 4 (maxy) is missing"},
+                             {"6 47 15 north", "column 4 (maxy) is not a number: \"north\""},
+                             {"6 47 nan 55", "column 3 (maxx) is not finite: \"nan\""}};
+    for (const BadLine& refused : cases) {
+        CoordinateLine read;
+        std::string reason;
+        EXPECT_FALSE(readCoordinates(refused.line, ColumnLayout(Shape::BOX), Separator::AUTOMATIC, read, reason));
+        EXPECT_EQ(reason, refused.reason);
+    }
+}
+
+TEST(ABoxLayout, IsAnErrorOfSetUpWithoutEachCornerOnce) {
+    for (const char* columns : {"x,y", "minx,miny,maxx", "minx,miny,maxx,maxy,minx"})
+        EXPECT_THROW(ColumnLayout(Shape::BOX, columns), SetUpError) << columns;
+}
+
+TEST(ANumber, IsWhatALineMayHoldOrIsTooLarge) {
+    for (const char* text : {"6", "-6", "-.5", "+6.5e1", "1e999", "inf"}) EXPECT_TRUE(isNumber(text)) << text;
+    for (const char* text : {"", "-", "six", "6m", "./6", "6,5"}) EXPECT_FALSE(isNumber(text)) << text;
+}
+
 TEST(ASeparatorOfTheUsers, Decides) {
-    PointLine point;
+    CoordinateLine read;
     std::string reason;
-    const ColumnLayout layout = layoutFrom("name,x,y");
-    EXPECT_FALSE(readPoint("Bad Homburg;8.6;50.2", layout, Separator::AUTOMATIC, point, reason));
-    EXPECT_TRUE(readPoint("Bad Homburg;8.6;50.2", layout, Separator::SEMICOLON, point, reason)) << reason;
-    EXPECT_TRUE(readPoint("a;b 8.6 50.2", layout, Separator::BLANK, point, reason)) << reason;
-    EXPECT_TRUE(readPoint("a;b c,8.6,50.2", layout, Separator::COMMA, point, reason)) << reason;
+    const ColumnLayout layout = ColumnLayout(Shape::POINT, "name,x,y");
+    EXPECT_FALSE(readCoordinates("Bad Homburg;8.6;50.2", layout, Separator::AUTOMATIC, read, reason));
+    EXPECT_TRUE(readCoordinates("Bad Homburg;8.6;50.2", layout, Separator::SEMICOLON, read, reason)) << reason;
+    EXPECT_TRUE(readCoordinates("a;b 8.6 50.2", layout, Separator::BLANK, read, reason)) << reason;
+    EXPECT_TRUE(readCoordinates("a;b c,8.6,50.2", layout, Separator::COMMA, read, reason)) << reason;
 }
 
 std::vector<std::string> columnsOf(std::string_view line) {

@@ -1,6 +1,5 @@
-#include "tools/crsctl/points/PointTransform.h"
+#include "tools/crsctl/points/CrsPair.h"
 
-#include <cmath>
 #include <exception>
 
 #include "CoordinateTransformation/CrsCreator.h"
@@ -50,39 +49,37 @@ std::optional<int> configuredDecimals(const AbstractCrs& crs, const Session& ses
     return *best->getNumberOfDecimalPlaces();
 }
 
-Decimals decimalsOf(const AbstractCrs& crs, const Session& session) {
-    constexpr int METRES = CrsConfigData::DEFAULT_NUMBER_OF_PLACES_METER;
-    constexpr int DEGREES = CrsConfigData::DEFAULT_NUMBER_OF_PLACES_DEGREE;
-    const bool geographic = crs.isGeographic();
-    const int horizontal = configuredDecimals(crs, session).value_or(geographic ? DEGREES : METRES);
-    return {horizontal, horizontal, geographic ? METRES : horizontal};
-}
+constexpr int METRES = CrsConfigData::DEFAULT_NUMBER_OF_PLACES_METER;
+constexpr int DEGREES = CrsConfigData::DEFAULT_NUMBER_OF_PLACES_DEGREE;
 
-bool areFinite(const std::array<double, ORDINATES>& ordinates) {
-    return std::isfinite(ordinates[X]) && std::isfinite(ordinates[Y]) && std::isfinite(ordinates[Z]);
+int horizontalDecimalsOf(const AbstractCrs& crs, const Session& session) {
+    return configuredDecimals(crs, session).value_or(crs.isGeographic() ? DEGREES : METRES);
 }
 
 }  // namespace
 
-PointTransform::PointTransform(const Session& session, const std::string& from, const std::string& to)
-    : source(crsNamed(from, session)),
-      target(crsNamed(to, session)),
-      decimalsOfTarget(decimalsOf(*target.get(), session)) {}
+CrsPair::CrsPair(const Session& session, const std::string& from, const std::string& to)
+    : sourceCrs(crsNamed(from, session)),
+      targetCrs(crsNamed(to, session)),
+      horizontalDecimals(horizontalDecimalsOf(*targetCrs.get(), session)) {}
 
-bool PointTransform::run(std::array<double, ORDINATES>& ordinates, bool hasHeight, std::string& reason) const {
-    if (!hasHeight) ordinates[Z] = 0;
+Decimals CrsPair::decimals(Shape shape) const {
+    const bool hasHeightInMetres = shape == Shape::POINT && target().isGeographic();
+    return {horizontalDecimals, horizontalDecimals, hasHeightInMetres ? METRES : horizontalDecimals,
+            horizontalDecimals};
+}
+
+std::string CrsPair::refusalOf(const CoordinateLine& point) const {
+    Ordinates moved = point.value;
     try {
-        if (hasHeight)
-            source.get()->transformTo(target.get(), ordinates[X], ordinates[Y], ordinates[Z]);
+        if (point.count > Z)
+            source().transformTo(&target(), moved[X], moved[Y], moved[Z]);
         else
-            source.get()->transformTo(target.get(), ordinates[X], ordinates[Y]);
+            source().transformTo(&target(), moved[X], moved[Y]);
     } catch (const std::exception& failure) {
-        reason = failure.what();
-        return false;
+        return failure.what();
     }
-    if (areFinite(ordinates)) return true;
-    reason = "the result is not finite";
-    return false;
+    return "the result is not finite";
 }
 
 }  // namespace crsctl

@@ -1,8 +1,10 @@
-#include "tools/crsctl/points/PointLine.h"
+#include "tools/crsctl/points/CoordinateLine.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 
 #include "tools/crsctl/start/Failures.h"
@@ -11,7 +13,20 @@
 namespace crsctl {
 namespace {
 
-bool isBlankCharacter(char character) { return character == ' ' || character == '\t'; }
+enum CharacterKind : unsigned char { OF_COLUMN, BLANK, SEPARATOR };
+
+constexpr std::array<CharacterKind, 256> characterKinds() {
+    std::array<CharacterKind, 256> kinds{};
+    kinds[' '] = kinds['\t'] = BLANK;
+    kinds[','] = kinds[';'] = SEPARATOR;
+    return kinds;
+}
+
+constexpr auto CHARACTER_KINDS = characterKinds();
+
+CharacterKind kindOf(char character) { return CHARACTER_KINDS[static_cast<unsigned char>(character)]; }
+
+bool isBlankCharacter(char character) { return kindOf(character) == BLANK; }
 
 const char* skipBlanks(const char* position, const char* end) {
     while (position != end && isBlankCharacter(*position)) ++position;
@@ -33,7 +48,38 @@ NumberFault readNumberAtLimits(std::string_view text, double& value) {
     return std::isfinite(value) ? NumberFault::NONE : NumberFault::OUT_OF_RANGE;
 }
 
+constexpr std::size_t MOST_EXACT_DIGITS = 15;
+constexpr double POWERS_OF_TEN[MOST_EXACT_DIGITS + 1] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                         1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+
+const char* readDigits(const char* position, const char* end, std::uint64_t& number) {
+    for (; position != end && *position >= '0' && *position <= '9'; ++position)
+        number = 10 * number + static_cast<std::uint64_t>(*position - '0');
+    return position;
+}
+
+// Reads digits with or without a point, as most coordinates are, in half the time of from_chars. Of up to 15 digits
+// the integer and the power of ten are exact, so that the quotient is the nearest double. False for other texts.
+bool readShortDecimal(std::string_view text, double& value) {
+    const char* const end = text.data() + text.size();
+    const bool negative = !text.empty() && text.front() == '-';
+    const char* const begin = text.data() + (negative ? 1 : 0);
+    if (static_cast<std::size_t>(end - begin) > MOST_EXACT_DIGITS + 1) return false;
+    std::uint64_t number = 0;
+    const char* const point = readDigits(begin, end, number);
+    const bool hasPoint = point != end && *point == '.';
+    const char* const fraction = hasPoint ? point + 1 : point;
+    if (readDigits(fraction, end, number) != end) return false;
+    const std::size_t decimals = static_cast<std::size_t>(end - fraction);
+    const std::size_t digits = static_cast<std::size_t>(point - begin) + decimals;
+    if (digits == 0 || digits > MOST_EXACT_DIGITS) return false;
+    const double magnitude = static_cast<double>(number) / POWERS_OF_TEN[decimals];
+    value = negative ? -magnitude : magnitude;
+    return true;
+}
+
 NumberFault readNumber(std::string_view text, double& value) {
+    if (readShortDecimal(text, value)) return NumberFault::NONE;
     const char* begin = text.data();
     const char* const end = begin + text.size();
     if (text.size() > 1 && *begin == '+' && begin[1] != '-') ++begin;
@@ -46,7 +92,7 @@ NumberFault readNumber(std::string_view text, double& value) {
 std::string quoted(std::string_view text) { return "\"" + printable(text, 40) + "\""; }
 
 std::string columnName(const ColumnLayout& layout, std::size_t ordinate) {
-    return std::string("column ") + std::to_string(layout.column[ordinate] + 1) + " (" + ORDINATE_NAMES[ordinate] + ")";
+    return "column " + std::to_string(layout.column[ordinate] + 1) + " (" + layout.ordinateName(ordinate) + ")";
 }
 
 std::string faultInWords(NumberFault fault, const ColumnLayout& layout, std::size_t ordinate, std::string_view text) {
@@ -57,10 +103,14 @@ std::string faultInWords(NumberFault fault, const ColumnLayout& layout, std::siz
 }
 
 std::string missingColumn(const ColumnLayout& layout, std::size_t index) {
-    const std::size_t ordinate = layout.ordinateOf(index);
+    const std::size_t ordinate = layout.ordinateAt(index, layout.ordinateCount);
     const std::string name =
-        ordinate == ORDINATES ? "column " + std::to_string(index + 1) : columnName(layout, ordinate);
+        ordinate == MOST_ORDINATES ? "column " + std::to_string(index + 1) : columnName(layout, ordinate);
     return name + " is missing";
+}
+
+bool occurs(const std::vector<std::string>& names, const std::string& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
 }
 
 std::size_t requireOnce(const std::vector<std::string>& names, const std::string& name, const std::string& columns) {
@@ -84,26 +134,32 @@ std::vector<std::string> splitAtCommas(const std::string& text) {
 
 }  // namespace
 
-std::size_t ColumnLayout::ordinateOf(std::size_t columnIndex) const {
-    for (std::size_t ordinate = X; ordinate < ORDINATES; ++ordinate)
+ColumnLayout::ColumnLayout(Shape shapeOfLines)
+    : shape(shapeOfLines), ordinateCount(shape == Shape::BOX ? 4 : 3), heightOptional(shape == Shape::POINT) {}
+
+ColumnLayout::ColumnLayout(Shape shapeOfLines, const std::string& columns) : ColumnLayout(shapeOfLines) {
+    names = splitAtCommas(columns);
+    if (shape == Shape::POINT && !occurs(names, ordinateName(Z))) ordinateCount = 2;
+    heightOptional = false;
+    for (std::size_t i = 0; i < ordinateCount; ++i) column[i] = requireOnce(names, ordinateName(i), columns);
+    std::sort(order.begin(), order.begin() + static_cast<std::ptrdiff_t>(ordinateCount),
+              [this](std::size_t a, std::size_t b) { return column[a] < column[b]; });
+}
+
+const char* ColumnLayout::ordinateName(std::size_t ordinate) const {
+    constexpr const char* OF_POINT[MOST_ORDINATES] = {"x", "y", "z", ""};
+    constexpr const char* OF_BOX[MOST_ORDINATES] = {"minx", "miny", "maxx", "maxy"};
+    return shape == Shape::BOX ? OF_BOX[ordinate] : OF_POINT[ordinate];
+}
+
+std::size_t ColumnLayout::ordinateAt(std::size_t columnIndex, std::size_t count) const {
+    for (std::size_t ordinate = 0; ordinate < count; ++ordinate)
         if (column[ordinate] == columnIndex) return ordinate;
-    return ORDINATES;
+    return MOST_ORDINATES;
 }
 
-std::size_t ColumnLayout::lastOrdinateColumn() const {
-    const std::size_t last = std::max(column[X], column[Y]);
-    return column[Z] == NO_COLUMN ? last : std::max(last, column[Z]);
-}
-
-ColumnLayout layoutFrom(const std::string& columns) {
-    ColumnLayout layout;
-    layout.names = splitAtCommas(columns);
-    layout.heightOptional = false;
-    layout.column[X] = requireOnce(layout.names, "x", columns);
-    layout.column[Y] = requireOnce(layout.names, "y", columns);
-    const bool hasHeight = std::find(layout.names.begin(), layout.names.end(), "z") != layout.names.end();
-    layout.column[Z] = hasHeight ? requireOnce(layout.names, "z", columns) : NO_COLUMN;
-    return layout;
+std::size_t ColumnLayout::lastColumn(std::size_t count) const {
+    return *std::max_element(column.begin(), column.begin() + static_cast<std::ptrdiff_t>(count));
 }
 
 ColumnScanner::ColumnScanner(std::string_view line, Separator separator)
@@ -122,9 +178,9 @@ bool ColumnScanner::next(std::string_view& column) {
 
 void ColumnScanner::settleSeparator() {
     const char* behind = *position == '"' ? endOfQuoted() : position;
-    while (behind != end && !isBlankCharacter(*behind) && *behind != ',' && *behind != ';') ++behind;
+    while (behind != end && kindOf(*behind) == OF_COLUMN) ++behind;
     behind = skipBlanks(behind, end);
-    separatorChar = behind != end && (*behind == ',' || *behind == ';') ? *behind : ' ';
+    separatorChar = behind != end && kindOf(*behind) == SEPARATOR ? *behind : ' ';
 }
 
 std::string_view ColumnScanner::nextBlankSeparated() {
@@ -159,13 +215,13 @@ std::string_view ColumnScanner::nextSeparated() {
     return column;
 }
 
-bool readPoint(std::string_view line, const ColumnLayout& layout, Separator separator, PointLine& point,
-               std::string& reason) {
+bool readCoordinates(std::string_view line, const ColumnLayout& layout, Separator separator, CoordinateLine& read,
+                     std::string& reason) {
     ColumnScanner columns(line, separator);
-    const std::size_t last = layout.lastOrdinateColumn();
-    point.hasHeight = false;
+    const std::size_t last = layout.lastColumn(layout.ordinateCount);
+    read.count = layout.leastCount();
     for (std::size_t index = 0; index <= last; ++index) {
-        const std::size_t ordinate = layout.ordinateOf(index);
+        const std::size_t ordinate = layout.ordinateAt(index, layout.ordinateCount);
         const bool optional = ordinate == Z && layout.heightOptional;
         std::string_view text;
         if (!columns.next(text)) {
@@ -173,16 +229,21 @@ bool readPoint(std::string_view line, const ColumnLayout& layout, Separator sepa
             if (!optional) return false;
             break;
         }
-        if (ordinate == ORDINATES) continue;
-        const NumberFault fault = readNumber(text, point.value[ordinate]);
+        if (ordinate == MOST_ORDINATES) continue;
+        const NumberFault fault = readNumber(text, read.value[ordinate]);
         if (fault == NumberFault::NOT_A_NUMBER && optional) break;
         if (fault != NumberFault::NONE) reason = faultInWords(fault, layout, ordinate, text);
         if (fault != NumberFault::NONE) return false;
-        point.text[ordinate] = text;
-        if (ordinate == Z) point.hasHeight = true;
+        read.text[ordinate] = text;
+        if (optional) read.count = layout.ordinateCount;
     }
-    point.separator = columns.separator();
+    read.separator = columns.separator();
     return true;
+}
+
+bool isNumber(std::string_view text) {
+    double value = 0;
+    return readNumber(text, value) != NumberFault::NOT_A_NUMBER;
 }
 
 bool isBlank(std::string_view line) { return std::all_of(line.begin(), line.end(), isBlankCharacter); }

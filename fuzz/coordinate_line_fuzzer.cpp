@@ -1,10 +1,10 @@
-// Lines of points as crsctl reads them: a line is refused with a reason, or its ordinates are finite numbers whose
-// texts stand in it. The first line of the input lists the columns, as --columns does, and may be empty.
+// Lines of points and of boxes as crsctl reads them: a line is refused with a reason, or its ordinates are finite
+// numbers whose texts stand in it. The first line of the input lists the columns, as --columns does, and may be empty.
 
 #include <cmath>
 
 #include "fuzz/Input.h"
-#include "tools/crsctl/points/PointLine.h"
+#include "tools/crsctl/points/CoordinateLine.h"
 #include "tools/crsctl/start/Failures.h"
 
 using namespace crsctl;
@@ -30,23 +30,24 @@ void scan(std::string_view line, Separator separator) {
 }
 
 void read(const std::string& line, const ColumnLayout& layout, Separator separator) {
-    PointLine point{};
+    CoordinateLine coordinates{};
     std::string reason;
-    if (!readPoint(line, layout, separator, point, reason)) return Fuzz::require(!reason.empty());
-    for (const Ordinate ordinate : {X, Y, Z}) {
-        if (ordinate == Z && !point.hasHeight) continue;
-        Fuzz::require(std::isfinite(point.value[ordinate]) && !point.text[ordinate].empty());
-        requireInside(point.text[ordinate], line);
+    if (!readCoordinates(line, layout, separator, coordinates, reason)) return Fuzz::require(!reason.empty());
+    Fuzz::require(coordinates.count >= layout.leastCount() && coordinates.count <= layout.ordinateCount);
+    for (std::size_t ordinate = 0; ordinate < coordinates.count; ++ordinate) {
+        Fuzz::require(std::isfinite(coordinates.value[ordinate]) && !coordinates.text[ordinate].empty());
+        Fuzz::require(isNumber(coordinates.text[ordinate]));
+        requireInside(coordinates.text[ordinate], line);
     }
     Fuzz::require(!isBlank(line));
 }
 
-ColumnLayout readLayout(const std::string& columns) {
+ColumnLayout readLayout(Shape shape, const std::string& columns) {
     try {
-        return columns.empty() ? ColumnLayout() : layoutFrom(columns);
+        return columns.empty() ? ColumnLayout(shape) : ColumnLayout(shape, columns);
     } catch (const SetUpError& refused) {
         Fuzz::require(*refused.what() != '\0');
-        return {};
+        return ColumnLayout(shape);
     }
 }
 
@@ -56,12 +57,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::istringstream lines(Fuzz::text(data, size));
     std::string line;
     std::getline(lines, line);
-    const ColumnLayout layout = readLayout(line);
+    const ColumnLayout layouts[] = {readLayout(Shape::POINT, line), readLayout(Shape::BOX, line)};
     while (std::getline(lines, line)) {
         for (const Separator separator :
              {Separator::AUTOMATIC, Separator::BLANK, Separator::COMMA, Separator::SEMICOLON}) {
             scan(line, separator);
-            read(line, layout, separator);
+            for (const ColumnLayout& layout : layouts) read(line, layout, separator);
         }
     }
     return 0;
