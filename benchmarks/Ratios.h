@@ -5,22 +5,40 @@
 #include <cstdio>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
-// Machines are noisy, so figures are ratios between benchmarks of one run: each the median of interleaved
-// repetitions of the one over that of the other.
-class Ratios : public benchmark::ConsoleReporter {
+// Machines are noisy, so every benchmark is repeated, the repetitions of all are interleaved, and the median counts.
+// Collects the medians: of processor time, or of wall time for a benchmark that measures its time itself.
+class Medians : public benchmark::ConsoleReporter {
+public:
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& run : runs)
+            if (run.aggregate_name == "median") add(run);
+        ConsoleReporter::ReportRuns(runs);
+    }
+
+protected:
+    // By the name of the benchmark, in nanoseconds.
+    std::map<std::string, double> medians;
+    // By the name of the benchmark and that of the counter.
+    std::map<std::pair<std::string, std::string>, double> counters;
+
+private:
+    void add(const Run& run) {
+        const std::string& name = run.run_name.function_name;
+        medians[name] = run.run_name.time_type.empty() ? run.GetAdjustedCPUTime() : run.GetAdjustedRealTime();
+        for (const auto& [counter, value] : run.counters) counters[{name, counter}] = value.value;
+    }
+};
+
+// Compares benchmarks of one run: the median of the one over that of the other.
+class Ratios : public Medians {
 public:
     // Prints, after the run, the ratios of every benchmark "CASE/subject" to "CASE/baseline".
     void compare(const std::string& subject, const std::string& baseline) { pairs.emplace_back(subject, baseline); }
-
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& run : runs)
-            if (run.aggregate_name == "median") medians[run.run_name.function_name] = run.GetAdjustedCPUTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
 
     void Finalize() override {
         for (const auto& [subject, baseline] : pairs) print(subject, baseline);
@@ -48,11 +66,10 @@ private:
     }
 
     std::vector<std::pair<std::string, std::string>> pairs;
-    std::map<std::string, double> medians;
 };
 
 // Runs everything registered: interleaved, repeated, medians compared.
-inline int runAndCompare(int argc, char** argv, Ratios& ratios) {
+inline int runAndCompare(int argc, char** argv, Medians& reporter) {
     std::vector<char*> arguments(argv, argv + argc);
     std::string interleaved = "--benchmark_enable_random_interleaving=true";
     std::string repetitions = "--benchmark_repetitions=9";
@@ -63,7 +80,7 @@ inline int runAndCompare(int argc, char** argv, Ratios& ratios) {
     int count = static_cast<int>(arguments.size());
     benchmark::Initialize(&count, arguments.data());
     if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 2;
-    benchmark::RunSpecifiedBenchmarks(&ratios);
+    benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
     return 0;
 }

@@ -1,8 +1,5 @@
 // What does the first point of a new pair of CRS cost, and what do many codes and pairs keep in memory and open?
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -10,6 +7,7 @@
 #include <benchmark/benchmark.h>
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
+#include "benchmarks/ProcessFigures.h"
 #include "benchmarks/ProjDirectory.h"
 #include "benchmarks/Ratios.h"
 
@@ -19,19 +17,6 @@ namespace {
 
 constexpr unsigned int CODES = 6500;
 constexpr unsigned int PAIRS = 10000;
-
-double residentMegabytes() {
-    std::ifstream status("/proc/self/statm");
-    double total = 0;
-    double resident = 0;
-    status >> total >> resident;
-    return resident * 4096 / 1e6;
-}
-
-double openFiles() {
-    const std::filesystem::directory_iterator files("/proc/self/fd");
-    return static_cast<double>(std::distance(begin(files), end(files)));
-}
 
 std::vector<Crs> bindAll(const CrsConfig& config, const ProjDirectory& directory) {
     std::vector<Crs> bound;

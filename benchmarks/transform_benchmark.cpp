@@ -1,13 +1,13 @@
 // What does a point cost, against PROJ called directly and against GDAL?
 
 #include <memory>
-#include <random>
 #include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
+#include "benchmarks/MeasuredPairs.h"
 #include "benchmarks/Ratios.h"
 #include "proj/classic/ProjHandles.h"
 
@@ -20,59 +20,7 @@ using ClassicProj::ProjPtr;
 
 namespace {
 
-struct Point {
-    double x;
-    double y;
-};
-
-// A pair of CRS with the area its points are drawn from, in the units and in east-north order of the source, and
-// the PROJ operation that the library makes for it.
-struct MeasuredPair {
-    const char* source;
-    const char* target;
-    Point southWest;
-    Point northEast;
-    const char* operation;
-    PJ_DIRECTION direction;
-};
-
-constexpr MeasuredPair PAIRS[] = {
-    {"25832", "4326", {280000, 5235000}, {920000, 6100000}, "+proj=utm +zone=32 +ellps=GRS80 +units=m", PJ_INV},
-    {"4326", "25832", {6, 47}, {15, 55}, "+proj=utm +zone=32 +ellps=GRS80 +units=m", PJ_FWD},
-    {"25832",
-     "3857",
-     {280000, 5235000},
-     {920000, 6100000},
-     "+proj=pipeline +step +inv +proj=utm +zone=32 +ellps=GRS80 +units=m +step +proj=webmerc +units=m +ellps=WGS84",
-     PJ_FWD},
-    {"31467",
-     "25832",
-     {3280000, 5235000},
-     {3920000, 6100000},
-     "+proj=pipeline +step +inv +proj=tmerc +lat_0=0 +lon_0=9 +k=1 +x_0=3500000 +y_0=0 +ellps=bessel +units=m "
-     "+step +proj=cart +a=6377397.155 +b=6356078.962818189 +step +proj=helmert +convention=position_vector +x=598.1 "
-     "+y=73.7 +z=418.2 +rx=0.202 +ry=0.045 +rz=-2.455 +s=6.7 +step +inv +proj=cart +a=6378137 +b=6356752.314140356 "
-     "+step +proj=utm +zone=32 +ellps=GRS80 +units=m",
-     PJ_FWD},
-    {"4326", "3857", {-180, -80}, {180, 80}, "+proj=webmerc +units=m +ellps=WGS84", PJ_FWD},
-    {"2154",
-     "4326",
-     {100000, 6050000},
-     {1200000, 7110000},
-     "+proj=lcc +lat_0=46.5 +lon_0=3 +lat_1=49 +lat_2=44 +x_0=700000 +y_0=6600000 +ellps=GRS80 +units=m",
-     PJ_INV},
-};
-
-constexpr double RADIANS_PER_DEGREE = 0.017453292519943295;
-
-std::vector<Point> drawPoints(const MeasuredPair& pair) {
-    std::mt19937_64 random(4326);
-    std::uniform_real_distribution<double> x(pair.southWest.x, pair.northEast.x);
-    std::uniform_real_distribution<double> y(pair.southWest.y, pair.northEast.y);
-    std::vector<Point> points(1024);
-    for (Point& point : points) point = {x(random), y(random)};
-    return points;
-}
+constexpr std::size_t POINTS = 1024;
 
 template <typename Transform>
 void transformAll(benchmark::State& state, const std::vector<Point>& points, Transform transform) {
@@ -87,7 +35,7 @@ void transformAll(benchmark::State& state, const std::vector<Point>& points, Tra
 void measureLibrary(benchmark::State& state, const CrsConfig& config, const MeasuredPair& pair) {
     const Crs source = config.getCreator().createFromName(pair.source, true, true);
     const Crs target = config.getCreator().createFromName(pair.target, true, true);
-    std::vector<Point> points = drawPoints(pair);
+    std::vector<Point> points = drawPoints(pair, POINTS);
     if (!source->isAxisOrderEastNorthOrLonLat())
         for (Point& point : points) std::swap(point.x, point.y);
     const AbstractCrs* const from = source.get();
@@ -99,7 +47,7 @@ void measureLibrary(benchmark::State& state, const CrsConfig& config, const Meas
 void measureProj(benchmark::State& state, const MeasuredPair& pair) {
     const ProjPtr<PJ_CONTEXT> context(proj_context_create());
     const ProjPtr<PJ> operation(proj_create(context.get(), pair.operation));
-    std::vector<Point> points = drawPoints(pair);
+    std::vector<Point> points = drawPoints(pair, POINTS);
     if (std::string(pair.source) == "4326")
         for (Point& point : points) point = {point.x * RADIANS_PER_DEGREE, point.y * RADIANS_PER_DEGREE};
     transformAll(state, points, [proj = operation.get(), &pair](double& x, double& y) {
@@ -114,7 +62,7 @@ void measureProjCrsToCrs(benchmark::State& state, const MeasuredPair& pair) {
     const ProjPtr<PJ> found(proj_create_crs_to_crs(context.get(), ("EPSG:" + std::string(pair.source)).c_str(),
                                                    ("EPSG:" + std::string(pair.target)).c_str(), nullptr));
     const ProjPtr<PJ> operation(proj_normalize_for_visualization(context.get(), found.get()));
-    transformAll(state, drawPoints(pair), [proj = operation.get()](double& x, double& y) {
+    transformAll(state, drawPoints(pair, POINTS), [proj = operation.get()](double& x, double& y) {
         const PJ_COORD moved = proj_trans(proj, PJ_FWD, proj_coord(x, y, 0, HUGE_VAL));
         x = moved.xy.x;
         y = moved.xy.y;
@@ -131,7 +79,7 @@ void measureGdal(benchmark::State& state, const MeasuredPair& pair) {
     target.SetAxisMappingStrategy(OAMS_TRADITIONAL_GIS_ORDER);
     const std::unique_ptr<OGRCoordinateTransformation> transformation(
         OGRCreateCoordinateTransformation(&source, &target));
-    transformAll(state, drawPoints(pair),
+    transformAll(state, drawPoints(pair, POINTS),
                  [&transformation](double& x, double& y) { transformation->Transform(1, &x, &y); });
 }
 #endif
@@ -155,7 +103,7 @@ void measureCompatible(benchmark::State& state, const CrsConfig& config) {
     const Crs target = config.getCreator().createFromName("4979", true, true);
     const AbstractCrs* const from = source.get();
     const AbstractCrs* const to = target.get();
-    transformAll(state, drawPoints(PAIRS[4]), [from, to](double& x, double& y) {
+    transformAll(state, drawPoints(PAIRS[4], POINTS), [from, to](double& x, double& y) {
         double z = x;
         from->transformTo(to, x, y, z);
         benchmark::DoNotOptimize(z);

@@ -1,0 +1,73 @@
+#pragma once
+
+// Threads that work at the same time.
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <ctime>
+#include <future>
+#include <thread>
+#include <vector>
+
+// In seconds: from the common start to the end of the thread that ends last, and of all threads' processor time.
+struct TeamTime {
+    double wall;
+    double processor;
+};
+
+// Where threads wait until all are there.
+class StartLine {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    void waitForStart() {
+        ready.fetch_add(1);
+        while (!given.load(std::memory_order_acquire)) std::this_thread::yield();
+    }
+
+    Clock::time_point start(unsigned int threads) {
+        while (ready.load() < threads) std::this_thread::yield();
+        const Clock::time_point now = Clock::now();
+        given.store(true, std::memory_order_release);
+        return now;
+    }
+
+private:
+    std::atomic<unsigned int> ready{0};
+    std::atomic<bool> given{false};
+};
+
+struct MemberTime {
+    StartLine::Clock::time_point end;
+    double processor;
+};
+
+inline double processorSecondsOfThread() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+// Each thread calls `prepare`, which does not throw, before the start, and what that returns after it.
+template <typename Prepare>
+TeamTime runTogether(unsigned int threads, const Prepare& prepare) {
+    StartLine line;
+    const auto takePart = [&line, &prepare] {
+        auto work = prepare();
+        line.waitForStart();
+        const double before = processorSecondsOfThread();
+        work();
+        return MemberTime{StartLine::Clock::now(), processorSecondsOfThread() - before};
+    };
+    std::vector<std::future<MemberTime>> members;
+    for (unsigned int i = 0; i < threads; ++i) members.push_back(std::async(std::launch::async, takePart));
+    const StartLine::Clock::time_point start = line.start(threads);
+    TeamTime time{0, 0};
+    for (std::future<MemberTime>& member : members) {
+        const MemberTime of = member.get();
+        time.wall = std::max(time.wall, std::chrono::duration<double>(of.end - start).count());
+        time.processor += of.processor;
+    }
+    return time;
+}
