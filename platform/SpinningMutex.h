@@ -11,7 +11,7 @@ namespace CoordinateTransformation {
 // opening a file, or may not be running at all.
 //
 // Lockable, neither recursive nor fair. Has a cache line of its own, so waiting slows nothing but waiting. Needs no
-// initialisation at run time, so it can be used before the library is loaded and after.
+// initialisation at run time, so a host's static initialisers can use it.
 class alignas(64) SpinningMutex {
 public:
     constexpr SpinningMutex() = default;

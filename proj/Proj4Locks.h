@@ -15,7 +15,7 @@ namespace CoordinateTransformation {
 
 // Serialises every use of pj_transform.
 //
-// Threads that meet at it do not sleep: a point takes less time than that.
+// Threads that meet at it spin before they sleep: a point takes less time than falling asleep.
 extern SpinningMutex proj4TransformLock;
 
 // Holds it, and with it the role without which clang lets nobody call pj_transform.
