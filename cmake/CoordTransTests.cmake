@@ -2,8 +2,8 @@
 #   NAME [INTERNAL|STATIC] [WHOLE] SOURCES... [APART SOURCES...] [LEAKS FILE] [NOT_UNDER SANITIZER...])
 #
 # One GoogleTest program, each of its tests a ctest test in a process of its own; with COORDTRANS_TESTS_BY_PROGRAM the
-# program is one ctest test, which spares the sanitizers thousands of starts. INTERNAL programs reach internal headers;
-# STATIC programs link the objects as a static library; the others use the built library.
+# program is one ctest test, which spares thousands of starts. INTERNAL programs reach internal headers; STATIC programs
+# link the objects as a static library; the others use the built library.
 #
 # WHOLE programs are always one ctest test: their tests share what takes long to make.
 #

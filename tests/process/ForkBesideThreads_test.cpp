@@ -53,7 +53,7 @@ private:
 
 TEST(ForkBesideThreadsTest, LetsAHundredChildrenWorkBesideThreadsOfTheirParent) {
     const BusyThreads threads;
-    for (int child = 0; child < 100; ++child) ASSERT_TRUE(Child(doesEverything).succeeds()) << child;
+    for (int child = 0; child < 100; ++child) ASSERT_TRUE(Child(doesEverything).succeedsBesideThreads()) << child;
 }
 
 // Its parent has none: ThreadSanitizer knows no threads that begin in the child of a process with threads.
@@ -61,7 +61,7 @@ TEST(ForkBesideThreadsTest, LetsAWorkerHaveThreadsAndChildren) {
     EXPECT_TRUE(doesEverything());
     const auto worker = [] {
         const BusyThreads threads;
-        return doesEverything() && Child(doesEverything).succeeds() && doesEverything();
+        return doesEverything() && Child(doesEverything).succeedsBesideThreads() && doesEverything();
     };
     EXPECT_TRUE(Child(worker).succeeds());
     EXPECT_TRUE(doesEverything());
