@@ -216,9 +216,12 @@ TEST_F(EntryForTest, IsTheFirstMappedOneWhenAllAreMapped) {
 }
 
 TEST_F(EntryForTest, PrefersTheSecondaryCodeToTheAlias) {
-    server.givenInitialised({"<CRS mapToEpsgCode='EPSG:31467*EPSG:5783'>GK3</CRS>", "<CRS>31467</CRS>"});
+    server.givenInitialised({"<CRS mapToEpsgCode='EPSG:31467*EPSG:5783'>GK3</CRS>", "<CRS>31467</CRS>",
+                             "<CRS>31468</CRS>", "<CRS mapToEpsgCode='EPSG:31468*EPSG:5783'>GK4</CRS>"});
     EXPECT_EQ(entryOf(31467, 0, "GK3"), "EPSG:31467");
     EXPECT_EQ(entryOf(31467, 5783, ""), "GK3=EPSG:31467*EPSG:5783");
+    EXPECT_EQ(entryOf(31468, 0, "GK4"), "EPSG:31468");
+    EXPECT_EQ(entryOf(31468, 5783, ""), "GK4=EPSG:31468*EPSG:5783");
 }
 
 // As the primary code alone decides whether the server offers a CRS.
