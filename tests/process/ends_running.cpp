@@ -1,9 +1,11 @@
-// ends_running transform|arrays|names|failures DIRECTORY: main returns while threads still use the library.
+// ends_running transform|arrays|names|pairs|failures DIRECTORY: main returns while threads still use the library.
 
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
+#include <string>
 #include <thread>
 
 #include "tests/support/ProcessServer.h"
@@ -35,6 +37,20 @@ void makeFromNames(const CrsConfig& config) {
     moved(config, "urn:ogc:def:crs:EPSG::4277", "http://www.opengis.net/def/crs/EPSG/0/3857", {50, 9});
 }
 
+// Pairs that are new, and now and then codes. Once the process ends, PROJ makes neither.
+void transformNewPairs(const CrsConfig& config) {
+    static std::atomic<unsigned int> next{0};
+    constexpr unsigned int CODES = 200;
+    constexpr unsigned int FIRST_CODE = 60000;
+    const unsigned int pair = next++;
+    const std::string source = "EPSG:" + std::to_string(FIRST_CODE + pair % CODES);
+    const std::string target = "EPSG:" + std::to_string(FIRST_CODE + pair / CODES % CODES);
+    try {
+        moved(config, source, target, {0, 5500000});
+    } catch (const std::exception&) {
+    }
+}
+
 void fail(const CrsConfig& config) {
     try {
         moved(config, "EPSG:4326", "EPSG:25832", {0, 99});
@@ -47,6 +63,7 @@ Work workOf(const char* name) {
     if (std::strcmp(name, "transform") == 0) return transform;
     if (std::strcmp(name, "arrays") == 0) return transformArrays;
     if (std::strcmp(name, "names") == 0) return makeFromNames;
+    if (std::strcmp(name, "pairs") == 0) return transformNewPairs;
     if (std::strcmp(name, "failures") == 0) return fail;
     return nullptr;
 }
