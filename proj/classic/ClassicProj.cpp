@@ -79,6 +79,8 @@ int expandInit(ParameterList& parameters) {
 
 int makeOrChangeContext(const ParameterList& parameters, Definition& definition) {
     Definitions& all = definitions();
+    const ProjWork work;
+    if (!work.isAllowed()) return PROJ_ERR_OTHER;
     try {
         return makeDefinition(parameters, all.proj.get(), definition);
     } catch (const std::bad_alloc&) {
@@ -158,6 +160,7 @@ void pj_set_searchpath(int count, const char** paths) {
 
 void lockForFork() {
     definitions().lock.lock();
+    ProjWork::lockForFork();
     lockPoolForFork();
     projFilesLock.lock();
 }
@@ -165,6 +168,7 @@ void lockForFork() {
 void unlockAfterFork() {
     projFilesLock.unlock();
     unlockPoolAfterFork();
+    ProjWork::unlockAfterFork();
     definitions().lock.unlock();
 }
 

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cmath>
-#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -123,22 +122,8 @@ private:
     ByUse unbound;
 };
 
-// Held while something is made or released: PROJ has locks of its own, which no thread may hold when the process forks.
-std::mutex makeLock;
-// Guards the idle operations. Taken after makeLock, and held for less time than a thread needs to fall asleep.
+// Guards the idle operations. Held for less time than a thread needs to fall asleep.
 SpinningMutex idleLock;
-
-// When the process ends, PROJ's own tables go while other threads may still run: it makes nothing more then, and
-// releases nothing. What is made goes on.
-bool projIsEnding = false;
-
-void endMaking() {
-    const std::lock_guard<std::mutex> guard(makeLock);
-    projIsEnding = true;
-}
-
-// Called once PROJ has its tables, so that the end of making comes before theirs.
-void registerEndOfMaking() { [[maybe_unused]] static const int registered = std::atexit(endMaking); }
 
 struct Pool {
     PerProcess<std::unique_ptr<IdleOperations>> idle{[] { return std::make_unique<IdleOperations>(); }};
@@ -165,8 +150,8 @@ void abandon(PooledOperation& operation) {
 }
 
 void unbind(PooledOperation& operation) {
-    const std::lock_guard<std::mutex> guard(makeLock);
-    if (projIsEnding) return abandon(operation);
+    const ProjWork work;
+    if (!work.isAllowed()) return abandon(operation);
     operation.plain = nullptr;
     operation.withHeights = nullptr;
     operation.operations.clear();
@@ -191,8 +176,7 @@ bool isComplete(const PooledOperation& operation) {
     return operation.plain != nullptr && operation.withHeights != nullptr;
 }
 
-// Under makeLock.
-void makeMissing(PooledOperation& operation) {
+void complete(PooledOperation& operation) {
     const Definition& source = *operation.pair.source;
     const Definition& target = *operation.pair.target;
     int heightsError = 0;
@@ -200,15 +184,6 @@ void makeMissing(PooledOperation& operation) {
         operation.plain = operation.operations.find(source, target, false, operation.plainError);
     operation.withHeights = operation.operations.find(source, target, true, heightsError);
     operation.needsHeights = source.isGeocentric || target.isGeocentric;
-    registerEndOfMaking();
-}
-
-void complete(PooledOperation& operation) {
-    const std::lock_guard<std::mutex> guard(makeLock);
-    if (!projIsEnding)
-        makeMissing(operation);
-    else if (operation.plain == nullptr)
-        operation.plainError = PROJ_ERR_OTHER;
 }
 
 struct GiveBack {
@@ -276,14 +251,8 @@ PoolCount countPooledOperations() {
     return {idleOperations().size(), idleOperations().made};
 }
 
-void lockPoolForFork() {
-    makeLock.lock();
-    idleLock.lock();
-}
+void lockPoolForFork() { idleLock.lock(); }
 
-void unlockPoolAfterFork() {
-    idleLock.unlock();
-    makeLock.unlock();
-}
+void unlockPoolAfterFork() { idleLock.unlock(); }
 
 }  // namespace ClassicProj

@@ -59,7 +59,7 @@ struct PoolCount {
 };
 PoolCount countPooledOperations();
 
-// Waits until nothing is being made, and holds that off.
+// Holds the list of idle operations still.
 void lockPoolForFork();
 void unlockPoolAfterFork();
 

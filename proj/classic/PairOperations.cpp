@@ -242,7 +242,8 @@ void PairOperations::clear() {
 }
 
 const PairOperation* PairOperations::tryToMake(const Key& key, int& error) {
-    error = recentFailure(key);
+    const ProjWork work;
+    error = work.isAllowed() ? recentFailure(key) : PROJ_ERR_OTHER;
     if (error != 0) return nullptr;
     const PairOperation* const made = make(key, error);
     if (made == nullptr) rememberFailure(key, error);

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
 #include <memory>
 #include <new>
@@ -239,6 +240,14 @@ void closeInheritedFiles() {
     }
 }
 
+std::mutex ProjWork::lock;
+bool ProjWork::isOver = false;
+
+void ProjWork::end() {
+    const std::lock_guard<std::mutex> guard(lock);
+    isOver = true;
+}
+
 // A new context begins as a copy of the default one, which belongs to the application. Where to look for files
 // comes before all that makes PROJ read one.
 PJ_CONTEXT* makeContext() {
@@ -312,10 +321,19 @@ ProjectionPtr makeOnce(const Listener& listener, PJ_CONTEXT* context, const std:
     return projection;
 }
 
+// What ends with the process ends in the opposite order of its beginning. So the end of work must be registered after
+// the tables of PROJ's, which come one by one with what it makes: after the first objects, and ever more rarely.
+void registerEndOfWork() {
+    static std::size_t made = 0;
+    ++made;
+    if ((made & (made - 1)) == 0) std::atexit(ProjWork::end);
+}
+
 // PROJ's reason for a failure may be wrong: since 9.2 it cuts a text with "@" in two when it meets any exception, and
 // gives the reason why the first part fails. Another attempt shows it: if that succeeds, memory was the reason.
 ProjectionPtr make(const Listener& listener, PJ_CONTEXT* context, const std::string& text) {
     ProjectionPtr projection = makeOnce(listener, context, text);
+    registerEndOfWork();
     if (isWhole(projection)) return projection;
     if (isWhole(makeOnce(listener, context, text))) throw std::bad_alloc();
     return nullptr;

@@ -25,6 +25,27 @@ std::filesystem::path findInSearchDirectories(const std::string& name);
 bool isBelow(const std::filesystem::path& file, const std::filesystem::path& directory);
 bool isInSearchDirectories(const std::filesystem::path& file);
 
+// Held while PROJ makes or releases something: it has locks of its own, which no thread may hold when the process
+// forks. And when the process ends, PROJ's tables go while other threads may still run: nothing is made or released any
+// more then. What is made goes on. Taken before the locks of the pool and of the open files, after all others.
+class ProjWork {
+public:
+    ProjWork() : guard(lock) {}
+
+    // False once the process ends.
+    bool isAllowed() const { return !isOver; }
+
+    static void lockForFork() { lock.lock(); }
+    static void unlockAfterFork() { lock.unlock(); }
+    static void end();
+
+private:
+    static std::mutex lock;
+    static bool isOver;
+
+    std::lock_guard<std::mutex> guard;
+};
+
 // A PROJ context of the library's own: silent, off the network, looking for files in the search directories
 // first, then in PROJ's data directories, and nowhere else. Nothing of it is shared with other users of PROJ in
 // the process. Never released. Throws std::bad_alloc.
@@ -52,7 +73,7 @@ void closeInheritedFiles();
 // memory ends on the way, std::bad_alloc is thrown. PROJ loses count of its nesting then, and after a few times the
 // context makes nothing more: give it up for making. What it has made may be used. Silences the context.
 //
-// REQUIRES: no other thread uses `context`.
+// REQUIRES: no other thread uses `context`. ProjWork is held where there are threads.
 ProjectionPtr makeProjection(PJ_CONTEXT* context, const std::string& text);
 
 // The same for a grid shift, whose grids are open and complete afterwards but for those that may be missing and are.
