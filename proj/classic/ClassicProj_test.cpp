@@ -217,7 +217,9 @@ TEST_F(InitDefinitionTest, IsFoundByItsCode) {
 }
 
 TEST_F(InitDefinitionTest, IsRefusedWhenItIsNotThere) {
-    givenEpsg("<1> +proj=merc +R=1000 <>\n<3> +proj=nonsense <>\n<4> <>\n<5> +proj=pipeline +step +proj=merc <>");
+    givenEpsg(
+        "<1> +proj=merc +R=1000 <>\n<3> +proj=nonsense <>\n<4> <>\n<5> +proj=pipeline +step +proj=merc <>\n"
+        "<epsg> +proj=merc +R=1000 <>");
     for (const char* init : {"epsg:2", "epsg:3", "epsg:4", "epsg:5", "epsg:", "epsg", "", ":1", "EPSG:1", "missing:1",
                              "epsg:1:1", "epsg: 1"})
         expectRefused(std::string("+init=") + init);
