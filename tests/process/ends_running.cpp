@@ -16,6 +16,8 @@ using namespace ProcessTest;
 
 using Work = void (*)(const CrsConfig&);
 
+std::atomic<bool> ending{false};
+
 void transform(const CrsConfig& config) {
     static thread_local const Crs source = config.getCreator().createFromName("EPSG:4314", true, false);
     static thread_local const Crs target = config.getCreator().createFromName("EPSG:25832", true, false);
@@ -48,6 +50,7 @@ void transformNewPairs(const CrsConfig& config) {
     try {
         moved(config, source, target, {0, 5500000});
     } catch (const std::exception&) {
+        if (!ending) std::abort();
     }
 }
 
@@ -93,5 +96,6 @@ int main(int argc, char** argv) {
     const CrsConfig& config = *startServer(argv[2]).release();
     for (int i = 0; i < THREADS; ++i) std::thread(loop, std::cref(config), workOf(argv[1])).detach();
     while (running < THREADS) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    ending = true;
     return 0;
 }
