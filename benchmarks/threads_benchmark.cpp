@@ -147,18 +147,20 @@ public:
         for (const std::string& code : readCodes()) crs.push_back(config.getCreator().createFromName(code, true, true));
     }
 
+    // Any number of threads.
     PointTransformer make() {
-        do next = (next + 1) % (crs.size() * crs.size());
-        while (source().isCodeCompatible(&target()));
-        return PointTransformer(source(), target());
+        std::size_t pair = takeNext();
+        while (source(pair).isCodeCompatible(&target(pair))) pair = takeNext();
+        return PointTransformer(source(pair), target(pair));
     }
 
 private:
-    const AbstractCrs& source() const { return *crs[next / crs.size()].get(); }
-    const AbstractCrs& target() const { return *crs[next % crs.size()].get(); }
+    std::size_t takeNext() { return next.fetch_add(1) % (crs.size() * crs.size()); }
+    const AbstractCrs& source(std::size_t pair) const { return *crs[pair / crs.size()].get(); }
+    const AbstractCrs& target(std::size_t pair) const { return *crs[pair % crs.size()].get(); }
 
     std::deque<Crs> crs;
-    std::size_t next = 0;
+    std::atomic<std::size_t> next{1};
 };
 
 // As many as the library keeps.
@@ -173,9 +175,12 @@ void reportIdleOperations(NewPairs& pairs) {
 }
 
 void registerNewPairs(NewPairs& pairs) {
-    benchmark::RegisterBenchmark(nameOfMaking(NEW_PAIRS).c_str(), [&pairs](benchmark::State& state) {
+    const auto make = [&pairs](benchmark::State& state) {
         for (auto _ : state) benchmark::DoNotOptimize(pairs.make());
-    });
+        state.SetItemsProcessed(state.iterations());
+    };
+    benchmark::RegisterBenchmark(nameOfMaking(NEW_PAIRS).c_str(), make);
+    benchmark::RegisterBenchmark("new pairs/making together", make)->ThreadRange(1, 4)->UseRealTime();
 }
 
 void registerPair(const PairOfCrs& pair) {

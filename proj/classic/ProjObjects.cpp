@@ -1,6 +1,7 @@
 #include "proj/classic/ProjObjects.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
@@ -240,12 +241,28 @@ void closeInheritedFiles() {
     }
 }
 
-std::mutex ProjWork::lock;
+ProjWork::Places ProjWork::places;
 bool ProjWork::isOver = false;
 
+// Who finds none free waits for the first.
+std::unique_lock<std::mutex> ProjWork::takePlace() {
+    for (std::mutex& place : places)
+        if (std::unique_lock<std::mutex> taken(place, std::try_to_lock); taken) return taken;
+    return std::unique_lock<std::mutex>(places.front());
+}
+
+void ProjWork::lockForFork() {
+    for (std::mutex& place : places) place.lock();
+}
+
+void ProjWork::unlockAfterFork() {
+    for (std::mutex& place : places) place.unlock();
+}
+
 void ProjWork::end() {
-    const std::lock_guard<std::mutex> guard(lock);
+    lockForFork();
     isOver = true;
+    unlockAfterFork();
 }
 
 // A new context begins as a copy of the default one, which belongs to the application. Where to look for files
@@ -324,9 +341,9 @@ ProjectionPtr makeOnce(const Listener& listener, PJ_CONTEXT* context, const std:
 // What ends with the process ends in the opposite order of its beginning. So the end of work must be registered after
 // the tables of PROJ's, which come one by one with what it makes: after the first objects, and ever more rarely.
 void registerEndOfWork() {
-    static std::size_t made = 0;
-    ++made;
-    if ((made & (made - 1)) == 0) std::atexit(ProjWork::end);
+    static std::atomic<std::size_t> made{0};
+    const std::size_t sinceLoad = ++made;
+    if ((sinceLoad & (sinceLoad - 1)) == 0) std::atexit(ProjWork::end);
 }
 
 // PROJ's reason for a failure may be wrong: since 9.2 it cuts a text with "@" in two when it meets any exception, and

@@ -3,6 +3,8 @@
 // What the classic interface has of PROJ: contexts that look for files where this library says, and objects that are
 // whole.
 
+#include <array>
+#include <cstddef>
 #include <filesystem>
 #include <mutex>
 #include <string>
@@ -25,25 +27,33 @@ std::filesystem::path findInSearchDirectories(const std::string& name);
 bool isBelow(const std::filesystem::path& file, const std::filesystem::path& directory);
 bool isInSearchDirectories(const std::filesystem::path& file);
 
-// Held while PROJ makes or releases something: it has locks of its own, which no thread may hold when the process
-// forks. And when the process ends, PROJ's tables go while other threads may still run: nothing is made or released any
-// more then. What is made goes on. Taken before the locks of the pool and of the open files, after all others.
+// Held while PROJ makes or releases something, by several threads at a time, each with a context of its own. PROJ has
+// locks, which no thread may hold when the process forks: the fork waits for the work that goes on. And when the
+// process ends, PROJ's tables go while other threads may still run: nothing is made or released any more then. What is
+// made goes on. Taken before the locks of the pool and of the open files, after all others; not twice by one thread.
 class ProjWork {
 public:
-    ProjWork() : guard(lock) {}
+    ProjWork() : place(takePlace()) {}
 
     // False once the process ends.
     bool isAllowed() const { return !isOver; }
 
-    static void lockForFork() { lock.lock(); }
-    static void unlockAfterFork() { lock.unlock(); }
+    static void lockForFork();
+    static void unlockAfterFork();
     static void end();
 
 private:
-    static std::mutex lock;
+    // Who works has one of them, who forks all: a lock for readers and a writer knows its writer by the thread, and
+    // does not let itself be unlocked in the child.
+    static constexpr std::size_t PLACES = 32;
+    using Places = std::array<std::mutex, PLACES>;
+
+    static std::unique_lock<std::mutex> takePlace();
+
+    static Places places;
     static bool isOver;
 
-    std::lock_guard<std::mutex> guard;
+    std::unique_lock<std::mutex> place;
 };
 
 // A PROJ context of the library's own: silent, off the network, looking for files in the search directories

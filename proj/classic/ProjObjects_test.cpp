@@ -1,6 +1,7 @@
 #include "proj/classic/ProjObjects.h"
 
 #include <filesystem>
+#include <future>
 
 #include <gtest/gtest.h>
 
@@ -90,6 +91,11 @@ TEST_F(ProjObjectsTest, GivesProjItsGridsFromTheDirectoriesFirst) {
     EXPECT_FALSE(canShift());
     setSearchDirectories({});
     EXPECT_TRUE(canShift());
+}
+
+TEST(ProjWorkTest, IsDoneByManyThreadsAtTheSameTime) {
+    const ProjWork mine;
+    std::async(std::launch::async, [] { EXPECT_TRUE(ProjWork().isAllowed()); }).get();
 }
 
 }  // namespace
