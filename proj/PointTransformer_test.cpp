@@ -19,6 +19,7 @@
 #include "CoordinateTransformation/TransExecException.h"
 #include "proj/classic/OperationPool.h"
 #include "tests/support/Bits.h"
+#include "tests/support/Geodesy.h"
 #include "tests/support/Proj4Test.h"
 
 namespace CoordinateTransformation {
@@ -45,7 +46,11 @@ protected:
             "<5773> +proj=longlat +datum=WGS84 +geoidgrids=egm96_15.gtx +no_defs <>\n"
             "<5774> +proj=longlat +datum=WGS84 +geoidgrids=missing.gtx +no_defs <>\n"
             "<5775> +proj=longlat +ellps=bessel +nadgrids=missing.gsb +no_defs <>\n"
-            "<5776> +proj=longlat +ellps=bessel +nadgrids=BETA2007.gsb +no_defs <>\n");
+            "<5776> +proj=longlat +ellps=bessel +nadgrids=BETA2007.gsb +no_defs <>\n"
+            "<4230> +proj=longlat +ellps=intl +towgs84=-89.5,-93.8,-123.1,0,0,-0.156,1.2 +datum_id=EPSG:6230 "
+            "+no_defs <>\n"
+            "<23030> +proj=utm +zone=30 +ellps=intl +towgs84=-84,-107,-120 +datum_id=EPSG:6230 +units=m +no_defs "
+            "<>\n");
     }
 };
 
@@ -71,6 +76,7 @@ const PairOfCodes PAIRS[] = {
     {"WithoutItsGeoid", 5774, 25832, {9.2, 50.1, 100}},
     {"ThroughAGrid", 5776, 25832, {9.2, 50.1, 100}},
     {"ToMercator", 4326, 3857, {50.1, 9.2, 100}},
+    {"WithinADatum", 4230, 23030, {-3, 40, 100}},
 };
 
 // What failed, and what became of the points.
@@ -169,6 +175,23 @@ TEST_P(SamePointTest, NeedsNeitherCrsAfterwards) {
     source.reset();
     target.reset();
     expectSame(movedByTransformer(transformer, points, true), wanted);
+}
+
+// 40 N on the central meridian of the UTM zone, in the CRS of one datum with two shifts to WGS 84.
+TEST_F(PointTransformerTest, ShiftsNothingWithinADatum) {
+    const double northing = 0.9996 * TestSupport::meridianArc(TestSupport::INTERNATIONAL, 40);
+    const Proj4Crs source = crsInOrder(4230, true);
+    const Proj4Crs target = crsInOrder(23030, true);
+    PointTransformer transformer(source, target);
+    for (const Outcome& moved : {movedByTransformer(transformer, {{-3, 40, 100}}, true),
+                                 movedByTransformTo(source, target, {{-3, 40, 100}}, true)}) {
+        EXPECT_NEAR(moved.points.front()[0], 500000, 1e-6);
+        EXPECT_NEAR(moved.points.front()[1], northing, 1e-6);
+        EXPECT_EQ(moved.points.front()[2], 100);
+    }
+    const Bounds box = transformer.transformBounds({-3, 40, -3, 40});
+    EXPECT_NEAR(box.minX, 500000, 1e-6);
+    EXPECT_NEAR(box.maxY, northing, 1e-6);
 }
 
 TEST_F(PointTransformerTest, TakesArraysOfTheirOwnAndPointsThatStandTogether) {

@@ -60,6 +60,8 @@ DatumKind kindOfHelmert(const std::array<double, 7>& toWgs84, const Ellipsoid& e
     return allZero && isWgs84OrGrs80(ellipsoid) ? DatumKind::WGS_84 : DatumKind::HELMERT;
 }
 
+bool haveOneId(const Datum& left, const Datum& right) { return left.id && left.id == right.id; }
+
 bool isSame(const Datum& left, const Datum& right) {
     return left.kind == right.kind && left.ellipsoid.semiMajor == right.ellipsoid.semiMajor &&
            std::fabs(left.ellipsoid.eccentricitySquared - right.ellipsoid.eccentricitySquared) <=
@@ -88,6 +90,7 @@ Datum readDatum(const ParameterList& parameters, const Ellipsoid& ellipsoid, con
     Datum datum;
     datum.ellipsoid = ellipsoid;
     datum.meetingEllipsoid = ellipsoid;
+    if (parameters.has("datum_id")) datum.id = parameters.get("datum_id");
     if (parameters.has("nadgrids")) {
         datum.kind = DatumKind::GRIDS;
         datum.grids = parameters.get("nadgrids");
@@ -104,7 +107,8 @@ bool isFinite(const Datum& datum) {
 }
 
 bool needsNoShift(const Datum& source, const Datum& target) {
-    return source.kind == DatumKind::UNKNOWN || target.kind == DatumKind::UNKNOWN || isSame(source, target);
+    return source.kind == DatumKind::UNKNOWN || target.kind == DatumKind::UNKNOWN || haveOneId(source, target) ||
+           isSame(source, target);
 }
 
 namespace {
@@ -124,8 +128,9 @@ constexpr std::initializer_list<const char*> UNIT_KEYS = {"units", "to_meter"};
 constexpr std::initializer_list<const char*> KEYS_WITHOUT_MEANING_IN_GEOCENTRIC = {"lon_0", "geoc"};
 
 // What the pair of two CRS takes care of, or has no meaning in a step.
-constexpr std::initializer_list<const char*> KEYS_OUTSIDE_STEPS = {
-    "init", "datum", "towgs84", "nadgrids", "geoidgrids", "no_defs", "type", "title", "wktext", "catalog", "date"};
+constexpr std::initializer_list<const char*> KEYS_OUTSIDE_STEPS = {"init",     "datum",      "datum_id", "towgs84",
+                                                                   "nadgrids", "geoidgrids", "no_defs",  "type",
+                                                                   "title",    "wktext",     "catalog",  "date"};
 
 constexpr std::initializer_list<const char*> LONG_LAT_PROJECTIONS = {"longlat", "latlong", "lonlat", "latlon"};
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 
 #include <proj.h>
@@ -29,6 +30,8 @@ struct Datum {
     std::array<double, 7> toWgs84{};
     // GRIDS: the list of "+nadgrids".
     std::string grids;
+    // That of "+datum_id". Datums with one id are one, whatever their shifts are.
+    std::optional<std::string> id;
     Ellipsoid ellipsoid;
     // The one that coordinates refer to where the shifts of two CRS meet: with GRIDS that of WGS 84.
     Ellipsoid meetingEllipsoid;
@@ -44,7 +47,7 @@ Datum readDatum(const ParameterList& parameters, const Ellipsoid& ellipsoid, con
 // Whether all numbers of its shift are finite.
 bool isFinite(const Datum& datum);
 
-// Whether coordinates of the two need no shift: either has no datum, or both have the same.
+// Whether coordinates of the two need no shift: either has no datum, or both have the same, by id or in all figures.
 bool needsNoShift(const Datum& source, const Datum& target);
 
 // A CRS of the classic interface, worked out once so that pairs of them only need joining.

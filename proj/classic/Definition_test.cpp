@@ -97,6 +97,13 @@ TEST(DatumTest, IsFiniteWhenAllOfItsShiftIs) {
     EXPECT_TRUE(isFinite(datumOf("+nadgrids=nan", BESSEL)));
 }
 
+TEST(DatumTest, HasTheFirstIdOfItsParameters) {
+    EXPECT_EQ(datumOf("+towgs84=1,2,3 +datum_id=EPSG:6314", BESSEL).id, "EPSG:6314");
+    EXPECT_EQ(datumOf("+datum_id=EPSG:6314 +datum_id=EPSG:6326", BESSEL).id, "EPSG:6314");
+    EXPECT_EQ(datumOf("+datum_id", BESSEL).id, "");
+    EXPECT_EQ(datumOf("+datum=potsdam", BESSEL).id, std::nullopt);
+}
+
 TEST(DatumTest, ReadsNumbersInAnyLocale) {
     const GroupingLocale locale;
     EXPECT_EQ(datumOf("+towgs84=1234.5,0.25,0", BESSEL).toWgs84, (Shift{1234.5, 0.25, 0, 0, 0, 0, 0}));
