@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "text/InitFile.h"
+#include "text/QuotedCsv.h"
 
 namespace CoordinateTransformation {
 namespace {
@@ -36,6 +37,20 @@ TEST(InitFileAllocationFailureTest, ReadsEverythingOrFails) {
     EXPECT_EQ(expected.size(), 3U);
     std::vector<std::string> read;
     EXPECT_GT(expectAllOrNothing([&] { read = definitionsIn(text); }, [&] { return read == expected; }), 10);
+}
+
+TEST(QuotedCsvAllocationFailureTest, ReadsEverythingOrFails) {
+    const std::string text = "a cell that no small buffer holds,\"another, with \"\"quotes\"\" inside\"\nand a third\n";
+    const std::vector<std::string> expected = {"a cell that no small buffer holds", "another, with \"quotes\" inside",
+                                               "and a third"};
+    std::vector<std::string> read;
+    const auto readAll = [&text, &read] {
+        read.clear();
+        QuotedCsv reader(text, 2);
+        for (std::vector<std::string> cells; reader.readRecord(cells);)
+            read.insert(read.end(), cells.begin(), cells.end());
+    };
+    EXPECT_GT(expectAllOrNothing(readAll, [&] { return read == expected; }), 5);
 }
 
 }  // namespace
