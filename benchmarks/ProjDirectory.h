@@ -17,6 +17,18 @@ public:
     const std::string& getPath() const { return directory.name(); }
     std::string code(unsigned int i) const { return std::to_string(FIRST_CODE + i % count); }
 
+    // Adds the descriptions, made of those of data/proj in turn. Their areas are longer than most of the registry.
+    std::string writeDescriptions() const {
+        std::ifstream delivered(COORDTRANS_SOURCE_DIR "/data/proj/epsg-info.csv");
+        std::vector<std::string> lines;
+        for (std::string line; std::getline(delivered, line);) lines.push_back(line.substr(line.find(',')));
+        const std::string path = directory.file("epsg-info.csv");
+        std::ofstream file(path);
+        file << "code" << lines.front() << "\n";
+        for (unsigned int i = 0; i < count; ++i) file << code(i) << lines[1 + i % (lines.size() - 1)] << "\n";
+        return path;
+    }
+
 private:
     static std::vector<std::string> readDefinitions() {
         std::ifstream file(COORDTRANS_SOURCE_DIR "/data/proj/epsg");

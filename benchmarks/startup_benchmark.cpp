@@ -2,7 +2,10 @@
 // own: what PROJ has made once stays for the life of a process.
 
 #include <chrono>
+#include <filesystem>
+#include <malloc.h>
 #include <memory>
+#include <string>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -52,6 +55,23 @@ void measureInit(benchmark::State& state) {
     state.counters["entries/s"] =
         benchmark::Counter(static_cast<double>(entries), benchmark::Counter::kIsIterationInvariantRate);
 }
+
+// A part of the first init, if the directory has descriptions.
+void measureDescriptions(benchmark::State& state) {
+    const ProjDirectory directory(static_cast<unsigned int>(state.range(0)));
+    const std::string path = directory.writeDescriptions();
+    std::unique_ptr<CrsDescriptions> read;
+    std::size_t before = 0;
+    for (auto _ : state) {
+        read.reset();
+        before = mallinfo2().uordblks;
+        read = std::make_unique<CrsDescriptions>(path);
+    }
+    state.counters["MB"] = static_cast<double>(mallinfo2().uordblks - before) / 1e6;
+    state.counters["file MB"] = static_cast<double>(std::filesystem::file_size(path)) / 1e6;
+}
+
+BENCHMARK(measureDescriptions)->Arg(6400)->Unit(benchmark::kMillisecond);
 
 BENCHMARK(measureInit)->Arg(65)->Arg(650)->Arg(6500)->UseManualTime()->Iterations(3)->Unit(benchmark::kMillisecond);
 

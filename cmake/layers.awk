@@ -11,7 +11,7 @@ BEGIN {
     declare("text", "NumericText")
     declare("names", "NameExplanation")
     declare("crs", "AbstractCrs BBoxType CRSindicationFormatInfo CoordTransformer Crs SrsFormattingOptions")
-    declare("proj", "PointTransformer Proj4Crs")
+    declare("proj", "CrsDescriptions PointTransformer Proj4Crs")
     declare("creation", "CrsPool CrsCreator Proj4CrsCreator")
     declare("config", "CrsConfigData CrsConfig CoordinateTransformation")
 }

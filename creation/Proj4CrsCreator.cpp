@@ -1,6 +1,7 @@
 #include "CoordinateTransformation/Proj4CrsCreator.h"
 
 #include <cstdlib>
+#include <utility>
 
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
@@ -12,6 +13,7 @@
 #include "platform/ErrnoGuard.h"
 #include "proj/AxisOrderTable.h"
 #include "proj/Proj4Transformer.h"
+#include "proj/SettledCrsDescriptions.h"
 #include "proj/classic/ClassicProj.h"
 #include "text/FileText.h"
 #include "text/InitFile.h"
@@ -45,7 +47,8 @@ void requireReadable(const std::string& path) {
     if (!file.failure.empty()) throw Misconfigured("Unable to read init file \"" + path + "\": " + file.failure);
 }
 
-void loadFiles(const boost::filesystem::path& directory) {
+// Loads the axis orders; the descriptions are handed out, so that they come into force with the directory.
+CrsDescriptions loadFiles(const boost::filesystem::path& directory) {
     try {
         const std::string initFile = (directory / INIT_FILE).string();
         requireRegularFile(initFile);
@@ -53,6 +56,7 @@ void loadFiles(const boost::filesystem::path& directory) {
         const std::string axisOrderFile = (directory / AXIS_ORDER_FILE).string();
         requireRegularFile(axisOrderFile);
         loadAxisOrderTable(axisOrderFile);
+        return readCrsDescriptionsIfThere((directory / DESCRIPTION_FILE).string());
     } catch (const QSHelpers::FileNotFoundException& missing) {
         throw Misconfigured(missing.what());
     }
@@ -100,8 +104,9 @@ void Proj4CrsCreator::init() {
     const ErrnoGuard errnoGuard;
     const std::string directory = chooseDirectory(property);
     requireDirectory(directory);
-    loadFiles(directory);
+    CrsDescriptions descriptions = loadFiles(directory);
     setSearchPath(directory);
+    getSettledCrsDescriptions() = std::move(descriptions);
     searchPathSet = true;
 }
 

@@ -3,12 +3,14 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <sys/stat.h>
 
 #include <boost/filesystem/exception.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "CoordinateTransformation/CrsConfig.h"
+#include "CoordinateTransformation/CrsDescriptions.h"
 #include "CoordinateTransformation/Misconfigured.h"
 #include "CoordinateTransformation/Proj4CrsCreator.h"
 #include "proj/classic/ClassicProj.h"
@@ -205,6 +207,77 @@ TEST_F(Proj4CrsCreatorInitTest, GoesOnWithThePartialTableOfAMalformedAxisOrderFi
     init(directory);
     EXPECT_TRUE(searchPathSet);
     EXPECT_THAT(axisOrderTable, ElementsAre(Pair(4326, false)));
+}
+
+constexpr char DESCRIPTION_HEADER[] =
+    "code,name,kind,area,west,south,east,north,unit,unit_length,datum,datum_id,shift_source,shift_accuracy,"
+    "largest_distance,replaced_by\n";
+
+std::string descriptionOf(unsigned int code) {
+    return DESCRIPTION_HEADER + std::to_string(code) + ",a CRS,geographic,,,,,,degree,0.0174532925199433,,,,,,\n";
+}
+
+TEST_F(Proj4CrsCreatorInitTest, ReadsTheDescriptionsOfADirectoryThatHasThem) {
+    const unsigned int code = newCode();
+    const std::string directory = givenDirectoryFor(code);
+    temporary.write(std::to_string(code) + "/epsg-info.csv", descriptionOf(code));
+    const CrsDescriptions& descriptions = CrsDescriptions::ofProjDirectory();
+    EXPECT_EQ(descriptions.size(), 0U);
+    init(directory);
+    ASSERT_EQ(descriptions.size(), 1U);
+    EXPECT_EQ(descriptions.find(code)->name, "a CRS");
+    temporary.write(std::to_string(code) + "/epsg-info.csv", "not read again");
+    init(directory);
+    EXPECT_EQ(CrsDescriptions::ofProjDirectory().size(), 1U);
+}
+
+TEST_F(Proj4CrsCreatorInitTest, NeedsNoDescriptions) {
+    const unsigned int code = newCode();
+    init(givenDirectoryFor(code));
+    expectSettledFor(code);
+    EXPECT_EQ(CrsDescriptions::ofProjDirectory().size(), 0U);
+}
+
+TEST_F(Proj4CrsCreatorInitTest, RefusesDescriptionsThatAreDamaged) {
+    const unsigned int code = newCode();
+    const std::string directory = givenDirectoryFor(code);
+    const std::string path = temporary.write(std::to_string(code) + "/epsg-info.csv", descriptionOf(code) + "7\n");
+    expectMisconfiguredBy(directory,
+                          "Error in CRS description file \"" + path + "\", line 3: the line has 1 cells instead of 16");
+    EXPECT_EQ(CrsDescriptions::ofProjDirectory().size(), 0U);
+    std::filesystem::remove(path);
+    init(directory);
+    expectSettledFor(code);
+}
+
+TEST_F(Proj4CrsCreatorInitTest, RefusesDescriptionsThatAreNoRegularFile) {
+    const unsigned int code = newCode();
+    const std::string directory = givenDirectoryFor(code);
+    const std::string path = directory + "/epsg-info.csv";
+    std::filesystem::create_directory(path);
+    expectMisconfiguredBy(directory, fileNotFound(path));
+    std::filesystem::remove(path);
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    expectMisconfiguredBy(directory, fileNotFound(path));
+    std::filesystem::remove(path);
+    std::filesystem::create_symlink(temporary.file("missing"), path);
+    expectMisconfiguredBy(directory, fileNotFound(path));
+    std::filesystem::remove(path);
+    std::filesystem::create_symlink("/proc/self/mem", path);
+    expectMisconfiguredBy(directory, "Unable to read CRS description file \"" + path + "\": Input/output error");
+    std::filesystem::remove(path);
+    std::filesystem::create_symlink(path, path);
+    EXPECT_THROW(init(directory), boost::filesystem::filesystem_error);
+}
+
+// Those of a directory that does not serve never come into force.
+TEST_F(Proj4CrsCreatorInitTest, ForgetsTheDescriptionsOfADirectoryThatProjCannotSearch) {
+    const unsigned int code = newCode();
+    givenDirectoryFor(code);
+    temporary.write(std::to_string(code) + "/epsg-info.csv", descriptionOf(code));
+    const TestSupport::GoneWorkingDirectory gone(temporary.file("work"));
+    EXPECT_THROW(init("../" + std::to_string(code)), Misconfigured);
+    EXPECT_EQ(CrsDescriptions::ofProjDirectory().size(), 0U);
 }
 
 TEST_F(Proj4CrsCreatorInitTest, LetsFailuresOfTheFileSystemPass) {

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "CoordinateTransformation/CrsDescriptions.h"
 #include "CoordinateTransformation/PointTransformer.h"
 #include "tests/support/Proj4Test.h"
 
@@ -25,6 +26,22 @@ TEST(AxisOrderTableAllocationFailureTest, ReadsEveryRowOrFails) {
     };
     EXPECT_GT(TestSupport::expectAllOrNothing(load, [&expected] { return axisOrderTable == expected; }), 10);
     axisOrderTable.clear();
+}
+
+TEST(CrsDescriptionsAllocationFailureTest, AreAllReadOrNone) {
+    const TestSupport::TemporaryDirectory directory;
+    const std::string path = directory.write(
+        "epsg-info.csv",
+        "code,name,kind,area,west,south,east,north,unit,unit_length,datum,datum_id,shift_source,shift_accuracy,"
+        "largest_distance,replaced_by\n"
+        "7,a name that no small buffer holds,geographic,,,,,,degree,0.0174532925199433,a datum of a long name,,,,,8\n"
+        "8,another name that no small buffer holds,projected,an area of some length,1,2,3,4,metre,1,,,,,,\n");
+    CrsDescriptions read;
+    const auto isWhole = [&read] {
+        return read.size() == 2 && read.find(7)->replacedBy.front() == 8 &&
+               read.find(8)->area == "an area of some length";
+    };
+    EXPECT_GT(TestSupport::expectAllOrNothing([&] { read = CrsDescriptions(path); }, isWhole), 20);
 }
 
 class TransformationAllocationTest : public TestSupport::Proj4Test {

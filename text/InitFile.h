@@ -16,9 +16,11 @@ constexpr char PROJ_DIRECTORY_PROPERTY[] = "Proj4ConfigDir";
 constexpr char PROJ_DIRECTORY_VARIABLE[] = "QUARVELSRV_PROJ4_CONF_DIR";
 constexpr char BUILT_IN_PROJ_DIRECTORY[] = "/opt/quarvelserver/share/proj4";
 
-// Its files: the definitions, and a line of each with its axis order.
+// Its files: the definitions, a line of each with its axis order, and, if it has that, a line of each with what is
+// known of it.
 constexpr char INIT_FILE[] = "epsg";
 constexpr char AXIS_ORDER_FILE[] = "epsg-axisorder.csv";
+constexpr char DESCRIPTION_FILE[] = "epsg-info.csv";
 
 // A definition of an init file: its code, and its parameters without comments.
 struct InitFileDefinition {

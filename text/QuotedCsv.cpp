@@ -10,19 +10,20 @@ constexpr char SEPARATOR = ',';
 
 bool startsWith(std::string_view text, char c) { return !text.empty() && text.front() == c; }
 
-// The bytes that follow a leading byte, and the values that the first of them may have: overlong forms, surrogates and
-// what lies beyond U+10FFFF begin outside of these.
+bool endsPlainCell(char c) { return c == SEPARATOR || c == QUOTE || c == '\r' || c == '\n'; }
+
+bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
+
+// How many bytes follow a leading byte, and the values that the first of them may have: overlong forms, surrogates and
+// what lies beyond U+10FFFF begin outside of these. None follow what is no leading byte.
 struct Sequence {
     std::size_t following;
     unsigned char least;
     unsigned char greatest;
 };
 
-constexpr Sequence NO_SEQUENCE{0, 1, 0};
-
 Sequence sequenceOf(unsigned char lead) {
-    if (lead < 0x80) return {0, 0, 0};
-    if (lead < 0xC2 || lead > 0xF4) return NO_SEQUENCE;
+    if (lead < 0xC2 || lead > 0xF4) return {0, 0, 0};
     if (lead < 0xE0) return {1, 0x80, 0xBF};
     if (lead == 0xE0) return {2, 0xA0, 0xBF};
     if (lead == 0xED) return {2, 0x80, 0x9F};
@@ -34,8 +35,7 @@ Sequence sequenceOf(unsigned char lead) {
 bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
 
 bool isWellFormed(const Sequence& sequence, std::string_view following) {
-    if (sequence.following == 0) return sequence.least <= sequence.greatest;
-    if (following.size() < sequence.following) return false;
+    if (sequence.following == 0 || following.size() < sequence.following) return false;
     const auto first = static_cast<unsigned char>(following.front());
     following = following.substr(0, sequence.following);
     return first >= sequence.least && first <= sequence.greatest &&
@@ -45,7 +45,11 @@ bool isWellFormed(const Sequence& sequence, std::string_view following) {
 }  // namespace
 
 bool isUtf8(std::string_view text) {
-    while (!text.empty()) {
+    const auto skipAscii = [&text] {
+        text.remove_prefix(
+            static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), isAscii) - text.begin()));
+    };
+    for (skipAscii(); !text.empty(); skipAscii()) {
         const Sequence sequence = sequenceOf(static_cast<unsigned char>(text.front()));
         text.remove_prefix(1);
         if (!isWellFormed(sequence, text)) return false;
@@ -75,7 +79,8 @@ bool QuotedCsv::readCell(std::string& cell) {
 }
 
 bool QuotedCsv::readPlainCell(std::string& cell) {
-    cell = rest.substr(0, rest.find_first_of(",\"\r\n"));
+    const auto end = std::find_if(rest.begin(), rest.end(), endsPlainCell);
+    cell.assign(rest.begin(), end);
     rest.remove_prefix(cell.size());
     return !startsWith(rest, QUOTE) || refuse("a quotation mark is inside a cell without quotes");
 }

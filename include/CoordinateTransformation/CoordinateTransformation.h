@@ -22,6 +22,7 @@
 #include "CoordinateTransformation/CrsConfig.h"
 #include "CoordinateTransformation/CrsConfigData.h"
 #include "CoordinateTransformation/CrsCreator.h"
+#include "CoordinateTransformation/CrsDescriptions.h"
 #include "CoordinateTransformation/CrsNotConfigured.h"
 #include "CoordinateTransformation/CrsPool.h"
 #include "CoordinateTransformation/CrsUnknownSyntaxOrAlias.h"

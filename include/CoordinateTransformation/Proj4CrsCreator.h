@@ -30,9 +30,10 @@ public:
     AbstractCrs* createFromCode(unsigned int primary, unsigned int secondary, bool standardAxisOrder) const override;
     /// Settles the PROJ directory for the whole process: property "Proj4ConfigDir", else environment variable
     /// "QUARVELSRV_PROJ4_CONF_DIR", else "/opt/quarvelserver/share/proj4". Checks it and its files "epsg" and
-    /// "epsg-axisorder.csv", loads the axis orders and gives the directory to PROJ. Once that has succeeded in
-    /// the process, every later call returns at once and another directory has no effect. Misconfigured when
-    /// the directory or a file does not serve; the next call then tries again.
+    /// "epsg-axisorder.csv", loads the axis orders and, if there is a file "epsg-info.csv", the descriptions, and gives
+    /// the directory to PROJ. Once that has succeeded in the process, every later call returns at once and another
+    /// directory has no effect. Misconfigured when the directory or a file does not serve; the next call then tries
+    /// again.
     void init() override;
     /// Codes 0 and 1. Needs an entry for code 0 in the "epsg" file, else Misconfigured.
     AbstractCrs* createDefault() const override;

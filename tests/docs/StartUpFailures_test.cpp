@@ -14,6 +14,10 @@ namespace {
 
 using CoordinateTransformation::CrsConfig;
 
+const std::string DESCRIPTION_COLUMNS =
+    "code,name,kind,area,west,south,east,north,unit,unit_length,datum,datum_id,shift_source,shift_accuracy,"
+    "largest_distance,replaced_by\n";
+
 class StartUpFailuresTest : public testing::Test {
 protected:
     static void init(const std::string& directory) {
@@ -26,6 +30,11 @@ protected:
         directory.write("epsg", "<4326> +proj=longlat +datum=WGS84 +no_defs <>\n");
         directory.write("epsg-axisorder.csv", content);
         init(directory.name());
+    }
+
+    void initWithDescriptions(const std::string& content) const {
+        directory.write("epsg-info.csv", content);
+        initWithAxisOrders("4326;ne\n");
     }
 
     // A regular file by its type whose first byte no process may read.
@@ -55,21 +64,38 @@ protected:
 };
 
 TEST_F(StartUpFailuresTest, AreAsThePageSays) {
-    expectTable(table(), {
-                             {"no directory", [this] { init(directory.file("none")); }},
-                             {"no epsg file", [this] { init(directory.makeDirectory("empty")); }},
-                             {"no axis-order file",
-                              [this] {
-                                  const std::string half = directory.makeDirectory("half");
-                                  directory.write("half/epsg", "");
-                                  init(half);
-                              }},
-                             {"epsg file that breaks off", [this] { initWithUnreadable("epsg"); }},
-                             {"axis-order file that breaks off", [this] { initWithUnreadable("epsg-axisorder.csv"); }},
-                             {"axis-order line without two fields", [this] { initWithAxisOrders("4326\n"); }},
-                             {"axis order that is none", [this] { initWithAxisOrders("4326;EN\n"); }},
-                             {"axis order for a code that is none", [this] { initWithAxisOrders("EPSG:4326;en\n"); }},
-                         });
+    expectTable(
+        table(),
+        {
+            {"no directory", [this] { init(directory.file("none")); }},
+            {"no epsg file", [this] { init(directory.makeDirectory("empty")); }},
+            {"no axis-order file",
+             [this] {
+                 const std::string half = directory.makeDirectory("half");
+                 directory.write("half/epsg", "");
+                 init(half);
+             }},
+            {"epsg file that breaks off", [this] { initWithUnreadable("epsg"); }},
+            {"axis-order file that breaks off", [this] { initWithUnreadable("epsg-axisorder.csv"); }},
+            {"axis-order line without two fields", [this] { initWithAxisOrders("4326\n"); }},
+            {"axis order that is none", [this] { initWithAxisOrders("4326;EN\n"); }},
+            {"axis order for a code that is none", [this] { initWithAxisOrders("EPSG:4326;en\n"); }},
+            {"description file that is no file",
+             [this] {
+                 const std::string odd = directory.makeDirectory("odd");
+                 directory.write("odd/epsg", "");
+                 directory.write("odd/epsg-axisorder.csv", "");
+                 directory.makeDirectory("odd/epsg-info.csv");
+                 init(odd);
+             }},
+            {"description file that breaks off", [this] { initWithUnreadable("epsg-info.csv"); }},
+            {"description file with other columns", [this] { initWithDescriptions("code,name\n"); }},
+            {"description that is cut off", [this] { initWithDescriptions(DESCRIPTION_COLUMNS + "4326,WGS 84\n"); }},
+            {"description with a bad cell",
+             [this] {
+                 initWithDescriptions(DESCRIPTION_COLUMNS + "4326,WGS 84,geographic,World,-180,-90,180,95,,,,,,,,\n");
+             }},
+        });
 }
 
 }  // namespace

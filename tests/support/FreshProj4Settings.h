@@ -5,6 +5,7 @@
 #include <string>
 
 #include "proj/AxisOrderTable.h"
+#include "proj/SettledCrsDescriptions.h"
 
 // For tests: while it lives, the process is as if no PROJ directory had been settled yet, and the environment
 // names none but what the test sets.
@@ -33,6 +34,7 @@ private:
     static void forget() {
         CoordinateTransformation::axisOrderTable.clear();
         CoordinateTransformation::searchPathSet = false;
+        CoordinateTransformation::getSettledCrsDescriptions() = {};
     }
 
     std::optional<std::string> previous;
