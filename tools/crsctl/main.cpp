@@ -29,7 +29,8 @@ int writeOutput(const std::string& output, int exitCode) {
 
 CommandResult runReportCommand(const CommandRequest& request) {
     if (request.command == "resolve") return resolveCommand(request.common, request.arguments);
-    if (request.command == "check") return checkCommand(request.common, request.arguments.front());
+    if (request.command == "check") return checkCommand(request.common, request.arguments.front(), request.expected);
+    if (request.command == "find") return findCommand(request.common, request.searched);
     return namesCommand(request.common);
 }
 

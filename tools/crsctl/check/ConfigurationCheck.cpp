@@ -91,6 +91,8 @@ void checkEntries(const CheckedFragment& fragment, const std::string& projDir, C
     report.findings.insert(report.findings.end(), contested.begin(), contested.end());
 }
 
+void addTo(Findings& findings, const Findings& more) { findings.insert(findings.end(), more.begin(), more.end()); }
+
 bool hasError(const Findings& findings) {
     return std::any_of(findings.begin(), findings.end(),
                        [](const Finding& finding) { return finding.severity == Severity::ERROR; });
@@ -174,7 +176,8 @@ Json findingAsJson(const Finding& finding) {
 
 }  // namespace
 
-ConfigurationReport checkConfiguration(const std::string& file, const std::string& text, const CommonOptions& options) {
+ConfigurationReport checkConfiguration(const std::string& file, const std::string& text, const CommonOptions& options,
+                                       const Expectations& expected) {
     ConfigurationReport report;
     report.file = file;
     const CheckedFragment fragment = checkFragment(text);
@@ -184,8 +187,9 @@ ConfigurationReport checkConfiguration(const std::string& file, const std::strin
     report.starts = report.failure.empty();
     if (!report.starts && !hasError(report.findings))
         report.findings.push_back({Severity::ERROR, Place(), report.failure});
-    const Findings ofDirectory = checkProjDirectory(projDirectory(projDirectoryChoice(options.projDir)));
-    report.findings.insert(report.findings.end(), ofDirectory.begin(), ofDirectory.end());
+    const std::string directory = projDirectory(projDirectoryChoice(options.projDir));
+    addTo(report.findings, checkDescriptions(report.entries, directory, expected));
+    addTo(report.findings, checkProjDirectory(directory));
     report.hasErrors = hasError(report.findings);
     sortByPlace(report.findings);
     return report;

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/crsctl/check/DescriptionCheck.h"
 #include "tools/crsctl/check/Finding.h"
 #include "tools/crsctl/start/Session.h"
 #include "tools/crsctl/text/Json.h"
@@ -33,9 +34,10 @@ struct ConfigurationReport {
     bool hasErrors = false;
 };
 
-// Reads the fragment `text` as a server would, starts the library with it and looks through the PROJ directory.
-// SetUpError when the library does not even start without it.
-ConfigurationReport checkConfiguration(const std::string& file, const std::string& text, const CommonOptions& options);
+// Reads the fragment `text` as a server would, starts the library with it, looks through the PROJ directory and holds
+// the CRS to what is expected of them. SetUpError when the library does not even start without it.
+ConfigurationReport checkConfiguration(const std::string& file, const std::string& text, const CommonOptions& options,
+                                       const Expectations& expected = {});
 
 std::string asText(const ConfigurationReport& report);
 Json asJson(const ConfigurationReport& report);

@@ -42,13 +42,23 @@ CLI::Option* addFlag(CLI::App& app, const CommandText& text, const char* flag, b
     return app.add_flag(option.flags, value, option.text);
 }
 
+// Options that are understood once all is read.
+struct OptionWords {
+    std::string manual;
+    std::string area;
+    std::string kind;
+};
+
 // CLI11 takes an argument in brackets for a list, and a number such as -.5 for an option. A character in front prevents
 // that. An argument that begins with that character gets another one, so that what is taken off again was put there.
 constexpr char GUARD = '\x01';
 
 bool isInBrackets(const std::string& argument) { return argument.front() == '[' && argument.back() == ']'; }
 
-bool isNegativeFraction(const std::string& argument) { return argument.compare(0, 2, "-.") == 0 && isNumber(argument); }
+// By itself, or the first of a list.
+bool isNegativeFraction(const std::string& argument) {
+    return argument.compare(0, 2, "-.") == 0 && isNumber(argument.substr(0, argument.find(',')));
+}
 
 bool needsGuard(const std::string& argument) {
     if (argument.empty()) return false;
@@ -63,11 +73,11 @@ std::vector<std::string> guardedArguments(int argc, const char* const* argv) {
     return arguments;
 }
 
-void removeGuards(CommandRequest& request, std::string& manual) {
+void removeGuards(CommandRequest& request, OptionWords& words) {
     TransformOptions& transform = request.transform;
     std::vector<std::string*> texts = {
         &request.common.configFile, &request.common.projDir, &transform.from, &transform.to,
-        &transform.columns,         &transform.comment,      &manual};
+        &transform.columns,         &transform.comment,      &words.manual,   &words.area};
     for (std::string& argument : request.arguments) texts.push_back(&argument);
     for (std::string& file : transform.files) texts.push_back(&file);
     for (std::string* const text : texts)
@@ -112,12 +122,28 @@ void addTransformOptions(CLI::App& app, const CommandText& text, TransformOption
     app.add_option("FILE", options.files);
 }
 
-CLI::App& addCommand(CLI::App& program, const CommandText& text, CommandRequest& request) {
+void addFindOptions(CLI::App& app, const CommandText& text, CommandRequest& request, OptionWords& words) {
+    addOption(app, text, "--area", words.area);
+    addOption(app, text, "--kind", words.kind)
+        ->check(CLI::IsMember({"geographic", "geocentric", "projected", "compound"}));
+    app.add_option("TEXT", request.arguments);
+}
+
+void addCheckOptions(CLI::App& app, const CommandText& text, CommandRequest& request, OptionWords& words) {
+    addOption(app, text, "--area", words.area);
+    addOption(app, text, "--accuracy", request.expected.accuracy)
+        ->check(CLI::NonNegativeNumber)
+        ->each([&request](const std::string&) { request.expected.areGiven = true; });
+    app.add_option("FILE", request.arguments);
+}
+
+CLI::App& addCommand(CLI::App& program, const CommandText& text, CommandRequest& request, OptionWords& words) {
     CLI::App& command = *program.add_subcommand(text.name, text.summary);
     addCommonOptions(command, text, request.common);
     if (text.name == "transform") addTransformOptions(command, text, request.transform);
     if (text.name == "resolve") command.add_option("NAME", request.arguments);
-    if (text.name == "check") command.add_option("FILE", request.arguments);
+    if (text.name == "check") addCheckOptions(command, text, request, words);
+    if (text.name == "find") addFindOptions(command, text, request, words);
     command.callback([&request, &text] { request.command = text.name; });
     return command;
 }
@@ -143,8 +169,18 @@ void requireArguments(const CommandRequest& request) {
     const bool isTransform = request.command == "transform";
     if (request.command == "resolve" && request.arguments.empty()) throw SetUpError("a NAME is needed");
     if (request.command == "check" && request.arguments.size() != 1) throw SetUpError("one FILE is needed");
+    if (request.command == "find" && request.arguments.empty() && !request.searched.area)
+        throw SetUpError("a TEXT or an --area is needed");
     if (isTransform && request.transform.from.empty()) throw SetUpError("--from NAME is needed");
     if (isTransform && request.transform.to.empty()) throw SetUpError("--to NAME is needed");
+}
+
+void readOptionWords(CommandRequest& request, const OptionWords& words) {
+    if (!words.manual.empty()) request.text = manPageOf(words.manual);
+    if (!words.kind.empty()) request.searched.kind = kindNamed(words.kind);
+    if (words.area.empty()) return;
+    request.searched.area = request.expected.area = readBox(words.area);
+    request.expected.areGiven = true;
 }
 
 std::string commandsInWords() {
@@ -159,13 +195,13 @@ std::string commandsInWords() {
 CommandRequest readCommandLine(int argc, const char* const* argv, std::string& commandName) {
     commandName = "crsctl";
     CommandRequest request;
-    std::string manual;
+    OptionWords words;
     CLI::App program;
     const CommandText& text = *findCommandText("");
     addCommonOptions(program, text, request.common);
-    addOption(program, text, "--man", manual);
+    addOption(program, text, "--man", words.manual);
     for (const CommandText& command : commandTexts())
-        if (!command.name.empty()) addCommand(program, command, request);
+        if (!command.name.empty()) addCommand(program, command, request, words);
     program.require_subcommand(0, 1);
     try {
         program.parse(guardedArguments(argc, argv));
@@ -180,13 +216,12 @@ CommandRequest readCommandLine(int argc, const char* const* argv, std::string& c
         throw SetUpError(inOneLine(withoutGuards(failure.what())));
     }
     commandName = fullNameOf(textOfSelected(program));
-    removeGuards(request, manual);
-    if (!manual.empty()) {
-        request.text = manPageOf(manual);
-        return request;
-    }
+    removeGuards(request, words);
+    readOptionWords(request, words);
+    if (request.text) return request;
     if (request.command.empty()) throw SetUpError("a command is needed: " + commandsInWords() + " (see --help)");
     requireArguments(request);
+    request.searched.words = request.arguments;
     return request;
 }
 

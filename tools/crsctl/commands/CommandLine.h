@@ -4,7 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "tools/crsctl/check/DescriptionCheck.h"
 #include "tools/crsctl/commands/TransformCommand.h"
+#include "tools/crsctl/find/CrsSearch.h"
 #include "tools/crsctl/start/Session.h"
 
 namespace crsctl {
@@ -15,6 +17,8 @@ struct CommandRequest {
     std::optional<std::string> text;  // to be written instead: help, version or a manual page
     CommonOptions common;
     std::vector<std::string> arguments;  // names of resolve, the file of check
+    Expectations expected;
+    SearchedCrs searched;
     TransformOptions transform;
 };
 

@@ -86,6 +86,28 @@ TEST(ACommandLine, TakesBoxesWithNegativeNumbers) {
     }
 }
 
+TEST(ACommandLine, TakesWhatIsSearched) {
+    const SearchedCrs searched =
+        requestOf({"find", "utm", "32 [a]", "[b]", "--area", "-6,47,15,55", "--kind", "projected"}).searched;
+    EXPECT_THAT(searched.words, ElementsAre("utm", "32 [a]", "[b]"));
+    ASSERT_TRUE(searched.area);
+    EXPECT_EQ(boxInWords(*searched.area), "-6,47,15,55");
+    EXPECT_EQ(searched.kind, CrsDescription::Kind::PROJECTED);
+    EXPECT_EQ(boxInWords(*requestOf({"find", "--area", "-.5,1,.5,2"}).searched.area), "-0.5,1,0.5,2");
+    EXPECT_FALSE(requestOf({"find", "utm"}).searched.area || requestOf({"find", "utm"}).searched.kind);
+}
+
+TEST(ACommandLine, TakesWhatIsExpectedOfAConfiguration) {
+    const Expectations expected = requestOf({"check", "--area=6,47,15,55", "--accuracy", "2.5", "crs.xml"}).expected;
+    EXPECT_EQ(boxInWords(*expected.area), "6,47,15,55");
+    EXPECT_EQ(expected.accuracy, 2.5);
+    EXPECT_TRUE(expected.areGiven);
+    const Expectations usual = requestOf({"check", "crs.xml"}).expected;
+    EXPECT_FALSE(usual.area);
+    EXPECT_EQ(usual.accuracy, 10);
+    EXPECT_FALSE(usual.areGiven);
+}
+
 struct BadCase {
     std::vector<std::string> arguments;
     const char* commandName;
@@ -124,6 +146,13 @@ INSTANTIATE_TEST_SUITE_P(
                     BadCase{{"resolve", "--frob", "x"}, "crsctl resolve", "--frob"},
                     BadCase{{"resolve", "x", "--config"}, "crsctl resolve", "--config"},
                     BadCase{{"check"}, "crsctl check", "FILE"}, BadCase{{"check", "a", "b"}, "crsctl check", "FILE"},
+                    BadCase{{"check", "--accuracy", "-1", "a"}, "crsctl check", "-1"},
+                    BadCase{{"check", "--area", "1,2,3", "a"}, "crsctl check", "--area 1,2,3: four numbers"},
+                    BadCase{{"find"}, "crsctl find", "TEXT"},
+                    BadCase{{"find", "--kind", "projected"}, "crsctl find", "TEXT"},
+                    BadCase{{"find", "--kind", "vertical", "x"}, "crsctl find", "vertical"},
+                    BadCase{{"find", "--area", "[1,2,3,4]", "x"}, "crsctl find", "--area [1,2,3,4]: four numbers"},
+                    BadCase{{"find", "--area", "9,55,10,50"}, "crsctl find", "--area 9,55,10,50: no box"},
                     BadCase{{"names", "x"}, "crsctl names", "x"}, BadCase{{"--man", "frob"}, "crsctl", "frob"},
                     BadCase{{"[frob]"}, "crsctl", "[frob]"}, BadCase{{"names", "[a]", "[b]"}, "crsctl names", "[a]"},
                     BadCase{{"--man", "[frob]"}, "crsctl", "--man [frob]: "},

@@ -12,12 +12,13 @@ CommandText programText() {
          "CRS name means, where a point goes, whether a configuration starts, which names it answers.",
          "resolve NAME... says what the server makes of names. transform moves a stream of points or boxes from one "
          "CRS to another. check FILE reads a configuration as the server would and says what is wrong with it. names "
-         "lists every name that a configuration answers."},
+         "lists every name that a configuration answers. find TEXT... looks for a CRS by words, code and place."},
         {{"--man", "COMMAND", "Write the manual page of a command, of the program for \"crsctl\"."}},
         {{"crsctl resolve urn:ogc:def:crs:EPSG::25832", "What is this CRS?"},
          {"crsctl transform --from CRS:84 --to UTM32 --config crs.xml points.txt", "Where are these points?"},
          {"crsctl check crs.xml", "Would a server start with this configuration?"},
-         {"crsctl names --config crs.xml", "Under which names does it offer its CRS?"}}};
+         {"crsctl names --config crs.xml", "Under which names does it offer its CRS?"},
+         {"crsctl find utm germany", "Which CRS might be meant?"}}};
 }
 
 CommandText resolveText() {
@@ -28,8 +29,11 @@ CommandText resolveText() {
              "unit of the CRS, whether the server offers it, and how it is written back in each form.",
              "For a refused name: the service exception code and the text that a client would get, the nearest "
              "reason, and, where one small change of the name would make it work, that change.",
+             "If the PROJ directory has descriptions of its CRS: name, area of use, datum, unit, where the shift to "
+             "WGS 84 comes from, its accuracy as the registry states it, and how far it leads away from PROJ's best "
+             "operation.",
              "Without --config every CRS of the PROJ directory is answered, and nothing is said about what is "
-             "offered."},
+             "offered. CRS:84 and its URN and URL are answered as well."},
             {},
             {{"crsctl resolve EPSG:25832", "What is known about a code."},
              {"crsctl resolve --config crs.xml UTM32 epsg:4326", "An alias of the configuration; a name that fails."},
@@ -104,12 +108,16 @@ CommandText checkText() {
              "that is wrong or suspicious, each with its line: what the start would fail for, entries that are "
              "dropped as duplicates, containers, elements and attributes that are ignored, attribute values that do "
              "not convert, an axis order without an alias, names that are claimed twice, blanks around a code.",
+             "Each CRS is held to what is expected of it: a shift to WGS 84, its accuracy (--accuracy) and its area of "
+             "use (--area). Accuracies and areas are those of the descriptions in the PROJ directory.",
              "The files of the PROJ directory are looked through as well: a last line of epsg-axisorder.csv that is "
              "not read because its line end is missing, codes with two axis orders or two definitions, grid files "
              "that are missing, parameters that are no numbers.",
              "The exit code is 0 only when a server would start and nothing is an error."},
-            {},
+            {{"--area", "W,S,E,N", "Warn of CRS whose area of use does not cover this box, in degrees."},
+             {"--accuracy", "METRES", "Warn of CRS whose shift is less accurate; 10 by default."}},
             {{"crsctl check crs.xml", "Before a configuration goes into production."},
+             {"crsctl check --area 6,47,15,55 --accuracy 2 crs.xml", "For data of Germany, within 2 m."},
              {"crsctl check --json crs.xml", "The same for a program."}}};
 }
 
@@ -126,11 +134,33 @@ CommandText namesText() {
              {"crsctl names --config crs.xml --json", "The same for a program."}}};
 }
 
+CommandText findText() {
+    return {
+        "find",
+        "TEXT...",
+        "look for a CRS by words, code and place",
+        {"Lists the CRS of the PROJ directory that have every word in their name, area of use, datum or code, best "
+         "first: the CRS of the code, one with this very name, those with the words in their names, those with "
+         "words in their areas; deprecated ones last. Words may be cut short at their ends: \"32\" and \"germ\" "
+         "are found in \"zone 32N\" and \"Germany\".",
+         "With --area only CRS whose area of use meets the box are listed: those that cover it first, and among "
+         "them those with the smallest area. \"(in part)\" marks the others.",
+         "With --config only what the server offers is listed. The PROJ directory must have descriptions of its CRS "
+         "(\"epsg-info.csv\")."},
+        {{"--area", "W,S,E,N",
+          "A box of longitudes and latitudes in degrees; W is greater than E across the "
+          "antimeridian."},
+         {"--kind", "KIND", "Only CRS of this kind: geographic, geocentric, projected or compound."}},
+        {{"crsctl find utm 32 etrs89", "By words."},
+         {"crsctl find --area 9.7,53.4,10.3,53.7 --kind projected", "What is made for a place."},
+         {"crsctl find --json ED50", "The same for a program."}}};
+}
+
 }  // namespace
 
 const std::vector<CommandText>& commandTexts() {
-    static const std::vector<CommandText> texts = {programText(), resolveText(), transformText(), checkText(),
-                                                   namesText()};
+    static const std::vector<CommandText> texts = {programText(), resolveText(), transformText(),
+                                                   checkText(),   namesText(),   findText()};
     return texts;
 }
 
@@ -148,7 +178,8 @@ const std::vector<OptionText>& commonOptionTexts() {
     static const std::vector<OptionText> texts = {
         {"--config", "FILE", "The server's CRS configuration (\"-\": standard input)."},
         {"--proj-dir", "DIR",
-         "Directory with \"epsg\" and \"epsg-axisorder.csv\". Without it the environment variable "
+         "Directory with \"epsg\", \"epsg-axisorder.csv\" and, if it has that, \"epsg-info.csv\". Without it the "
+         "environment variable "
          "QUARVELSRV_PROJ4_CONF_DIR, else /opt/quarvelserver/share/proj4 if it is there, else the directory installed "
          "with the library."},
         {"--json", "", "Write JSON."},

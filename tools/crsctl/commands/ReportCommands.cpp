@@ -1,6 +1,10 @@
 #include "tools/crsctl/commands/ReportCommands.h"
 
+#include <algorithm>
+
+#include "text/InitFile.h"
 #include "tools/crsctl/check/ConfigurationCheck.h"
+#include "tools/crsctl/find/DescriptionOutput.h"
 #include "tools/crsctl/names/NameReportOutput.h"
 #include "tools/crsctl/names/RegisteredNames.h"
 #include "tools/crsctl/start/Failures.h"
@@ -8,6 +12,8 @@
 #include "tools/crsctl/text/Printable.h"
 
 namespace crsctl {
+
+using CoordinateTransformation::DESCRIPTION_FILE;
 
 CommandResult resolveCommand(const CommonOptions& common, const std::vector<std::string>& names) {
     const Session session(common);
@@ -27,14 +33,34 @@ CommandResult resolveCommand(const CommonOptions& common, const std::vector<std:
     return result;
 }
 
-CommandResult checkCommand(const CommonOptions& common, const std::string& file) {
-    const ConfigurationReport report = checkConfiguration(inputName(file), readTextFile(file), common);
+CommandResult checkCommand(const CommonOptions& common, const std::string& file, const Expectations& expected) {
+    const ConfigurationReport report = checkConfiguration(inputName(file), readTextFile(file), common, expected);
     CommandResult result;
     result.output = common.json ? serialised(asJson(report)) : asText(report);
     if (!report.hasErrors) return result;
     result.exitCode = EXIT_REFUSED;
     result.notes.push_back(inputName(file) + ": " +
                            (report.starts ? "the PROJ directory has errors" : printable(report.failure, 1000)));
+    return result;
+}
+
+CommandResult findCommand(const CommonOptions& common, const SearchedCrs& searched) {
+    const Session session(common);
+    const CrsDescriptions& descriptions = CrsDescriptions::ofProjDirectory();
+    if (descriptions.size() == 0)
+        throw SetUpError("the PROJ directory has no \"" + std::string(DESCRIPTION_FILE) +
+                         "\", where names are looked up");
+    std::vector<FoundCrs> found = findCrs(descriptions, searched);
+    if (session.isConfigured())
+        found.erase(std::remove_if(
+                        found.begin(), found.end(),
+                        [&session](const FoundCrs& one) { return !session.config().isCrsConfigured(one.crs->code); }),
+                    found.end());
+    CommandResult result;
+    result.output = common.json ? serialised(asJson(found)) : asText(found);
+    if (!found.empty()) return result;
+    result.exitCode = EXIT_REFUSED;
+    result.notes.emplace_back("nothing was found");
     return result;
 }
 

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "tools/crsctl/check/DescriptionCheck.h"
+#include "tools/crsctl/find/CrsSearch.h"
 #include "tools/crsctl/start/Session.h"
 
 namespace crsctl {
@@ -15,7 +17,8 @@ struct CommandResult {
 };
 
 CommandResult resolveCommand(const CommonOptions& common, const std::vector<std::string>& names);
-CommandResult checkCommand(const CommonOptions& common, const std::string& file);
+CommandResult checkCommand(const CommonOptions& common, const std::string& file, const Expectations& expected);
+CommandResult findCommand(const CommonOptions& common, const SearchedCrs& searched);
 CommandResult namesCommand(const CommonOptions& common);
 
 }  // namespace crsctl

@@ -10,6 +10,7 @@ namespace crsctl {
 
 using CoordinateTransformation::AbstractCrs;
 using CoordinateTransformation::Crs;
+using CoordinateTransformation::CrsDescriptions;
 using CoordinateTransformation::CRSindicationFormatInfo;
 using CoordinateTransformation::CrsNotConfigured;
 using CoordinateTransformation::CrsUnknownSyntaxOrAlias;
@@ -24,6 +25,7 @@ using Fault = NameExplanation::Fault;
 
 constexpr char CONFIGURED_NAME[] = "configured name";
 constexpr char NO_SPELLING[] = "none";
+constexpr char OGC_NAME[] = "OGC name of WGS 84, for a configuration";
 constexpr int OGC_URL_STYLE = 2;
 // In a template the control character U+0001 stands for the code.
 constexpr char TEMPLATE_OF_CODE[] = "\x01";
@@ -83,7 +85,7 @@ Reason reasonOf(const std::exception& failure, const NameExplanation& explanatio
 
 bool wouldWork(const std::string& name, const Session& session) {
     try {
-        const Crs crs = session.creator().createFromName(name, false, session.isConfigured());
+        const Crs crs = session.createFromName(name, false);
         return crs.get() != nullptr;
     } catch (const std::exception&) {
         return false;
@@ -155,12 +157,13 @@ NameReport reportOn(const std::string& name, const Session& session) {
     const AbstractCrs* const registered = session.config().getFromNameCache(name, false);
     NameReport report;
     report.name = name;
-    report.spelling = spellingOf(name, registered, explanation);
+    report.spelling = !session.isConfigured() && isCrs84(name) ? OGC_NAME : spellingOf(name, registered, explanation);
     report.registered = registered != nullptr;
     if (session.isConfigured()) report.offered = false;
     try {
-        const Crs crs = session.creator().createFromName(name, true, session.isConfigured());
+        const Crs crs = session.createFromName(name, true);
         report.crs = factsOf(*crs.get());
+        report.description = CrsDescriptions::ofProjDirectory().find(crs.get()->getPrimaryCode());
         if (session.isConfigured()) report.offered = true;
     } catch (const std::exception& failure) {
         report.refusal = refusalFor(name, failure, explanation, session);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "CoordinateTransformation/AbstractCrs.h"
+#include "CoordinateTransformation/CrsDescriptions.h"
 #include "tools/crsctl/names/Suggestion.h"
 
 namespace crsctl {
@@ -61,6 +62,8 @@ struct NameReport {
     // Either of the two.
     std::optional<CrsFacts> crs;
     std::optional<Refusal> refusal;
+    // Of the CRS, of a compound the horizontal part; null if the PROJ directory has none.
+    const CoordinateTransformation::CrsDescription* description = nullptr;
 };
 
 NameReport reportOn(const std::string& name, const Session& session);

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "text/NumericText.h"
+#include "tools/crsctl/find/DescriptionOutput.h"
 #include "tools/crsctl/text/Printable.h"
 #include "tools/crsctl/text/Table.h"
 
@@ -54,6 +55,11 @@ std::string formsAsText(const CrsFacts& facts) {
     return "  written as\n" + alignedColumns(rows, "    ");
 }
 
+std::string descriptionOf(const NameReport& report) {
+    const std::string part = report.crs->secondary == 0 ? "" : ", its part " + std::to_string(report.crs->primary);
+    return "  described as" + part + "\n" + descriptionAsText(*report.description, "    ");
+}
+
 Json formsAsJson(const CrsFacts& facts) {
     Json forms = Json::object();
     for (const WrittenForm& form : facts.forms) forms[form.key] = form.refused ? Json() : Json(form.text);
@@ -94,7 +100,8 @@ std::string asText(const NameReport& report) {
     if (report.crs) addFacts(rows, *report.crs);
     if (report.refusal) addRefusal(rows, *report.refusal);
     rows.push_back({"offered", offerInWords(report)});
-    const std::string text = printable(report.name, LONGEST_TEXT) + "\n" + alignedColumns(rows, "  ");
+    std::string text = printable(report.name, LONGEST_TEXT) + "\n" + alignedColumns(rows, "  ");
+    if (report.description != nullptr) text += descriptionOf(report);
     return report.crs ? text + formsAsText(*report.crs) : text;
 }
 
@@ -103,6 +110,8 @@ Json asJson(const NameReport& report) {
     json["offered"] = report.offered ? Json(*report.offered) : Json();
     json["registered"] = report.registered;
     if (report.crs) addFacts(json, *report.crs);
+    if (report.crs)
+        json["description"] = report.description == nullptr ? Json() : descriptionAsJson(*report.description);
     if (report.refusal) addRefusal(json, *report.refusal);
     return json;
 }

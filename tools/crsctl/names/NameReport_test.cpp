@@ -74,6 +74,63 @@ TEST(AReport, CannotSayWhatIsOfferedWithoutAConfiguration) {
     EXPECT_TRUE(asJson(report)["offered"].is_null());
 }
 
+TEST(AReport, HasTheDescriptionOfACrs) {
+    const UnconfiguredSession session;
+    const NameReport report = reportOn("EPSG:30200", session);
+    ASSERT_NE(report.description, nullptr);
+    EXPECT_NE(asText(report).find("  described as\n"
+                                  "    name       Trinidad 1903 / Trinidad Grid\n"
+                                  "    area       Trinidad and Tobago - Trinidad - onshore and offshore.\n"
+                                  "    box        -62.09,9.83,-60,11.51 (W,S,E,N)\n"
+                                  "    datum      Trinidad 1903 (EPSG:6302)\n"
+                                  "    unit       Clarke's link (0.201166195164 m)\n"
+                                  "    shift      EPSG:1296, accurate to 2 m\n"
+                                  "    from PROJ  at most 0.00 m\n"
+                                  "  written as\n"),
+              std::string::npos)
+        << asText(report);
+    const Json json = asJson(report)["description"];
+    EXPECT_EQ(json["name"], "Trinidad 1903 / Trinidad Grid");
+    EXPECT_EQ(json["box"]["west"], -62.09);
+    EXPECT_EQ(json["shiftAccuracy"], 2);
+    EXPECT_EQ(json["replacedBy"], Json::array());
+}
+
+TEST(AReport, HasTheDescriptionOfTheHorizontalPart) {
+    const UnconfiguredSession session;
+    const std::string text = asText(reportOn("EPSG:27700*EPSG:5701", session));
+    EXPECT_NE(text.find("  described as, its part 27700\n    name       OSGB36 / British National Grid\n"),
+              std::string::npos)
+        << text;
+}
+
+TEST(AReport, HasNoDescriptionOfACodeThatHasNone) {
+    const UnconfiguredSession session;
+    const NameReport report = reportOn("EPSG:0", session);
+    EXPECT_EQ(asText(report).find("described as"), std::string::npos);
+    EXPECT_TRUE(asJson(report)["description"].is_null());
+}
+
+TEST(TheOgcNamesOfWgs84, PutTheLongitudeFirstWithoutAConfiguration) {
+    const UnconfiguredSession session;
+    for (const char* name : {"CRS:84", "OGC:CRS84", "urn:ogc:def:crs:OGC:1.3:CRS84", "urn:ogc:def:crs:OGC::CRS84",
+                             "http://www.opengis.net/def/crs/OGC/1.3/CRS84"}) {
+        const NameReport report = reportOn(name, session);
+        ASSERT_TRUE(report.crs) << name;
+        EXPECT_EQ(report.crs->primary, 4326U) << name;
+        EXPECT_EQ(report.crs->axisOrder, "longitude, latitude") << name;
+        EXPECT_EQ(report.spelling, "OGC name of WGS 84, for a configuration") << name;
+        EXPECT_FALSE(report.registered) << name;
+    }
+    for (const char* name : {"crs:84", "CRS:83", "OGC:CRS84 "}) EXPECT_FALSE(reportOn(name, session).crs) << name;
+}
+
+TEST(TheOgcNamesOfWgs84, AreThoseOfTheConfigurationAlone) {
+    const ConfiguredSession session("<CrsConfiguration><CRS>4326</CRS></CrsConfiguration>");
+    EXPECT_TRUE(reportOn("CRS:84", *session).refusal);
+    EXPECT_TRUE(reportOn("OGC:CRS84", *session).refusal);
+}
+
 TEST(AReport, KeepsTheAliasOfAGmlReference) {
     const UnconfiguredSession session;
     const NameReport report = reportOn("epsg.xml#4326", session);

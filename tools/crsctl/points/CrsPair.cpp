@@ -20,7 +20,7 @@ namespace {
 
 Crs crsNamed(const std::string& name, const Session& session) {
     try {
-        return session.creator().createFromName(name, true, session.isConfigured());
+        return session.createFromName(name, true);
     } catch (const std::exception&) {
         throw InputRefused(refusalInOneLine(reportOn(name, session)));
     }

@@ -1,6 +1,9 @@
 #include "tools/crsctl/start/Session.h"
 
+#include <algorithm>
+#include <iterator>
 #include <sstream>
+#include <utility>
 
 #include <boost/property_tree/xml_parser.hpp>
 
@@ -11,7 +14,9 @@
 
 namespace crsctl {
 
+using CoordinateTransformation::Crs;
 using CoordinateTransformation::CrsConfig;
+using CoordinateTransformation::CrsCreator;
 using CoordinateTransformation::PROJ_DIRECTORY_PROPERTY;
 
 namespace {
@@ -24,6 +29,17 @@ void initialise(CrsConfig& config, const std::string& place) {
     }
 }
 
+constexpr const char* CRS84_NAMES[] = {"CRS:84", "OGC:CRS84", "urn:ogc:def:crs:OGC:1.3:CRS84",
+                                       "urn:ogc:def:crs:OGC::CRS84", "http://www.opengis.net/def/crs/OGC/1.3/CRS84"};
+
+// What a server's configuration would hold.
+std::string crs84Configuration() {
+    std::string text = "<CrsConfiguration>";
+    for (const char* const name : CRS84_NAMES)
+        text += std::string("<CRS mapToEpsgCode='4326' axisOrder='EN'>") + name + "</CRS>";
+    return text + "</CrsConfiguration>";
+}
+
 void configure(CrsConfig& config, const std::string& path, const std::string& text) {
     std::istringstream document(text);
     try {
@@ -34,6 +50,10 @@ void configure(CrsConfig& config, const std::string& path, const std::string& te
 }
 
 }  // namespace
+
+bool isCrs84(const std::string& name) {
+    return std::find(std::begin(CRS84_NAMES), std::end(CRS84_NAMES), name) != std::end(CRS84_NAMES);
+}
 
 std::unique_ptr<CrsConfig> makeConfig(const std::string& projDirOption) {
     try {
@@ -48,11 +68,27 @@ std::unique_ptr<CrsConfig> makeConfig(const std::string& projDirOption) {
 
 // A start without entries comes first, so that a bad PROJ directory is not blamed on the configuration file.
 Session::Session(const CommonOptions& options)
-    : crsConfig(makeConfig(options.projDir)), configured(!options.configFile.empty()) {
+    : projDir(options.projDir), crsConfig(makeConfig(options.projDir)), configured(!options.configFile.empty()) {
     initialise(*crsConfig, "");
     if (!configured) return;
     configure(*crsConfig, options.configFile, readTextFile(options.configFile));
     initialise(*crsConfig, inputName(options.configFile) + ": ");
+}
+
+Crs Session::createFromName(const std::string& name, bool throwIfMissing) const {
+    return creatorFor(name).createFromName(name, throwIfMissing, configured);
+}
+
+const CrsCreator& Session::creatorFor(const std::string& name) const {
+    if (configured || !isCrs84(name)) return creator();
+    if (crs84Config == nullptr) {
+        std::unique_ptr<CrsConfig> config = makeConfig(projDir);
+        std::istringstream document(crs84Configuration());
+        config->configure(document);
+        config->init();
+        crs84Config = std::move(config);
+    }
+    return crs84Config->getCreator();
 }
 
 }  // namespace crsctl
