@@ -1,7 +1,7 @@
 # Read by the commands of the repository: puts the packages that a build needs on the machine.
 
 BUILD_PACKAGES="g++ cmake ninja-build libproj-dev proj-data libboost-dev libboost-filesystem-dev"
-TOOL_PACKAGES="libcli11-dev libsqlite3-dev nlohmann-json3-dev"
+TOOL_PACKAGES="libcli11-dev libeigen3-dev libsqlite3-dev libssl-dev nlohmann-json3-dev"
 TEST_PACKAGES="libgtest-dev libgmock-dev libbenchmark-dev dpkg-dev file pkg-config"
 ANALYSIS_PACKAGES="git doxygen clang libc++-dev libc++abi-dev clang-format clang-tidy g++-mingw-w64-x86-64-posix"
 

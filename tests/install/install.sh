@@ -20,7 +20,7 @@ else
     [ -f "$library.a" ] || fail "no static library"
 fi
 [ -z "$(find "$libraries" -maxdepth 1 -name '*.a' ! -name libCoordinateTransformation.a)" ] || fail "an internal library"
-for file in epsg epsg-axisorder.csv; do
+for file in epsg epsg-axisorder.csv epsg-info.csv; do
     [ -s "$prefix/share/CoordinateTransformation/proj/$file" ] || fail "no $file"
 done
 documents=$prefix/share/doc/CoordinateTransformation

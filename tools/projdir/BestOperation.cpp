@@ -2,8 +2,6 @@
 
 #include <cmath>
 
-#include "tools/projdir/ShiftCandidates.h"
-
 namespace ProjDir {
 namespace {
 
@@ -18,7 +16,7 @@ LonLat fromCoordinates(const PJ_COORD& point) { return {point.xy.y, point.xy.x};
 
 std::string fileNameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
-// PROJ's texts give a grid the name of today's distribution, whatever the file is called that it has found.
+// What the installed file is called, which need not be the name in the text.
 std::string findGridFile(const ProjContext& context, const PJ* operation) {
     const char* path = nullptr;
     proj_coordoperation_get_grid_used(context.get(), operation, 0, nullptr, &path, nullptr, nullptr, nullptr, nullptr,
@@ -27,11 +25,8 @@ std::string findGridFile(const ProjContext& context, const PJ* operation) {
 }
 
 UsedOperation describe(const ProjContext& context, const PJ* operation) {
-    UsedOperation used;
-    used.source = describeSource(context, operation);
-    used.text = textOrEmpty(proj_as_proj_string(context.get(), operation, PJ_PROJ_5, nullptr));
-    used.isBallpark = proj_coordoperation_has_ballpark_transformation(context.get(), operation) != 0;
-    if (isGridShift(used.text)) used.gridShift = findGridFile(context, operation);
+    UsedOperation used = describeUsed(context, operation);
+    if (!used.gridShift.empty()) used.gridShift = findGridFile(context, operation);
     return used;
 }
 

@@ -5,23 +5,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "tools/projdir/Area.h"
-#include "tools/projdir/ClassicText.h"
-#include "tools/projdir/ProjContext.h"
+#include "tools/projdir/Reference.h"
 
 namespace ProjDir {
-
-// One of the operations among which PROJ chooses point by point.
-struct UsedOperation {
-    // "EPSG:1314", as describeSource writes it.
-    std::string source;
-    // PROJ's text of it, with the projection.
-    std::string text;
-    // PROJ knows no transformation here and takes both datums for one.
-    bool isBallpark = false;
-    // The grid that alone makes up the shift, by the name of the installed file; empty when there is none such.
-    std::string gridShift;
-};
 
 // A point of a CRS, and where PROJ's best operation has it on WGS 84.
 struct ReferencePoint {

@@ -4,13 +4,16 @@
 #include <cmath>
 #include <initializer_list>
 
+#include "text/NumericText.h"
 #include "text/ParameterList.h"
 #include "tools/projdir/AxisOrder.h"
 #include "tools/projdir/EllipsoidText.h"
+#include "tools/projdir/MethodText.h"
 
 namespace ProjDir {
 
 using CoordinateTransformation::ParameterList;
+using CoordinateTransformation::writeDouble;
 
 namespace {
 
@@ -38,12 +41,15 @@ std::string textOf(const ParameterList& parameters) {
 }
 
 // PROJ writes Pseudo-Mercator as a Mercator on a sphere, whose datum step would go astray.
-bool isWebMercator(const ProjContext& context, const PJ* crs) {
-    if (proj_get_type(crs) != PJ_TYPE_PROJECTED_CRS) return false;
-    const ProjPtr<PJ> conversion(proj_crs_get_coordoperation(context.get(), crs));
-    const char* code = nullptr;
-    proj_coordoperation_get_method_info(context.get(), conversion.get(), nullptr, nullptr, &code);
-    return textOrEmpty(code) == WEB_MERCATOR_METHOD;
+bool isWebMercator(const ProjContext& context, const PJ* crs) { return methodOf(context, crs) == WEB_MERCATOR_METHOD; }
+
+std::string writeUnitAndMeridian(const ProjContext& context, const PJ* crs) {
+    const ProjPtr<PJ> axes(proj_crs_get_coordinate_system(context.get(), crs));
+    double metres = 1;
+    proj_cs_get_axis_info(context.get(), axes.get(), 0, nullptr, nullptr, nullptr, &metres, nullptr, nullptr, nullptr);
+    const ProjPtr<PJ> base = createGeodeticCrs(context, crs);
+    const ParameterList geodetic(textOrEmpty(proj_as_proj_string(context.get(), base.get(), PJ_PROJ_4, nullptr)));
+    return (metres == 1 ? " +units=m" : " +to_meter=" + writeDouble(metres)) + geodetic.only({"pm"}).toText();
 }
 
 std::string exportText(ProjContext& context, const PJ* crs) {
@@ -51,6 +57,7 @@ std::string exportText(ProjContext& context, const PJ* crs) {
     const char* const text = proj_as_proj_string(context.get(), crs, PJ_PROJ_4, nullptr);
     if (text != nullptr) return text;
     const std::string message = context.takeMessage();
+    if (const auto own = writeMethodText(context, crs)) return *own + writeUnitAndMeridian(context, crs);
     throw NotExpressible("PROJ cannot express it (" + message.substr(message.find(": ") + 2) + ")");
 }
 
@@ -70,11 +77,6 @@ bool isWgs84(const PJ* geodeticCrs) {
         {"EPSG:4326", "EPSG:4978", "EPSG:4979"});
 }
 
-void requireKind(CrsKind kind) {
-    if (kind == CrsKind::GEOGRAPHIC || kind == CrsKind::GEOCENTRIC || kind == CrsKind::PROJECTED) return;
-    throw NotExpressible(std::string("a ") + nameOfKind(kind) + " CRS has no classic definition");
-}
-
 void divideParameters(const std::string& exported, ClassicText& text) {
     const ParameterList kept = ParameterList(exported).without(REPLACED_KEYS);
     text.projection = textOf(kept.without(UNIT_AND_MERIDIAN_KEYS));
@@ -85,11 +87,17 @@ bool isLongLat(const std::string& definition) { return definition.rfind("+proj=l
 
 }  // namespace
 
+void requireExpressibleKind(CrsKind kind) {
+    if (kind == CrsKind::GEOGRAPHIC || kind == CrsKind::GEOCENTRIC || kind == CrsKind::PROJECTED) return;
+    throw NotExpressible(std::string("a ") + nameOfKind(kind) + " CRS has no classic definition");
+}
+
 std::string ClassicText::write(const std::string& datumShift) const {
     std::string text = projection;
     // A named datum brings its ellipsoid along.
     if (datumShift.rfind("+datum=", 0) != 0) append(text, figure);
     append(text, datumShift);
+    if (!datumId.empty()) append(text, "+datum_id=" + datumId);
     append(text, unitsAndMeridian);
     append(text, "+no_defs");
     return text;
@@ -101,7 +109,7 @@ ProjPtr<PJ> createGeodeticCrs(const ProjContext& context, const PJ* crs) {
 }
 
 ClassicText writeClassicText(ProjContext& context, const PJ* crs, const RegistryCrs& entry) {
-    requireKind(entry.kind);
+    requireExpressibleKind(entry.kind);
     if (entry.kind == CrsKind::GEOGRAPHIC) requireDegrees(context, crs);
     ClassicText text;
     divideParameters(exportText(context, crs), text);
@@ -109,19 +117,27 @@ ClassicText writeClassicText(ProjContext& context, const PJ* crs, const Registry
     append(text.projection, writeAxisDirections(context, crs));
     text.ellipsoid = readEllipsoid(context, crs);
     text.figure = writeEllipsoid(text.ellipsoid);
+    text.datumId = entry.datum.id;
     text.isWgs84 = isWgs84(createGeodeticCrs(context, crs).get());
     return text;
 }
 
-ClassicInverse::ClassicInverse(ProjContext& context, const std::string& definition)
+ClassicProjection::ClassicProjection(ProjContext& context, const std::string& definition)
     : projection(proj_create(context.get(), definition.c_str())), unit(isLongLat(definition) ? RADIANS_PER_DEGREE : 1) {
     if (projection == nullptr) throw NotExpressible("PROJ cannot make its definition: " + context.takeMessage());
 }
 
-LonLat ClassicInverse::operator()(const Coordinates& coordinates) const {
+LonLat ClassicProjection::toGeodetic(const Coordinates& coordinates) const {
     const PJ_COORD moved = proj_trans(
         projection.get(), PJ_INV, proj_coord(coordinates[0] * unit, coordinates[1] * unit, coordinates[2], HUGE_VAL));
     return {moved.lp.lam / RADIANS_PER_DEGREE, moved.lp.phi / RADIANS_PER_DEGREE};
+}
+
+Coordinates ClassicProjection::fromGeodetic(const LonLat& place) const {
+    const PJ_COORD moved =
+        proj_trans(projection.get(), PJ_FWD,
+                   proj_coord(place.longitude * RADIANS_PER_DEGREE, place.latitude * RADIANS_PER_DEGREE, 0, HUGE_VAL));
+    return {moved.xyz.x / unit, moved.xyz.y / unit, moved.xyz.z};
 }
 
 }  // namespace ProjDir

@@ -27,31 +27,37 @@ struct ClassicText {
     ReferenceEllipsoid ellipsoid;
     // The datum is that of EPSG:4326.
     bool isWgs84 = false;
+    // Of the datum, "EPSG:6230"; may be empty.
+    std::string datumId;
 
     // The definition with the text of its datum shift, which may be empty.
     std::string write(const std::string& datumShift) const;
 };
 
+// NotExpressible for a kind of CRS that has no classic definition.
+void requireExpressibleKind(CrsKind kind);
+
 // NotExpressible for a CRS of a kind that has no classic definition, for a projection method or an angular unit
 // that the language does not know.
 ClassicText writeClassicText(ProjContext& context, const PJ* crs, const RegistryCrs& entry);
 
-// The CRS that a projected CRS is based on; the CRS itself for any other.
+// The CRS that a projected CRS is based on; the CRS itself for a geodetic one.
 ProjPtr<PJ> createGeodeticCrs(const ProjContext& context, const PJ* crs);
 
 using Coordinates = std::array<double, 3>;
 
-// Leads from coordinates in a definition's own axis order and units back to longitude and latitude on its
+// Leads between coordinates in a definition's own axis order and units and longitude and latitude on its
 // ellipsoid.
 //
 // Borrows the context. One thread at a time.
-class ClassicInverse {
+class ClassicProjection {
 public:
     // NotExpressible when PROJ cannot make the definition.
-    ClassicInverse(ProjContext& context, const std::string& definition);
+    ClassicProjection(ProjContext& context, const std::string& definition);
 
-    // Longitude east of Greenwich. Not finite where PROJ finds none.
-    LonLat operator()(const Coordinates& coordinates) const;
+    // Longitudes east of Greenwich. Not finite where PROJ finds none.
+    LonLat toGeodetic(const Coordinates& coordinates) const;
+    Coordinates fromGeodetic(const LonLat& place) const;
 
 private:
     ProjPtr<PJ> projection;

@@ -3,9 +3,19 @@
 #include <algorithm>
 #include <charconv>
 #include <iterator>
+#include <memory>
 #include <set>
+#include <sstream>
+
+#include <boost/property_tree/xml_parser.hpp>
+
+#include "CoordinateTransformation/CoordinateTransformation.h"
 
 namespace ProjDir {
+
+using CoordinateTransformation::CrsConfig;
+using CoordinateTransformation::CrsConfigData;
+
 namespace {
 
 constexpr char WHITE_SPACE[] = " \t\r\n\v\f";
@@ -40,6 +50,13 @@ void requireUsable(const RegistryCrs* crs, const ListedCode& listed, bool includ
         throw CodeListError(listed.place + ": " + code + " is deprecated; --include-deprecated admits it");
 }
 
+ListedCode readEntry(const CrsConfig& config, const CrsConfigData& entry, const std::string& name) {
+    const std::string identifier = entry.getIdentifier();
+    const CoordinateTransformation::NameExplanation explained = config.getCreator().explainName(identifier);
+    if (explained.primaryCode == 0) throw CodeListError(name + ": \"" + identifier + "\" names no code");
+    return {explained.primaryCode, name + ", entry " + entry.getAliasOrIdentifier()};
+}
+
 }  // namespace
 
 std::vector<ListedCode> readCodeList(std::istream& lines, const std::string& name) {
@@ -55,6 +72,21 @@ std::vector<ListedCode> readCodeList(std::istream& lines, const std::string& nam
     return codes;
 }
 
+std::vector<ListedCode> readConfigurationCodes(const std::string& fragment, const std::string& name) {
+    const std::unique_ptr<CrsConfig> config(CrsConfig::createConfigFromId("proj4"));
+    std::istringstream document(fragment);
+    try {
+        config->configure(document);
+    } catch (const boost::property_tree::xml_parser_error& failure) {
+        throw CodeListError(name + " is no configuration: " + failure.message() + ", line " +
+                            std::to_string(failure.line()));
+    }
+    std::vector<ListedCode> codes;
+    for (const CrsConfigData& entry : *config->getConfiguredCrs()) codes.push_back(readEntry(*config, entry, name));
+    if (codes.empty()) throw CodeListError(name + " names no code");
+    return codes;
+}
+
 std::vector<RegistryCrs> selectListed(const std::vector<RegistryCrs>& registry, const std::vector<ListedCode>& codes,
                                       bool includeDeprecated) {
     std::set<unsigned int> wanted;
@@ -66,6 +98,20 @@ std::vector<RegistryCrs> selectListed(const std::vector<RegistryCrs>& registry, 
     selected.reserve(wanted.size());
     for (const unsigned int code : wanted) selected.push_back(*findCrs(registry, code));
     return selected;
+}
+
+std::vector<RegistryCrs> selectOverlapping(const std::vector<RegistryCrs>& list, const Area& area) {
+    std::vector<RegistryCrs> selected;
+    std::copy_if(list.begin(), list.end(), std::back_inserter(selected),
+                 [&area](const RegistryCrs& crs) { return crs.area && overlap(*crs.area, area); });
+    return selected;
+}
+
+std::vector<RegistryCrs> selectCommon(const std::vector<RegistryCrs>& left, const std::vector<RegistryCrs>& right) {
+    std::vector<RegistryCrs> common;
+    std::set_intersection(left.begin(), left.end(), right.begin(), right.end(), std::back_inserter(common),
+                          [](const RegistryCrs& a, const RegistryCrs& b) { return a.code < b.code; });
+    return common;
 }
 
 std::vector<RegistryCrs> selectAll(const std::vector<RegistryCrs>& registry, bool includeDeprecated) {

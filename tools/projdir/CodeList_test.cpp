@@ -32,6 +32,28 @@ TEST(CodeListTest, ReadsACodeALine) {
     EXPECT_THAT(readCodes(" EPSG:4326 # WGS 84\r\n\n# nothing\n\t25832\n"), ElementsAre(4326, 25832));
 }
 
+std::vector<unsigned int> readConfiguration(const std::string& entries) {
+    std::vector<unsigned int> codes;
+    for (const ListedCode& listed :
+         readConfigurationCodes("<CrsConfiguration>" + entries + "</CrsConfiguration>", "crs.xml"))
+        codes.push_back(listed.code);
+    return codes;
+}
+
+TEST(CodeListTest, ReadsTheCodesOfAConfiguration) {
+    EXPECT_THAT(readConfiguration("<CRS>4326</CRS><CRS>EPSG:27700*EPSG:5701</CRS><CRS>CRS:84</CRS>"
+                                  "<CRS mapToEpsgCode=\"25832\">Lagestatus 489</CRS>"),
+                ElementsAre(4326, 27700, 4326, 25832));
+    EXPECT_EQ(readConfigurationCodes("<SRSList><SRS>2056</SRS></SRSList>", "crs.xml").front().place,
+              "crs.xml, entry EPSG:2056");
+}
+
+TEST(CodeListTest, RefusesWhatIsNoConfiguration) {
+    EXPECT_THROW(readConfiguration(""), CodeListError);
+    EXPECT_THROW(readConfiguration("<CRS>nonsense</CRS>"), CodeListError);
+    EXPECT_THROW(readConfiguration("<CRS>4326"), CodeListError);
+}
+
 struct RefusedList {
     const char* text;
     const char* message;
@@ -68,6 +90,19 @@ std::vector<unsigned int> codesOf(const std::vector<RegistryCrs>& list) {
 
 TEST(CodeSelectionTest, KeepsTheOrderOfTheRegistry) {
     EXPECT_THAT(codesOf(selectListed(REGISTRY, {{30, ""}, {10, ""}, {30, ""}}, false)), ElementsAre(10, 30));
+}
+
+TEST(CodeSelectionTest, TakesWhatOverlaps) {
+    std::vector<RegistryCrs> list = REGISTRY;
+    list[0].area = Area{0, 0, 10, 10};
+    list[1].area = Area{20, 20, 30, 30};
+    EXPECT_THAT(codesOf(selectOverlapping(list, {5, 5, 6, 6})), ElementsAre(10));
+}
+
+TEST(CodeSelectionTest, TakesWhatIsInBothLists) {
+    EXPECT_THAT(
+        codesOf(selectCommon({makeCrs(10, false), makeCrs(20, false)}, {makeCrs(20, false), makeCrs(30, false)})),
+        ElementsAre(20));
 }
 
 TEST(CodeSelectionTest, TakesDeprecatedOnesOnlyWhenAdmitted) {

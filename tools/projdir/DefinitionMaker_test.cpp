@@ -8,6 +8,7 @@
 namespace ProjDir {
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -42,47 +43,132 @@ TEST_F(DefinitionMakerTest, TakesThePublishedShiftThatPROJUses) {
 }
 
 TEST_F(DefinitionMakerTest, WritesANullShiftWhereItIsPublished) {
-    EXPECT_EQ(textOf(25832), "+proj=utm +zone=32 +ellps=GRS80 +towgs84=0,0,0,0,0,0,0 +units=m +no_defs");
-    EXPECT_EQ(textOf(4936), "+proj=geocent +ellps=GRS80 +towgs84=0,0,0,0,0,0,0 +units=m +no_defs");
+    EXPECT_EQ(textOf(25832),
+              "+proj=utm +zone=32 +ellps=GRS80 +towgs84=0,0,0,0,0,0,0 +datum_id=EPSG:6258 +units=m +no_defs");
+    EXPECT_EQ(textOf(4936), "+proj=geocent +ellps=GRS80 +towgs84=0,0,0,0,0,0,0 +datum_id=EPSG:6258 +units=m +no_defs");
 }
 
 TEST_F(DefinitionMakerTest, WritesNoShiftWherePROJKnowsNone) {
     const CrsOutcome outcome = make(2334);  // Xian 1980
     EXPECT_EQ(outcome.definition->text,
-              "+proj=tmerc +lat_0=0 +lon_0=117 +k=1 +x_0=20500000 +y_0=0 +ellps=IAU76 +units=m +no_defs");
+              "+proj=tmerc +lat_0=0 +lon_0=117 +k=1 +x_0=20500000 +y_0=0 +ellps=IAU76 "
+              "+datum_id=EPSG:6610 +units=m +no_defs");
     EXPECT_EQ(outcome.definition->shift.kind, ShiftKind::UNKNOWN);
     EXPECT_TRUE(outcome.definition->hasUnknownPart);
 }
 
 TEST_F(DefinitionMakerTest, WritesWgs84ByItsName) {
-    EXPECT_EQ(textOf(4326), "+proj=longlat +datum=WGS84 +no_defs");
-    EXPECT_EQ(textOf(4978), "+proj=geocent +datum=WGS84 +units=m +no_defs");
-    EXPECT_EQ(textOf(3857), "+proj=webmerc +datum=WGS84 +units=m +no_defs");
+    EXPECT_EQ(textOf(4326), "+proj=longlat +datum=WGS84 +datum_id=EPSG:6326 +no_defs");
+    EXPECT_EQ(textOf(4978), "+proj=geocent +datum=WGS84 +datum_id=EPSG:6326 +units=m +no_defs");
+    EXPECT_EQ(textOf(3857), "+proj=webmerc +datum=WGS84 +datum_id=EPSG:6326 +units=m +no_defs");
     EXPECT_EQ(make(4326).definition->shift.kind, ShiftKind::WGS_84);
 }
 
-// PROJ uses a grid all over the zone; the published parameters stay three metres away.
-TEST_F(DefinitionMakerTest, FitsParametersToAGrid) {
-    const CrsOutcome outcome = make(31467);
-    EXPECT_EQ(outcome.definition->shift.kind, ShiftKind::FITTED);
-    EXPECT_LT(outcome.definition->shift.residual.largest, 3);
-    EXPECT_GT(outcome.definition->shift.residual.largest, 0.1);
+// For the waters and countries of the zone PROJ has several published shifts.
+TEST_F(DefinitionMakerTest, FitsParametersOnlyWhenItMay) {
+    const CrsOutcome published = make(23030);
+    EXPECT_EQ(published.definition->shift.kind, ShiftKind::PUBLISHED);
+    DefinitionOptions options;
+    options.fit = true;
+    const CrsOutcome fitted = make(23030, options);
+    EXPECT_EQ(fitted.definition->shift.kind, ShiftKind::FITTED);
+    EXPECT_LT(*fitted.largestDistance, *published.largestDistance);
+    EXPECT_FALSE(fitted.shiftAccuracy);
 }
 
 TEST_F(DefinitionMakerTest, TakesTheGridWhenItMay) {
     EXPECT_EQ(textOf(31467, {true, false}),
-              "+proj=tmerc +lat_0=0 +lon_0=9 +k=1 +x_0=3500000 +y_0=0 +ellps=bessel +nadgrids=BETA2007.gsb +units=m "
-              "+no_defs");
-    EXPECT_THAT(textOf(27700, {true, false}), HasSubstr("+towgs84="));
+              "+proj=tmerc +lat_0=0 +lon_0=9 +k=1 +x_0=3500000 +y_0=0 +ellps=bessel +nadgrids=de_adv_BETA2007.tif "
+              "+datum_id=EPSG:6314 +units=m +no_defs");
+    // Whether it is installed makes no difference.
+    EXPECT_THAT(textOf(27700, {true, false}), HasSubstr("+nadgrids=uk_os_OSTN15_NTv2_OSGBtoETRS.tif "));
 }
 
-// Beside its grid PROJ uses parameters in a corner of the area, where the grid has no values.
+// Canada, Alaska and the other states of the USA have grids of their own.
 TEST_F(DefinitionMakerTest, TakesNoGridThatDoesNotReachAllOverTheArea) {
-    EXPECT_THAT(textOf(4314, {true, false}), HasSubstr("+towgs84="));
+    EXPECT_THAT(textOf(4267, {true, false}), HasSubstr("+towgs84="));
+}
+
+TEST_F(DefinitionMakerTest, StatesWhatTheRegistrySaysOfTheShift) {
+    const CrsOutcome published = make(27700);
+    EXPECT_EQ(published.shiftAccuracy, 2);
+    ASSERT_TRUE(published.largestDistance);
+    EXPECT_LT(*published.largestDistance, 0.001);
+    EXPECT_EQ(make(4805).shiftAccuracy, 1.5);  // of a longitude rotation, 0, and of EPSG:1618
+    EXPECT_FALSE(make(2334).largestDistance);
+    EXPECT_EQ(make(31467, {true, false}).shiftAccuracy, 1);
+    EXPECT_FALSE(make(31467, {true, false}).largestDistance);
+    EXPECT_EQ(make(4326).largestDistance, 0);
+}
+
+struct Described {
+    unsigned int code;
+    CrsKind kind;
+    const char* unit;
+    double unitLength;
+    const char* datumId;
+};
+
+// Datums and units as the registry has them; meridians do not count.
+TEST_F(DefinitionMakerTest, DescribesTheCrs) {
+    for (const Described& row : {Described{25832, CrsKind::PROJECTED, "metre", 1, "EPSG:6258"},
+                                 Described{4275, CrsKind::GEOGRAPHIC, "degree", RADIANS_PER_DEGREE, "EPSG:6275"},
+                                 Described{27572, CrsKind::PROJECTED, "metre", 1, "EPSG:6275"},
+                                 Described{32040, CrsKind::PROJECTED, "US survey foot", 12 / 39.37, "EPSG:6267"},
+                                 Described{4978, CrsKind::GEOCENTRIC, "metre", 1, "EPSG:6326"},
+                                 Described{7405, CrsKind::COMPOUND, "metre", 1, "EPSG:6277"},
+                                 // MGI (Ferro) is MGI, and only nearly MGI 1901.
+                                 Described{4805, CrsKind::GEOGRAPHIC, "degree", RADIANS_PER_DEGREE, "EPSG:6312"}}) {
+        const CrsDescription description = make(row.code).description;
+        EXPECT_EQ(description.kind, row.kind) << row.code;
+        EXPECT_EQ(description.unit, row.unit) << row.code;
+        EXPECT_NEAR(description.unitLength, row.unitLength, 1e-12) << row.code;
+        EXPECT_EQ(description.datumId, row.datumId) << row.code;
+        EXPECT_NE(description.area, "") << row.code;
+        EXPECT_TRUE(description.replacedBy.empty()) << row.code;
+    }
+    EXPECT_EQ(make(2036).description.replacedBy, std::vector<unsigned int>{2953});
+}
+
+// The registry's compounds, by the first parts that it gives them.
+TEST_F(DefinitionMakerTest, DefinesACompoundByItsHorizontalPart) {
+    const std::pair<unsigned int, unsigned int> rows[] = {{7405, 27700}, {5555, 25832}, {7407, 32037}, {5628, 4619}};
+    for (const auto& [compound, horizontal] : rows) {
+        EXPECT_EQ(textOf(compound), textOf(horizontal)) << compound;
+        EXPECT_EQ(make(compound).definition->isNorthFirst, make(horizontal).definition->isNorthFirst) << compound;
+    }
+    EXPECT_THAT(textOf(7400), StartsWith("left out: its horizontal part EPSG:4807 is left out: its angular unit"));
+}
+
+// Tokyo 1892 differs from Tokyo by a longitude rotation, which is no shift of geocentric coordinates.
+TEST_F(DefinitionMakerTest, LeavesOutACrsWhoseShiftIsFarOffUnlessAllowed) {
+    EXPECT_THAT(textOf(5132), AllOf(StartsWith("left out: its best shift (EPSG:"),
+                                    HasSubstr("is farther than 100 m from PROJ's operations at 25 of 25 points")));
+    DefinitionOptions options;
+    options.worst = 1000;
+    EXPECT_THAT(textOf(5132, options), HasSubstr("+towgs84="));
+    options.worst = 5;
+    EXPECT_THAT(textOf(4230, options), StartsWith("left out: its best shift"));
+}
+
+// Offsets of longitude and latitude, of which there is no published equivalent; 568 m and 13 m.
+TEST_F(DefinitionMakerTest, LeavesOutWhatNoShiftComesCloseTo) {
+    EXPECT_THAT(textOf(4600), StartsWith("left out: its best shift (none) is farther than 100 m"));
+    DefinitionOptions options;
+    options.fit = true;
+    EXPECT_THAT(textOf(4600, options), HasSubstr("+towgs84="));
+}
+
+// A corner in which PROJ uses another operation than in the rest is not reason enough.
+TEST_F(DefinitionMakerTest, KeepsACrsOfWhichASmallPartIsFarOff) {
+    const CrsOutcome outcome = make(6316);
+    ASSERT_TRUE(outcome.definition) << outcome.omission;
+    EXPECT_GT(outcome.definition->farPoints, 0U);
+    EXPECT_GT(*outcome.largestDistance, 1000);
 }
 
 TEST_F(DefinitionMakerTest, KeepsTheMeridianAndTheUnits) {
-    EXPECT_THAT(textOf(27572), HasSubstr("+towgs84=-168,-60,320,0,0,0,0 +pm=paris +units=m"));
+    EXPECT_THAT(textOf(27572), HasSubstr("+towgs84=-168,-60,320,0,0,0,0 +datum_id=EPSG:6275 +pm=paris +units=m"));
     EXPECT_THAT(textOf(32040), HasSubstr("+units=us-ft"));
 }
 

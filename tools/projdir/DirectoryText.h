@@ -12,10 +12,21 @@ namespace ProjDir {
 using CoordinateTransformation::AXIS_ORDER_FILE;
 using CoordinateTransformation::INIT_FILE;
 
-// The content of "epsg": the entry of code 0, then those of the outcomes that have a definition, in their order.
-std::string writeInitFile(const RegistryVersion& version, const std::vector<CrsOutcome>& outcomes);
+// What the library knows of each CRS beside its definition.
+constexpr char INFO_FILE[] = "epsg-info.csv";
+// The grid files that definitions name; with grids only.
+constexpr char GRIDS_FILE[] = "epsg-grids.csv";
+
+// The content of "epsg": its origin, the entry of code 0, then those of the outcomes that have a definition, in their
+// order. `maker` is the program with its options, as describeOptions writes it; empty for no line of it.
+std::string writeInitFile(const RegistryVersion& version, const std::vector<CrsOutcome>& outcomes,
+                          const std::string& maker = "");
 
 // The content of "epsg-axisorder.csv", a line for each entry of "epsg".
 std::string writeAxisOrderFile(const std::vector<CrsOutcome>& outcomes);
+
+// The content of "epsg-info.csv", a line for each entry of "epsg" but code 0, in comma-separated values as RFC 4180 has
+// them, with a head.
+std::string writeInfoFile(const std::vector<CrsOutcome>& outcomes);
 
 }  // namespace ProjDir

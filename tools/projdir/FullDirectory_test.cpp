@@ -20,10 +20,11 @@ using ClassicProj::ProjPtr;
 using CoordinateTransformation::AbstractCrs;
 using CoordinateTransformation::CrsConfig;
 using CoordinateTransformation::CrsConfigData;
+using testing::HasSubstr;
 using testing::StartsWith;
 
-// The registry of PROJ 9.1.1 has 6,045 that can be expressed; later ones have more.
-constexpr std::size_t LEAST_CODES = 6000;
+// The registry of PROJ 9.1.1 has some 6,400 that can be expressed; later ones have more.
+constexpr std::size_t LEAST_CODES = 6400;
 
 std::vector<std::string> readLines(const std::string& name) {
     std::ifstream file(std::string(PROJ_FULL) + "/" + name);
@@ -63,9 +64,16 @@ std::string readFirstAxis(PJ_CONTEXT* context, const PJ* crs) {
     return name;
 }
 
+// Of a compound CRS the horizontal part; any other itself.
+ProjPtr<PJ> createHorizontal(PJ_CONTEXT* context, int code) {
+    ProjPtr<PJ> crs(proj_create(context, ("EPSG:" + std::to_string(code)).c_str()));
+    if (proj_get_type(crs.get()) != PJ_TYPE_COMPOUND_CRS) return crs;
+    return ProjPtr<PJ>(proj_crs_get_sub_crs(context, crs.get(), 0));
+}
+
 // Whether PROJ exchanges the first two axes to show coordinates on a map.
 bool isNorthFirst(PJ_CONTEXT* context, int code) {
-    const ProjPtr<PJ> crs(proj_create(context, ("EPSG:" + std::to_string(code)).c_str()));
+    const ProjPtr<PJ> crs = createHorizontal(context, code);
     const ProjPtr<PJ> shown(proj_normalize_for_visualization(context, crs.get()));
     return readFirstAxis(context, crs.get()) != readFirstAxis(context, shown.get());
 }
@@ -101,7 +109,7 @@ TEST(FullDirectoryTest, HasOneAxisOrderForEveryDefinitionAndNoOther) {
 }
 
 TEST(FullDirectoryTest, EndsEveryLine) {
-    for (const char* name : {"epsg", "epsg-axisorder.csv"}) {
+    for (const char* name : {"epsg", "epsg-axisorder.csv", "epsg-info.csv"}) {
         std::ifstream file(std::string(PROJ_FULL) + "/" + name);
         file.seekg(-1, std::ios::end);
         EXPECT_EQ(file.get(), '\n') << name;
@@ -118,6 +126,56 @@ TEST(FullDirectoryTest, IsBoundWholeByTheLibrary) {
         EXPECT_EQ(crs->isAxisOrderEastNorthOrLonLat(), orders.at(code) == "en") << code;
     }
 }
+
+std::map<int, std::string> readDefinitions(const std::string& directory) {
+    std::ifstream file(directory + "/epsg");
+    std::map<int, std::string> definitions;
+    for (std::string line; std::getline(file, line);)
+        if (line.front() == '<') definitions[std::stoi(line.substr(1))] = line;
+    return definitions;
+}
+
+TEST(FullDirectoryTest, GivesEveryDefinitionItsDatum) {
+    for (const auto& [code, definition] : readDefinitions(PROJ_FULL)) {
+        if (code != 0) {
+            EXPECT_THAT(definition, HasSubstr(" +datum_id=EPSG:")) << code;
+        }
+    }
+}
+
+// A compound CRS is bound by its horizontal part.
+TEST(FullDirectoryTest, DefinesCompoundsAsTheirHorizontalParts) {
+    const ProjPtr<PJ_CONTEXT> context(proj_context_create());
+    const auto definitions = readDefinitions(PROJ_FULL);
+    std::size_t compounds = 0;
+    for (const auto& [code, definition] : definitions) {
+        const ProjPtr<PJ> crs(proj_create(context.get(), ("EPSG:" + std::to_string(code)).c_str()));
+        if (code == 0 || proj_get_type(crs.get()) != PJ_TYPE_COMPOUND_CRS) continue;
+        const ProjPtr<PJ> horizontal = createHorizontal(context.get(), code);
+        const int part = std::stoi(proj_get_id_code(horizontal.get(), 0));
+        EXPECT_EQ(definition.substr(definition.find(' ')), definitions.at(part).substr(definitions.at(part).find(' ')))
+            << code;
+        ++compounds;
+    }
+    EXPECT_GE(compounds, 370U);
+}
+
+TEST(FullDirectoryTest, DescribesEveryDefinition) {
+    const std::vector<std::string> lines = readLines("epsg-info.csv");
+    EXPECT_THAT(lines.front(), StartsWith("code,name,kind,area,west,"));
+    std::vector<int> described = {0};
+    for (std::size_t i = 1; i < lines.size(); ++i) described.push_back(std::stoi(lines[i]));
+    EXPECT_EQ(described, readDefinedCodes());
+}
+
+#if PROJ_VERSION_MAJOR == 9 && PROJ_VERSION_MINOR == 1
+// The directory that comes with the sources is made with this version.
+TEST(FullDirectoryTest, HasTheDefinitionsOfTheSmallDirectory) {
+    const auto definitions = readDefinitions(PROJ_FULL);
+    for (const auto& [code, definition] : readDefinitions(COORDTRANS_SOURCE_DIR "/data/proj"))
+        EXPECT_EQ(definition, definitions.at(code)) << code;
+}
+#endif
 
 // Geocentric axes are not exchanged; PROJ gives the same answer for them.
 TEST(FullDirectoryTest, HasTheAxisOrdersOfPROJ) {

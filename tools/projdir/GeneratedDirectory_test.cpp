@@ -13,6 +13,7 @@
 #include "tools/projdir/CodeList.h"
 #include "tools/projdir/DirectoryText.h"
 #include "tools/projdir/Generation.h"
+#include "tools/projdir/MethodText.h"
 #include "tools/projdir/Verification.h"
 
 namespace ProjDir {
@@ -42,11 +43,12 @@ std::vector<RegistryCrs> selectCodes() {
     return selectListed(readRegistry(context), listed, true);
 }
 
-// PROJ writes a classic text of it, and its latitudes and longitudes, if it has any, are degrees.
+// PROJ writes a classic text of it, or this program does, and its latitudes and longitudes, if it has any, are degrees.
 bool isExpressible(unsigned int code) {
     const ProjContext context;
     const ProjPtr<PJ> crs = createCrs(context, code);
-    if (proj_as_proj_string(context.get(), crs.get(), PJ_PROJ_4, nullptr) == nullptr) return false;
+    if (proj_as_proj_string(context.get(), crs.get(), PJ_PROJ_4, nullptr) == nullptr)
+        return writeMethodText(context, crs.get()).has_value();
     const ProjPtr<PJ> axes(proj_crs_get_coordinate_system(context.get(), crs.get()));
     double radiansOfUnit = 0;
     proj_cs_get_axis_info(context.get(), axes.get(), 0, nullptr, nullptr, nullptr, &radiansOfUnit, nullptr, nullptr,
@@ -112,8 +114,11 @@ TEST_F(GeneratedDirectoryTest, HasAnAxisOrderForEveryDefinition) {
 
 // How many there are of these depends on the versions of PROJ and of the registry.
 TEST_F(GeneratedDirectoryTest, LeavesOutOnlyWhatCannotBeExpressed) {
-    for (const CrsOutcome& outcome : generated().outcomes)
-        EXPECT_EQ(outcome.definition.has_value(), isExpressible(outcome.crs.code)) << outcome.crs.code;
+    for (const CrsOutcome& outcome : generated().outcomes) {
+        const bool isFarOff = outcome.omission.rfind("its best shift (", 0) == 0;
+        EXPECT_EQ(outcome.definition.has_value() || isFarOff, isExpressible(outcome.crs.code)) << outcome.crs.code;
+        EXPECT_NE(outcome.definition.has_value(), !outcome.omission.empty()) << outcome.crs.code;
+    }
     EXPECT_TRUE(find(25832).definition);
     EXPECT_FALSE(find(4807).definition);
 }
@@ -138,7 +143,7 @@ TEST_F(GeneratedDirectoryTest, IsAcceptedWholeByTheLibrary) {
 
 // In metres. Where PROJ has one operation, or several that hardly differ, ten are far too many.
 TEST_F(GeneratedDirectoryTest, AgreesWithPROJ) {
-    const std::map<unsigned int, double> bounds = {{27700, 3}, {28992, 3}, {31370, 3}, {31467, 3}, {2154, 3},
+    const std::map<unsigned int, double> bounds = {{27700, 3}, {28992, 3}, {31370, 3}, {31467, 4}, {2154, 3},
                                                    {25832, 3}, {3857, 3},  {21781, 3}, {2056, 3},  {4277, 3}};
     // PROJ changes between operations of different regions there, or has a grid that bends too much.
     const std::set<unsigned int> manifold = {2081, 2736, 2964,  3906, 4120, 4156, 4230, 4267,
@@ -154,11 +159,14 @@ TEST_F(GeneratedDirectoryTest, AgreesWithPROJ) {
     }
 }
 
-// Between the points that the shift of 2318 was chosen at, PROJ uses another operation.
+// PROJ as installed may use a grid instead. Between the points that the shift of 2318 was chosen at, it uses another
+// operation.
 TEST_F(GeneratedDirectoryTest, AgreesToTheMillimetreWhereTheShiftIsPROJsOwn) {
     for (const Agreement& agreement : verify(generated().outcomes)) {
         const ShiftChoice& shift = agreement.outcome->definition->shift;
-        const bool isSame = shift.kind == ShiftKind::PUBLISHED && shift.residual.largest < 0.001;
+        const std::vector<OperationShare>& shares = agreement.outcome->shares;
+        const bool isSame =
+            shift.kind == ShiftKind::PUBLISHED && shares.size() == 1 && shares.front().operation.source == shift.source;
         if ((!isSame && shift.kind != ShiftKind::WGS_84) || agreement.outcome->crs.code == 2318) continue;
         EXPECT_LT(agreement.largest, 0.005) << agreement.outcome->crs.code;
     }

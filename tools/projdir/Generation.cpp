@@ -1,7 +1,9 @@
 #include "tools/projdir/Generation.h"
 
+#include <algorithm>
 #include <atomic>
 #include <exception>
+#include <map>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -14,18 +16,34 @@ struct SharedWork {
     const std::vector<RegistryCrs>& list;
     const DefinitionOptions& options;
     PercentBar& progress;
+    // Indices of CRS on one geodetic CRS.
+    std::vector<std::vector<std::size_t>> groups;
     std::vector<CrsOutcome> outcomes;
     std::atomic<std::size_t> next{0};
+    std::atomic<bool> isStopped{false};
     std::mutex failureLock;
     std::exception_ptr failure;
 };
 
+// The largest groups first, so that no thread is left with one of them at the end.
+std::vector<std::vector<std::size_t>> groupByGeodeticCrs(const std::vector<RegistryCrs>& list) {
+    std::map<unsigned int, std::vector<std::size_t>> byCode;
+    for (std::size_t i = 0; i < list.size(); ++i) byCode[list[i].geodeticCode].push_back(i);
+    std::vector<std::vector<std::size_t>> groups;
+    groups.reserve(byCode.size());
+    for (auto& [code, group] : byCode) groups.push_back(std::move(group));
+    std::stable_sort(groups.begin(), groups.end(), [](const auto& a, const auto& b) { return a.size() > b.size(); });
+    return groups;
+}
+
 void makeShare(SharedWork& work) {
     DefinitionMaker maker(work.options);
-    for (std::size_t i = work.next++; i < work.list.size(); i = work.next++) {
-        work.outcomes[i] = maker.make(work.list[i]);
-        work.progress.advance();
-    }
+    for (std::size_t group = work.next++; group < work.groups.size(); group = work.next++)
+        for (const std::size_t i : work.groups[group]) {
+            if (work.isStopped) return;
+            work.outcomes[i] = maker.make(work.list[i]);
+            work.progress.advance();
+        }
 }
 
 // No exception may leave a thread; the first one stops the others.
@@ -35,7 +53,8 @@ void makeShareSafely(SharedWork& work) {
     } catch (...) {
         const std::lock_guard<std::mutex> guard(work.failureLock);
         if (!work.failure) work.failure = std::current_exception();
-        work.next = work.list.size();
+        work.isStopped = true;
+        work.next = work.groups.size();
     }
 }
 
@@ -54,7 +73,8 @@ std::vector<std::thread> startHelpers(SharedWork& work, unsigned int count) {
 
 std::vector<CrsOutcome> makeAll(const std::vector<RegistryCrs>& list, const DefinitionOptions& options,
                                 unsigned int threads, PercentBar& progress) {
-    SharedWork work{list, options, progress, std::vector<CrsOutcome>(list.size()), {}, {}, {}};
+    SharedWork work{list, options, progress, groupByGeodeticCrs(list), std::vector<CrsOutcome>(list.size()), {},
+                    {},   {},      {}};
     std::vector<std::thread> helpers = startHelpers(work, threads - 1);
     makeShareSafely(work);
     for (std::thread& helper : helpers) helper.join();

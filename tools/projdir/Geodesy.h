@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Eigen/Core>
+
 #include "tools/projdir/Area.h"
 
 namespace ProjDir {
@@ -14,27 +16,16 @@ struct ReferenceEllipsoid {
 
 constexpr ReferenceEllipsoid WGS_84_ELLIPSOID{6378137.0, 6356752.314245179};
 
-struct Vector {
-    double x = 0;
-    double y = 0;
-    double z = 0;
-};
-
-Vector operator+(const Vector& left, const Vector& right);
-Vector operator-(const Vector& left, const Vector& right);
-Vector operator*(double factor, const Vector& vector);
-double dot(const Vector& left, const Vector& right);
-Vector cross(const Vector& left, const Vector& right);
-double lengthOf(const Vector& vector);
+using Vector = Eigen::Vector3d;
 
 // Geocentric coordinates of a point at `height` metres above the ellipsoid.
 Vector toGeocentric(const ReferenceEllipsoid& ellipsoid, const LonLat& point, double height = 0);
 
 // The local east-north-up frame of a place: unit vectors in the geocentric axes.
 struct LocalFrame {
-    Vector east;
-    Vector north;
-    Vector up;
+    Vector east = Vector::Zero();
+    Vector north = Vector::Zero();
+    Vector up = Vector::Zero();
 };
 
 LocalFrame localFrameAt(const LonLat& point);

@@ -8,9 +8,9 @@ namespace ProjDir {
 namespace {
 
 void expectNear(const Vector& actual, const Vector& expected, double tolerance) {
-    EXPECT_NEAR(actual.x, expected.x, tolerance);
-    EXPECT_NEAR(actual.y, expected.y, tolerance);
-    EXPECT_NEAR(actual.z, expected.z, tolerance);
+    EXPECT_NEAR(actual.x(), expected.x(), tolerance);
+    EXPECT_NEAR(actual.y(), expected.y(), tolerance);
+    EXPECT_NEAR(actual.z(), expected.z(), tolerance);
 }
 
 // The worked example of the conversion in IOGP Guidance Note 7-2, which gives millimetres.
@@ -26,10 +26,10 @@ TEST(GeodesyTest, PutsThePoleOnTheAxis) {
 
 TEST(GeodesyTest, AxesOfTheLocalFrameAreOrthogonal) {
     const LocalFrame frame = localFrameAt({-70, -33});
-    EXPECT_NEAR(dot(frame.east, frame.north), 0, 1e-15);
-    EXPECT_NEAR(dot(frame.up, frame.north), 0, 1e-15);
-    EXPECT_NEAR(lengthOf(frame.north), 1, 1e-15);
-    EXPECT_GT(frame.north.z, 0);
+    EXPECT_NEAR(frame.east.dot(frame.north), 0, 1e-15);
+    EXPECT_NEAR(frame.up.dot(frame.north), 0, 1e-15);
+    EXPECT_NEAR(frame.north.norm(), 1, 1e-15);
+    EXPECT_GT(frame.north.z(), 0);
     expectNear(localFrameAt({0, 0}).east, {0, 1, 0}, 1e-15);
 }
 

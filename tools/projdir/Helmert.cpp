@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include <Eigen/Geometry>
+
 #include "text/NumericText.h"
 
 namespace ProjDir {
@@ -14,18 +16,16 @@ namespace {
 double roundTo(double value, double stepsPerUnit) { return std::round(value * stepsPerUnit) / stepsPerUnit + 0.0; }
 
 Vector roundTo(const Vector& vector, double stepsPerUnit) {
-    return {roundTo(vector.x, stepsPerUnit), roundTo(vector.y, stepsPerUnit), roundTo(vector.z, stepsPerUnit)};
+    return vector.unaryExpr([stepsPerUnit](double value) { return roundTo(value, stepsPerUnit); });
 }
 
 std::string writeVector(const Vector& vector) {
-    return writeDouble(vector.x + 0.0) + "," + writeDouble(vector.y + 0.0) + "," + writeDouble(vector.z + 0.0);
+    return writeDouble(vector.x() + 0.0) + "," + writeDouble(vector.y() + 0.0) + "," + writeDouble(vector.z() + 0.0);
 }
-
-bool isZero(const Vector& vector) { return vector.x == 0 && vector.y == 0 && vector.z == 0; }
 
 // What a helmert does to a difference of two points.
 Vector rotateAndScale(const Helmert& helmert, const Vector& vector) {
-    const Vector rotated = vector + RADIANS_PER_ARC_SECOND * cross(helmert.rotation, vector);
+    const Vector rotated = vector + RADIANS_PER_ARC_SECOND * helmert.rotation.cross(vector);
     return (1 + helmert.scale / MILLION) * rotated;
 }
 
@@ -33,7 +33,7 @@ Vector rotateAndScale(const Helmert& helmert, const Vector& vector) {
 
 Vector Helmert::apply(const Vector& point) const { return translation + rotateAndScale(*this, point); }
 
-bool Helmert::isNull() const { return isZero(translation) && isZero(rotation) && scale == 0; }
+bool Helmert::isNull() const { return translation.isZero(0) && rotation.isZero(0) && scale == 0; }
 
 Helmert compose(const Helmert& first, const Helmert& second) {
     return {second.apply(first.translation), first.rotation + second.rotation,
@@ -41,7 +41,7 @@ Helmert compose(const Helmert& first, const Helmert& second) {
 }
 
 Helmert invert(const Helmert& helmert) {
-    Helmert inverse{{}, -1.0 * helmert.rotation, -helmert.scale / (1 + helmert.scale / MILLION)};
+    Helmert inverse{Vector::Zero(), -1.0 * helmert.rotation, -helmert.scale / (1 + helmert.scale / MILLION)};
     inverse.translation = -1.0 * rotateAndScale(inverse, helmert.translation);
     return inverse;
 }

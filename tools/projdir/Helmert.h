@@ -12,9 +12,9 @@ constexpr double MILLION = 1e6;
 // A shift between two geocentric systems, in the sense of "+towgs84": position vector, small angles,
 // X' = T + (1 + S) (X + R x X).
 struct Helmert {
-    Vector translation;  // metres
-    Vector rotation;     // arc-seconds
-    double scale = 0;    // parts per million
+    Vector translation = Vector::Zero();  // metres
+    Vector rotation = Vector::Zero();     // arc-seconds
+    double scale = 0;                     // parts per million
 
     Vector apply(const Vector& point) const;
     bool isNull() const;

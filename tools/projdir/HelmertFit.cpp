@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "tools/projdir/NormalEquations.h"
+#include <Eigen/Eigenvalues>
+#include <Eigen/Geometry>
 
 namespace ProjDir {
 namespace {
@@ -15,42 +16,64 @@ constexpr double HEIGHT_WEIGHT_OF_THREE = 1e-6;
 constexpr double HEIGHT_WEIGHT_OF_SEVEN = 1e-4;
 constexpr double CUT_OFF = 1e-6;
 
+constexpr int UNKNOWN_COUNT = 7;
+using Unknowns = Eigen::Matrix<double, UNKNOWN_COUNT, 1>;
+
+// The normal equations of a least-squares problem.
+struct NormalEquations {
+    Eigen::Matrix<double, UNKNOWN_COUNT, UNKNOWN_COUNT> matrix = decltype(matrix)::Zero();
+    Unknowns rightSide = Unknowns::Zero();
+
+    void addEquation(const Unknowns& coefficients, double value, double weight) {
+        matrix += weight * coefficients * coefficients.transpose();
+        rightSide += weight * value * coefficients;
+    }
+
+    // The solution of least length among those that fit best. Directions in which the equations say less than the
+    // CUT_OFFth part of what they say in the strongest stay zero.
+    Unknowns solve() const {
+        const Eigen::SelfAdjointEigenSolver<decltype(matrix)> eigen(matrix);
+        const double least = CUT_OFF * eigen.eigenvalues().maxCoeff();
+        const Unknowns amounts = eigen.eigenvectors().transpose() * rightSide;
+        const Unknowns kept =
+            (eigen.eigenvalues().array() > least).select(amounts.cwiseQuotient(eigen.eigenvalues()), Unknowns::Zero());
+        return eigen.eigenvectors() * kept;
+    }
+};
+
 // The part of the movement along `direction` that each unknown causes:
 //   X' = T + (1 + S) X + Q x X  with  Q = (1 + S) R,  in which everything is linear
-NormalEquations::Coefficients coefficientsAlong(const ShiftSample& sample, const Vector& direction,
-                                                FitParameters parameters) {
-    NormalEquations::Coefficients coefficients{direction.x, direction.y, direction.z};
+Unknowns coefficientsAlong(const ShiftSample& sample, const Vector& direction, FitParameters parameters) {
+    Unknowns coefficients = Unknowns::Zero();
+    coefficients.head<3>() = direction;
     if (parameters == FitParameters::TRANSLATION) return coefficients;
-    const Vector rotated = cross(sample.source, direction);
-    coefficients[3] = rotated.x / EARTH_RADIUS;
-    coefficients[4] = rotated.y / EARTH_RADIUS;
-    coefficients[5] = rotated.z / EARTH_RADIUS;
-    coefficients[6] = dot(sample.source, direction) / EARTH_RADIUS;
+    coefficients.segment<3>(3) = sample.source.cross(direction) / EARTH_RADIUS;
+    coefficients[6] = sample.source.dot(direction) / EARTH_RADIUS;
     return coefficients;
 }
 
 void addSample(NormalEquations& equations, const ShiftSample& sample, FitParameters parameters, const Helmert& start) {
     const Vector misclosure = sample.target - start.apply(sample.source);
     const auto add = [&](const Vector& direction, double weight) {
-        equations.addEquation(coefficientsAlong(sample, direction, parameters), dot(misclosure, direction), weight);
+        equations.addEquation(coefficientsAlong(sample, direction, parameters), misclosure.dot(direction), weight);
     };
     add(sample.frame.east, 1);
     add(sample.frame.north, 1);
     add(sample.frame.up, parameters == FitParameters::TRANSLATION ? HEIGHT_WEIGHT_OF_THREE : HEIGHT_WEIGHT_OF_SEVEN);
 }
 
-Helmert addSolution(const Helmert& start, const NormalEquations::Unknowns& solution) {
+Helmert addSolution(const Helmert& start, const Unknowns& solution) {
     const double startFactor = 1 + start.scale / MILLION;
     const double factor = startFactor + solution[6] / EARTH_RADIUS;
-    const Vector correction{solution[3], solution[4], solution[5]};
+    const Vector correction = solution.segment<3>(3);
     const Vector rotation = startFactor * start.rotation + (1 / (EARTH_RADIUS * RADIANS_PER_ARC_SECOND)) * correction;
-    return {start.translation + Vector{solution[0], solution[1], solution[2]}, (1 / factor) * rotation,
+    return {start.translation + solution.head<3>(), (1 / factor) * rotation,
             start.scale + solution[6] / EARTH_RADIUS * MILLION};
 }
 
 double horizontalResidual(const Helmert& shift, const ShiftSample& sample) {
     const Vector misclosure = sample.target - shift.apply(sample.source);
-    return std::hypot(dot(misclosure, sample.frame.east), dot(misclosure, sample.frame.north));
+    return std::hypot(misclosure.dot(sample.frame.east), misclosure.dot(sample.frame.north));
 }
 
 }  // namespace
@@ -62,7 +85,7 @@ ShiftSample makeShiftSample(const ReferenceEllipsoid& sourceEllipsoid, const Lon
 void adoptHeights(std::vector<ShiftSample>& samples, const Helmert& shift) {
     for (ShiftSample& sample : samples) {
         const Vector& up = sample.frame.up;
-        sample.target = sample.target + dot(shift.apply(sample.source) - sample.target, up) * up;
+        sample.target = sample.target + (shift.apply(sample.source) - sample.target).dot(up) * up;
     }
 }
 
@@ -80,10 +103,16 @@ Residual measureResidual(const Helmert& shift, const std::vector<ShiftSample>& s
     return residual;
 }
 
+std::size_t countBeyond(const Helmert& shift, const std::vector<ShiftSample>& samples, double metres) {
+    return static_cast<std::size_t>(std::count_if(samples.begin(), samples.end(), [&](const ShiftSample& sample) {
+        return horizontalResidual(shift, sample) > metres;
+    }));
+}
+
 Helmert fitHelmert(const std::vector<ShiftSample>& samples, FitParameters parameters, const Helmert& start) {
     NormalEquations equations;
     for (const ShiftSample& sample : samples) addSample(equations, sample, parameters, start);
-    return addSolution(start, equations.solve(CUT_OFF));
+    return addSolution(start, equations.solve());
 }
 
 }  // namespace ProjDir

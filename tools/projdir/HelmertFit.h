@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 #include "tools/projdir/Helmert.h"
@@ -8,8 +9,8 @@ namespace ProjDir {
 
 // A point in its own geocentric system, and where it lies in that of WGS 84.
 struct ShiftSample {
-    Vector source;
-    Vector target;
+    Vector source = Vector::Zero();
+    Vector target = Vector::Zero();
     // At the target.
     LocalFrame frame;
 };
@@ -28,6 +29,9 @@ struct Residual {
 
 // How far `shift` misses the targets horizontally.
 Residual measureResidual(const Helmert& shift, const std::vector<ShiftSample>& samples);
+
+// How many of the targets it misses by more than so many metres.
+std::size_t countBeyond(const Helmert& shift, const std::vector<ShiftSample>& samples, double metres);
 
 enum class FitParameters { TRANSLATION, ALL_SEVEN };
 

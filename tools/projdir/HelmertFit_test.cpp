@@ -8,7 +8,7 @@ namespace ProjDir {
 namespace {
 
 const Helmert SEVEN{{598.1, 73.7, 418.2}, {0.202, 0.045, -2.455}, 6.7};
-const Helmert THREE{{-87, -98, -121}, {}, 0};
+const Helmert THREE{{-87, -98, -121}, Vector::Zero(), 0};
 const Area WORLD{-180, -80, 170, 80};
 const Area SMALL{9, 50, 9.5, 50.4};
 
@@ -24,12 +24,12 @@ std::vector<ShiftSample> makeSamples(const Area& area, const Helmert& shift) {
 }
 
 void expectSame(const Helmert& actual, const Helmert& expected, double tolerance) {
-    EXPECT_NEAR(actual.translation.x, expected.translation.x, tolerance);
-    EXPECT_NEAR(actual.translation.y, expected.translation.y, tolerance);
-    EXPECT_NEAR(actual.translation.z, expected.translation.z, tolerance);
-    EXPECT_NEAR(actual.rotation.x, expected.rotation.x, tolerance);
-    EXPECT_NEAR(actual.rotation.y, expected.rotation.y, tolerance);
-    EXPECT_NEAR(actual.rotation.z, expected.rotation.z, tolerance);
+    EXPECT_NEAR(actual.translation.x(), expected.translation.x(), tolerance);
+    EXPECT_NEAR(actual.translation.y(), expected.translation.y(), tolerance);
+    EXPECT_NEAR(actual.translation.z(), expected.translation.z(), tolerance);
+    EXPECT_NEAR(actual.rotation.x(), expected.rotation.x(), tolerance);
+    EXPECT_NEAR(actual.rotation.y(), expected.rotation.y(), tolerance);
+    EXPECT_NEAR(actual.rotation.z(), expected.rotation.z(), tolerance);
     EXPECT_NEAR(actual.scale, expected.scale, tolerance);
 }
 
@@ -48,7 +48,7 @@ TEST(HelmertFitTest, FindsAKnownTranslationAgain) {
 
 TEST(HelmertFitTest, TranslationDoesNotRotate) {
     const Helmert fitted = fitHelmert(makeSamples(WORLD, SEVEN), FitParameters::TRANSLATION, {});
-    EXPECT_EQ(lengthOf(fitted.rotation), 0);
+    EXPECT_EQ(fitted.rotation.norm(), 0);
     EXPECT_EQ(fitted.scale, 0);
 }
 
@@ -57,7 +57,7 @@ TEST(HelmertFitTest, FollowsAShiftInASmallArea) {
     const auto samples = makeSamples(SMALL, SEVEN);
     const Helmert fitted = fitHelmert(samples, FitParameters::ALL_SEVEN, THREE);
     EXPECT_LT(measureResidual(fitted, samples).largest, 0.05);
-    EXPECT_LT(lengthOf(fitted.translation), 2000);
+    EXPECT_LT(fitted.translation.norm(), 2000);
 }
 
 TEST(HelmertFitTest, StaysAtAStartThatFits) {
@@ -65,17 +65,18 @@ TEST(HelmertFitTest, StaysAtAStartThatFits) {
 }
 
 TEST(HelmertFitTest, HalvesTheDifferenceOfTwoShifts) {
-    std::vector<ShiftSample> samples = {makeSample({0, 0}, {{0, 10, 0}, {}, 0}),
-                                        makeSample({0, 0}, {{0, 20, 0}, {}, 0})};
+    std::vector<ShiftSample> samples = {makeSample({0, 0}, {{0, 10, 0}, Vector::Zero(), 0}),
+                                        makeSample({0, 0}, {{0, 20, 0}, Vector::Zero(), 0})};
     const Helmert fitted = fitHelmert(samples, FitParameters::TRANSLATION, {});
-    EXPECT_NEAR(fitted.translation.y, 15, 1e-9);
+    EXPECT_NEAR(fitted.translation.y(), 15, 1e-9);
     const Residual residual = measureResidual(fitted, samples);
     EXPECT_NEAR(residual.largest, 5, 1e-9);
     EXPECT_NEAR(residual.rootMeanSquare, 5, 1e-9);
 }
 
 TEST(HelmertFitTest, MeasuresHorizontallyOnly) {
-    const std::vector<ShiftSample> samples = {makeSample({0, 0}, {{1000, 3, 4}, {}, 0}), makeSample({0, 0}, {})};
+    const std::vector<ShiftSample> samples = {makeSample({0, 0}, {{1000, 3, 4}, Vector::Zero(), 0}),
+                                              makeSample({0, 0}, {})};
     const Residual residual = measureResidual({}, samples);
     EXPECT_NEAR(residual.largest, 5, 1e-9);
     EXPECT_NEAR(residual.mean, 2.5, 1e-9);
@@ -88,20 +89,20 @@ TEST(HelmertFitTest, NoSamplesLeaveNoResidual) {
 }
 
 TEST(HelmertFitTest, AdoptsTheHeightsOfAnotherShift) {
-    std::vector<ShiftSample> samples = {makeSample({0, 0}, {{0, 3, 4}, {}, 0})};
-    adoptHeights(samples, {{50, 100, 100}, {}, 0});
+    std::vector<ShiftSample> samples = {makeSample({0, 0}, {{0, 3, 4}, Vector::Zero(), 0})};
+    adoptHeights(samples, {{50, 100, 100}, Vector::Zero(), 0});
     const Vector moved = samples.front().target - samples.front().source;
-    EXPECT_NEAR(moved.x, 50, 1e-6);
-    EXPECT_NEAR(moved.y, 3, 1e-6);
-    EXPECT_NEAR(moved.z, 4, 1e-6);
+    EXPECT_NEAR(moved.x(), 50, 1e-6);
+    EXPECT_NEAR(moved.y(), 3, 1e-6);
+    EXPECT_NEAR(moved.z(), 4, 1e-6);
 }
 
 TEST(HelmertFitTest, SamplesStandOnTheirEllipsoids) {
     const ReferenceEllipsoid airy{6377563.396, 6356256.909};
     const ShiftSample sample = makeShiftSample(airy, {0, 0}, {90, 0});
-    EXPECT_NEAR(sample.source.x, airy.semiMajor, 1e-6);
-    EXPECT_NEAR(sample.target.y, WGS_84_ELLIPSOID.semiMajor, 1e-6);
-    EXPECT_NEAR(sample.frame.up.y, 1, 1e-12);
+    EXPECT_NEAR(sample.source.x(), airy.semiMajor, 1e-6);
+    EXPECT_NEAR(sample.target.y(), WGS_84_ELLIPSOID.semiMajor, 1e-6);
+    EXPECT_NEAR(sample.frame.up.y(), 1, 1e-12);
 }
 
 }  // namespace

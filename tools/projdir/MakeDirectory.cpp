@@ -5,7 +5,9 @@
 #include <cstdio>
 #include <exception>
 #include <fstream>
+#include <list>
 #include <optional>
+#include <sstream>
 #include <system_error>
 #include <thread>
 
@@ -14,6 +16,7 @@
 #include "tools/projdir/CodeList.h"
 #include "tools/projdir/DirectoryText.h"
 #include "tools/projdir/Generation.h"
+#include "tools/projdir/GridFiles.h"
 #include "tools/projdir/Line.h"
 #include "tools/projdir/MemoryWatch.h"
 #include "tools/projdir/OutputFile.h"
@@ -28,35 +31,67 @@ constexpr unsigned int LARGEST_THREAD_COUNT = 4;
 
 unsigned int countThreads() { return std::clamp(std::thread::hardware_concurrency(), 1U, LARGEST_THREAD_COUNT); }
 
-std::vector<ListedCode> readCodesFile(const std::string& path) {
+std::ifstream openFile(const std::string& path) {
     std::ifstream file(path);
     if (!file) throw CodeListError("cannot read \"" + path + "\": " + std::generic_category().message(errno));
+    return file;
+}
+
+std::vector<ListedCode> readCodesFile(const std::string& path) {
+    std::ifstream file = openFile(path);
     return readCodeList(file, path);
 }
 
+std::vector<ListedCode> readConfigFile(const std::string& path) {
+    std::ifstream file = openFile(path);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return readConfigurationCodes(text.str(), path);
+}
+
+// The options combine: what each of them chooses remains.
 std::vector<RegistryCrs> selectCrs(const Options& options, const std::vector<RegistryCrs>& registry) {
-    if (options.codesFile.empty()) return selectAll(registry, options.includeDeprecated);
-    return selectListed(registry, readCodesFile(options.codesFile), options.includeDeprecated);
+    std::vector<RegistryCrs> list = selectAll(registry, options.includeDeprecated);
+    const auto narrow = [&](const std::vector<ListedCode>& codes) {
+        list = selectCommon(list, selectListed(registry, codes, options.includeDeprecated));
+    };
+    if (!options.codesFile.empty()) narrow(readCodesFile(options.codesFile));
+    if (!options.configFile.empty()) narrow(readConfigFile(options.configFile));
+    if (options.area) list = selectOverlapping(list, *options.area);
+    if (list.empty()) throw CodeListError("no CRS of the registry is what all options ask for");
+    return list;
+}
+
+// A file of the directory and what goes into it.
+struct DirectoryFile {
+    std::string name;
+    std::string text;
+};
+
+std::vector<std::string> listFileNames(const Options& options) {
+    std::vector<std::string> names = {INIT_FILE, AXIS_ORDER_FILE, INFO_FILE};
+    if (options.useGrids) names.emplace_back(GRIDS_FILE);
+    return names;
 }
 
 // Nothing stays on the disk while the definitions are made: whatever ends the program leaves nothing behind.
 void probeOutput(const Options& options) {
     const BlockedSignals blocked;
     const OutputDirectory directory(options.directory);
-    OutputFile(directory.file(INIT_FILE), options.force).probe();
-    OutputFile(directory.file(AXIS_ORDER_FILE), options.force).probe();
+    for (const std::string& name : listFileNames(options)) OutputFile(directory.file(name), options.force).probe();
     if (!options.reportFile.empty()) OutputFile(options.reportFile, options.force).probe();
 }
 
-void publishDirectory(const Options& options, const std::string& definitions, const std::string& axisOrders) {
+// All are whole before the first of them has its name. The definitions come last: where they are, the others are.
+void publishDirectory(const Options& options, const std::vector<DirectoryFile>& files) {
     const BlockedSignals blocked;
     OutputDirectory directory(options.directory);
-    OutputFile initFile(directory.file(INIT_FILE), options.force);
-    OutputFile axisOrderFile(directory.file(AXIS_ORDER_FILE), options.force);
-    initFile.write(definitions);
-    axisOrderFile.write(axisOrders);
-    axisOrderFile.publish();
-    initFile.publish();
+    std::list<OutputFile> outputs;
+    for (const DirectoryFile& file : files) {
+        outputs.emplace_front(directory.file(file.name), options.force);
+        outputs.front().write(file.text);
+    }
+    for (OutputFile& output : outputs) output.publish();
     directory.keep();
 }
 
@@ -70,7 +105,7 @@ void publishReport(const Options& options, const std::string& text) {
 
 std::vector<CrsOutcome> makeOutcomes(const Options& options, const std::vector<RegistryCrs>& list) {
     PercentBar progress(stderr, "Definitions", list.size());
-    return makeAll(list, {options.useGrids, options.verify}, countThreads(), progress);
+    return makeAll(list, {options.useGrids, options.verify, options.fit, options.worst}, countThreads(), progress);
 }
 
 std::vector<Agreement> verifyOutcomes(const Options& options, const std::vector<CrsOutcome>& outcomes) {
@@ -90,9 +125,10 @@ bool isAccepted(const std::vector<Agreement>& agreements) {
 
 // Who names a code counts on its definition.
 void requireDefinitions(const Options& options, const std::vector<CrsOutcome>& outcomes) {
-    const std::string leftOut = options.codesFile.empty() ? "" : writeLeftOut(outcomes);
+    const std::string& list = options.codesFile.empty() ? options.configFile : options.codesFile;
+    const std::string leftOut = list.empty() ? "" : writeLeftOut(outcomes);
     if (!leftOut.empty())
-        throw CodeListError(options.codesFile + " names CRS that no definition can be made for:\n" +
+        throw CodeListError(list + " names CRS that no definition can be made for:\n" +
                             leftOut.substr(0, leftOut.size() - 1));
 }
 
@@ -100,10 +136,16 @@ std::vector<CrsOutcome> makeFiles(const Options& options, const RegistryVersion&
                                   const std::vector<RegistryCrs>& list) {
     std::vector<CrsOutcome> outcomes = makeOutcomes(options, list);
     requireDefinitions(options, outcomes);
-    const std::string definitions = writeInitFile(version, outcomes);
-    const std::string axisOrders = writeAxisOrderFile(outcomes);
+    std::vector<DirectoryFile> files = {{INIT_FILE, writeInitFile(version, outcomes, describeOptions(options))},
+                                        {AXIS_ORDER_FILE, writeAxisOrderFile(outcomes)},
+                                        {INFO_FILE, writeInfoFile(outcomes)}};
+    if (options.useGrids) {
+        const std::vector<GridFile> grids = listGridFiles(ProjContext(), outcomes);
+        files.push_back({GRIDS_FILE, writeGridFiles(grids)});
+        print(writeMissingGrids(grids));
+    }
     MemoryWatch::requireNoShortage();
-    publishDirectory(options, definitions, axisOrders);
+    publishDirectory(options, files);
     return outcomes;
 }
 

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/TemporaryDirectory.h"
+#include "tools/projdir/ProjContext.h"
 
 namespace ProjDir {
 namespace {
@@ -72,13 +73,96 @@ protected:
     std::string error;
 };
 
-TEST_F(MakeDirectoryTest, MakesTheTwoFiles) {
+TEST_F(MakeDirectoryTest, MakesTheThreeFiles) {
     EXPECT_EQ(runProgram(), 0);
     EXPECT_EQ(error, "");
     EXPECT_THAT(output, HasSubstr("2 definitions"));
     EXPECT_THAT(work.read("out/epsg"),
                 HasSubstr("# ETRS89 / UTM zone 32N; shift EPSG:1149\n<25832> +proj=utm +zone=32"));
     EXPECT_EQ(work.read("out/epsg-axisorder.csv"), "0;en\n4326;ne\n25832;en\n");
+    EXPECT_THAT(work.read("out/epsg-info.csv"),
+                AllOf(HasSubstr("\n4326,WGS 84,geographic,World.,-180,-90,180,90,degree,"),
+                      HasSubstr("\n25832,ETRS89 / UTM zone 32N,projected,")));
+    EXPECT_EQ(listOutput(), (std::set<std::string>{"epsg", "epsg-axisorder.csv", "epsg-info.csv"}));
+}
+
+// Which registry, which program, which options: the content depends on nothing else.
+TEST_F(MakeDirectoryTest, StatesItsOrigin) {
+    options.area = Area{5, 45, 15.5, 55};
+    options.fit = true;
+    EXPECT_EQ(runProgram(), 0);
+    EXPECT_THAT(work.read("out/epsg"), HasSubstr(", from the database of PROJ "));
+    EXPECT_THAT(work.read("out/epsg"), HasSubstr("\n# Made by " + describeOptions(options) + "\n"));
+    EXPECT_THAT(describeOptions(options), EndsWith(" --codes --area 5,45,15.5,55 --fit"));
+}
+
+TEST_F(MakeDirectoryTest, TakesWhatAllOptionsAskFor) {
+    work.write("codes", "4326\n25832\n31467\n3031\n");
+    options.configFile = work.write("config",
+                                    "<CrsConfiguration><CRS>EPSG:31467</CRS><CRS>4326</CRS>"
+                                    "<CRS mapToEpsgCode=\"3031\">polar</CRS></CrsConfiguration>");
+    options.area = Area{5, 45, 15, 55};
+    EXPECT_EQ(runProgram(), 0);
+    EXPECT_EQ(work.read("out/epsg-axisorder.csv"), "0;en\n4326;ne\n31467;ne\n");
+}
+
+TEST_F(MakeDirectoryTest, NamesAnEntryOfAConfigurationThatTheRegistryLacks) {
+    options.codesFile.clear();
+    options.configFile = work.write("config", "<CrsConfiguration><CRS>4326</CRS><CRS>999999</CRS></CrsConfiguration>");
+    EXPECT_EQ(runProgram(), 1);
+    EXPECT_EQ(error,
+              "crs-projdir: " + options.configFile + ", entry EPSG:999999: the registry has no CRS EPSG:999999\n");
+    EXPECT_TRUE(isNothingMade());
+}
+
+TEST_F(MakeDirectoryTest, RefusesOptionsThatLeaveNothing) {
+    options.area = Area{-30, -89, -29, -88};
+    work.write("codes", "25832\n");
+    EXPECT_EQ(runProgram(), 1);
+    EXPECT_THAT(error, HasSubstr("no CRS of the registry is what all options ask for"));
+    EXPECT_TRUE(isNothingMade());
+}
+
+// The same names and definitions with the grids and without them; the list alone tells which are there.
+TEST_F(MakeDirectoryTest, ListsTheGridFilesThatAreNeeded) {
+    work.write("codes", "31467\n27700\n");
+    options.useGrids = true;
+    EXPECT_EQ(runProgram(), 0);
+    EXPECT_THAT(work.read("out/epsg"), HasSubstr("+nadgrids=de_adv_BETA2007.tif +datum_id=EPSG:6314"));
+    EXPECT_THAT(work.read("out/epsg-grids.csv"),
+                testing::MatchesRegex(
+                    "file,sha256\nde_adv_BETA2007.tif,[0-9a-f]*\nuk_os_OSTN15_NTv2_OSGBtoETRS.tif,[0-9a-f]*\n"));
+}
+
+class MakeDirectoryWithoutGridsTest : public MakeDirectoryTest {
+protected:
+    MakeDirectoryWithoutGridsTest() {
+        const std::filesystem::path database = proj_context_get_database_path(ProjContext().get());
+        std::filesystem::create_directory(work.file("proj"));
+        std::filesystem::copy_file(database, work.file("proj/proj.db"));
+    }
+
+    // In a process of its own, as PROJ keeps what it has found. An empty path leaves PROJ what it is installed with.
+    std::string makeText(const std::string& projData) {
+        const pid_t child = fork();
+        if (child == 0) {
+            if (!projData.empty()) setenv("PROJ_DATA", projData.c_str(), 1);
+            _exit(std::freopen("/dev/null", "w", stdout) == nullptr ? 1 : makeDirectory(options));
+        }
+        EXPECT_EQ(waitFor(child), 0);
+        options.force = true;
+        return work.read("out/epsg") + work.read("out/epsg-axisorder.csv") + work.read("out/epsg-info.csv");
+    }
+};
+
+TEST_F(MakeDirectoryWithoutGridsTest, MakesTheSameBytes) {
+    work.write("codes", "4326\n4314\n31467\n27572\n4267\n26741\n4272\n27200\n21781\n4269\n");
+    for (const bool useGrids : {false, true}) {
+        options.useGrids = useGrids;
+        const std::string withGrids = makeText("");
+        EXPECT_EQ(makeText(work.file("proj")), withGrids) << useGrids;
+    }
+    EXPECT_THAT(work.read("out/epsg-grids.csv"), HasSubstr("de_adv_BETA2007.tif,\n"));
 }
 
 TEST_F(MakeDirectoryTest, WritesTheReport) {
@@ -97,7 +181,7 @@ TEST_F(MakeDirectoryTest, MakesTheSameBytesAgain) {
 
 TEST_F(MakeDirectoryTest, OverwritesNothingUnlessForced) {
     std::filesystem::create_directory(options.directory);
-    for (const char* name : {"out/epsg", "out/epsg-axisorder.csv"}) {
+    for (const char* name : {"out/epsg", "out/epsg-axisorder.csv", "out/epsg-info.csv"}) {
         work.write(name, "mine");
         EXPECT_EQ(runProgram(), 1);
         EXPECT_THAT(error, AllOf(HasSubstr(name), HasSubstr("--force")));
@@ -123,13 +207,13 @@ TEST_F(MakeDirectoryTest, NamesACodeThatIsUnknown) {
 }
 
 TEST_F(MakeDirectoryTest, NamesEveryListedCodeThatHasNoDefinition) {
-    work.write("codes", "4326\n5701\n7405\n");
+    work.write("codes", "4326\n5701\n7400\n");
     EXPECT_EQ(runProgram(), 1);
     EXPECT_EQ(output, "");
     EXPECT_THAT(error, StartsWith("crs-projdir: " + options.codesFile +
                                   " names CRS that no definition can be made for:\n  EPSG:5701 "));
-    EXPECT_THAT(error, AllOf(HasSubstr(": a vertical CRS has no classic definition\n  EPSG:7405 "),
-                             EndsWith(": a compound CRS has no classic definition\n")));
+    EXPECT_THAT(error, AllOf(HasSubstr(": a vertical CRS has no classic definition\n  EPSG:7400 "),
+                             EndsWith("know only degrees\n")));
     EXPECT_TRUE(isNothingMade());
 }
 
@@ -165,7 +249,8 @@ TEST_F(MakeDirectoryTest, LeavesNothingHalfMadeWhenItIsInterrupted) {
         std::this_thread::sleep_for(duration * i / MOMENTS);
         kill(child, i % 2 == 0 ? SIGINT : SIGTERM);
         interruptions += WIFSIGNALED(waitFor(child)) ? 1 : 0;
-        EXPECT_TRUE(isNothingMade() || listOutput() == (std::set<std::string>{"epsg", "epsg-axisorder.csv"}));
+        EXPECT_TRUE(isNothingMade() ||
+                    listOutput() == (std::set<std::string>{"epsg", "epsg-axisorder.csv", "epsg-info.csv"}));
     }
     EXPECT_GT(interruptions, 0);
 }

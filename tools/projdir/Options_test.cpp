@@ -52,12 +52,36 @@ TEST(OptionsTest, ReadsEveryOption) {
                 result.options.force);
 }
 
+TEST(OptionsTest, ReadsWhatChoosesAndShifts) {
+    const Result result = read({"o", "--area", "-10.5,36,4,44", "--from-config", "x.xml", "--fit", "--worst", "250"});
+    EXPECT_TRUE(result.isToRun);
+    EXPECT_EQ(result.options.configFile, "x.xml");
+    EXPECT_TRUE(result.options.fit);
+    EXPECT_EQ(result.options.worst, 250);
+    ASSERT_TRUE(result.options.area);
+    EXPECT_EQ(result.options.area->west, -10.5);
+    EXPECT_EQ(result.options.area->south, 36);
+    EXPECT_EQ(result.options.area->east, 4);
+    EXPECT_EQ(result.options.area->north, 44);
+    EXPECT_TRUE(read({"o", "--area", "170,-50,-170,-30"}).isToRun);
+}
+
+TEST(OptionsTest, DescribesWhatTheContentDependsOn) {
+    EXPECT_THAT(describeOptions(read({"o", "--verify", "--force", "--report", "r"}).options),
+                testing::MatchesRegex("crs-projdir [0-9.]+ without options"));
+    EXPECT_THAT(describeOptions(read({"o", "--codes", "c", "--from-config", "f", "--area", "-10,36,4,44.5", "--grids",
+                                      "--fit", "--include-deprecated", "--worst", "20"})
+                                    .options),
+                testing::EndsWith(" --codes --from-config --area -10,36,4,44.5 --include-deprecated --grids --fit "
+                                  "--worst 20"));
+}
+
 TEST(OptionsTest, HelpsAndTellsItsVersion) {
     const Result help = read({"--help"});
     EXPECT_FALSE(help.isToRun);
     EXPECT_EQ(help.exitCode, 0);
-    for (const char* option :
-         {"OUTDIR", "--codes", "--include-deprecated", "--grids", "--report", "--verify", "--force"})
+    for (const char* option : {"OUTDIR", "--codes", "--from-config", "--area", "--include-deprecated", "--grids",
+                               "--fit", "--worst", "--report", "--verify", "--force"})
         EXPECT_THAT(help.output, HasSubstr(option));
     const Result version = read({"--version"});
     EXPECT_EQ(version.exitCode, 0);
@@ -79,13 +103,24 @@ TEST(OptionsTest, HasAManualPageWithEveryOption) {
     for (std::string word; words >> word;)
         if (const std::size_t dashes = word.find("--"); dashes != std::string::npos)
             options.insert(word.substr(dashes, word.find_first_of(",;", dashes) - dashes));
-    EXPECT_EQ(options.size(), 8U);
+    EXPECT_EQ(options.size(), 12U);
     for (const std::string& option : options) EXPECT_THAT(page.str(), HasSubstr(escapeDashes(option)));
 }
 
 TEST(OptionsTest, RefusesWhatItDoesNotKnow) {
-    for (const std::vector<const char*>& arguments :
-         {std::vector<const char*>{}, {"out", "--frob"}, {"out", "more"}, {"out", "--codes"}}) {
+    for (const std::vector<const char*>& arguments : {std::vector<const char*>{},
+                                                      {"out", "--frob"},
+                                                      {"out", "more"},
+                                                      {"out", "--codes"},
+                                                      {"out", "--worst", "-1"},
+                                                      {"out", "--worst", "far"},
+                                                      {"out", "--area", "1,2,3"},
+                                                      {"out", "--area", "1,2,3,4,5"},
+                                                      {"out", "--area", "0,50,10,40"},
+                                                      {"out", "--area", "0,40,181,50"},
+                                                      {"out", "--area", "0,-91,10,50"},
+                                                      {"out", "--area", "0,4O,10,50"},
+                                                      {"out", "--area", "0,nan,10,50"}}) {
         const Result result = read(arguments);
         EXPECT_FALSE(result.isToRun);
         EXPECT_EQ(result.exitCode, 2);

@@ -18,13 +18,22 @@ bool isAboutDatabase(const std::string& message) {
     return function.rfind("proj_", 0) == 0 && (has(message, "cannot build") || has(message, "not found"));
 }
 
+// A search path of one's own takes the place of all others. The database is named first: it would not be found there.
+void hideFiles(PJ_CONTEXT* context) {
+    const std::string database = textOrEmpty(proj_context_get_database_path(context));
+    const char* const nowhere = "/nonexistent";
+    proj_context_set_search_paths(context, 1, &nowhere);
+    if (!database.empty()) proj_context_set_database_path(context, database.c_str(), nullptr, nullptr);
+}
+
 }  // namespace
 
-ProjContext::ProjContext() : context(proj_context_create()) {
+ProjContext::ProjContext(GridUse grids) : context(proj_context_create()) {
     if (context == nullptr) throw std::bad_alloc();
     proj_log_level(get(), PJ_LOG_ERROR);
     proj_log_func(get(), this, keepMessage);
     proj_context_set_enable_network(get(), 0);
+    if (grids == GridUse::NONE) hideFiles(get());
 }
 
 // PROJ is not prepared for exceptions out of here.

@@ -8,13 +8,18 @@ namespace ProjDir {
 
 using ClassicProj::ProjPtr;
 
+enum class GridUse { NONE, INSTALLED };
+
 // A PROJ context of its own: off the network, and keeping PROJ's messages instead of printing them. Owns the
 // context, which outlives every object made with it. One thread at a time.
+//
+// Without grids it finds the database and no other file, neither grids nor a proj.ini: what PROJ computes then depends
+// on its version and its database alone.
 //
 // std::bad_alloc when PROJ has no memory for one.
 class ProjContext {
 public:
-    ProjContext();
+    explicit ProjContext(GridUse grids = GridUse::INSTALLED);
     ProjContext(const ProjContext&) = delete;
     ProjContext& operator=(const ProjContext&) = delete;
 

@@ -5,11 +5,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <map>
-#include <new>
 #include <utility>
 
-#include <sqlite3.h>
-
+#include "tools/projdir/Database.h"
 #include "tools/projdir/Line.h"
 
 namespace ProjDir {
@@ -35,12 +33,6 @@ CrsKind kindOf(PJ_TYPE type) {
     }
 }
 
-unsigned int readCode(const std::string& text) {
-    unsigned int code = 0;
-    std::from_chars(text.data(), text.data() + text.size(), code);
-    return code;
-}
-
 std::optional<Area> readArea(const PROJ_CRS_INFO& info) {
     if (info.bbox_valid == 0) return std::nullopt;
     return Area{info.west_lon_degree, info.south_lat_degree, info.east_lon_degree, info.north_lat_degree};
@@ -52,7 +44,14 @@ struct ByCode {
 };
 
 RegistryCrs readCrs(const PROJ_CRS_INFO& info) {
-    return {readCode(info.code), textOrEmpty(info.name), kindOf(info.type), info.deprecated != 0, readArea(info)};
+    RegistryCrs crs;
+    crs.code = readRegistryCode(info.code);
+    crs.name = textOrEmpty(info.name);
+    crs.kind = kindOf(info.type);
+    crs.isDeprecated = info.deprecated != 0;
+    crs.area = readArea(info);
+    crs.areaName = textOrEmpty(info.area_name);
+    return crs;
 }
 
 std::string describeSearch() {
@@ -61,13 +60,6 @@ std::string describeSearch() {
         if (value != nullptr) return std::string(" (") + variable + " is \"" + value + "\")";
     }
     return " in " + textOrEmpty(proj_info().searchpath);
-}
-
-// SQL statements are longer than what is wrong with them.
-std::string abridge(const std::string& message) {
-    constexpr std::size_t LONGEST_END = 100;
-    if (message.size() <= 2 * LONGEST_END) return message;
-    return message.substr(0, LONGEST_END) + " ... " + message.substr(message.size() - LONGEST_END);
 }
 
 // Nothing beyond what the message says already, where there is no database at all.
@@ -83,35 +75,9 @@ std::string readMetadata(const ProjContext& context, const char* key) {
     throw RegistryError("PROJ finds no usable database proj.db" + describeSearch() + describeFailure(context));
 }
 
-struct CloseDatabase {
-    void operator()(sqlite3* database) const { sqlite3_close(database); }
-    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-};
-
-[[noreturn]] void failAsDamaged(const std::string& path, const std::string& reason) {
-    throw RegistryError("PROJ's database \"" + path + "\" is damaged: " + toOneLine(abridge(reason)));
-}
-
-void requireSuccess(int result, sqlite3* database, const std::string& path) {
-    if (result == SQLITE_NOMEM) throw std::bad_alloc();
-    if (result != SQLITE_OK && result != SQLITE_ROW) failAsDamaged(path, sqlite3_errmsg(database));
-}
-
-// PROJ goes on with less where a page is damaged, and does not report each of them.
-void requireSoundPages(const ProjContext& context) {
-    const char* const name = proj_context_get_database_path(context.get());
-    const std::string path = std::filesystem::path(textOrEmpty(name)).lexically_normal().string();
-    sqlite3* handle = nullptr;
-    const int opened = sqlite3_open_v2(path.c_str(), &handle, SQLITE_OPEN_READONLY, nullptr);
-    const std::unique_ptr<sqlite3, CloseDatabase> database(handle);
-    requireSuccess(opened, handle, path);
-    sqlite3_stmt* prepared = nullptr;
-    requireSuccess(sqlite3_prepare_v2(handle, "PRAGMA quick_check(1)", -1, &prepared, nullptr), handle, path);
-    const std::unique_ptr<sqlite3_stmt, CloseDatabase> statement(prepared);
-    requireSuccess(sqlite3_step(prepared), handle, path);
-    const auto* const verdict = reinterpret_cast<const char*>(sqlite3_column_text(prepared, 0));
-    if (verdict == nullptr) throw std::bad_alloc();
-    if (std::string(verdict) != "ok") failAsDamaged(path, verdict);
+std::string databasePath(const ProjContext& context) {
+    const std::filesystem::path path(textOrEmpty(proj_context_get_database_path(context.get())));
+    return path.lexically_normal().string();
 }
 
 // What PROJ lists in another way than the registry is read in. Other kinds of CRS have no definitions.
@@ -119,7 +85,8 @@ std::vector<unsigned int> listCodes(const ProjContext& context) {
     std::vector<unsigned int> codes;
     for (const PJ_TYPE type : {PJ_TYPE_GEODETIC_CRS, PJ_TYPE_PROJECTED_CRS}) {
         const ProjPtr<char*> list(proj_get_codes_from_database(context.get(), AUTHORITY, type, 1));
-        for (char** code = list.get(); code != nullptr && *code != nullptr; ++code) codes.push_back(readCode(*code));
+        for (char** code = list.get(); code != nullptr && *code != nullptr; ++code)
+            codes.push_back(readRegistryCode(*code));
     }
     return codes;
 }
@@ -139,7 +106,89 @@ void sortByCode(std::vector<RegistryCrs>& registry) {
     for (auto& [code, crs] : firstOfCode) registry.push_back(std::move(crs));
 }
 
+RegistryCrs* findCode(std::vector<RegistryCrs>& registry, const std::string& code) {
+    const auto found = std::lower_bound(registry.begin(), registry.end(), readRegistryCode(code), ByCode{});
+    return found == registry.end() || found->code != readRegistryCode(code) ? nullptr : &*found;
+}
+
+// Longitude rotations without an error of their own lead from a datum to the same one on Greenwich.
+constexpr char SAME_BUT_FOR_MERIDIAN[] =
+    "SELECT s.datum_auth_name || ':' || s.datum_code, t.datum_auth_name || ':' || t.datum_code, td.name"
+    " FROM other_transformation o"
+    " JOIN geodetic_crs s ON s.auth_name = o.source_crs_auth_name AND s.code = o.source_crs_code"
+    " JOIN geodetic_crs t ON t.auth_name = o.target_crs_auth_name AND t.code = o.target_crs_code"
+    " JOIN geodetic_datum sd ON sd.auth_name = s.datum_auth_name AND sd.code = s.datum_code"
+    " JOIN geodetic_datum td ON td.auth_name = t.datum_auth_name AND td.code = t.datum_code"
+    " WHERE o.auth_name = 'EPSG' AND o.method_auth_name = 'EPSG' AND o.method_code = '9601' AND o.accuracy = 0"
+    " AND sd.prime_meridian_code <> '8901' AND td.prime_meridian_code = '8901'"
+    " AND sd.ellipsoid_code = td.ellipsoid_code ORDER BY o.deprecated DESC, o.code DESC";
+
+constexpr char DATUM_OF_CRS[] =
+    "SELECT c.code, c.datum_auth_name || ':' || c.datum_code, d.name FROM geodetic_crs c"
+    " JOIN geodetic_datum d ON d.auth_name = c.datum_auth_name AND d.code = c.datum_code WHERE c.auth_name = 'EPSG'";
+
+constexpr char BASE_OF_CRS[] =
+    "SELECT code, geodetic_crs_code FROM projected_crs WHERE auth_name = 'EPSG' AND geodetic_crs_auth_name = 'EPSG'";
+
+constexpr char HORIZONTAL_OF_CRS[] =
+    "SELECT code, horiz_crs_code FROM compound_crs WHERE auth_name = 'EPSG' AND horiz_crs_auth_name = 'EPSG'";
+
+void linkDatums(const Database& database, std::vector<RegistryCrs>& registry) {
+    std::map<std::string, Datum> onGreenwich;
+    database.query(SAME_BUT_FOR_MERIDIAN, [&](const Database::Row& row) {
+        onGreenwich[row[0]] = Datum{row[1], row[2]};
+    });
+    database.query(DATUM_OF_CRS, [&](const Database::Row& row) {
+        RegistryCrs* const crs = findCode(registry, row[0]);
+        if (crs == nullptr) return;
+        const auto same = onGreenwich.find(row[1]);
+        crs->datum = same == onGreenwich.end() ? Datum{row[1], row[2]} : same->second;
+        crs->geodeticCode = crs->code;
+    });
+}
+
+void linkBases(const Database& database, std::vector<RegistryCrs>& registry) {
+    database.query(BASE_OF_CRS, [&](const Database::Row& row) {
+        RegistryCrs* const crs = findCode(registry, row[0]);
+        const RegistryCrs* const base = findCode(registry, row[1]);
+        if (crs == nullptr || base == nullptr) return;
+        crs->datum = base->datum;
+        crs->geodeticCode = base->code;
+    });
+}
+
+// Last, as a part brings its datum along.
+void linkHorizontalParts(const Database& database, std::vector<RegistryCrs>& registry) {
+    database.query(HORIZONTAL_OF_CRS, [&](const Database::Row& row) {
+        RegistryCrs* const crs = findCode(registry, row[0]);
+        const RegistryCrs* const part = findCode(registry, row[1]);
+        if (crs == nullptr || part == nullptr) return;
+        crs->horizontal = std::make_shared<const RegistryCrs>(*part);
+        crs->datum = part->datum;
+        crs->geodeticCode = part->geodeticCode;
+    });
+}
+
+void linkRegistry(const Database& database, std::vector<RegistryCrs>& registry) {
+    linkDatums(database, registry);
+    linkBases(database, registry);
+    linkHorizontalParts(database, registry);
+}
+
 }  // namespace
+
+unsigned int readRegistryCode(const std::string& text) {
+    unsigned int code = 0;
+    std::from_chars(text.data(), text.data() + text.size(), code);
+    return code;
+}
+
+// SQL statements are longer than what is wrong with them.
+std::string abridge(const std::string& message) {
+    constexpr std::size_t LONGEST_END = 100;
+    if (message.size() <= 2 * LONGEST_END) return message;
+    return message.substr(0, LONGEST_END) + " ... " + message.substr(message.size() - LONGEST_END);
+}
 
 std::string describe(const RegistryVersion& version) {
     return "EPSG Geodetic Parameter Dataset " + version.dataset + " of " + version.date +
@@ -151,7 +200,8 @@ RegistryVersion readRegistryVersion(const ProjContext& context) {
 }
 
 std::vector<RegistryCrs> readRegistry(const ProjContext& context) {
-    requireSoundPages(context);
+    const Database database(databasePath(context));
+    database.requireSoundPages();
     const ProjPtr<PROJ_CRS_LIST_PARAMETERS> parameters(proj_get_crs_list_parameters_create());
     parameters->allow_deprecated = 1;
     int count = 0;
@@ -165,6 +215,7 @@ std::vector<RegistryCrs> readRegistry(const ProjContext& context) {
     requireSoundDatabase(context, "the list of CRS");
     if (registry.empty()) throw RegistryError("PROJ's database proj.db has no EPSG CRS" + describeSearch());
     requireListed(registry, codes);
+    linkRegistry(database, registry);
     return registry;
 }
 
@@ -195,9 +246,8 @@ ProjPtr<PJ> createCrs(const ProjContext& context, unsigned int code) {
 
 void requireSoundDatabase(const ProjContext& context, const std::string& place) {
     if (context.databaseFailure().empty()) return;
-    const std::filesystem::path path(textOrEmpty(proj_context_get_database_path(context.get())));
-    throw RegistryError("PROJ cannot read its database \"" + path.lexically_normal().string() + "\" at " + place +
-                        ": " + toOneLine(abridge(context.databaseFailure())));
+    throw RegistryError("PROJ cannot read its database \"" + databasePath(context) + "\" at " + place + ": " +
+                        toOneLine(abridge(context.databaseFailure())));
 }
 
 }  // namespace ProjDir

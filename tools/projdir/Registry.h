@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -12,6 +13,12 @@ namespace ProjDir {
 
 enum class CrsKind { GEOGRAPHIC, GEOCENTRIC, PROJECTED, VERTICAL, COMPOUND, OTHER };
 
+// A geodetic datum or an ensemble of such: "EPSG:6258". Both are empty where the registry names none.
+struct Datum {
+    std::string id;
+    std::string name;
+};
+
 // A CRS as the registry lists it.
 struct RegistryCrs {
     unsigned int code = 0;
@@ -19,6 +26,14 @@ struct RegistryCrs {
     CrsKind kind = CrsKind::OTHER;
     bool isDeprecated = false;
     std::optional<Area> area;
+    std::string areaName;
+    // Datums that differ by the prime meridian alone count as the one on Greenwich.
+    Datum datum;
+    // The geodetic CRS that a projected one is based on; its own for a geodetic one, that of its horizontal part for a
+    // compound one; else 0.
+    unsigned int geodeticCode = 0;
+    // Of a compound CRS; else null.
+    std::shared_ptr<const RegistryCrs> horizontal;
 };
 
 // Which registry PROJ has installed.
@@ -42,6 +57,12 @@ RegistryVersion readRegistryVersion(const ProjContext& context);
 // Every CRS of the authority EPSG, in code order. RegistryError when the
 // database has a damaged page or PROJ's lists of them differ.
 std::vector<RegistryCrs> readRegistry(const ProjContext& context);
+
+// The number of a code; 0 for a code that is none.
+unsigned int readRegistryCode(const std::string& text);
+
+// A long message by its two ends.
+std::string abridge(const std::string& message);
 
 // "geographic", "projected" and so on.
 const char* nameOfKind(CrsKind kind);

@@ -1,6 +1,7 @@
 #include "tools/projdir/Registry.h"
 
 #include <algorithm>
+#include <map>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -92,6 +93,33 @@ TEST(RegistryTest, NamesTheDatabaseThatIsMissing) {
     } catch (const RegistryError& failure) {
         EXPECT_THAT(failure.what(), HasSubstr("proj.db"));
     }
+}
+
+struct Link {
+    unsigned int code;
+    const char* datumId;
+    unsigned int geodeticCode;
+    unsigned int horizontalCode;
+};
+
+// NTF (Paris), Bern 1898 (Bern) and MGI (Ferro) have the datum on Greenwich that a longitude rotation without an error
+// of its own leads to. Tokyo 1892 is on Greenwich itself; Madrid 1870 (Madrid) has no such datum.
+TEST(RegistryLinksTest, LeadToDatumBaseAndHorizontalPart) {
+    const ProjContext context;
+    std::map<unsigned int, RegistryCrs> byCode;
+    for (const RegistryCrs& crs : readRegistry(context)) byCode[crs.code] = crs;
+    for (const Link& row :
+         {Link{4258, "EPSG:6258", 4258, 0}, Link{25832, "EPSG:6258", 4258, 0}, Link{4979, "EPSG:6326", 4979, 0},
+          Link{4807, "EPSG:6275", 4807, 0}, Link{27572, "EPSG:6275", 4807, 0}, Link{4801, "EPSG:6149", 4801, 0},
+          Link{4805, "EPSG:6312", 4805, 0}, Link{5132, "EPSG:1048", 5132, 0}, Link{4903, "EPSG:6903", 4903, 0},
+          Link{7405, "EPSG:6277", 4277, 27700}, Link{5701, "", 0, 0}}) {
+        const RegistryCrs& crs = byCode.at(row.code);
+        EXPECT_EQ(crs.datum.id, row.datumId) << row.code;
+        EXPECT_EQ(crs.geodeticCode, row.geodeticCode) << row.code;
+        EXPECT_EQ(crs.horizontal == nullptr ? 0 : crs.horizontal->code, row.horizontalCode) << row.code;
+    }
+    EXPECT_EQ(byCode.at(27572).datum.name, byCode.at(4275).datum.name);
+    EXPECT_EQ(byCode.at(4258).areaName.substr(0, 6), "Europe");
 }
 
 }  // namespace

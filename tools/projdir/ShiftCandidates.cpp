@@ -98,7 +98,7 @@ std::optional<PublishedShift> readPublishedShift(const ProjContext& context, PJ*
     const std::string text = textOrEmpty(proj_as_proj_string(context.get(), operation, PJ_PROJ_5, nullptr));
     const std::optional<Helmert> helmert = readShift(text);
     if (!helmert) return std::nullopt;
-    return PublishedShift{describeSource(context, operation), *helmert};
+    return PublishedShift{describeSource(context, operation), *helmert, readAccuracy(context, operation)};
 }
 
 }  // namespace
@@ -128,6 +128,11 @@ std::string describeSource(const ProjContext& context, const PJ* operation) {
         source += (source.empty() ? "" : " + ") + idOf(step.get());
     }
     return source;
+}
+
+std::optional<double> readAccuracy(const ProjContext& context, const PJ* operation) {
+    const double accuracy = proj_coordoperation_get_accuracy(context.get(), operation);
+    return accuracy < 0 ? std::nullopt : std::optional<double>(accuracy);
 }
 
 std::vector<PublishedShift> findPublishedShifts(const ProjContext& context, const PJ* geodeticCrs) {

@@ -14,6 +14,8 @@ struct PublishedShift {
     // "EPSG:1314"; "EPSG:5485 + EPSG:1149" for one that leads over another datum.
     std::string source;
     Helmert helmert;
+    // In metres, as the registry states it: the sum, for one that leads over another datum.
+    std::optional<double> accuracy = {};
 };
 
 // The shift of an operation's text, when what moves the datum are geocentric translations, Helmert and
@@ -26,6 +28,9 @@ bool isGridShift(const std::string& operationText);
 
 // The identifiers of the registry's operations that `operation` is made of, conversions apart.
 std::string describeSource(const ProjContext& context, const PJ* operation);
+
+// What the registry states; nothing where it states none.
+std::optional<double> readAccuracy(const ProjContext& context, const PJ* operation);
 
 // What the registry publishes from the datum of `geodeticCrs` to WGS 84, anywhere on earth, in PROJ's order.
 std::vector<PublishedShift> findPublishedShifts(const ProjContext& context, const PJ* geodeticCrs);

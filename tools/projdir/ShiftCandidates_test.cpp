@@ -67,9 +67,9 @@ TEST(ShiftCandidatesTest, MovesThePivotOfMolodenskyBadekas) {
         "+rz=2.381 +s=-5.109 +px=2464351.59 +py=-5783466.61 +pz=974809.81");
     ASSERT_TRUE(shift);
     const Vector moved = shift->apply({2550408.96, -5749912.26, 1054891.11});
-    EXPECT_NEAR(moved.x, 2550138.45, 0.01);
-    EXPECT_NEAR(moved.y, -5749799.87, 0.01);
-    EXPECT_NEAR(moved.z, 1054530.82, 0.01);
+    EXPECT_NEAR(moved.x(), 2550138.45, 0.01);
+    EXPECT_NEAR(moved.y(), -5749799.87, 0.01);
+    EXPECT_NEAR(moved.z(), 1054530.82, 0.01);
 }
 
 TEST(ShiftCandidatesTest, KnowsASingleGridShift) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 #include "QSHelpers/NumericText.h"
 
@@ -13,6 +14,12 @@ constexpr double SAME_SHIFT = 0.01;
 constexpr double GOOD_SHIFT = 1;
 // Seven parameters must lower the mean residual to this part of what three leave, and by more than SAME_SHIFT.
 constexpr double PART_LEFT_BY_SEVEN = 0.8;
+
+// Of the 340 seven-parameter shifts that the registry publishes (v10.076), 336, 322 and 321 are within these bounds. A
+// fitted shift beyond them follows what is no shift between two datums. Metres, arc-seconds, parts per million.
+constexpr double LARGEST_TRANSLATION = 1000;
+constexpr double LARGEST_ROTATION = 15;
+constexpr double LARGEST_SCALE = 25;
 
 // Accuracies that make a difference to users, in metres.
 constexpr std::array<double, 4> GRADES = {1, 2, 5, 10};
@@ -41,6 +48,7 @@ void preferBest(const std::vector<PublishedShift>& candidates, const std::vector
         choice.kind = ShiftKind::PUBLISHED;
         choice.helmert = candidate.helmert;
         choice.source = candidate.source;
+        choice.accuracy = candidate.accuracy;
         choice.residual = residual;
     }
 }
@@ -66,11 +74,12 @@ ShiftChoice fitBest(const ShiftEvidence& evidence, const ShiftChoice& published)
     if (!evidence.coversHalf) return three;
     const Helmert& start = published.kind == ShiftKind::PUBLISHED ? published.helmert : three.helmert;
     const ShiftChoice seven = fit(samples, FitParameters::ALL_SEVEN, start);
-    return justifiesSevenParameters(seven.residual, three.residual) ? seven : three;
+    return isSane(seven.helmert) && justifiesSevenParameters(seven.residual, three.residual) ? seven : three;
 }
 
 ShiftChoice improveByFitting(const ShiftEvidence& evidence, const ShiftChoice& published) {
     const ShiftChoice fitted = fitBest(evidence, published);
+    if (!isSane(fitted.helmert)) return published;
     const bool isImproved = published.kind != ShiftKind::PUBLISHED || isBetter(fitted.residual, published.residual);
     return isImproved ? fitted : published;
 }
@@ -93,19 +102,26 @@ std::string describePublished(const ShiftChoice& choice) {
 
 }  // namespace
 
+bool isSane(const Helmert& helmert) {
+    return helmert.translation.cwiseAbs().maxCoeff() <= LARGEST_TRANSLATION &&
+           helmert.rotation.cwiseAbs().maxCoeff() <= LARGEST_ROTATION && std::fabs(helmert.scale) <= LARGEST_SCALE;
+}
+
 ShiftChoice chooseShift(const ShiftEvidence& evidence,
                         const std::function<std::vector<PublishedShift>()>& listPublished) {
     ShiftChoice choice;
+    if (!evidence.grid.empty()) {
+        choice.kind = ShiftKind::GRID;
+        choice.source = evidence.grid;
+        choice.accuracy = evidence.gridAccuracy;
+        return choice;
+    }
     if (evidence.samples.empty()) return choice;
     preferBest(evidence.used, evidence.samples, choice);
     if (agreesWithin(choice, SAME_SHIFT)) return choice;
     preferBest(listPublished(), evidence.samples, choice);
-    if (agreesWithin(choice, GOOD_SHIFT)) return choice;
-    if (evidence.grid.empty()) return improveByFitting(evidence, choice);
-    choice = ShiftChoice{};
-    choice.kind = ShiftKind::GRID;
-    choice.source = evidence.grid;
-    return choice;
+    if (choice.kind == ShiftKind::UNKNOWN) choice.residual = measureResidual(Helmert{}, evidence.samples);
+    return agreesWithin(choice, GOOD_SHIFT) || !evidence.mayFit ? choice : improveByFitting(evidence, choice);
 }
 
 std::string writeDatumShift(const ShiftChoice& choice) {
@@ -126,7 +142,8 @@ std::string describeShift(const ShiftChoice& choice) {
         case ShiftKind::WGS_84:
             return "";
         case ShiftKind::UNKNOWN:
-            return "PROJ knows no shift";
+            return choice.residual.largest > 0 ? "no published shift" + describeResidual(choice.residual)
+                                               : "PROJ knows no shift";
         case ShiftKind::GRID:
             return "shift by grid " + choice.source;
         case ShiftKind::FITTED:

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,7 +19,9 @@ struct ShiftChoice {
     // Where it comes from: identifiers of operations, or the file of a grid.
     std::string source;
     FitParameters fitted = FitParameters::TRANSLATION;
-    // Against PROJ's best operation, where it knows one.
+    // In metres, as the registry states it.
+    std::optional<double> accuracy;
+    // Against PROJ's best operation without grids, where it knows one.
     Residual residual;
 };
 
@@ -30,16 +33,22 @@ struct ShiftEvidence {
     bool coversHalf = false;
     // What PROJ itself uses in the area and "+towgs84" can express.
     std::vector<PublishedShift> used;
-    // The grid that PROJ uses at every point; empty when there is none, or none is wanted.
+    // The grid that PROJ takes at every point; empty when there is none, or none is wanted.
     std::string grid;
+    std::optional<double> gridAccuracy;
+    // Whether a shift may be fitted.
+    bool mayFit = false;
 };
 
-// Of the published shifts, those that PROJ uses and, unless one of these agrees to the centimetre, all that the
-// registry has, the one that agrees best, if it is within a metre of PROJ at every sample. Otherwise the grid.
-// Otherwise the best of that published shift and of a translation and a seven-parameter shift that are fitted.
-// `listPublished` is asked only when it is needed.
+// The grid, if there is one. Otherwise, of the published shifts, those that PROJ uses and, unless one of these agrees
+// to the centimetre, all that the registry has, the one that agrees best. Where that is not within a metre of PROJ at
+// every sample and a shift may be fitted, the best of it and of a translation and a seven-parameter shift that are
+// fitted. `listPublished` is asked only when it is needed.
 ShiftChoice chooseShift(const ShiftEvidence& evidence,
                         const std::function<std::vector<PublishedShift>()>& listPublished);
+
+// Whether a fitted shift can be one between two datums, and does not only follow what is no shift at all.
+bool isSane(const Helmert& helmert);
 
 // "+towgs84=...", "+datum=WGS84", "+nadgrids=..."; empty for no shift.
 std::string writeDatumShift(const ShiftChoice& choice);
