@@ -7,10 +7,9 @@ namespace {
 
 constexpr char QUOTE = '"';
 constexpr char SEPARATOR = ',';
+constexpr char ENDS_OF_PLAIN_CELLS[] = ",\"\r\n";
 
 bool startsWith(std::string_view text, char c) { return !text.empty() && text.front() == c; }
-
-bool endsPlainCell(char c) { return c == SEPARATOR || c == QUOTE || c == '\r' || c == '\n'; }
 
 bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 
@@ -79,8 +78,7 @@ bool QuotedCsv::readCell(std::string& cell) {
 }
 
 bool QuotedCsv::readPlainCell(std::string& cell) {
-    const auto end = std::find_if(rest.begin(), rest.end(), endsPlainCell);
-    cell.assign(rest.begin(), end);
+    cell = rest.substr(0, rest.find_first_of(ENDS_OF_PLAIN_CELLS));
     rest.remove_prefix(cell.size());
     return !startsWith(rest, QUOTE) || refuse("a quotation mark is inside a cell without quotes");
 }

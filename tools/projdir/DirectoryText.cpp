@@ -110,7 +110,7 @@ std::string writeAxisOrderFile(const std::vector<CrsOutcome>& outcomes) {
     return text;
 }
 
-std::string writeInfoFile(const std::vector<CrsOutcome>& outcomes) {
+std::string writeDescriptionFile(const std::vector<CrsOutcome>& outcomes) {
     std::string text = INFO_HEAD;
     for (const CrsOutcome& outcome : outcomes)
         if (outcome.definition) text += writeInfo(outcome);

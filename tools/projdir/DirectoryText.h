@@ -10,10 +10,9 @@
 namespace ProjDir {
 
 using CoordinateTransformation::AXIS_ORDER_FILE;
+using CoordinateTransformation::DESCRIPTION_FILE;
 using CoordinateTransformation::INIT_FILE;
 
-// What the library knows of each CRS beside its definition.
-constexpr char INFO_FILE[] = "epsg-info.csv";
 // The grid files that definitions name; with grids only.
 constexpr char GRIDS_FILE[] = "epsg-grids.csv";
 
@@ -27,6 +26,6 @@ std::string writeAxisOrderFile(const std::vector<CrsOutcome>& outcomes);
 
 // The content of "epsg-info.csv", a line for each entry of "epsg" but code 0, in comma-separated values as RFC 4180 has
 // them, with a head.
-std::string writeInfoFile(const std::vector<CrsOutcome>& outcomes);
+std::string writeDescriptionFile(const std::vector<CrsOutcome>& outcomes);
 
 }  // namespace ProjDir

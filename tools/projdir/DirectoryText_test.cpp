@@ -64,7 +64,7 @@ TEST(DirectoryTextTest, WritesWhatIsKnownOfEachCrs) {
                                {5, 7}};
     outcomes[0].shiftAccuracy = 0.5;
     outcomes[0].largestDistance = 12.345;
-    EXPECT_EQ(writeInfoFile(outcomes),
+    EXPECT_EQ(writeDescriptionFile(outcomes),
               std::string(INFO_HEAD) +
                   "10,First,geographic,\"Here, \"\"there\"\" and elsewhere\",170,-5.25,-170,10,degree,"
                   "0.017453292519943295,Datum,EPSG:6258,EPSG:1,0.5,12.35,5 7\n"
@@ -81,7 +81,7 @@ TEST(DirectoryTextTest, NamesTheSourceOfEveryKindOfShift) {
     outcomes[0].definition->shift.source = "a.tif";
     for (const auto& [kind, text] : rows) {
         outcomes[0].definition->shift.kind = kind;
-        EXPECT_NE(writeInfoFile(outcomes).find(text), std::string::npos) << text;
+        EXPECT_NE(writeDescriptionFile(outcomes).find(text), std::string::npos) << text;
     }
 }
 

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <fstream>
 #include <list>
 #include <optional>
@@ -17,6 +18,8 @@
 #include "tools/projdir/DirectoryText.h"
 #include "tools/projdir/Generation.h"
 #include "tools/projdir/GridFiles.h"
+#include "tools/projdir/HtmlReport.h"
+#include "tools/projdir/JsonReport.h"
 #include "tools/projdir/Line.h"
 #include "tools/projdir/MemoryWatch.h"
 #include "tools/projdir/OutputFile.h"
@@ -28,6 +31,9 @@ namespace {
 
 // Each thread reads the database on its own; more of them would only take memory.
 constexpr unsigned int LARGEST_THREAD_COUNT = 4;
+
+constexpr char JSON_SUFFIX[] = ".json";
+constexpr char HTML_SUFFIX[] = ".html";
 
 unsigned int countThreads() { return std::clamp(std::thread::hardware_concurrency(), 1U, LARGEST_THREAD_COUNT); }
 
@@ -69,7 +75,7 @@ struct DirectoryFile {
 };
 
 std::vector<std::string> listFileNames(const Options& options) {
-    std::vector<std::string> names = {INIT_FILE, AXIS_ORDER_FILE, INFO_FILE};
+    std::vector<std::string> names = {INIT_FILE, AXIS_ORDER_FILE, DESCRIPTION_FILE};
     if (options.useGrids) names.emplace_back(GRIDS_FILE);
     return names;
 }
@@ -95,6 +101,14 @@ void publishDirectory(const Options& options, const std::vector<DirectoryFile>& 
     directory.keep();
 }
 
+std::string writeReportFor(const std::string& path, const RegistryVersion& version,
+                           const std::vector<CrsOutcome>& outcomes, const Verification& verification) {
+    const std::string suffix = std::filesystem::path(path).extension().string();
+    if (suffix != JSON_SUFFIX && suffix != HTML_SUFFIX) return writeReport(version, outcomes, verification);
+    const std::string json = writeJsonReport(version, outcomes, verification);
+    return suffix == JSON_SUFFIX ? json : writeHtmlReport(json);
+}
+
 void publishReport(const Options& options, const std::string& text) {
     std::optional<BlockedSignals> blocked;
     OutputFile report(options.reportFile, options.force);
@@ -108,19 +122,15 @@ std::vector<CrsOutcome> makeOutcomes(const Options& options, const std::vector<R
     return makeAll(list, {options.useGrids, options.verify, options.fit, options.worst}, countThreads(), progress);
 }
 
-std::vector<Agreement> verifyOutcomes(const Options& options, const std::vector<CrsOutcome>& outcomes) {
+Verification verifyOutcomes(const Options& options, const std::vector<CrsOutcome>& outcomes) {
     if (!options.verify) return {};
-    PercentBar progress(stderr, "Verification", outcomes.size());
+    PercentBar progress(stderr, "Verification", 2 * outcomes.size());
     return verifyDirectory(options.directory, outcomes, progress);
 }
 
 void print(const std::string& text) {
     if (std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0)
         throw OutputError("cannot write to the standard output");
-}
-
-bool isAccepted(const std::vector<Agreement>& agreements) {
-    return std::all_of(agreements.begin(), agreements.end(), [](const auto& one) { return one.failure.empty(); });
 }
 
 // Who names a code counts on its definition.
@@ -138,7 +148,7 @@ std::vector<CrsOutcome> makeFiles(const Options& options, const RegistryVersion&
     requireDefinitions(options, outcomes);
     std::vector<DirectoryFile> files = {{INIT_FILE, writeInitFile(version, outcomes, describeOptions(options))},
                                         {AXIS_ORDER_FILE, writeAxisOrderFile(outcomes)},
-                                        {INFO_FILE, writeInfoFile(outcomes)}};
+                                        {DESCRIPTION_FILE, writeDescriptionFile(outcomes)}};
     if (options.useGrids) {
         const std::vector<GridFile> grids = listGridFiles(ProjContext(), outcomes);
         files.push_back({GRIDS_FILE, writeGridFiles(grids)});
@@ -158,11 +168,13 @@ int makeDirectoryOrThrow(const Options& options) {
     const std::vector<CrsOutcome> outcomes = makeFiles(options, version, list);
     print(writeLine(describe(version)) + "\n" + writeSummary(outcomes) + "Made in " +
           QSHelpers::convertNumericToText(stopwatch.seconds(), 1, false) + " s\n");
-    const std::vector<Agreement> agreements = verifyOutcomes(options, outcomes);
-    if (!agreements.empty()) print("\n" + writeAgreement(agreements));
-    if (!options.reportFile.empty()) publishReport(options, writeReport(version, outcomes, agreements));
+    const Verification verification = verifyOutcomes(options, outcomes);
+    if (options.verify)
+        print("\n" + writeVerification(verification) + writeDistances(outcomes) + writeAccuracies(outcomes));
+    if (!options.reportFile.empty())
+        publishReport(options, writeReportFor(options.reportFile, version, outcomes, verification));
     MemoryWatch::requireNoShortage();
-    return isAccepted(agreements) ? 0 : 1;
+    return isAccepted(verification) ? 0 : 1;
 }
 
 }  // namespace

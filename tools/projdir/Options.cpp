@@ -78,6 +78,7 @@ void addOptions(CLI::App& app, Options& options) {
     app.add_option("--report", options.reportFile, "Write what was left out, and why, to FILE")->type_name("FILE");
     app.add_flag("--verify", options.verify, "Compare the definitions with PROJ's own best operations");
     app.add_flag("--force", options.force, "Overwrite files that are there");
+    app.footer("crs-projdir diff OLD NEW compares two directories and has a help of its own.");
     app.set_version_flag("--version", std::string("crs-projdir ") + PROJDIR_VERSION);
 }
 

@@ -26,6 +26,14 @@ TEST_P(RegistryProjectionTest, LeadsToTheDatumsOwnCoordinates) {
     EXPECT_NEAR(place.latitude, GetParam().place.latitude, GetParam().tolerance);
 }
 
+TEST_P(RegistryProjectionTest, LeadsBack) {
+    const ProjContext context;
+    const RegistryProjection projection(context, createCrs(context, GetParam().code).get());
+    const Coordinates coordinates = projection.fromGeodetic(projection.toGeodetic(GetParam().coordinates));
+    EXPECT_NEAR(coordinates[0], GetParam().coordinates[0], 1e-6);
+    EXPECT_NEAR(coordinates[1], GetParam().coordinates[1], 1e-6);
+}
+
 // UTM's own origin; the worked example of Transverse Mercator in IOGP Guidance Note 7-2 (27700); latitude and
 // longitude as they stand; 50 grads of latitude and none of longitude at the meridian of Paris.
 INSTANTIATE_TEST_SUITE_P(Crs, RegistryProjectionTest,

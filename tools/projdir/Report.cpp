@@ -152,6 +152,62 @@ std::string explainMany(const std::vector<OperationShare>& shares) {
            "a definition of its own for each region would follow them";
 }
 
+std::size_t countConversions(const std::vector<Conversion>& conversions, double least, double most) {
+    return static_cast<std::size_t>(
+        std::count_if(conversions.begin(), conversions.end(), [least, most](const Conversion& one) {
+            return one.measured.distance > least && one.measured.distance <= most;
+        }));
+}
+
+std::string writeMillimetres(double metres) {
+    return std::isfinite(metres) ? convertNumericToText(metres * 1000, 3, false) + " mm" : "no coordinates";
+}
+
+// With the reason of a failure.
+std::string writeInexact(const std::string& what, const Measurement& measured) {
+    return writeLine("  " + padLeft(writeMetres(measured.distance), 14) + "  " + what +
+                     (measured.failure.empty() ? "" : ": " + measured.failure));
+}
+
+std::string writeConversions(const std::vector<Conversion>& conversions) {
+    std::string text = "Conversions within a datum, against the registry's own:\n" + writeCount(conversions.size()) +
+                       " conversions\n" + writeCount(countConversions(conversions, -1, EXACT)) + " within 1 mm\n";
+    for (const Conversion& one : conversions)
+        if (!(one.measured.distance <= EXACT))
+            text += writeInexact(nameOf(one.source->crs) + " to " + nameOf(one.target->crs) +
+                                     (isAccepted(one) ? " (PROJ's own inverse is no better)" : ""),
+                                 one.measured);
+    return text;
+}
+
+std::string writeTrips(const std::string& title, const std::vector<Measurement>& trips) {
+    double largest = 0;
+    for (const Measurement& trip : trips) largest = std::max(largest, trip.distance);
+    return "  " + title + ": " + std::to_string(trips.size()) + ", largest distance " + writeMillimetres(largest) +
+           "\n";
+}
+
+std::string writeInexact(const RoundTrip& trip) {
+    const std::string excuse = isAccepted(trip) ? " (PROJ's own inverse is no better)" : "";
+    if (trip.throughBase && !(trip.throughBase->distance <= EXACT))
+        return writeInexact(nameOf(trip.outcome->crs) + " to its datum and back" + excuse, *trip.throughBase);
+    if (isAccepted(trip)) return "";
+    return writeInexact(nameOf(trip.outcome->crs) + " to WGS 84 and back", trip.throughWgs84);
+}
+
+std::string writeRoundTrips(const std::vector<RoundTrip>& trips) {
+    std::vector<Measurement> throughBase;
+    std::vector<Measurement> throughWgs84;
+    std::string inexact;
+    for (const RoundTrip& trip : trips) {
+        throughWgs84.push_back(trip.throughWgs84);
+        if (trip.throughBase) throughBase.push_back(*trip.throughBase);
+        inexact += writeInexact(trip);
+    }
+    return "Round trips:\n" + writeTrips("to the geographic CRS of the datum and back", throughBase) +
+           writeTrips("to WGS 84 and back, where rotations are taken to be small", throughWgs84) + inexact;
+}
+
 std::string section(const std::string& title, const std::string& text) {
     return "\n" + title + "\n\n" + (text.empty() ? "  none\n" : text);
 }
@@ -192,11 +248,42 @@ std::string writeAgreement(const std::vector<Agreement>& agreements) {
            writeWorst(agreements, WORST_SHOWN);
 }
 
+std::string writeVerification(const Verification& verification) {
+    return writeAgreement(verification.agreements) + writeConversions(verification.withinDatums.conversions) +
+           writeRoundTrips(verification.withinDatums.roundTrips);
+}
+
+std::string writeDistances(const std::vector<CrsOutcome>& outcomes) {
+    std::vector<double> distances;
+    std::size_t definitions = 0;
+    for (const CrsOutcome& outcome : outcomes) {
+        if (!outcome.definition) continue;
+        ++definitions;
+        if (outcome.largestDistance) distances.push_back(*outcome.largestDistance);
+    }
+    return "Largest horizontal distance from PROJ's best operation that needs no grid:\n" +
+           writeDistribution(distances) + writeCount(definitions - distances.size()) +
+           " where PROJ knows none, or with a grid\n";
+}
+
+std::string writeAccuracies(const std::vector<CrsOutcome>& outcomes) {
+    std::vector<double> accuracies;
+    std::size_t shifts = 0;
+    for (const CrsOutcome& outcome : outcomes) {
+        const bool isShifted = outcome.definition && outcome.definition->shift.kind == ShiftKind::PUBLISHED;
+        shifts += isShifted ? 1 : 0;
+        if (isShifted && outcome.shiftAccuracy) accuracies.push_back(*outcome.shiftAccuracy);
+    }
+    return "Accuracy of the published shifts, as the registry states it:\n" + writeDistribution(accuracies) +
+           writeCount(shifts - accuracies.size()) + " without a statement\n";
+}
+
 std::string writeReport(const RegistryVersion& version, const std::vector<CrsOutcome>& outcomes,
-                        const std::vector<Agreement>& agreements) {
-    std::string text = writeLine(describe(version)) + "\n" + writeSummary(outcomes);
-    if (!agreements.empty()) {
-        text += "\n" + writeAgreement(agreements);
+                        const Verification& verification) {
+    std::string text = writeLine(describe(version)) + "\n" + writeSummary(outcomes) + "\n" + writeDistances(outcomes) +
+                       writeAccuracies(outcomes);
+    if (const std::vector<Agreement>& agreements = verification.agreements; !agreements.empty()) {
+        text += "\n" + writeVerification(verification);
         text += section("Beyond ten metres", writeFarDefinitions(agreements));
         text += section("Beyond ten metres only where PROJ knows no operation", writeFarInUnknownParts(agreements));
     }

@@ -17,12 +17,22 @@ std::string writeLeftOut(const std::vector<CrsOutcome>& outcomes);
 // The distribution of the agreement and the worst twenty, each with its reason.
 std::string writeAgreement(const std::vector<Agreement>& agreements);
 
+// The same for all that was measured: the agreement, conversions within a datum, round trips, and each of these two
+// that is not exact.
+std::string writeVerification(const Verification& verification);
+
+// How far the definitions are from PROJ's best operations that need no grid, by which shifts are chosen.
+std::string writeDistances(const std::vector<CrsOutcome>& outcomes);
+
+// How many shifts are as accurate as that, as the registry states it.
+std::string writeAccuracies(const std::vector<CrsOutcome>& outcomes);
+
 // Why a definition is far from what PROJ computes, and what would bring it closer.
 std::string explain(const Agreement& agreement);
 
-// All of it: summary, agreement if there is any, every code beyond ten metres with its reason, every CRS left out
-// with its reason.
+// All of it: summary, accuracies, what was measured if anything was, every code beyond ten metres with its reason,
+// every CRS left out with its reason.
 std::string writeReport(const RegistryVersion& version, const std::vector<CrsOutcome>& outcomes,
-                        const std::vector<Agreement>& agreements);
+                        const Verification& verification);
 
 }  // namespace ProjDir

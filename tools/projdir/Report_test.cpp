@@ -8,6 +8,8 @@
 namespace ProjDir {
 namespace {
 
+using testing::AllOf;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -90,6 +92,55 @@ TEST(ReportTest, StatesTheDistributionAndTheWorst) {
     EXPECT_LT(text.find("12.346 m  EPSG:2 Bad"), text.find("0.500 m  EPSG:1 Good"));
 }
 
+Verification withConversion(const CrsOutcome& source, const CrsOutcome& target, double distance,
+                            const std::string& failure = "", double inverse = 0) {
+    return {{}, {{{&source, &target, {distance, failure}, inverse}}, {}}};
+}
+
+TEST(ReportTest, NamesConversionsWithinADatumThatAreNotExact) {
+    const CrsOutcome source = makeOutcome(1, "One", {});
+    const CrsOutcome target = makeOutcome(2, "Two", {});
+    EXPECT_THAT(writeVerification(withConversion(source, target, 0.001)),
+                AllOf(HasSubstr("     1 conversions\n     1 within 1 mm\nRound"), Not(HasSubstr("EPSG:"))));
+    EXPECT_THAT(writeVerification(withConversion(source, target, 0.0011)),
+                HasSubstr("     0 within 1 mm\n         0.001 m  EPSG:1 One to EPSG:2 Two\n"));
+    EXPECT_THAT(writeVerification(withConversion(source, target, std::numeric_limits<double>::infinity(), "bad")),
+                HasSubstr("  no coordinates  EPSG:1 One to EPSG:2 Two: bad\n"));
+    EXPECT_THAT(writeVerification(withConversion(source, target, 0.02, "", 0.02)),
+                HasSubstr("0.020 m  EPSG:1 One to EPSG:2 Two (PROJ's own inverse is no better)\n"));
+}
+
+TEST(ReportTest, NamesRoundTripsThatAreNotExact) {
+    const CrsOutcome outcome = makeOutcome(1, "One", {});
+    const std::string text = writeVerification({{}, {{}, {{&outcome, Measurement{0.0004, ""}, {0.002, ""}, 0}}}});
+    EXPECT_THAT(text, HasSubstr("of the datum and back: 1, largest distance 0.400 mm\n"));
+    EXPECT_THAT(text, HasSubstr("to be small: 1, largest distance 2.000 mm\n"));
+    EXPECT_THAT(text, EndsWith("  0.002 m  EPSG:1 One to WGS 84 and back\n"));
+    EXPECT_THAT(writeVerification({{}, {{}, {{&outcome, Measurement{0.002, ""}, {0, ""}, 0}}}}),
+                EndsWith("  0.002 m  EPSG:1 One to its datum and back\n"));
+}
+
+TEST(ReportTest, CountsDistancesFromWhatNeedsNoGrid) {
+    std::vector<CrsOutcome> outcomes(4, makeOutcome(1, "One", {}));
+    outcomes[0].largestDistance = 1.5;
+    outcomes[1].largestDistance = 0;
+    outcomes[2].definition.reset();
+    outcomes[2].largestDistance = 11;
+    const std::string text = writeDistances(outcomes);
+    EXPECT_THAT(text, HasSubstr("  within 1 m         1  50.00 %\n  within 2 m         2 100.00 %\n"));
+    EXPECT_THAT(text, HasSubstr("  beyond 10 m        0   0.00 %\n     1 where PROJ knows none, or with a grid\n"));
+}
+
+TEST(ReportTest, CountsShiftsByTheAccuracyThatTheRegistryStates) {
+    std::vector<CrsOutcome> outcomes(4, makeOutcome(1, "One", {}));
+    for (std::size_t i = 0; i < 3; ++i) outcomes[i].definition->shift.kind = ShiftKind::PUBLISHED;
+    outcomes[0].shiftAccuracy = 1;
+    outcomes[1].shiftAccuracy = 44;
+    const std::string text = writeAccuracies(outcomes);
+    EXPECT_THAT(text, HasSubstr("  within 1 m         1  50.00 %\n"));
+    EXPECT_THAT(text, HasSubstr("  beyond 10 m        1  50.00 %\n     1 without a statement\n"));
+}
+
 TEST(ReportTest, ListsTwentyOfTheWorst) {
     const CrsOutcome outcome = makeOutcome(1, "Name", {});
     const std::string text = writeAgreement(std::vector<Agreement>(30, Agreement{&outcome, 3, 3, ""}));
@@ -105,7 +156,7 @@ TEST(ReportTest, ListsEveryCodeBeyondTenMetresAndEveryOneLeftOut) {
     outcomes[2].definition.reset();
     outcomes[2].omission = "no reason";
     const std::string text = writeReport({"v1", "2022-08-31", "9.1.1"}, outcomes,
-                                         {{outcomes.data(), 11, 11, ""}, {&outcomes[1], 1, 99, ""}});
+                                         {{{outcomes.data(), 11, 11, ""}, {&outcomes[1], 1, 99, ""}}, {}});
     EXPECT_THAT(text, HasSubstr("v1 of 2022-08-31"));
     EXPECT_THAT(text,
                 HasSubstr("\nBeyond ten metres\n\n        11.000 m  EPSG:1 Far: PROJ uses EPSG:9, which is no shift"));
@@ -119,8 +170,9 @@ TEST(ReportTest, HasALineForEachCrsWhateverItsNameHolds) {
                                         makeOutcome(3, "Gone\n  EPSG:4 Made up", {})};
     outcomes[2].definition.reset();
     outcomes[2].omission = "no\nreason";
-    const std::string text = writeReport({"v1\n", "2022-08-31", "9.1.1"}, outcomes,
-                                         {{outcomes.data(), 11, 11, ""}, {&outcomes[1], 1, 99, "refused\nagain"}});
+    const std::string text =
+        writeReport({"v1\n", "2022-08-31", "9.1.1"}, outcomes,
+                    {{{outcomes.data(), 11, 11, ""}, {&outcomes[1], 1, 99, "refused\nagain"}}, {}});
     EXPECT_THAT(text, HasSubstr("        11.000 m  EPSG:1 Far away: PROJ uses EPSG:9 , which is no shift"));
     EXPECT_THAT(text, HasSubstr("        99.000 m  EPSG:2 Partly far\n"));
     EXPECT_THAT(text, HasSubstr(": refused again\n"));

@@ -73,16 +73,27 @@ Agreement verifyOne(const CrsCreator& creator, const AbstractCrs& wgs84, const C
 
 }  // namespace
 
-std::vector<Agreement> verifyDirectory(const std::string& directory, const std::vector<CrsOutcome>& outcomes,
-                                       PercentBar& progress) {
+Verification verifyDirectory(const std::string& directory, const std::vector<CrsOutcome>& outcomes,
+                             PercentBar& progress) {
     const std::unique_ptr<CrsConfig> config = startLibrary(directory);
-    const std::unique_ptr<AbstractCrs> wgs84 = createWgs84(config->getCreator());
-    std::vector<Agreement> agreements;
+    const CrsCreator& creator = config->getCreator();
+    const std::unique_ptr<AbstractCrs> wgs84 = createWgs84(creator);
+    Verification verification;
     for (const CrsOutcome& outcome : outcomes) {
-        if (outcome.definition) agreements.push_back(verifyOne(config->getCreator(), *wgs84, outcome));
+        if (outcome.definition) verification.agreements.push_back(verifyOne(creator, *wgs84, outcome));
         progress.advance();
     }
-    return agreements;
+    verification.withinDatums = measureWithinDatums(creator, *wgs84, outcomes, progress);
+    return verification;
+}
+
+bool isAccepted(const Verification& verification) {
+    const auto& [agreements, measured] = verification;
+    return std::all_of(agreements.begin(), agreements.end(), [](const auto& one) { return one.failure.empty(); }) &&
+           std::all_of(measured.conversions.begin(), measured.conversions.end(),
+                       [](const Conversion& one) { return isAccepted(one); }) &&
+           std::all_of(measured.roundTrips.begin(), measured.roundTrips.end(),
+                       [](const RoundTrip& one) { return isAccepted(one); });
 }
 
 Distribution countByClass(const std::vector<double>& distances) {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/projdir/DatumConversions.h"
 #include "tools/projdir/DefinitionMaker.h"
 #include "tools/projdir/PercentBar.h"
 
@@ -20,13 +21,23 @@ struct Agreement {
     std::string failure;
 };
 
-// Compares the definitions in `directory` with the check points of the outcomes, through the library as a server
-// uses it: every code is bound by its own reader and takes its axis order from the table; points go from the CRS
-// to WGS 84. The library settles its directory once in a process, so this can be called for one directory.
+// All that is measured, in the order of the outcomes.
+struct Verification {
+    std::vector<Agreement> agreements;
+    DatumMeasurements withinDatums;
+};
+
+// False when the library refuses a definition, or when a conversion within a datum or a round trip is not exact.
+bool isAccepted(const Verification& verification);
+
+// Measures the definitions in `directory` through the library as a server uses it: every code is bound by its own
+// reader and takes its axis order from the table. Points go from each CRS to WGS 84, against the check points of the
+// outcomes, and back, and to CRS on the same datum. The library settles its directory once in a process, so this can
+// be called for one directory. `progress` takes two steps for each outcome.
 //
 // Raises the library's exceptions for a directory that it does not accept.
-std::vector<Agreement> verifyDirectory(const std::string& directory, const std::vector<CrsOutcome>& outcomes,
-                                       PercentBar& progress);
+Verification verifyDirectory(const std::string& directory, const std::vector<CrsOutcome>& outcomes,
+                             PercentBar& progress);
 
 // The bounds of the classes in which agreement is stated, in metres; the last class has none.
 constexpr std::array<double, 5> AGREEMENT_CLASSES = {0.01, 1, 2, 5, 10};
