@@ -12,7 +12,6 @@ namespace {
 // PROJ tries so many operations at a place before it takes any that moves it.
 constexpr std::size_t LARGEST_TRY_COUNT = 3;
 constexpr char OFFSHORE[] = "- offshore";
-constexpr Area WORLD{-180, -90, 180, 90};
 
 ProjPtr<PJ_OPERATION_FACTORY_CONTEXT> makeFactory(const ProjContext& context, PROJ_GRID_AVAILABILITY_USE availability) {
     ProjPtr<PJ_OPERATION_FACTORY_CONTEXT> factory(proj_create_operation_factory_context(context.get(), nullptr));
@@ -49,6 +48,7 @@ UsedOperation describeUsed(const ProjContext& context, const PJ* operation) {
     used.text = textOrEmpty(proj_as_proj_string(context.get(), operation, PJ_PROJ_5, nullptr));
     used.isBallpark = proj_coordoperation_has_ballpark_transformation(context.get(), operation) != 0;
     used.accuracy = readAccuracy(context, operation);
+    used.shift = findShift(context, operation, used.text);
     if (isGridShift(used.text)) used.gridShift = readGridName(used.text);
     return used;
 }
@@ -63,7 +63,7 @@ Reference::Reference(const ProjContext& projContext, const PJ* geodeticCrs, PROJ
         ProjPtr<PJ> operation(proj_list_get(context.get(), list.get(), i));
         if (operation == nullptr) continue;
         descriptions.push_back(describeUsed(context, operation.get()));
-        const std::optional<Helmert> shift = readShift(descriptions.back().text);
+        const std::optional<Helmert>& shift = descriptions.back().shift;
         candidates.push_back(makeCandidate(std::move(operation)));
         candidates.back().isNull = shift && shift->isNull();
     }
@@ -75,11 +75,9 @@ Reference::Reference(const ProjContext& projContext, const PJ* geodeticCrs, PROJ
 
 Reference::Candidate Reference::makeCandidate(ProjPtr<PJ> operation) const {
     Candidate candidate;
-    Area area = WORLD;
     const char* name = nullptr;
-    proj_get_area_of_use(context.get(), operation.get(), &area.west, &area.south, &area.east, &area.north, &name);
-    if (area.west < -180 || area.west > 180) area = WORLD;
-    candidate.area = area;
+    proj_get_area_of_use(context.get(), operation.get(), nullptr, nullptr, nullptr, nullptr, &name);
+    candidate.area = readAreaOfUse(context, operation.get());
     candidate.accuracy = proj_coordoperation_get_accuracy(context.get(), operation.get());
     candidate.isOffshore = textOrEmpty(name).find(OFFSHORE) != std::string::npos;
     candidate.name = textOrEmpty(proj_get_name(operation.get()));
@@ -91,9 +89,7 @@ Reference::Candidate Reference::makeCandidate(ProjPtr<PJ> operation) const {
 
 // The accuracy that the registry states decides, as it does for PROJ; among equals the first.
 bool Reference::isPreferred(const Candidate& candidate, const Candidate& best) const {
-    if (candidate.accuracy < 0 || candidate.isOffshore) return false;
-    if (candidate.accuracy != best.accuracy) return candidate.accuracy < best.accuracy;
-    return candidate.accuracy < best.accuracy;
+    return candidate.accuracy >= 0 && !candidate.isOffshore && candidate.accuracy < best.accuracy;
 }
 
 // PROJ's order: what has an accuracy, then what covers more of the area, then what is more accurate, moves nothing, is

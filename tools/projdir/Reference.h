@@ -23,6 +23,8 @@ struct UsedOperation {
     std::string gridShift;
     // In metres, as the registry states it.
     std::optional<double> accuracy = {};
+    // As "+towgs84" expresses it, if it does.
+    std::optional<Helmert> shift = {};
 };
 
 // What PROJ does to bring a geodetic CRS to WGS 84 (EPSG:4326): the operations that it finds, and at each place the one

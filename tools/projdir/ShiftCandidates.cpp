@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <string_view>
 
 #include "text/NumericText.h"
@@ -93,10 +94,29 @@ ProjPtr<PJ_OPERATION_FACTORY_CONTEXT> makeFactory(const ProjContext& context) {
     return factory;
 }
 
+Vector centreOf(const ProjContext& context, const PJ* operation) {
+    const LonLat centre = sampleArea(readAreaOfUse(context, operation), 3)[4];
+    return toGeocentric(WGS_84_ELLIPSOID, centre);
+}
+
+// The datum shifts of an operation's text alone, from one geocentric system to another.
+std::string writeDatumShifts(const std::string& operationText) {
+    std::string text = "+proj=pipeline";
+    for (const ParameterList& step : readDatumShifts(operationText)) text += " +step " + step.toText();
+    return text;
+}
+
+std::optional<Vector> moveByProj(const ProjContext& context, const std::string& text, const Vector& point) {
+    const ProjPtr<PJ> operation(proj_create(context.get(), text.c_str()));
+    if (operation == nullptr) return std::nullopt;
+    const PJ_XYZ moved = proj_trans(operation.get(), PJ_FWD, proj_coord(point.x(), point.y(), point.z(), HUGE_VAL)).xyz;
+    return Vector{moved.x, moved.y, moved.z};
+}
+
 std::optional<PublishedShift> readPublishedShift(const ProjContext& context, PJ* operation) {
     if (proj_coordoperation_has_ballpark_transformation(context.get(), operation) != 0) return std::nullopt;
     const std::string text = textOrEmpty(proj_as_proj_string(context.get(), operation, PJ_PROJ_5, nullptr));
-    const std::optional<Helmert> helmert = readShift(text);
+    const std::optional<Helmert> helmert = findShift(context, operation, text);
     if (!helmert) return std::nullopt;
     return PublishedShift{describeSource(context, operation), *helmert, readAccuracy(context, operation)};
 }
@@ -111,6 +131,22 @@ std::optional<Helmert> readShift(const std::string& operationText) {
         total = total ? compose(*total, *helmert) : *helmert;
     }
     return total ? total : Helmert{};
+}
+
+std::optional<Helmert> findShift(const ProjContext& context, const PJ* operation, const std::string& operationText) {
+    std::optional<Helmert> shift = readShift(operationText);
+    if (!shift || operationText.find("+exact") == std::string::npos) return shift;
+    const Vector centre = centreOf(context, operation);
+    const std::optional<Vector> moved = moveByProj(context, writeDatumShifts(operationText), centre);
+    if (moved) shift->translation += *moved - shift->apply(centre);
+    return roundForWriting(*shift);
+}
+
+Area readAreaOfUse(const ProjContext& context, const PJ* object) {
+    constexpr Area WORLD{-180, -90, 180, 90};
+    Area area = WORLD;
+    proj_get_area_of_use(context.get(), object, &area.west, &area.south, &area.east, &area.north, nullptr);
+    return area.west < -180 || area.west > 180 ? WORLD : area;
 }
 
 bool isGridShift(const std::string& operationText) {

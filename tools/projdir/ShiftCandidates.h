@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/projdir/Area.h"
 #include "tools/projdir/Helmert.h"
 #include "tools/projdir/ProjContext.h"
 
@@ -22,6 +23,14 @@ struct PublishedShift {
 // Molodensky-Badekas transformations, or nothing. Rates of change are left out: PROJ itself has no use for them
 // while coordinates come without an epoch.
 std::optional<Helmert> readShift(const std::string& operationText);
+
+// The same for an operation of PROJ's with its text. The small angles of "+towgs84" are not enough for a rotation that
+// PROJ carries out exactly, by minutes of arc on some islands: the translation makes up for it, to the place where the
+// centre of the operation's area comes to lie.
+std::optional<Helmert> findShift(const ProjContext& context, const PJ* operation, const std::string& operationText);
+
+// Of an operation or a CRS; the world where the registry has none.
+Area readAreaOfUse(const ProjContext& context, const PJ* object);
 
 // Whether what moves the datum, in an operation's text, is one horizontal grid shift in forward direction.
 bool isGridShift(const std::string& operationText);

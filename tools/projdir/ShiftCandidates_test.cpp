@@ -1,6 +1,7 @@
 #include "tools/projdir/ShiftCandidates.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include <gtest/gtest.h>
 
@@ -70,6 +71,25 @@ TEST(ShiftCandidatesTest, MovesThePivotOfMolodenskyBadekas) {
     EXPECT_NEAR(moved.x(), 2550138.45, 0.01);
     EXPECT_NEAR(moved.y(), -5749799.87, 0.01);
     EXPECT_NEAR(moved.z(), 1054530.82, 0.01);
+}
+
+// An operation without an area of use: its centre is on the equator and the meridian of Greenwich.
+TEST(ShiftCandidatesTest, LeadsTheCentreToWhereAnExactRotationLeadsIt) {
+    const ProjContext context;
+    const std::string text = "+proj=helmert +exact +convention=position_vector +x=10 +y=20 +z=30 +rz=1000";
+    const ProjPtr<PJ> operation(proj_create(context.get(), text.c_str()));
+    const std::optional<Helmert> shift = findShift(context, operation.get(), text);
+    ASSERT_TRUE(shift);
+    const double angle = 1000 * RADIANS_PER_ARC_SECOND;
+    const double radius = WGS_84_ELLIPSOID.semiMajor;
+    const Vector moved = shift->apply({radius, 0, 0});
+    EXPECT_NEAR(moved.x(), 10 + radius * std::cos(angle), 1e-4);
+    EXPECT_NEAR(moved.y(), 20 + radius * std::sin(angle), 1e-4);
+    EXPECT_NEAR(moved.z(), 30, 1e-6);
+    EXPECT_EQ(shift->rotation.z(), 1000);
+    const std::string smallAngles = "+proj=helmert +convention=position_vector +x=10 +y=20 +z=30 +rz=1000";
+    EXPECT_EQ(writeHelmert(*findShift(context, operation.get(), smallAngles)), "10,20,30,0,0,1000,0");
+    EXPECT_FALSE(findShift(context, operation.get(), "+proj=hgridshift +grids=a.gsb"));
 }
 
 TEST(ShiftCandidatesTest, KnowsASingleGridShift) {

@@ -127,8 +127,7 @@ ShiftEvidence Survey::gatherEvidence() const {
     evidence.coversHalf = 2 * evidence.samples.size() >= points.size();
     for (const std::size_t index : used) {
         const UsedOperation& operation = reference.operations()[index];
-        const std::optional<Helmert> helmert = readShift(operation.text);
-        if (helmert) evidence.used.push_back({operation.source, *helmert, operation.accuracy});
+        if (operation.shift) evidence.used.push_back({operation.source, *operation.shift, operation.accuracy});
     }
     return evidence;
 }
