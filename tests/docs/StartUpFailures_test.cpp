@@ -80,7 +80,7 @@ TEST_F(StartUpFailuresTest, AreAsThePageSays) {
             {"axis-order line without two fields", [this] { initWithAxisOrders("4326\n"); }},
             {"axis order that is none", [this] { initWithAxisOrders("4326;EN\n"); }},
             {"axis order for a code that is none", [this] { initWithAxisOrders("EPSG:4326;en\n"); }},
-            {"description file that is no file",
+            {"directory in place of a description file",
              [this] {
                  const std::string odd = directory.makeDirectory("odd");
                  directory.write("odd/epsg", "");

@@ -36,8 +36,8 @@ struct RoundTrip {
     double inverse = 0;
 };
 
-// What a conversion or a round trip may be off, in metres, beyond what PROJ's own inverse is off there: some
-// projections, such as those of equal area, have inverse formulas that are no better.
+// How far a conversion or a round trip may be off, in metres, beyond what PROJ's own inverse is off there. Some inverse
+// formulas, such as those of equal-area projections, are less exact than that.
 constexpr double EXACT = 0.001;
 // An inverse that is off by more excuses nothing.
 constexpr double WORST_INVERSE = 0.1;

@@ -140,7 +140,7 @@ TEST_F(DefinitionMakerTest, DefinesACompoundByItsHorizontalPart) {
     EXPECT_THAT(textOf(7400), StartsWith("left out: its horizontal part EPSG:4807 is left out: its angular unit"));
 }
 
-// Tokyo 1892 differs from Tokyo by a longitude rotation, which is no shift of geocentric coordinates.
+// Tokyo 1892 differs from Tokyo by a longitude rotation, which a geocentric shift cannot express.
 TEST_F(DefinitionMakerTest, LeavesOutACrsWhoseShiftIsFarOffUnlessAllowed) {
     EXPECT_THAT(textOf(5132), AllOf(StartsWith("left out: its best shift (EPSG:"),
                                     HasSubstr("is farther than 100 m from PROJ's operations at 25 of 25 points")));

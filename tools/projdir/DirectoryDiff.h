@@ -31,7 +31,7 @@ struct DirectoryContent {
     std::map<unsigned int, DirectoryEntry> entries;
 };
 
-// Reads the files "epsg" and "epsg-axisorder.csv" as the library does. A code that is no number does not count.
+// Reads the files "epsg" and "epsg-axisorder.csv" as the library does. Codes that are not numbers do not count.
 // DirectoryError when one of them cannot be read.
 DirectoryContent readDirectory(const std::string& path);
 

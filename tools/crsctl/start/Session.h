@@ -20,8 +20,8 @@ struct CommonOptions {
 // environment names a subsystem that does not exist.
 std::unique_ptr<CoordinateTransformation::CrsConfig> makeConfig(const std::string& projDirOption);
 
-// Whether the text is one of the OGC's names for WGS 84 with the longitude first, which are no CRS to the library
-// unless a configuration maps them.
+// Whether the text is one of the OGC's names for WGS 84 with the longitude first. The library knows them only where a
+// configuration maps them.
 bool isCrs84(const std::string& name);
 
 // The library, started as the server starts it: with the configuration of `options`, or without any entry.
