@@ -1,4 +1,4 @@
-// A server forks while its threads are at work.
+// A server forks while its threads are running.
 
 #include <atomic>
 #include <exception>
@@ -12,7 +12,7 @@
 namespace ProcessTest {
 namespace {
 
-// Threads that do what the requests of a server do, until the object goes.
+// Threads that work like the requests of a server. The destructor stops them.
 class BusyThreads {
 public:
     BusyThreads() {
@@ -25,7 +25,7 @@ public:
             EXPECT_TRUE(movesThroughTheGrid(held));
         });
         run([] {
-            EXPECT_TRUE(failsAsItShould());
+            EXPECT_TRUE(rejectsAnInvalidPoint());
             EXPECT_THROW(moved(server(), "EPSG:9999", "EPSG:4326", {0, 0}), std::exception);
         });
         while (running < static_cast<int>(threads.size())) std::this_thread::yield();
@@ -51,20 +51,20 @@ private:
     std::vector<std::thread> threads;
 };
 
-TEST(ForkBesideThreadsTest, LetsAHundredChildrenWorkBesideThreadsOfTheirParent) {
+TEST(ForkBesideThreadsTest, LetsAHundredChildrenWork) {
     const BusyThreads threads;
-    for (int child = 0; child < 100; ++child) ASSERT_TRUE(Child(doesEverything).succeedsBesideThreads()) << child;
+    for (int child = 0; child < 100; ++child) ASSERT_TRUE(Child(servesEveryRequest).succeedsBesideThreads()) << child;
 }
 
-// Its parent has none: ThreadSanitizer knows no threads that begin in the child of a process with threads.
-TEST(ForkBesideThreadsTest, LetsAWorkerHaveThreadsAndChildren) {
-    EXPECT_TRUE(doesEverything());
+// The parent has no threads: ThreadSanitizer does not support new threads in the child of a multithreaded process.
+TEST(ForkBesideThreadsTest, LetsAWorkerStartThreadsAndChildren) {
+    EXPECT_TRUE(servesEveryRequest());
     const auto worker = [] {
         const BusyThreads threads;
-        return doesEverything() && Child(doesEverything).succeedsBesideThreads() && doesEverything();
+        return servesEveryRequest() && Child(servesEveryRequest).succeedsBesideThreads() && servesEveryRequest();
     };
     EXPECT_TRUE(Child(worker).succeeds());
-    EXPECT_TRUE(doesEverything());
+    EXPECT_TRUE(servesEveryRequest());
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// A server forks workers after its start.
+// A server forks workers after it has started.
 
 #include <algorithm>
 #include <array>
@@ -31,7 +31,7 @@ double heightAboveGeoid(double latitude, double longitude) {
     return z;
 }
 
-// Points all over the world, those that follow each other far apart; `first` is where to begin.
+// Computes the heights of points all over the world, beginning with number `first`. Consecutive points are far apart.
 void computeHeights(Heights& heights, int first) {
     for (int i = 0; i < POINTS; ++i) {
         const int point = (first + i) % POINTS;
@@ -74,7 +74,7 @@ private:
     std::array<int, 2> ends{};
 };
 
-// Eight workers read the grid at the same time; each gives its heights to `check`.
+// Computes heights in eight workers at the same time, and passes the heights of each worker to `check`.
 template <typename Check>
 void computeInEightWorkers(Check check) {
     constexpr int WORKERS = 8;
@@ -98,9 +98,10 @@ void computeInEightWorkers(Check check) {
     for (Child& worker : workers) EXPECT_TRUE(worker.succeeds());
 }
 
-// Files whose position is shared go wrong only when two read at once: hence the rounds.
-TEST(ForkTest, LetsEightWorkersUseAGridThatTheServerHasOpened) {
-    // EGM96 puts the geoid 17.2 m above the ellipsoid at 0 N 0 E.
+// A shared file position causes wrong results only if two workers read at the same time, so the test runs several
+// rounds.
+TEST(ForkTest, LetsEightWorkersUseAnOpenGridOfTheServer) {
+    // In EGM96 the geoid is 17.2 m above the ellipsoid at 0 N 0 E.
     EXPECT_NEAR(heightAboveGeoid(0, 0), -17.2, 0.05);
     std::vector<Heights> ofWorkers;
     for (int round = 0; round < 5; ++round)
@@ -113,19 +114,19 @@ TEST(ForkTest, LetsEightWorkersUseAGridThatTheServerHasOpened) {
 }
 
 TEST(ForkTest, LetsTheChildOfAChildWork) {
-    EXPECT_TRUE(doesEverything());
+    EXPECT_TRUE(servesEveryRequest());
     const double height = heightAboveGeoid(10, 20);
     const auto grandchild = [height] {
-        return doesEverything() && heightAboveGeoid(10, 20) == height && Child(doesEverything).succeeds();
+        return servesEveryRequest() && heightAboveGeoid(10, 20) == height && Child(servesEveryRequest).succeeds();
     };
     const auto child = [height, &grandchild] {
-        return heightAboveGeoid(10, 20) == height && Child(grandchild).succeeds() && doesEverything();
+        return heightAboveGeoid(10, 20) == height && Child(grandchild).succeeds() && servesEveryRequest();
     };
     EXPECT_TRUE(Child(child).succeeds());
-    EXPECT_TRUE(doesEverything());
+    EXPECT_TRUE(servesEveryRequest());
 }
 
-TEST(ForkTest, LetsAChildGoOnWithTheTransformersOfItsParent) {
+TEST(ForkTest, LetsAChildUseTheTransformersOfItsParent) {
     PointTransformer ofParent = transformerOf("EPSG:4314", "EPSG:25832");
     EXPECT_TRUE(movesThroughTheGrid(ofParent));
     const auto grandchild = [&ofParent] { return movesThroughTheGrid(ofParent); };
@@ -137,7 +138,7 @@ TEST(ForkTest, LetsAChildGoOnWithTheTransformersOfItsParent) {
     EXPECT_TRUE(movesThroughTheGrid(ofParent));
 }
 
-TEST(ForkTest, LetsAChildBeginWithABox) {
+TEST(ForkTest, LetsAChildTransformABoxFirst) {
     PointTransformer ofParent = transformerOf("EPSG:25832", "EPSG:4314");
     const auto child = [&ofParent] {
         const auto box = ofParent.transformBounds({400000, 5400000, 600000, 5600000});
@@ -158,8 +159,8 @@ TEST(ForkTest, LetsAChildReleaseTheTransformersOfItsParent) {
     EXPECT_TRUE(movesThroughTheGrid(*ofParent));
 }
 
-// Its message is the one that transformTo has.
-bool failsForWantOfItsGrid(PointTransformer& transformer) {
+// Returns whether `transformer` fails with a message, and leaves the point unchanged.
+bool failsWithoutItsGrid(PointTransformer& transformer) {
     double x = GRIDDED_LONGITUDE;
     double y = GRIDDED_LATITUDE;
     try {
@@ -170,13 +171,13 @@ bool failsForWantOfItsGrid(PointTransformer& transformer) {
     return false;
 }
 
-TEST(ForkTest, TellsAChildWhenTheGridsOfItsParentHaveGone) {
+TEST(ForkTest, FailsInAChildWhenTheGridsOfItsParentAreGone) {
     server();
     const std::string grid = projDirectory() + "/gone.gsb";
     std::filesystem::copy_file("/usr/share/proj/BETA2007.gsb", grid);
     PointTransformer ofParent = transformerOf("EPSG:4313", "EPSG:25832");
     std::filesystem::remove(grid);
-    const auto child = [&ofParent] { return failsForWantOfItsGrid(ofParent) && failsForWantOfItsGrid(ofParent); };
+    const auto child = [&ofParent] { return failsWithoutItsGrid(ofParent) && failsWithoutItsGrid(ofParent); };
     EXPECT_TRUE(Child(child).succeeds());
     double x = GRIDDED_LONGITUDE;
     double y = GRIDDED_LATITUDE;
@@ -200,9 +201,9 @@ std::string outputOf(const char* command) {
     return output;
 }
 
-TEST(ForkTest, KeepsFilesFromProgramsThatTheServerStarts) {
+TEST(ForkTest, HidesOpenFilesFromProgramsThatTheServerStarts) {
     heightAboveGeoid(0, 0);
-    doesEverything();
+    servesEveryRequest();
     const std::string here = filesOfThisProcess();
     const std::string there = outputOf("ls -l /proc/self/fd");
     for (const char* const file : {"egm96_15.gtx", "BETA2007.gsb", "proj.db"}) {

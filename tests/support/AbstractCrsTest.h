@@ -9,8 +9,8 @@
 
 namespace CoordinateTransformation {
 
-// A CRS that is what its base makes it, with every field open. Not geographic; the operations that
-// would derive one field from another do nothing.
+// The smallest concrete CRS, with every field public. It is not geographic. Its setters, which derive fields from each
+// other in other CRS, do nothing.
 class BareCrs : public AbstractCrs {
 public:
     using AbstractCrs::AbstractCrs;
@@ -69,7 +69,7 @@ protected:
         return crs;
     }
 
-    // No field has its default, and no two fields of one type have the same value.
+    // Returns a CRS whose fields differ from their defaults and from each other.
     BareCrs givenFilled() const {
         BareCrs crs = given({27700, 5701, 3, 1});
         crs.identifier = "identifier";

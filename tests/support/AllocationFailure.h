@@ -6,19 +6,20 @@
 
 #include <gtest/gtest.h>
 
-// Replaces the global allocation functions by such that count, and fail where a test wants them to. For the one source
-// of a test program of its own.
+// Replaces the global allocation functions. The replacements count allocations and fail on request. A program may
+// include this header in one source only.
 
 namespace TestSupport {
 
 constexpr long NEVER = std::numeric_limits<long>::max();
 
-// Of this thread: how many allocations there were, refused ones among them; which of them fail; what is not released.
+// Counters of this thread. `allocations` includes those that failed. Allocations with a number from `firstFailure` to
+// `lastFailure` fail. `outstanding` is the number of allocations that are not released yet.
 inline thread_local long allocations = 0;
 inline thread_local long firstFailure = NEVER;
 inline thread_local long lastFailure = NEVER;
 inline thread_local long outstanding = 0;
-// Whether an allocation must not fail here; asked for those alone that would.
+// Returns whether the current allocation must succeed. Called only for allocations that would fail.
 inline bool (*isSpared)() = nullptr;
 
 inline bool fails() {
@@ -38,13 +39,13 @@ inline void* allocate(std::size_t size) {
     return memory;
 }
 
-// Not inlined: the compiler would take it for a release that does not fit its allocation.
+// Not inlined: the compiler would see memory from operator new reach std::free, and would warn.
 [[gnu::noinline]] inline void release(void* memory) {
     outstanding -= memory != nullptr ? 1 : 0;
     std::free(memory);
 }
 
-// Lets `howMany` allocations of `action` fail, from the one of that number on. Whether it got through.
+// Runs `action` and fails `howMany` of its allocations, beginning with number `first`. Returns whether it succeeds.
 template <typename Action>
 bool succeedsWithout(long first, long howMany, Action action) {
     allocations = 0;
@@ -60,14 +61,14 @@ bool succeedsWithout(long first, long howMany, Action action) {
     return !failed;
 }
 
-// The same when all allocations fail after so many.
+// Runs `action` and fails all allocations after the first `before`. Returns whether it succeeds.
 template <typename Action>
 bool succeedsWith(long before, Action action) {
     return succeedsWithout(before, NEVER - before, action);
 }
 
-// Runs `action` once for each of its allocations, which alone fails: it must fail, or `isRight` must hold afterwards.
-// Returns how many allocations there are.
+// Runs `action` once for each of its allocations and fails only that allocation. The action must fail, or `isRight`
+// must return true afterwards. Returns the number of allocations.
 template <typename Action, typename Check>
 long expectAllOrNothing(Action action, Check isRight) {
     long failing = -1;
@@ -78,8 +79,8 @@ long expectAllOrNothing(Action action, Check isRight) {
     return failing;
 }
 
-// Lets `action` fail at each of its allocations in turn, each time with a new state, until it gets through; nothing
-// may be lost. Returns how many allocations there are.
+// Runs `action` on a new state with 0, 1, 2 and more allocations until it succeeds. Each run must release all that it
+// allocates. Returns the number of allocations that `action` needs.
 template <typename Prepare, typename Action>
 long allocationsOf(Prepare prepare, Action action) {
     long before = -1;

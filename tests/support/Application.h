@@ -8,13 +8,13 @@
 #include "tests/support/ProcessServer.h"
 #include "tests/support/TemporaryDirectory.h"
 
-// A program that uses PROJ by itself, beside the library.
+// An application that uses PROJ itself, next to the library.
 namespace ProcessTest {
 
 using ClassicProj::ProjPtr;
 using TestSupport::TemporaryDirectory;
 
-// What PROJ tells about a context; null is the default one of the process.
+// The settings of a context, as PROJ reports them. Null is the default context of the process.
 struct Settings {
     explicit Settings(PJ_CONTEXT* context)
         : database(textOf(proj_context_get_database_path(context))),
@@ -45,19 +45,19 @@ inline void PrintTo(const Settings& settings, std::ostream* stream) {
             << settings.error;
 }
 
-// The directories that the default context searches, as PROJ joins them.
+// The search path of the default context, as PROJ joins it.
 inline std::string defaultSearchPath() { return proj_info().searchpath; }
 
 inline void countMessage(void* messages, int /*level*/, const char* /*text*/) { ++*static_cast<int*>(messages); }
 
-// The one PROJ directory of the program: the first that serves is settled for the process.
+// The PROJ directory of the program. There is only one, because a process keeps the first that it starts with.
 inline const std::string& projDirectory() {
     static const TemporaryDirectory directory;
     static const std::string& name = (writeProjDirectory(directory.name()), directory.name());
     return name;
 }
 
-// Everything that makes the library talk to PROJ, failures with it.
+// Makes the library call PROJ: for points with and without a grid, for a point that fails, and for an unknown code.
 inline void useTheLibrary(const CrsConfig& config) {
     moved(config, "EPSG:4326", "EPSG:25832", {52, 9});
     moved(config, "EPSG:4314", "EPSG:3857", {50, 9});

@@ -5,7 +5,7 @@
 
 namespace TestSupport {
 
-// Tells 0 from -0, and a NaN is the same as itself.
+// The bits of a number. 0 and -0 differ, and a NaN is equal to itself.
 inline std::uint64_t bitsOf(double number) {
     std::uint64_t bits = 0;
     std::memcpy(&bits, &number, sizeof(bits));

@@ -9,7 +9,7 @@
 #include "proj/classic/ClassicProj.h"
 #include "tests/support/Geodesy.h"
 
-// The classic interface with texts and points of tests; angles are degrees here.
+// The classic interface on definitions as text and on points. Angles are in degrees here.
 namespace TestSupport {
 
 inline void searchOnlyIn(const std::vector<std::string>& directories) {
@@ -26,7 +26,7 @@ inline ClassicProj::projPJ define(const std::string& text) {
 
 enum class Heights { WITH, WITHOUT };
 
-// Moves `point` with pj_transform. 0, or the error number.
+// Transforms `point` with pj_transform. Returns 0, or the error number.
 inline int move(const std::string& source, const std::string& target, Point& point, Heights heights = Heights::WITH) {
     const ClassicProj::projPJ from = define(source);
     const ClassicProj::projPJ to = define(target);
@@ -46,7 +46,7 @@ inline Point moved(const std::string& source, const std::string& target, Point p
     return point;
 }
 
-// One row of a table: where a point of `source` lies in `target`.
+// A row of a table: a point in the coordinates of `source` and of `target`.
 struct Move {
     const char* name;
     std::string source;
@@ -59,7 +59,7 @@ inline void PrintTo(const Move& row, std::ostream* stream) { *stream << row.sour
 
 inline std::string nameOfMove(const testing::TestParamInfo<Move>& info) { return info.param.name; }
 
-// A micrometre on the ground.
+// Both are a micrometre on the ground.
 constexpr double ANGLE_TOLERANCE = 1e-11;
 constexpr double LENGTH_TOLERANCE = 1e-6;
 

@@ -18,7 +18,7 @@ namespace {
     std::vector<char*> argv;
     for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
-    // Whatever the tests were started with.
+    // The tests may run with these signals ignored.
     for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) ::signal(signal, SIG_DFL);
     unsetenv("QUARVELSRV_PROJ4_CONF_DIR");
     execv(CRSCTL_PROGRAM, argv.data());

@@ -6,17 +6,17 @@
 
 namespace crsctl {
 
-// How a program ended and what it wrote.
+// The exit code and the output of a program.
 struct Outcome {
-    int exitCode;  // 128 and the signal when one ended it
+    int exitCode;  // 128 plus the signal that ended it, if one did
     std::string output;
     std::string errors;
 };
 
-// The program under test, started with the test PROJ directory. Ended, if it still runs, with the object.
+// The program under test, with the PROJ directory of the tests. The destructor kills it if it is still running.
 class Program {
 public:
-    // Takes the three descriptors over.
+    // Takes ownership of the three descriptors.
     Program(std::vector<std::string> arguments, int input, int output, int errors);
     ~Program();
     Program(const Program&) = delete;
@@ -24,14 +24,14 @@ public:
 
     pid_t id() const { return process; }
     void send(int signal) const;
-    // Waits for its end.
+    // Waits until the program ends.
     int exitCode();
 
 private:
     pid_t process;
 };
 
-// A pipe whose ends are closed with the object, unless they have been handed on.
+// A pipe. The destructor closes the ends that nobody has taken.
 class Pipe {
 public:
     Pipe();
@@ -44,7 +44,7 @@ public:
     void write(const std::string& text) const;
     void closeWriteEnd();
     void closeReadEnd();
-    // Up to `size` bytes; less only at the end.
+    // Reads `size` bytes, or fewer at the end of the stream.
     std::string read(std::size_t size) const;
     std::string readToEnd() const;
 
@@ -55,10 +55,10 @@ private:
 
 int openFile(const std::string& path, int flags);
 
-// Runs the program to its end on the given input, through files.
+// Runs the program to its end. Input and output are files.
 Outcome run(const std::vector<std::string>& arguments, const std::string& input = "");
 
-// The same with the input through a pipe.
+// Runs the program to its end. The input is a pipe.
 Outcome runOnPipe(const std::vector<std::string>& arguments, const std::string& input);
 
 }  // namespace crsctl

@@ -5,7 +5,7 @@
 
 #include "tests/support/IntegrationServer.h"
 
-// A server as the pages configure it.
+// A server with a configuration from a page.
 namespace DocsTest {
 
 using IntegrationTest::Crs;

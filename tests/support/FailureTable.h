@@ -10,12 +10,12 @@
 #include "tests/support/DocsServer.h"
 #include "tests/support/Page.h"
 
-// Compares the tables of docs/failures.md with what is raised.
+// Compares the tables of docs/failures.md with the exceptions that the library raises.
 namespace DocsTest {
 
 using Provocations = std::map<std::string, std::function<void()>>;
 
-// As raisedBy, and the XML reader's own failure.
+// Like raisedBy, but also catches the failure of the XML reader.
 inline Raised failureOf(const std::function<void()>& action) {
     try {
         return raisedBy(action);
@@ -24,7 +24,7 @@ inline Raised failureOf(const std::function<void()>& action) {
     }
 }
 
-// Every row has its provocation and every provocation its row.
+// Requires one provocation for each row, and one row for each provocation.
 inline void expectTable(const Table& table, const Provocations& provocations) {
     EXPECT_EQ(table.rows.size(), provocations.size());
     for (const Row& row : table.rows) {

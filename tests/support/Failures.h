@@ -6,7 +6,7 @@
 
 namespace TestSupport {
 
-// What `read` makes of the failure of type E that `action` raises.
+// Returns the result of `read` for the failure of type E that `action` raises.
 template <typename E, typename Action, typename Read>
 std::string readFailure(Action action, Read read) {
     try {
@@ -14,17 +14,17 @@ std::string readFailure(Action action, Read read) {
     } catch (const E& failure) {
         return read(failure);
     }
-    ADD_FAILURE() << "nothing of that type was raised";
+    ADD_FAILURE() << "no exception of that type was raised";
     return "";
 }
 
-// Its text.
+// Returns the text of the failure.
 template <typename E, typename Action>
 std::string messageOf(Action action) {
     return readFailure<E>(action, [](const E& failure) { return std::string(failure.what()); });
 }
 
-// Its service exception code and its text, "qvConfigurationError: no directory".
+// Returns the service exception code and the text of the failure, as in "qvConfigurationError: no directory".
 template <typename E, typename Action>
 std::string reportOf(Action action) {
     return readFailure<E>(action, [](const E& failure) {

@@ -8,21 +8,20 @@
 #include "CoordinateTransformation/CoordTransformer.h"
 #include "CoordinateTransformation/CrsCreator.h"
 
-// Stand-ins for the parts that need PROJ, for tests of what does not.
+// Fakes of the parts that need PROJ, for tests of the parts that do not.
 namespace TestSupport {
 
 using CoordinateTransformation::AbstractCrs;
 using CoordinateTransformation::CoordTransformer;
 using CoordinateTransformation::CrsCreator;
 
-// Leaves coordinates alone.
+// Does not change coordinates.
 class FakeTransformer : public CoordTransformer {
 public:
     void transformCoordinates(const AbstractCrs*, const AbstractCrs*, double&, double&, double*) const override {}
 };
 
-// Keeps track of the CRS that are alive, so that tests can count them, and release those that the system
-// leaves behind.
+// Tracks the live CRS, so that tests can count them and release those that the library leaves behind.
 class LiveCrs {
 public:
     ~LiveCrs() { releaseAll(); }
@@ -38,7 +37,8 @@ private:
     std::set<const AbstractCrs*> alive;
 };
 
-// Codes that tests use, as EPSG has them. Every other code is that of a projected CRS with easting first.
+// Codes whose properties matter to tests, with their properties in EPSG. Every other code is a projected CRS with
+// easting first.
 struct FakeCode {
     unsigned int code;
     bool isGeographic;
@@ -55,7 +55,7 @@ inline FakeCode fakeCode(unsigned int code) {
     return {code, false, true};
 }
 
-// A CRS of any codes, bound to nothing.
+// A CRS with any codes, not bound to PROJ.
 class FakeCrs : public AbstractCrs {
 public:
     FakeCrs(const CrsCreator& crsCreator, const CoordTransformer& crsTransformer, unsigned int primary,
@@ -104,7 +104,7 @@ private:
     LiveCrs* live;
 };
 
-// A creator with an empty pool that makes FakeCrs and offers everything. A test changes what it needs.
+// Creates FakeCrs. Its pool is empty, and it allows every CRS. Tests override what they need.
 class FakeCreator : public CrsCreator {
 public:
     explicit FakeCreator(LiveCrs* liveCrs = nullptr) : live(liveCrs) {}

@@ -19,13 +19,13 @@
 // A server that forks.
 namespace ProcessTest {
 
-// The one PROJ directory of the program: the first that serves is settled for the process.
+// The PROJ directory of the program. There is only one, because a process keeps the first that it starts with.
 inline const std::string& projDirectory() {
     static const TestSupport::TemporaryDirectory directory;
     return directory.name();
 }
 
-// Codes of the directory that only those tests use that want a new one.
+// Codes for the tests that bind new codes. No other test uses them.
 constexpr int FIRST_SPARE_CODE = 60000;
 constexpr int SPARE_CODES = 100;
 
@@ -58,7 +58,7 @@ constexpr bool IS_UNDER_THREAD_SANITIZER = __has_feature(thread_sanitizer);
 constexpr bool IS_UNDER_THREAD_SANITIZER = false;
 #endif
 
-// A forked process that does `work` and ends with what it returns.
+// A forked process that runs `work`. It exits with 0 if `work` returns true.
 class Child {
 public:
     template <typename Work>
@@ -78,21 +78,21 @@ public:
         if (process > 0) end();
     }
 
-    // False for a child that failed, and for one that hangs.
+    // Waits for the child. Returns false if it fails or hangs.
     bool succeeds() {
         const std::optional<bool> success = endsWithin(std::chrono::seconds(120));
         return success.has_value() && *success;
     }
 
-    // The same for the child of a process whose threads are at work. ThreadSanitizer does not free the locks of its
-    // allocator in a child: one that another thread held stays locked. There alone a child may hang.
+    // Like succeeds(), for a child of a process with running threads. Under ThreadSanitizer such a child may hang: it
+    // inherits the locks of the sanitizer's allocator, and a lock that another thread held is never released.
     bool succeedsBesideThreads() {
         if (!IS_UNDER_THREAD_SANITIZER) return succeeds();
         return endsWithin(std::chrono::seconds(10)).value_or(true);
     }
 
 private:
-    // Nothing where it goes on.
+    // Returns nothing if the child is still running after that time.
     std::optional<bool> endsWithin(std::chrono::seconds time) {
         const auto deadline = std::chrono::steady_clock::now() + time;
         int status = 0;
@@ -112,10 +112,10 @@ private:
     pid_t process;
 };
 
-// The text of the installed PROJ, asked for before any fork.
+// The message of the installed PROJ, read before any fork.
 inline const std::string INVALID_COORDINATE = proj_context_errno_string(nullptr, PROJ_ERR_COORD_TRANSFM_INVALID_COORD);
 
-inline bool failsAsItShould() {
+inline bool rejectsAnInvalidPoint() {
     try {
         moved(server(), "EPSG:4326", "EPSG:25832", {99, 9});
     } catch (const CoordinateTransformation::TransExecException& failure) {
@@ -132,7 +132,8 @@ inline PointTransformer transformerOf(const std::string& source, const std::stri
     return PointTransformer(*from.get(), *to.get());
 }
 
-// Whether it gives what transformTo gives from EPSG:4314 to EPSG:25832, and a box around it.
+// Returns whether `transformer` agrees with transformTo from EPSG:4314 to EPSG:25832, and whether its box contains the
+// point.
 inline bool movesThroughTheGrid(PointTransformer& transformer) {
     double x = GRIDDED_LATITUDE;
     double y = GRIDDED_LONGITUDE;
@@ -150,12 +151,12 @@ inline bool transformsArrays() {
     return movesThroughTheGrid(transformer) && another.transform(3, x, y) == 1;
 }
 
-// Transforms through a grid and by parameters, binds a code that the parent never does, and fails.
-inline bool doesEverything() {
+// Transforms through a grid and by parameters, point by point and in arrays, and provokes a failure.
+inline bool servesEveryRequest() {
     const Point shifted = moved(server(), "EPSG:4314", "EPSG:4326", {GRIDDED_LATITUDE, GRIDDED_LONGITUDE});
     const Point bound = moved(server(), "EPSG:4258", "EPSG:25832", {9, 52});
     return std::abs(shifted.x - SHIFTED_LATITUDE) < GRID_TOLERANCE && std::abs(bound.x - 500000) < 1e-6 &&
-           transformsArrays() && failsAsItShould();
+           transformsArrays() && rejectsAnInvalidPoint();
 }
 
 }  // namespace ProcessTest

@@ -7,8 +7,8 @@
 #include "proj/AxisOrderTable.h"
 #include "proj/SettledCrsDescriptions.h"
 
-// For tests: while it lives, the process is as if no PROJ directory had been settled yet, and the environment
-// names none but what the test sets.
+// Makes the process forget its PROJ directory, at the start of a test and again at its end. In between, the environment
+// variable is unset unless the test sets it with givenEnvironment().
 class FreshProj4Settings {
 public:
     FreshProj4Settings() {

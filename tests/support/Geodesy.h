@@ -4,13 +4,13 @@
 #include <cmath>
 #include <ostream>
 
-// Geodesy from the textbook, for the values that tests expect. Nothing here asks PROJ.
+// Textbook geodesy for expected values. Nothing here calls PROJ.
 namespace TestSupport {
 
 constexpr double PI = 3.14159265358979323846;
 constexpr double RADIANS = PI / 180;
 
-// Longitude, latitude and height, or the coordinates of a CRS; angles in degrees.
+// Longitude, latitude and height, or the coordinates of a CRS. Angles are in degrees.
 struct Point {
     double x;
     double y;
@@ -28,14 +28,14 @@ inline double distance(const Point& left, const Point& right) {
     return std::sqrt(std::pow(left.x - right.x, 2) + std::pow(left.y - right.y, 2) + std::pow(left.z - right.z, 2));
 }
 
-// Semi-major axis in metres and flattening.
+// An ellipsoid: its semi-major axis in metres and its flattening.
 struct Figure {
     double a;
     double f;
     double eccentricitySquared() const { return f * (2 - f); }
 };
 
-// EPSG Geodetic Parameter Dataset, table of ellipsoids.
+// From the table of ellipsoids in the EPSG Geodetic Parameter Dataset.
 constexpr Figure WGS84{6378137.0, 1 / 298.257223563};
 constexpr Figure GRS80{6378137.0, 1 / 298.257222101};
 constexpr Figure BESSEL{6377397.155, 1 / 299.1528128};
@@ -44,10 +44,10 @@ constexpr Figure CLARKE_1880_IGN{6378249.2, (6378249.2 - 6356515.0) / 6378249.2}
 constexpr Figure CLARKE_1866{6378206.4, (6378206.4 - 6356583.8) / 6378206.4};
 constexpr Figure INTERNATIONAL{6378388.0, 1 / 297.0};
 
-// By the minor axis that PROJ lists, 2 mm less than the flattening of the dataset gives.
+// Defined by the minor axis in PROJ's list, which is 2 mm shorter than that of the dataset.
 constexpr Figure AIRY_MODIFIED{6377340.189, (6377340.189 - 6356034.446) / 6377340.189};
 
-// Geodetic to geocentric (IOGP 373-7-2).
+// Converts geodetic to geocentric coordinates (IOGP 373-7-2).
 inline Point geocentric(const Figure& figure, const Point& geodetic) {
     const double sine = std::sin(geodetic.y * RADIANS);
     const double cosine = std::cos(geodetic.y * RADIANS);
@@ -60,7 +60,7 @@ inline Point geocentric(const Figure& figure, const Point& geodetic) {
 // Translations in metres, rotations in arc-seconds, scale in parts per million.
 using Shift = std::array<double, 7>;
 
-// Position vector transformation, rotations as small angles (IOGP 373-7-2).
+// Applies a position vector transformation with rotations as small angles (IOGP 373-7-2).
 inline Point shifted(const Shift& shift, const Point& point) {
     const double second = RADIANS / 3600;
     const double rx = shift[3] * second;
@@ -72,15 +72,15 @@ inline Point shifted(const Shift& shift, const Point& point) {
             shift[2] + scale * (-ry * point.x + rx * point.y + point.z)};
 }
 
-// The same backwards: translation and scale undone, then the rotations with their signs changed. Not the exact
-// inverse of the small-angle form; the classic interface has always done it so.
+// Reverses shifted(): removes translation and scale, then applies the rotations with opposite signs. This is not the
+// exact inverse of the small-angle form, but the classic interface has always computed it so.
 inline Point shiftedBack(const Shift& shift, const Point& point) {
     const double scale = 1 + shift[6] * 1e-6;
     const Point unscaled{(point.x - shift[0]) / scale, (point.y - shift[1]) / scale, (point.z - shift[2]) / scale};
     return shifted({0, 0, 0, -shift[3], -shift[4], -shift[5], 0}, unscaled);
 }
 
-// Length in metres of the meridian from the equator, by Simpson's rule over its radius of curvature.
+// Length in metres of the meridian from the equator, by Simpson's rule over the radius of curvature.
 inline double meridianArc(const Figure& figure, double latitude) {
     constexpr int STEPS = 20000;
     const double es = figure.eccentricitySquared();

@@ -5,8 +5,8 @@
 
 namespace TestSupport {
 
-// While it lives, the process works in a directory that is gone: "../proj" still leads to a file beside it, but no
-// relative name can be made absolute.
+// Puts the process into a working directory that no longer exists, for the lifetime of the object. "../proj" still
+// leads to a file next to that directory, but no relative path can be made absolute.
 class GoneWorkingDirectory {
 public:
     explicit GoneWorkingDirectory(const std::string& directory) : before(std::filesystem::current_path()) {

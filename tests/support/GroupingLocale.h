@@ -3,7 +3,7 @@
 #include <locale>
 #include <string>
 
-// For tests: while it lives, the global locale writes a decimal comma and groups every two digits.
+// Sets a global locale with a decimal comma and groups of two digits, for the lifetime of the object.
 class GroupingLocale {
 public:
     GroupingLocale() : previous(std::locale::global(std::locale(std::locale::classic(), new Punctuation))) {}

@@ -11,7 +11,7 @@
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
 
-// The library as a server starts and uses it, through its public headers alone.
+// A server that starts and uses the library through its public headers only.
 namespace IntegrationTest {
 
 using CoordinateTransformation::AbstractCrs;
@@ -29,7 +29,7 @@ inline std::istringstream readSourceFile(const std::string& path) {
 
 class Server {
 public:
-    // Offers what the example configuration offers.
+    // Offers the CRS of the example configuration.
     Server() : Server(readSourceFile("data/crs-configuration.xml")) {}
 
     explicit Server(std::istringstream document) {
@@ -41,15 +41,15 @@ public:
     }
 
     const CrsCreator& creator() const { return config->getCreator(); }
-    // A CRS that a request names; it must be one that the server offers.
+    // Returns the CRS that a request names. The server must offer it.
     Crs request(const std::string& name) const { return creator().createFromName(name, true, true); }
-    // Any CRS that the library knows.
+    // Returns any CRS that the library knows.
     Crs known(const std::string& name) const { return creator().createFromName(name, true, false); }
 
     std::unique_ptr<CrsConfig> config;
 };
 
-// What an action raised, as a server would report it. The class is the first in the table that catches it.
+// An exception as a server would report it. `type` is the first class in raisedBy that catches it.
 struct Raised {
     std::string type;
     std::string text;

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-// The names of tests/names.csv, whose head describes the columns.
+// Reads tests/names.csv. The comment at the top of that file describes the columns.
 namespace TestSupport {
 
 class NameRow {
@@ -16,22 +16,22 @@ public:
     NameRow(std::size_t line, const std::string& text)
         : source("tests/names.csv:" + std::to_string(line) + ": " + text) {}
 
-    // For messages: the row as it stands in the file.
+    // The row as it is in the file, for messages.
     const std::string& where() const { return source; }
-    // The cell below `title`.
+    // The cell in the column `title`.
     const std::string& operator[](const std::string& title) const { return cells.at(title); }
     void set(const std::string& title, const std::string& cell) { cells[title] = cell; }
 
     bool isAccepted() const { return cells.at("result") == "accepted"; }
-    // Such a CRS takes the name for its alias.
+    // A CRS that is named by a GML reference has the name as its alias.
     bool isReference() const { return cells.at("spelling") == "GML reference"; }
-    // What the server answers with: "alias", "cache", "new" or the class that is raised.
+    // The answer of the server: "alias", "cache", "new", or the class that is raised.
     const std::string& answer() const { return cells.at("server").empty() ? cells.at("result") : cells.at("server"); }
     bool isAnswered() const { return answer() == "alias" || answer() == "cache" || answer() == "new"; }
     bool isRegistered() const { return answer() == "alias" || answer() == "cache"; }
-    // REQUIRES: `codes` has codes.
+    // REQUIRES: the cell `codes` is not empty.
     unsigned int primaryCode() const { return static_cast<unsigned int>(std::stoul(cells.at("codes"))); }
-    // 0 for a CRS that is not compound.
+    // Returns 0 for a CRS that is not compound.
     unsigned int secondaryCode() const {
         const std::size_t star = cells.at("codes").find('*');
         return star == std::string::npos ? 0U
@@ -46,7 +46,8 @@ private:
 // row  = cell { "," cell }
 // cell = { character } | '"' { character | '""' } '"'
 //
-// Of a quoted cell, the quotes are no part; escapes are read in either. Cells that are empty may be missing at the end.
+// The quotes of a cell are not part of it. Escapes are read with and without quotes. Empty cells at the end of a row
+// may be missing.
 class NameRowReader {
 public:
     explicit NameRowReader(const std::string& rowText) : text(rowText) {}
@@ -54,7 +55,7 @@ public:
     std::vector<std::string> readCells() {
         std::vector<std::string> cells = {readCell()};
         for (; position < text.size(); cells.push_back(readCell()))
-            if (text[position++] != ',') throw std::runtime_error("text behind a quoted cell: " + text);
+            if (text[position++] != ',') throw std::runtime_error("text after a quoted cell: " + text);
         return cells;
     }
 
@@ -69,7 +70,7 @@ private:
 
     // A quote that is not doubled ends the cell.
     bool takeEndOfQuotes() {
-        if (position >= text.size()) throw std::runtime_error("quotes without an end: " + text);
+        if (position >= text.size()) throw std::runtime_error("unterminated quotes: " + text);
         if (!at('"')) return false;
         ++position;
         return !at('"');
@@ -82,7 +83,7 @@ private:
         if (at('\\')) return {text[position++]};
         const char kind = text.at(position++);
         if (kind == 'M') return std::string(MEGABYTE, readText().at(0));
-        if (kind != 'x') throw std::runtime_error("no such escape: " + text);
+        if (kind != 'x') throw std::runtime_error("unknown escape: " + text);
         position += 2;
         return {static_cast<char>(std::stoi(text.substr(position - 2, 2), nullptr, 16))};
     }
@@ -116,7 +117,7 @@ inline std::vector<NameRow> readNameTable() {
             continue;
         }
         rows.push_back(readNameRow(number, line, titles));
-        if (!names.insert(rows.back()["name"]).second) throw std::runtime_error("a name with two rows: " + line);
+        if (!names.insert(rows.back()["name"]).second) throw std::runtime_error("two rows for one name: " + line);
     }
     if (rows.empty()) throw std::runtime_error("no rows in tests/names.csv");
     return rows;
@@ -127,14 +128,14 @@ inline const std::vector<NameRow>& nameTable() {
     return table;
 }
 
-// Null for a name that has none.
+// Returns null if the table does not have the name.
 inline const NameRow* findNameRow(const std::string& name) {
     for (const NameRow& row : nameTable())
         if (row["name"] == name) return &row;
     return nullptr;
 }
 
-// The rows that have an entry below `title`.
+// Returns the rows with a cell in the column `title` that is not empty.
 inline std::vector<NameRow> nameRowsWith(const std::string& title) {
     std::vector<NameRow> rows;
     for (const NameRow& row : nameTable())
@@ -142,7 +143,7 @@ inline std::vector<NameRow> nameRowsWith(const std::string& title) {
     return rows;
 }
 
-// What a configured CRS of these codes is registered under, in the order of registration.
+// Returns the names under which a configured CRS with these codes is registered, in the order of registration.
 inline std::vector<std::string> registeredNamesInTable(const std::string& codes) {
     std::vector<std::string> names;
     for (const NameRow& row : nameTable())
@@ -150,12 +151,13 @@ inline std::vector<std::string> registeredNamesInTable(const std::string& codes)
     return names;
 }
 
-// What a failure of class `type` is reported with, when it is about the name of `row`.
+// The report of a failure.
 struct NameFailure {
     std::string text;
     std::string serviceExceptionCode;
 };
 
+// Returns the report of a failure of class `type` for the name of `row`.
 inline NameFailure nameFailure(const NameRow& row, const std::string& type) {
     const std::string requested = "The requested CRS " + row["name"];
     if (type == "CrsUnknownSyntaxOrAlias")
@@ -168,7 +170,7 @@ inline NameFailure nameFailure(const NameRow& row, const std::string& type) {
                     ". Please ensure that the CRS is defined properly in the proj4 configuration for QuarvelServer.",
                 "qvConfigurationError"};
     if (type == "std::out_of_range") return {"invalid string position", ""};
-    throw std::runtime_error("no such class of failure: " + row.where());
+    throw std::runtime_error("unknown class of failure: " + row.where());
 }
 
 }  // namespace TestSupport

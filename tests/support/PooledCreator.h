@@ -7,12 +7,12 @@
 #include "CoordinateTransformation/CrsNotConfigured.h"
 #include "tests/support/FakeCrs.h"
 
-// For tests: a creator with a pool that the test fills.
+// A creator whose pool the test fills.
 class PooledCreator : public TestSupport::FakeCreator {
 public:
     using FakeCreator::FakeCreator;
 
-    // The CRS that the pool now holds under `name`; tests change it before they use the pool.
+    // Adds a CRS to the pool under `name` and returns it. Tests may change it before they use the pool.
     TestSupport::FakeCrs& givenConfigured(const std::string& name, unsigned int primary, unsigned int secondary = 0) {
         auto& pooled = pool[name];
         pooled = std::make_unique<TestSupport::FakeCrs>(*this, transformer, primary, secondary, live);

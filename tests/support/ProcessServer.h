@@ -6,22 +6,22 @@
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
 
-// The library as the programs of this folder start it.
+// Starts the library and transforms points, for the programs of tests/process.
 namespace ProcessTest {
 
 using CoordinateTransformation::Crs;
 using CoordinateTransformation::CrsConfig;
 
-// Longitude and latitude on the datum of BETA2007.gsb, and where its node moves them; the file keeps the shift in
-// arc-seconds to the west.
+// A node of the grid BETA2007.gsb, and the same node after the shift. The file has shifts in arc-seconds, positive to
+// the west.
 constexpr double GRIDDED_LONGITUDE = 9;
 constexpr double GRIDDED_LATITUDE = 50;
 constexpr double SHIFTED_LONGITUDE = 9 - 3.761898994445801 / 3600;
 constexpr double SHIFTED_LATITUDE = 50 - 4.133027076721191 / 3600;
-// PROJ keeps the shifts of a grid in single precision.
+// PROJ stores the shifts of a grid in single precision.
 constexpr double GRID_TOLERANCE = 1e-10;
 
-// EPSG:4314 through a grid, EPSG:4277 by parameters, and two CRS without a shift.
+// Writes EPSG:4314 with a grid, EPSG:4277 with shift parameters, and three CRS without a shift.
 inline void writeProjDirectory(const std::string& directory) {
     std::ofstream(directory + "/epsg") << "<4326> +proj=longlat +datum=WGS84 +no_defs <>\n"
                                           "<4314> +proj=longlat +ellps=bessel +nadgrids=BETA2007.gsb +no_defs <>\n"
@@ -44,7 +44,8 @@ struct Point {
     double y;
 };
 
-// Any CRS of the PROJ directory, by any name that the library knows; latitude comes first for geographic ones.
+// Transforms a point between any CRS of the PROJ directory, by any name that the library knows. The latitude of
+// geographic CRS comes first.
 inline Point moved(const CrsConfig& config, const std::string& source, const std::string& target, Point point) {
     const Crs from = config.getCreator().createFromName(source, true, false);
     const Crs to = config.getCreator().createFromName(target, true, false);
@@ -52,7 +53,7 @@ inline Point moved(const CrsConfig& config, const std::string& source, const std
     return point;
 }
 
-// The same with an array, of which the second point fails.
+// Like moved, with an array of two points. The second point fails.
 inline Point movedInArray(const CrsConfig& config, const std::string& source, const std::string& target, Point point) {
     const Crs from = config.getCreator().createFromName(source, true, false);
     const Crs to = config.getCreator().createFromName(target, true, false);

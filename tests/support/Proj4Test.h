@@ -15,7 +15,7 @@
 
 namespace TestSupport {
 
-// CRS bound to PROJ over an "epsg" file and an axis-order table of the test's own.
+// Provides CRS that are bound to PROJ, with an "epsg" file and an axis-order table for the test.
 class Proj4Test : public testing::Test {
 protected:
     Proj4Test() {

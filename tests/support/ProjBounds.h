@@ -10,7 +10,7 @@
 
 namespace TestSupport {
 
-// PROJ's own answer for boxes of longitudes and latitudes in degrees on WGS 84, and for boxes of a projection of them.
+// Transforms boxes with PROJ, between longitude and latitude in degrees on WGS 84 and a projection.
 class ProjBounds {
 public:
     using Bounds = CoordinateTransformation::Bounds;

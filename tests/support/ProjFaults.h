@@ -6,19 +6,19 @@
 #include <dlfcn.h>
 #include <execinfo.h>
 
-// Where PROJ does not survive the end of memory, so that there is no outcome to test.
+// Functions of PROJ that do not survive a failed allocation, so tests must spare them.
 namespace TestSupport {
 
-// osgeo::proj::operation::OperationMethod::getEPSGCode() const: it is noexcept and copies a string, so it ends the
-// process. PROJ 9.6 calls it for each operation, PROJ 9.1 does not.
+// osgeo::proj::operation::OperationMethod::getEPSGCode() const is noexcept and copies a string, so a failed allocation
+// ends the process. PROJ 9.6 calls it for each operation. PROJ 9.1 does not.
 constexpr char FATAL_FUNCTION[] = "_ZNK5osgeo4proj9operation15OperationMethod11getEPSGCodeEv";
 
-// osgeo::proj::io::PROJStringParser::createFromPROJString(std::string const&): an exception leaves the context's log
-// with a string that is gone, and PROJ reports the exception into it.
+// osgeo::proj::io::PROJStringParser::createFromPROJString(std::string const&): when an exception leaves it, the log of
+// the context refers to a destroyed string. PROJ then reports the exception to that log.
 constexpr char TRIAL_FUNCTION[] =
     "_ZN5osgeo4proj2io16PROJStringParser20createFromPROJStringERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE";
 
-// Whether the function is at work on this thread.
+// Returns whether this thread is inside `function`.
 inline bool isWithin(const char* function) {
     std::array<void*, 64> callers;
     const int count = backtrace(callers.data(), static_cast<int>(callers.size()));

@@ -12,11 +12,11 @@
 
 namespace TestSupport {
 
-// For tests: a directory of the test's own, removed with everything in it.
+// A new directory. The destructor removes it with all its content.
 class TemporaryDirectory {
 public:
     TemporaryDirectory() : directory((std::filesystem::temp_directory_path() / "coordtrans-XXXXXX").string()) {
-        if (mkdtemp(directory.data()) == nullptr) throw std::runtime_error("no directory " + directory);
+        if (mkdtemp(directory.data()) == nullptr) throw std::runtime_error("cannot create " + directory);
     }
     ~TemporaryDirectory() {
         std::error_code ignored;
@@ -28,7 +28,7 @@ public:
     const std::string& name() const { return directory; }
     std::string file(const std::string& fileName) const { return directory + "/" + fileName; }
 
-    // Those that make something give its path; a file holds exactly `content` afterwards.
+    // write, makeDirectory and makeSymlink return the path of what they create. write replaces an existing file.
     std::string write(const std::string& fileName, const std::string& content) const {
         std::ofstream stream(file(fileName), std::ios::binary | std::ios::trunc);
         stream << content << std::flush;

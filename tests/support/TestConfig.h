@@ -13,7 +13,7 @@
 #include "CoordinateTransformation/CrsConfig.h"
 #include "tests/support/FakeCrs.h"
 
-// Configurations for tests, and creators for them.
+// Configurations for tests, with their creators.
 namespace CoordinateTransformation {
 
 class ExposedConfig : public CrsConfig {
@@ -23,9 +23,9 @@ public:
     using CrsConfig::reinit;
 };
 
-// Makes FakeCrs, and asks the pool first, as the real creator does. It offers nothing: what a configuration registers
-// is not offered before. The object that the reading of a URN leaves behind on purpose is released, so that what is
-// alive is what somebody holds. Allocates nothing for itself.
+// Looks in the pool first, as the real creator does, and otherwise creates a FakeCrs. Allows no CRS, because a
+// configuration does not offer a CRS before it registers it. Releases the object that createFromOgcUrn leaves behind on
+// purpose, so that every live CRS has an owner. Allocates nothing for itself.
 class TidyCreator : public TestSupport::FakeCreator {
 public:
     explicit TidyCreator(const CrsConfig& ownConfig, TestSupport::LiveCrs* liveCrs = nullptr)
@@ -55,15 +55,15 @@ private:
     mutable AbstractCrs* lastCreated = nullptr;
 };
 
-// What a creator went through. Outlives the creator, which its configuration deletes.
+// The history of a creator. It outlives the creator, which the configuration deletes.
 struct CreatorJournal {
     TestSupport::LiveCrs live;
-    // "init", and the names that were asked for.
+    // "init" and the requested names, in order.
     std::vector<std::string> calls;
-    // What the configuration had at the last "init".
+    // The state of the configuration at the last "init".
     std::size_t liveAtInit = 0;
     std::set<std::string> identifiersAtInit;
-    // How many CRS were alive when the creator was deleted.
+    // The number of live CRS when the creator was deleted.
     std::optional<std::size_t> liveWhenDeleted;
 
     long initialisations() const { return std::count(calls.begin(), calls.end(), "init"); }
@@ -89,7 +89,7 @@ private:
     CreatorJournal& journal;
 };
 
-// Fails at its initialisation, or at one code, as long as a test wants it to.
+// Fails to initialise, or to create `failingCode`, if the test asks for it.
 class FailingCreator : public JournalCreator {
 public:
     using JournalCreator::JournalCreator;
@@ -107,7 +107,7 @@ public:
     std::optional<unsigned int> failingCode;
 };
 
-// A configuration as a test sets it up.
+// A configuration with a creator of class Creator.
 template <typename Creator>
 class ConfigWith {
 public:
@@ -117,7 +117,7 @@ public:
         std::istringstream document(xml);
         config.configure(document);
     }
-    // One element per entry, as it stands in a document.
+    // Configures the given elements, which are written as in a document.
     void givenConfigured(const std::vector<std::string>& elements) {
         std::string xml = "<CrsConfiguration>";
         for (const std::string& element : elements) xml += element;
@@ -127,18 +127,18 @@ public:
         givenConfigured(elements);
         config.init();
     }
-    // "identifier" or "alias=identifier", in order.
+    // Returns "identifier" or "alias=identifier" for each entry, in order.
     std::vector<std::string> entries() const {
         std::vector<std::string> written;
         for (const CrsConfigData& entry : *config.getConfiguredCrs())
             written.push_back((entry.isMapped() ? entry.getAlias() + "=" : "") + entry.getIdentifier());
         return written;
     }
-    // Null when nothing has that name.
+    // Returns null if nothing has that name.
     const AbstractCrs* named(const std::string& name) const { return config.getFromNameCache(name, false); }
     const AbstractCrs* ofCode(const std::string& key) const { return config.getFromCodeCache(key, false); }
     void destroy() { owned.reset(); }
-    // For a configuration that shares with another one and must not be destroyed beside it.
+    // Never destroys the configuration. A test needs this when a copy of the configuration releases what both share.
     void leaveAlive() {
         static auto* const leftAlive = new std::vector<ExposedConfig*>;
         leftAlive->push_back(owned.release());
@@ -151,7 +151,7 @@ private:
 
 public:
     ExposedConfig& config = *owned;
-    // Belongs to the configuration.
+    // Owned by the configuration.
     Creator* const creator = new Creator(journal, config);
 };
 

@@ -6,16 +6,16 @@
 #include "CoordinateTransformation/CRSindicationFormatInfo.h"
 #include "QuarvelSrv/SrsFormattingOptions.h"
 
-// The forms of tests/names.csv in which a CRS is written, and how each is asked for.
+// The forms of a CRS in tests/names.csv, and the calls that write them.
 namespace TestSupport {
 
 using CoordinateTransformation::AbstractCrs;
 
 struct FormRequest {
-    // The title of its column.
+    // The title of the column.
     const char* title;
     std::string (*write)(const AbstractCrs& crs, bool useAlias);
-    // Whether createFromName reads the codes of a compound from it.
+    // Whether createFromName can read the codes of a compound from this form.
     bool readsBackCompounds;
 };
 
@@ -35,7 +35,7 @@ inline std::string writeGmlReference(const AbstractCrs& crs, bool useAlias) {
     return crs.getAliasOrAsFormat(info, useAlias);
 }
 
-// Those that createFromName reads.
+// The forms that createFromName reads.
 const FormRequest WRITTEN_FORMS[] = {
     {"identifier", [](const AbstractCrs& crs, bool useAlias) { return crs.getAliasOrIdentifier(useAlias); }, true},
     {"urn", [](const AbstractCrs& crs, bool useAlias) { return crs.getAliasOrAsOgcURN(nullptr, useAlias); }, true},
