@@ -10,11 +10,11 @@
 
 #include "tests/support/IntegrationServer.h"
 
-// A server may look at errno across a call of the library, which therefore leaves it as it was.
+// The library leaves errno unchanged, because a server may read it after a call.
 namespace IntegrationTest {
 namespace {
 
-// No operation sets errno to it.
+// A value that no operation sets.
 constexpr int SENTINEL = 4711;
 
 std::istringstream fragment(const std::string& entries) {
@@ -54,7 +54,7 @@ void transform(const std::string& source, const std::string& target, double x, d
     from->transformTo(to.get(), x, y, z);
 }
 
-// Makes, uses, moves and releases a transformer.
+// Creates, uses, moves and destroys a transformer.
 void transformArrays(const std::string& source, const std::string& target, double x, double y) {
     const Server server;
     const Crs from = server.known(source);
@@ -75,7 +75,7 @@ std::function<void()> creating(const std::string& name) {
     };
 }
 
-// An operation that succeeds, or fails as its name says; `run` sets errno when the operation itself begins.
+// An operation, and whether it fails. `run` sets errno to SENTINEL just before the operation.
 struct Operation {
     const char* name;
     std::function<void()> run;
@@ -87,9 +87,9 @@ void PrintTo(const Operation& operation, std::ostream* stream) { *stream << oper
 const char DATA[] = COORDTRANS_SOURCE_DIR "/data/proj";
 
 const Operation OPERATIONS[] = {
-    // These two first: a directory that serves is settled for the process.
-    {"init without its directory", [] { initialise("/no/such/directory", ""); }, true},
-    {"init with a directory that has no files", [] { initialise(COORDTRANS_SOURCE_DIR "/docs", ""); }, true},
+    // These two are first, because a process keeps the first directory that works.
+    {"init with a directory that does not exist", [] { initialise("/no/such/directory", ""); }, true},
+    {"init with a directory without the files", [] { initialise(COORDTRANS_SOURCE_DIR "/docs", ""); }, true},
     {"init", [] { initialise(DATA, "<CRS>4326</CRS><CRS>27700</CRS>"); }, false},
     {"init with an unknown code", [] { initialise(DATA, "<CRS>99999</CRS>"); }, true},
     {"init with an unknown name", [] { initialise(DATA, "<CRS>anything</CRS>"); }, true},
@@ -126,7 +126,7 @@ const Operation OPERATIONS[] = {
     {"an unknown name", creating("anything"), true},
     {"an unknown code", creating("EPSG:99998"), true},
     {"a URN without a number", creating("urn:ogc:def:crs:EPSG::abc"), true},
-    {"an EPSG name cut off", creating("EPSG:4326*5783"), true},
+    {"a truncated EPSG name", creating("EPSG:4326*5783"), true},
     {"a text form",
      [] {
          const Server server;
@@ -134,7 +134,7 @@ const Operation OPERATIONS[] = {
          const std::unique_ptr<AbstractCrs> crs(server.creator().createFromSpecialTextFormat("EPSG:4326;EN;1e-300"));
      },
      false},
-    {"a text form with a factor that vanishes",
+    {"a text form with a factor that is too small",
      [] {
          const Server server;
          errno = SENTINEL;
@@ -150,12 +150,12 @@ const Operation OPERATIONS[] = {
      true},
     {"transformTo", [] { transform("EPSG:4326", "EPSG:25832", 52, 9); }, false},
     {"transformTo with a datum shift", [] { transform("EPSG:31467", "EPSG:4326", 5596000, 3500000); }, false},
-    {"transformTo within a code", [] { transform("EPSG:4326", "EPSG:4979", 52, 9); }, false},
+    {"transformTo between CRS of one code", [] { transform("EPSG:4326", "EPSG:4979", 52, 9); }, false},
     {"transformTo beyond the projection", [] { transform("EPSG:4326", "EPSG:25832", 0, 99); }, true},
     {"arrays and boxes", [] { transformArrays("EPSG:4326", "EPSG:25832", 52, 9); }, false},
     {"arrays and boxes with a datum shift", [] { transformArrays("EPSG:31467", "EPSG:4326", 5596000, 3500000); },
      false},
-    {"arrays and boxes within a code", [] { transformArrays("EPSG:4326", "EPSG:4979", 52, 9); }, false},
+    {"arrays and boxes between CRS of one code", [] { transformArrays("EPSG:4326", "EPSG:4979", 52, 9); }, false},
     {"a box beyond the projection", [] { transformArrays("EPSG:4326", "EPSG:25832", 98, 9); }, true},
     {"the forms of a CRS",
      [] {
@@ -189,7 +189,7 @@ const Operation OPERATIONS[] = {
 
 class ErrnoTest : public testing::TestWithParam<Operation> {};
 
-TEST_P(ErrnoTest, IsAsItWas) {
+TEST_P(ErrnoTest, IsUnchanged) {
     bool failed = false;
     errno = SENTINEL;
     try {

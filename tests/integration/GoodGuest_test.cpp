@@ -11,7 +11,7 @@
 
 #include "tests/support/IntegrationServer.h"
 
-// What a server may expect of a library in its process: failures that it can catch, and silence.
+// A server can catch every failure of the library, and the library prints nothing.
 namespace IntegrationTest {
 namespace {
 
@@ -21,7 +21,7 @@ void transform(const Server& server, const std::string& source, const std::strin
 
 struct Failure {
     const char* name;
-    std::function<void(const Server&)> happens;
+    std::function<void(const Server&)> provoke;
 };
 
 void PrintTo(const Failure& failure, std::ostream* stream) { *stream << failure.name; }
@@ -39,11 +39,11 @@ const Failure FAILURES[] = {
 
 class FailureTest : public testing::TestWithParam<Failure> {
 protected:
-    // Whether the failure is caught as a T, with a text.
+    // Returns whether the failure can be caught as a T and has a text.
     template <typename T>
     bool isCaughtAs() const {
         try {
-            GetParam().happens(server);
+            GetParam().provoke(server);
         } catch (const T& failure) {
             return failure.what() != nullptr && *failure.what() != '\0';
         } catch (...) {
@@ -54,7 +54,7 @@ protected:
     const Server server;
 };
 
-TEST_P(FailureTest, IsCaughtAsTheStandardsException) { EXPECT_TRUE(isCaughtAs<std::exception>()); }
+TEST_P(FailureTest, IsCaughtAsAStandardException) { EXPECT_TRUE(isCaughtAs<std::exception>()); }
 
 TEST_P(FailureTest, IsCaughtAsTheRootOfTheFamily) { EXPECT_TRUE(isCaughtAs<structured_exception>()); }
 
@@ -66,19 +66,19 @@ TEST_P(FailureTest, OutlivesTheConfiguration) {
     auto anotherServer = std::make_unique<Server>();
     std::exception_ptr kept;
     try {
-        GetParam().happens(*anotherServer);
+        GetParam().provoke(*anotherServer);
     } catch (...) {
         kept = std::current_exception();
     }
     anotherServer.reset();
     const std::string text = raisedBy([&] { std::rethrow_exception(kept); }).text;
-    EXPECT_EQ(text, raisedBy([this] { GetParam().happens(server); }).text);
+    EXPECT_EQ(text, raisedBy([this] { GetParam().provoke(server); }).text);
     EXPECT_FALSE(text.empty());
 }
 
 INSTANTIATE_TEST_SUITE_P(Classes, FailureTest, testing::ValuesIn(FAILURES));
 
-TEST(FailureOfOthersTest, PassesThroughFromTheXmlReader) {
+TEST(ForeignFailureTest, PassesThroughFromTheXmlReader) {
     try {
         Server server(std::istringstream("<SRSList>\n<SRS>4326</SRS>\n"));
         FAIL() << "accepted";
@@ -87,7 +87,7 @@ TEST(FailureOfOthersTest, PassesThroughFromTheXmlReader) {
     }
 }
 
-TEST(FailureOfOthersTest, PassesThroughFromTheStandardLibrary) {
+TEST(ForeignFailureTest, PassesThroughFromTheStandardLibrary) {
     const Server server;
     EXPECT_THROW(server.request("EPSG:4326*5783"), std::out_of_range);
 }
@@ -98,10 +98,10 @@ TEST(TypesTest, AreTheSameInServerAndLibrary) {
     EXPECT_NE(dynamic_cast<const CoordinateTransformation::Proj4CrsCreator*>(&server.creator()), nullptr);
 }
 
-// Everything from start to shutdown, with failures of every kind.
-void runAServer() {
+// Starts, uses and destroys a server, with failures of every kind.
+void runServer() {
     const Server server;
-    for (const Failure& failure : FAILURES) raisedBy([&] { failure.happens(server); });
+    for (const Failure& failure : FAILURES) raisedBy([&] { failure.provoke(server); });
     transform(server, "EPSG:4326", "EPSG:25832", 52, 9);
     transform(server, "EPSG:31467", "EPSG:4326", 5596000, 3500000);
     for (const char* const entry : {"<SRS>9999</SRS>", "<SRS>anything</SRS>"})
@@ -109,11 +109,11 @@ void runAServer() {
     server.known("EPSG:4326")->getAsText();
 }
 
-TEST(SilenceTest, IsKeptOnBothStreams) {
+TEST(OutputTest, IsEmptyOnBothStreams) {
     setenv("PROJ_DEBUG", "3", 1);
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
-    runAServer();
+    runServer();
     const std::string errors = testing::internal::GetCapturedStderr();
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     EXPECT_EQ(errors, "");

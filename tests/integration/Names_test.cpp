@@ -5,7 +5,7 @@
 #include "tests/support/IntegrationServer.h"
 #include "tests/support/NameTable.h"
 
-// The spellings by which requests name a CRS: which are accepted, as what, and which are refused, and how.
+// Every name of the table, as a request: the CRS of an accepted name, and the failure of a refused one.
 namespace IntegrationTest {
 namespace {
 
@@ -41,7 +41,7 @@ protected:
         EXPECT_EQ(crs->getAliasOrIdentifier(true), row["name"]);
         EXPECT_EQ(crs->getAliasOrAsOgcURN(nullptr, true), row["name"]);
     }
-    // A NUL ends the text of what().
+    // The text of what() ends at a NUL.
     static Raised failureOf(const NameRow& row) {
         const NameFailure failure = TestSupport::nameFailure(row, row.answer());
         return {row.answer(), failure.text.c_str(), failure.serviceExceptionCode};
@@ -61,7 +61,7 @@ protected:
     const Server server;
 };
 
-TEST_F(NameTableTest, SaysWhatIsUnderstood) {
+TEST_F(NameTableTest, AnswersAcceptedNames) {
     for (const NameRow& row : nameTable()) {
         if (!row.isAnswered()) continue;
         SCOPED_TRACE(row.where());
@@ -69,7 +69,7 @@ TEST_F(NameTableTest, SaysWhatIsUnderstood) {
     }
 }
 
-TEST_F(NameTableTest, SaysWhatIsUnknown) {
+TEST_F(NameTableTest, RefusesUnknownNames) {
     for (const NameRow& row : nameTable()) {
         if (row.answer() != "CrsUnknownSyntaxOrAlias") continue;
         SCOPED_TRACE(row.where());
@@ -80,7 +80,7 @@ TEST_F(NameTableTest, SaysWhatIsUnknown) {
     }
 }
 
-TEST_F(NameTableTest, SaysWhatIsNotOfferedThoughItIsKnown) {
+TEST_F(NameTableTest, RefusesKnownNamesThatAreNotOffered) {
     for (const NameRow& row : nameTable()) {
         if (row.answer() != "CrsNotConfigured") continue;
         SCOPED_TRACE(row.where());
@@ -90,16 +90,16 @@ TEST_F(NameTableTest, SaysWhatIsNotOfferedThoughItIsKnown) {
     }
 }
 
-TEST_F(NameTableTest, SaysWhatFailsWhetherOrNotFailuresAreWanted) {
+TEST_F(NameTableTest, RaisesOtherFailuresUnconditionally) {
     for (const NameRow& row : nameTable()) {
-        const bool mayBeWithheld = row.answer() == "CrsUnknownSyntaxOrAlias" || row.answer() == "CrsNotConfigured";
-        if (row.isAnswered() || mayBeWithheld) continue;
+        const bool isOptional = row.answer() == "CrsUnknownSyntaxOrAlias" || row.answer() == "CrsNotConfigured";
+        if (row.isAnswered() || isOptional) continue;
         SCOPED_TRACE(row.where());
         for (const bool throwOnFailure : {true, false}) EXPECT_NO_THROW(expectRaised(row, throwOnFailure, true));
     }
 }
 
-TEST_F(NameTableTest, SaysWhatIsAnAlias) {
+TEST_F(NameTableTest, WritesAliases) {
     for (const NameRow& row : nameTable()) {
         if (row.answer() != "alias" && !(row.isAnswered() && row.isReference())) continue;
         SCOPED_TRACE(row.where());
@@ -107,8 +107,8 @@ TEST_F(NameTableTest, SaysWhatIsAnAlias) {
     }
 }
 
-// Its codes are not those of the spelling.
-TEST(MappedNameTest, WinsOverItsSpelling) {
+// The alias maps the name to a code that differs from the one in the name.
+TEST(MappedNameTest, TakesPrecedenceOverItsSpelling) {
     const Server server;
     const Crs crs = server.request("EPSG:900913");
     EXPECT_EQ(crs->getPrimaryCode(), 3857U);

@@ -1,4 +1,4 @@
-// Fragments of nested elements, read by the built library on a thread with a small stack.
+// Reads nested elements with the built library, on a thread with a small stack.
 
 #include <cstddef>
 #include <pthread.h>
@@ -33,7 +33,7 @@ bool configure(CrsConfig& config, const std::string& xml) {
 }
 
 template <typename Action>
-void onAThreadWithASmallStack(Action action) {
+void runOnASmallStack(Action action) {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
     ASSERT_EQ(pthread_attr_setstacksize(&attributes, COORDTRANS_SMALL_STACK), 0);
@@ -47,18 +47,18 @@ void onAThreadWithASmallStack(Action action) {
     pthread_attr_destroy(&attributes);
 }
 
-TEST(NestingTest, FitsASmallStackUpTo256) {
+TEST(NestingTest, FitsASmallStackToADepthOf256) {
     CrsConfig config;
-    onAThreadWithASmallStack([&] {
+    runOnASmallStack([&] {
         EXPECT_TRUE(configure(config, nested(256)));
         EXPECT_TRUE(configure(config, "<SRSList><SRS>1" + nested(254) + "</SRS><SRS>2</SRS></SRSList>"));
     });
     EXPECT_EQ(config.getConfiguredCrs()->size(), 2U);
 }
 
-TEST(NestingTest, IsRefusedBeyondWhateverItsDepth) {
+TEST(NestingTest, IsRefusedBeyondADepthOf256) {
     CrsConfig config;
-    onAThreadWithASmallStack([&] {
+    runOnASmallStack([&] {
         for (const std::size_t depth : {256U, 1000U, 20000U, 1000000U})
             EXPECT_FALSE(configure(config, "<SRSList>" + nested(depth) + "</SRSList>")) << depth;
     });

@@ -1,4 +1,5 @@
-// A server with a definition of its own for its own type, in a program of its own: no program may have two.
+// A server with its own definition of SrsFormattingOptions. It has its own program, because a program may have only
+// one.
 
 #include <string>
 

@@ -7,7 +7,7 @@
 
 #include "tests/support/IntegrationServer.h"
 
-// Starting, running beside another configuration, and shutting down.
+// Start, operation next to another configuration, and shutdown.
 namespace IntegrationTest {
 namespace {
 
@@ -27,7 +27,7 @@ TEST(StartUpTest, ConfiguresEveryEntry) {
     }
 }
 
-TEST(StartUpTest, OffersCodesNamesAndNothingElse) {
+TEST(StartUpTest, OffersOnlyConfiguredCodesAndNames) {
     const Server server = givenServer("<SRS>4326</SRS><SRS>CRS:84</SRS><SRS>EPSG:27700*EPSG:5701</SRS>");
     EXPECT_THAT(server.config->getConfiguredCrsIdentifiers(),
                 ElementsAre("27700", "4326", "CRS:84", "EPSG:27700*EPSG:5701", "EPSG:4326"));
@@ -54,7 +54,7 @@ TEST(StartUpTest, WorksWithoutAnyEntry) {
     EXPECT_EQ(raisedBy([&] { server.request("EPSG:25832"); }).type, "CrsNotConfigured");
 }
 
-TEST(StartUpTest, TakesTheDirectoryFromTheEnvironmentToo) {
+TEST(StartUpTest, ReadsTheDirectoryFromTheEnvironment) {
     setenv("QUARVELSRV_PROJ4_CONF_DIR", COORDTRANS_SOURCE_DIR "/data/proj", 1);
     const std::unique_ptr<CrsConfig> config(CrsConfig::createConfigFromId("proj4"));
     config->addCrsConfigData(CrsConfigData("EPSG:4326"));
@@ -71,7 +71,7 @@ TEST(StartUpTest, RefusesAnotherSubsystem) {
                               "qvConfigurationError"}));
 }
 
-TEST(StartUpTest, StopsAtAnEntryThatIsNotDefined) {
+TEST(StartUpTest, FailsAtTheFirstUndefinedEntry) {
     const std::unique_ptr<CrsConfig> config(CrsConfig::createConfigFromId("proj4"));
     config->setConfigProperty("Proj4ConfigDir", COORDTRANS_SOURCE_DIR "/data/proj");
     config->addCrsConfigData(CrsConfigData("EPSG:4326"));
@@ -81,13 +81,13 @@ TEST(StartUpTest, StopsAtAnEntryThatIsNotDefined) {
     EXPECT_FALSE(config->isCrsConfigured("EPSG:9999"));
 }
 
-TEST(StartUpTest, NamesAnEntryThatNobodyUnderstands) {
+TEST(StartUpTest, ReportsTheTextOfAnUnknownEntry) {
     EXPECT_EQ(
         raisedBy([] { givenServer("<SRS>urn:ogc:def:crs:EPSG::4326</SRS>"); }),
         (Raised{"Misconfigured", "The EPSG code \"URN:OGC:DEF:CRS:EPSG::4326\" is unknown", "qvConfigurationError"}));
 }
 
-TEST(SecondConfigurationTest, StaysWithTheDirectoryOfTheFirst) {
+TEST(SecondConfigurationTest, KeepsTheDirectoryOfTheFirst) {
     const Server first;
     const std::unique_ptr<CrsConfig> second(CrsConfig::createConfigFromId("proj4"));
     second->setConfigProperty("Proj4ConfigDir", "/no/such/directory");
@@ -109,7 +109,7 @@ TEST(SecondConfigurationTest, SharesTransformationWithTheFirst) {
     EXPECT_NEAR(x, 52, 1e-10);
 }
 
-TEST(MergeTest, OffersOnBothSidesWhatEitherOffered) {
+TEST(MergeTest, OffersTheCrsOfBothOnEach) {
     const Server first = givenServer("<SRS>4326</SRS><SRS mapToEpsgCode='25832'>UTM32</SRS>");
     const Server second = givenServer("<SRS>3857</SRS><SRS>4326</SRS>");
     first.config->merge(*second.config);
@@ -118,7 +118,7 @@ TEST(MergeTest, OffersOnBothSidesWhatEitherOffered) {
             EXPECT_TRUE(server->request(name).isHoldingConst()) << name;
 }
 
-TEST(ShutDownTest, LeavesOwnedCrsWhole) {
+TEST(ShutDownTest, LeavesOwnedCrsUsable) {
     auto server = std::make_unique<Server>();
     const Crs owned = server->request("http://www.opengis.net/def/crs/EPSG/0/4326");
     ASSERT_FALSE(owned.isHoldingConst());
@@ -126,7 +126,7 @@ TEST(ShutDownTest, LeavesOwnedCrsWhole) {
     EXPECT_EQ(owned->getAliasOrIdentifier(false), "EPSG:4326");
 }
 
-TEST(ShutDownTest, IsFollowedByAnotherStart) {
+TEST(ShutDownTest, AllowsAnotherStart) {
     for (int i = 0; i < 3; ++i) {
         const Server server;
         EXPECT_EQ(server.request("UTM32")->getPrimaryCode(), 25832U);

@@ -9,7 +9,7 @@
 
 #include "tests/support/IntegrationServer.h"
 
-// Many threads on one configuration.
+// Many threads use one configuration.
 namespace IntegrationTest {
 namespace {
 
@@ -27,7 +27,7 @@ struct Request {
     bool isOutOfReach = false;
 };
 
-// Twenty pairs: configured and new names, with and without PROJ, with a datum shift, and one point out of reach.
+// Twenty pairs: configured and new names, with and without PROJ, with a datum shift, and with one point out of reach.
 const Request REQUESTS[] = {
     {"urn:ogc:def:crs:EPSG::4326", 50.5, 7.25, 10, "EPSG:25832"},
     {"CRS:84", 7.25, 50.5, 10, "http://www.opengis.net/def/crs/EPSG/0/31467"},
@@ -75,7 +75,7 @@ Bits answerAll(const Server& server) {
     return answers;
 }
 
-// All threads set off at once.
+// All threads start at once.
 std::vector<Bits> answerOnThreads(const Server& server) {
     std::vector<Bits> answers(THREADS);
     std::promise<void> start;
@@ -91,14 +91,15 @@ std::vector<Bits> answerOnThreads(const Server& server) {
     return answers;
 }
 
-TEST(ThreadsTest, GetTheAnswersOfOneThreadBitForBit) {
+TEST(ThreadsTest, GetTheSameBitsAsOneThread) {
     const Server server;
     const std::vector<Bits> answers = answerOnThreads(server);
     const Bits expected = answerAll(server);
     for (const Bits& ofThread : answers) EXPECT_EQ(ofThread, expected);
 }
 
-// Nothing is configured, and the threads come first: they bind the codes and meet at the first use of each pair.
+// No code is configured, and the threads run before anything else. They bind the codes and use each new pair at the
+// same time.
 TEST(ThreadsTest, MayBeTheFirstToUseACode) {
     const Server server(
         std::istringstream("<SRSList><SRS mapToEpsgCode='25832'>UTM32</SRS>"
@@ -109,7 +110,7 @@ TEST(ThreadsTest, MayBeTheFirstToUseACode) {
     for (const Bits& ofThread : answers) EXPECT_EQ(ofThread, expected);
 }
 
-TEST(ThreadsTest, AreRefusedAlike) {
+TEST(ThreadsTest, GetTheSameFailures) {
     const Server server;
     std::vector<std::thread> threads;
     for (int i = 0; i < THREADS; ++i)

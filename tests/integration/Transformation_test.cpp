@@ -8,7 +8,7 @@
 
 #include "tests/support/IntegrationServer.h"
 
-// Points between CRS that requests name: axis orders, heights, scale factors, published coordinates, refusals.
+// Transforms points between requested CRS: axis orders, heights, scale factors, published coordinates and failures.
 namespace IntegrationTest {
 namespace {
 
@@ -42,13 +42,13 @@ protected:
     const Crs target = server.request(GetParam().target);
 };
 
-TEST_P(AxisOrderOfRequestsTest, HoldsThere) {
+TEST_P(AxisOrderOfRequestsTest, HoldsForward) {
     const Point point = transformed(*source.get(), *target.get(), GetParam().from);
     EXPECT_NEAR(point.x, GetParam().to.x, GetParam().tolerance);
     EXPECT_NEAR(point.y, GetParam().to.y, GetParam().tolerance);
 }
 
-TEST_P(AxisOrderOfRequestsTest, HoldsBack) {
+TEST_P(AxisOrderOfRequestsTest, HoldsInverse) {
     const Point point = transformed(*target.get(), *source.get(), GetParam().to);
     EXPECT_NEAR(point.x, GetParam().from.x, GetParam().toleranceBack);
     EXPECT_NEAR(point.y, GetParam().from.y, GetParam().toleranceBack);
@@ -58,7 +58,7 @@ Move toMetres(const char* source, Point from, const char* target, Point to) {
     return {source, from, target, to, 1e-5, 1e-10};
 }
 
-// UTM zone 32 by Krueger's series on GRS 80, to the sixth power of the third flattening.
+// Expected: UTM zone 32 by Krueger's series on GRS 80, to the sixth power of the third flattening.
 INSTANTIATE_TEST_SUITE_P(
     Utm32, AxisOrderOfRequestsTest,
     testing::Values(toMetres("urn:ogc:def:crs:EPSG::4326", {50.5, 7.25}, "EPSG:25832", {375891.804452, 5595688.088063}),
@@ -70,7 +70,7 @@ INSTANTIATE_TEST_SUITE_P(
                              "https://www.opengis.net/def/crs/EPSG/0/25832", {500000, 5761038.212467}),
                     toMetres("EPSG:4258", {48.137, 11.575}, "25832", {691567.326386, 5334734.330360})));
 
-// The spherical formulas: the radius of WGS 84 times the angle, zero on the equator.
+// Expected: the spherical formulas, which give the radius of WGS 84 times the angle, and 0 on the equator.
 INSTANTIATE_TEST_SUITE_P(PseudoMercator, AxisOrderOfRequestsTest,
                          testing::Values(toMetres("EPSG:4326", {0, 1}, "EPSG:3857", {METRES_PER_DEGREE, 0}),
                                          toMetres("CRS:84", {1, 0}, "EPSG:900913", {METRES_PER_DEGREE, 0})));
@@ -115,7 +115,7 @@ std::vector<ControlPoint> readControlPoints() {
     return points;
 }
 
-// The point as the CRS orders its axes.
+// Returns the point in the axis order of the CRS.
 Point ordered(const AbstractCrs& crs, double eastOrLon, double northOrLat) {
     return crs.isAxisOrderEastNorthOrLonLat() ? Point{eastOrLon, northOrLat} : Point{northOrLat, eastOrLon};
 }
@@ -129,13 +129,13 @@ protected:
     const Point projected = ordered(*target.get(), GetParam().easting, GetParam().northing);
 };
 
-TEST_P(ControlPointTest, IsMetByTheProjectedCoordinates) {
+TEST_P(ControlPointTest, MatchesInTheProjectedCrs) {
     const Point point = transformed(*source.get(), *target.get(), geographic);
     EXPECT_NEAR(point.x, projected.x, GetParam().tolerance);
     EXPECT_NEAR(point.y, projected.y, GetParam().tolerance);
 }
 
-TEST_P(ControlPointTest, IsMetByTheGeographicCoordinates) {
+TEST_P(ControlPointTest, MatchesInTheGeographicCrs) {
     const Point point = transformed(*target.get(), *source.get(), projected);
     const Point back = ordered(*source.get(), point.x, point.y);
     const double metresOfLongitude = METRES_PER_DEGREE * std::cos(GetParam().latitude / 180 * std::acos(-1.0));
@@ -171,16 +171,16 @@ TEST_F(HeightTest, StaysInACompoundOnTheSameDatum) {
     EXPECT_NEAR(z, 137.5, 1e-9);
 }
 
-TEST_F(HeightTest, IsCarriedBetweenVerticalCrs) {
+TEST_F(HeightTest, StaysTheSameBetweenVerticalCrs) {
     transform("urn:ogc:def:crs,crs:EPSG::25832,crs:EPSG::5783", "EPSG:25832*EPSG:5701");
     EXPECT_EQ(z, 137.5);
     EXPECT_EQ(x, 52);
     EXPECT_EQ(y, 9);
 }
 
-// Latitude 50.5, longitude 9, height 100 of DHDN: the meridian arc of Bessel's ellipsoid is the northing, and the
-// seven parameters in the definition of 31467, rotations as small angles, lead to WGS 84.
-TEST_F(HeightTest, IsMovedWithTheDatum) {
+// The point is at latitude 50.5, longitude 9 and height 100 of DHDN. Its northing is the meridian arc on Bessel's
+// ellipsoid. The expected point on WGS 84 follows from the seven parameters of 31467 with rotations as small angles.
+TEST_F(HeightTest, ChangesWithTheDatum) {
     x = 5595890.158971;
     y = 3500000;
     z = 100;
@@ -267,14 +267,14 @@ protected:
     const Crs target = server.request(GetParam().target);
 };
 
-TEST_P(PointOutOfReachTest, RaisesAFailedTransformationWithAText) {
+TEST_P(PointOutOfReachTest, RaisesTransExecExceptionWithAText) {
     const Raised raised = raisedByThePoint();
     EXPECT_EQ(raised.type, "TransExecException");
     EXPECT_EQ(raised.code, "qvUnexpectedException");
     EXPECT_FALSE(raised.text.empty());
 }
 
-TEST_P(PointOutOfReachTest, DoesNotHinderTheNextPoint) {
+TEST_P(PointOutOfReachTest, DoesNotAffectTheNextPoint) {
     EXPECT_EQ(raisedByThePoint().type, "TransExecException");
     const Point next = transformed(*server.request("EPSG:4326").get(), *server.request("EPSG:25832").get(), {52, 9});
     EXPECT_NEAR(next.x, 500000, 1e-5);
@@ -283,7 +283,7 @@ TEST_P(PointOutOfReachTest, DoesNotHinderTheNextPoint) {
 }
 
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
-constexpr double ENDLESS = std::numeric_limits<double>::infinity();
+constexpr double INFINITE = std::numeric_limits<double>::infinity();
 
 INSTANTIATE_TEST_SUITE_P(Points, PointOutOfReachTest,
                          testing::Values(OutOfReach{"EPSG:4326", {95, 9}, "EPSG:25832"},
@@ -292,9 +292,9 @@ INSTANTIATE_TEST_SUITE_P(Points, PointOutOfReachTest,
                                          OutOfReach{"EPSG:3035", {1e10, 1e10}, "CRS:84"},
                                          OutOfReach{"EPSG:25832", {1e30, 1e30}, "UTM33"},
                                          OutOfReach{"EPSG:3857", {NOT_A_NUMBER, 0}, "EPSG:4326"},
-                                         OutOfReach{"EPSG:3857", {0, ENDLESS}, "EPSG:4326"}));
+                                         OutOfReach{"EPSG:3857", {0, INFINITE}, "EPSG:4326"}));
 
-// The point is gone: what stays is in radians and in the order of the target.
+// After a failure, the arguments hold the point in radians and in the axis order of the target.
 TEST(FailedPointTest, HoldsIntermediateValuesInTheOrderOfTheTarget) {
     const Server server;
     double x = 0;

@@ -8,7 +8,7 @@
 #include "tests/support/NameTable.h"
 #include "tests/support/WrittenForms.h"
 
-// What is written out is read again as the same CRS.
+// The library reads each form that it writes as the same CRS.
 namespace IntegrationTest {
 namespace {
 
@@ -22,7 +22,7 @@ std::string urn(const AbstractCrs& crs) { return crs.getAliasOrAsOgcURN(nullptr,
 
 class WriteBackTest : public testing::Test {
 protected:
-    void expectReadAgain(const std::string& name, const AbstractCrs& crs) const {
+    void expectReadsBack(const std::string& name, const AbstractCrs& crs) const {
         const Crs again = server.request(name);
         EXPECT_EQ(again->getPrimaryCode(), crs.getPrimaryCode());
         EXPECT_EQ(again->getSecCompoundCode(), crs.getSecCompoundCode());
@@ -35,14 +35,14 @@ protected:
         EXPECT_EQ(crs->getAsText(), row["text"]);
         for (const FormRequest& form : WRITTEN_FORMS) {
             EXPECT_EQ(form.write(*crs.get(), false), row[form.title]);
-            if (form.readsBackCompounds || row.secondaryCode() == 0) expectReadAgain(row[form.title], *crs.get());
+            if (form.readsBackCompounds || row.secondaryCode() == 0) expectReadsBack(row[form.title], *crs.get());
         }
     }
 
     const Server server;
 };
 
-TEST_F(WriteBackTest, GivesTheFormsOfTheTable) {
+TEST_F(WriteBackTest, WritesTheFormsOfTheTable) {
     for (const NameRow& row : TestSupport::nameRowsWith("identifier")) {
         if (!row.isAnswered()) continue;
         SCOPED_TRACE(row.where());
@@ -50,18 +50,18 @@ TEST_F(WriteBackTest, GivesTheFormsOfTheTable) {
     }
 }
 
-TEST_F(WriteBackTest, GivesAVersionThatIsAskedFor) {
+TEST_F(WriteBackTest, WritesTheRequestedVersion) {
     const SrsFormattingOptions asUrn{"8.5", "", 1};
     const SrsFormattingOptions asUrl{"8.5", "", 2};
     const Crs crs = server.request("31467*5783");
     for (const SrsFormattingOptions* const options : {&asUrn, &asUrl}) {
         const std::string written = crs->getAliasOrAsOgcURN(options, false);
         EXPECT_EQ(server.creator().explainName(written).version, "8.58.5") << written;
-        expectReadAgain(written, *crs.get());
+        expectReadsBack(written, *crs.get());
     }
 }
 
-// Read once, the version of a compound stands in it twice, joined; written again, in each of its components.
+// Reading a compound joins its two versions. Writing puts the joined version into both components.
 TEST(CompoundVersionTest, GrowsWhenItIsReadAgain) {
     const Server server;
     const Crs crs = server.request("urn:ogc:def:crs,crs:EPSG:6.12:27700,crs:EPSG:6.12:5701");
@@ -91,7 +91,7 @@ protected:
     const Server server;
 };
 
-TEST_P(TextFormTest, IsReadAndWrittenAlike) {
+TEST_P(TextFormTest, IsTheSameAfterReadingAndWriting) {
     const std::unique_ptr<AbstractCrs> crs(server.creator().createFromSpecialTextFormat(GetParam()));
     ASSERT_NE(crs, nullptr);
     EXPECT_EQ(crs->getAsText(), GetParam());
@@ -148,7 +148,7 @@ INSTANTIATE_TEST_SUITE_P(Texts, RefusedTextFormTest,
 
 class UnknownAndDefaultTest : public testing::Test {
 protected:
-    static void expectHasNoName(const AbstractCrs& crs) {
+    static void expectNoName(const AbstractCrs& crs) {
         EXPECT_EQ(identifier(crs), "");
         EXPECT_EQ(urn(crs), "");
         EXPECT_EQ(raisedBy([&] { crs.getAsText(); }),
@@ -183,8 +183,8 @@ TEST_F(UnknownAndDefaultTest, HaveTwoDimensionsAndTheLongitudeFirst) {
 }
 
 TEST_F(UnknownAndDefaultTest, HaveNoName) {
-    expectHasNoName(*unknown);
-    expectHasNoName(*defaultCrs);
+    expectNoName(*unknown);
+    expectNoName(*defaultCrs);
 }
 
 TEST_F(UnknownAndDefaultTest, TransformAsLongitudeAndLatitude) {
