@@ -1,4 +1,4 @@
-// The application has set up PROJ's default context, from which PROJ makes new ones, before it starts the library.
+// The application sets up the default context of PROJ before it starts the library. New contexts inherit its settings.
 
 #include <cmath>
 
@@ -17,7 +17,7 @@ const char* findNothing(PJ_CONTEXT* /*context*/, const char* /*name*/, void* cal
 int messages = 0;
 int searches = 0;
 
-// Done once, since the library starts once.
+// Runs once, because the library starts once.
 const TemporaryDirectory& setUpDefaultContext() {
     static const TemporaryDirectory empty;
     const char* const directories[] = {empty.name().c_str()};
@@ -43,13 +43,13 @@ protected:
 
 std::unique_ptr<CrsConfig> AfterProjTest::config;
 
-TEST_F(AfterProjTest, FindsTheGridsThatProjHas) {
+TEST_F(AfterProjTest, FindsTheGridsOfProj) {
     const Point shifted = moved(*config, "EPSG:4314", "EPSG:4326", {GRIDDED_LATITUDE, GRIDDED_LONGITUDE});
     EXPECT_NEAR(shifted.x, SHIFTED_LATITUDE, GRID_TOLERANCE);
     EXPECT_NEAR(shifted.y, SHIFTED_LONGITUDE, GRID_TOLERANCE);
 }
 
-TEST_F(AfterProjTest, AsksNeitherLoggerNorFileFinderOfTheApplication) {
+TEST_F(AfterProjTest, CallsNeitherLoggerNorFileFinderOfTheApplication) {
     messages = 0;
     searches = 0;
     useTheLibrary(*config);
@@ -57,7 +57,7 @@ TEST_F(AfterProjTest, AsksNeitherLoggerNorFileFinderOfTheApplication) {
     EXPECT_EQ(searches, 0);
 }
 
-TEST_F(AfterProjTest, LeavesTheDefaultContextAsItIs) {
+TEST_F(AfterProjTest, LeavesTheDefaultContextUnchanged) {
     const Settings before(nullptr);
     const std::string searchPath = defaultSearchPath();
     useTheLibrary(*config);

@@ -1,4 +1,4 @@
-// An application and the library use PROJ in one process, and neither notices the other.
+// An application and the library both use PROJ in one process, without effect on each other.
 
 #include <thread>
 #include <vector>
@@ -14,7 +14,7 @@ PJ_COORD transformed(PJ* projection, double x, double y) {
     return proj_trans(projection, PJ_FWD, proj_coord(x, y, 0, 0));
 }
 
-// The operations of an application with a context and a logger of its own.
+// An application with operations in a context of its own, which has a logger, and in the default context.
 class Application {
 public:
     Application() {
@@ -62,7 +62,7 @@ protected:
     const Application application;
 };
 
-TEST_F(BesideProjTest, LeavesTheDefaultContextAsItIs) {
+TEST_F(BesideProjTest, LeavesTheDefaultContextUnchanged) {
     const Settings before(nullptr);
     const std::string searchPath = defaultSearchPath();
     useTheLibrary(*startServer(projDirectory()));
@@ -70,14 +70,14 @@ TEST_F(BesideProjTest, LeavesTheDefaultContextAsItIs) {
     EXPECT_EQ(defaultSearchPath(), searchPath);
 }
 
-TEST_F(BesideProjTest, LeavesAContextOfTheApplicationAsItIs) {
+TEST_F(BesideProjTest, LeavesAContextOfTheApplicationUnchanged) {
     const Settings before(application.context.get());
     useTheLibrary(*startServer(projDirectory()));
     EXPECT_EQ(Settings(application.context.get()), before);
     EXPECT_EQ(before.logLevel, PJ_LOG_TRACE);
 }
 
-TEST_F(BesideProjTest, LeavesTheErrorsOfTheApplicationAlone) {
+TEST_F(BesideProjTest, LeavesTheErrorsOfTheApplicationUnchanged) {
     transformed(application.inDefaultContext.get(), 0, 99);
     const int error = proj_errno(application.inDefaultContext.get());
     const int ofContext = proj_context_errno(nullptr);
@@ -105,7 +105,7 @@ TEST_F(BesideProjTest, SendsNothingToTheLoggersOfTheApplication) {
     proj_log_level(nullptr, level);
 }
 
-TEST_F(BesideProjTest, HasNoEffectOnResultsNorTheyOnIts) {
+TEST_F(BesideProjTest, KeepsTheResultsOfBoth) {
     const std::vector<double> ofApplication = application.results();
     const auto config = startServer(projDirectory());
     const std::vector<double> ofLibrary = resultsOf(*config);
@@ -118,7 +118,7 @@ TEST_F(BesideProjTest, HasNoEffectOnResultsNorTheyOnIts) {
     }
 }
 
-TEST_F(BesideProjTest, MayRunOnOtherThreadsThanTheApplication) {
+TEST_F(BesideProjTest, MayRunOnAnotherThreadThanTheApplication) {
     const auto config = startServer(projDirectory());
     const std::vector<double> ofLibrary = resultsOf(*config);
     const std::vector<double> ofApplication = application.results();

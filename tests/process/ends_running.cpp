@@ -1,4 +1,4 @@
-// ends_running transform|arrays|names|pairs|failures DIRECTORY: main returns while threads still use the library.
+// ends_running transform|arrays|names|pairs|failures DIRECTORY: returns from main while threads still use the library.
 
 #include <atomic>
 #include <chrono>
@@ -26,7 +26,7 @@ void transform(const CrsConfig& config) {
     source->transformTo(target.get(), x, y);
 }
 
-// Once the process ends, PROJ makes no more operations.
+// When the process ends, PROJ makes no more operations.
 void transformArrays(const CrsConfig& config) {
     try {
         movedInArray(config, "EPSG:4314", "EPSG:25832", {GRIDDED_LATITUDE, GRIDDED_LONGITUDE});
@@ -39,7 +39,7 @@ void makeFromNames(const CrsConfig& config) {
     moved(config, "urn:ogc:def:crs:EPSG::4277", "http://www.opengis.net/def/crs/EPSG/0/3857", {50, 9});
 }
 
-// Pairs that are new, and now and then codes. Once the process ends, PROJ makes neither.
+// Transforms with a new pair each time, and sometimes with a new code. When the process ends, PROJ makes neither.
 void transformNewPairs(const CrsConfig& config) {
     static std::atomic<unsigned int> next{0};
     constexpr unsigned int CODES = 200;
@@ -79,20 +79,20 @@ void loop(const CrsConfig& config, Work work) {
     for (;;) work(config);
 }
 
-// Registered before any library starts and, unlike what std::atexit takes, with no library of its own, it runs after
-// all of them have ended: the threads go on in what is left.
-void lingerAtTheVeryEnd() {
+// Sleeps after all libraries have ended, while the threads go on. It is called last, because it is registered before
+// any library starts. Unlike std::atexit, on_exit does not tie it to a library.
+void registerLastHandler() {
     on_exit([](int, void*) { std::this_thread::sleep_for(std::chrono::milliseconds(20)); }, nullptr);
 }
 
-__attribute__((section(".preinit_array"), used)) void (*const BEFORE_ALL_LIBRARIES)() = lingerAtTheVeryEnd;
+__attribute__((section(".preinit_array"), used)) void (*const BEFORE_ALL_LIBRARIES)() = registerLastHandler;
 
 }  // namespace
 
 int main(int argc, char** argv) {
     if (argc != 3 || workOf(argv[1]) == nullptr) return 2;
     constexpr int THREADS = 3;
-    // Of the application's own objects the threads use only this one, which is never released.
+    // The only object of the application that the threads use. It is never destroyed.
     const CrsConfig& config = *startServer(argv[2]).release();
     for (int i = 0; i < THREADS; ++i) std::thread(loop, std::cref(config), workOf(argv[1])).detach();
     while (running < THREADS) std::this_thread::sleep_for(std::chrono::milliseconds(1));

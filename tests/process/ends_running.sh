@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# ends_running.sh RUNS PROGRAM WORK DIRECTORY: each run must end by itself with exit code 0.
+# ends_running.sh RUNS PROGRAM WORK DIRECTORY: runs the program several times. Each run must end by itself with exit
+# code 0.
 set -euo pipefail
 
 for run in $(seq "$1"); do

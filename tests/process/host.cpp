@@ -1,8 +1,9 @@
-// host reload PLUGIN DIRECTORY LONGITUDE FILE...: loads, uses and unloads a module several times; each time the files,
-// the module among them, are in memory while it is loaded and have left it afterwards.
-// host fork PLUGIN DIRECTORY LONGITUDE: forks while a module is there, when it has gone, and when it has come again.
-// host both PLUGIN DIRECTORY LONGITUDE PLUGIN DIRECTORY LONGITUDE: two modules, each with a copy of the library, at
-// once.
+// host reload PLUGIN DIRECTORY LONGITUDE FILE...: loads, uses and unloads a module several times. Each time, the files
+// must be in memory while the module is loaded and must be gone afterwards. The module is one of the files.
+// host fork PLUGIN DIRECTORY LONGITUDE: forks while a module is loaded, after it is unloaded, and after it is loaded
+// again.
+// host both PLUGIN DIRECTORY LONGITUDE PLUGIN DIRECTORY LONGITUDE: uses two modules at once, each with its own copy of
+// the library.
 
 #include <climits>
 #include <cstdio>
@@ -51,7 +52,7 @@ private:
     void* handle = nullptr;
 };
 
-// A module as the kernel lists it.
+// The name of a file as in /proc/self/maps.
 std::string realName(const char* file) {
     char name[PATH_MAX];
     if (realpath(file, name) == nullptr) fail("no such file");
@@ -77,17 +78,17 @@ void requireLoaded(const std::vector<std::string>& files, bool loaded) {
             fail((file + (loaded ? " is not in memory" : " is still in memory")).c_str());
 }
 
-// The module is used by this thread, by one that ends before it is unloaded and by one that ends after.
+// Uses the module on this thread, on a thread that ends before the module is unloaded, and on one that ends afterwards.
 void loadAndUnload(char** arguments, const std::vector<std::string>& files) {
     std::promise<void> used;
     std::promise<void> unloaded;
-    std::thread outlives;
+    std::thread survivor;
     {
         const Module module(arguments);
         requireLoaded(files, true);
         module.use();
         std::thread([&] { module.use(); }).join();
-        outlives = std::thread([&] {
+        survivor = std::thread([&] {
             module.use();
             used.set_value();
             unloaded.get_future().wait();
@@ -96,7 +97,7 @@ void loadAndUnload(char** arguments, const std::vector<std::string>& files) {
     }
     requireLoaded(files, false);
     unloaded.set_value();
-    outlives.join();
+    survivor.join();
 }
 
 void reload(char** arguments, char** end) {
@@ -116,7 +117,7 @@ void inChild(Work work) {
     if (waitpid(child, &status, 0) != child || status != 0) fail("a child fails");
 }
 
-// What the library has registered for forks must go with it.
+// Requires that the fork handlers of the library are removed when it is unloaded.
 void forkAround(char** arguments) {
     const auto useAnew = [arguments] { Module(arguments).use(); };
     for (int round = 0; round < 2; ++round) {
@@ -151,5 +152,5 @@ int main(int argc, char** argv) {
         both(argv + 2);
     else
         fail("usage: host reload|fork|both ...");
-    std::puts("ended well");
+    std::puts("passed");
 }

@@ -1,4 +1,4 @@
-// A module of a host that knows nothing of the library: starts it and transforms one point.
+// A module that starts the library and transforms one point. Its host does not link the library.
 
 #include <cmath>
 #include <cstdio>
@@ -8,12 +8,12 @@
 
 extern "C" __attribute__((visibility("default"))) int transformAPoint(const char* projDirectory, double longitude0);
 
-// 0 when UTM easting and northing are what the central meridian of the module's own PROJ directory makes them.
+// Returns 0 if the result belongs to the PROJ directory of the module, whose central meridian is `longitude0`.
 int transformAPoint(const char* projDirectory, double longitude0) {
     using namespace ProcessTest;
     try {
         const auto config = startServer(projDirectory);
-        // On the central meridian the easting is the false easting, whatever the latitude.
+        // On the central meridian the easting is the false easting, at any latitude.
         const Point point = moved(*config, "EPSG:4326", "EPSG:25832", {52, longitude0});
         try {
             moved(*config, "EPSG:4326", "EPSG:25832", {0, 99});

@@ -1,7 +1,7 @@
-// soak DIRECTORY SECONDS THREADS: threads that move points and boxes between random pairs of all CRS of a PROJ
-// directory, by PointTransformer and by transformTo. Prints every minute, and at the end, how many points there were,
-// the memory of the process, how much of it is allocated, and the number of open descriptors. Ends with 1 when the two
-// ways differ in a bit.
+// soak DIRECTORY SECONDS THREADS: transforms points and boxes between random pairs of all CRS of a PROJ directory, on
+// several threads, with PointTransformer and with transformTo. Prints the number of points, the memory of the process,
+// the part of it that is allocated, and the number of open descriptors, every minute and at the end. Exits with 1 if
+// the two interfaces differ in a bit.
 
 #include <algorithm>
 #include <atomic>
@@ -51,7 +51,7 @@ std::unique_ptr<CrsConfig> start(const std::string& directory) {
     return config;
 }
 
-// As /proc shows it, in kB.
+// Resident memory in kB, from /proc.
 long memory() {
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);)
@@ -59,7 +59,7 @@ long memory() {
     return 0;
 }
 
-// In kB; the rest of the memory is what the C library keeps for later.
+// Allocated memory in kB. The C library keeps the rest of the resident memory for later.
 std::size_t allocated() {
     const struct mallinfo2 all = mallinfo2();
     return (all.uordblks + all.hblkhd) / 1024;
@@ -78,7 +78,7 @@ void report(Clock::time_point began) {
     std::fflush(stdout);
 }
 
-// One thread of the server.
+// One thread of a server.
 class Requests {
 public:
     Requests(const CrsCreator& crsCreator, const std::vector<std::string>& allCodes, unsigned int seed)
@@ -129,8 +129,8 @@ private:
         const bool same = haveSameBits(point[0], movedX[i]) && haveSameBits(point[1], movedY[i]);
         if (fails != failed[i] || (!fails && !same)) {
             differ = true;
-            std::printf("%u to %u differs at %.17g %.17g\n", source.getPrimaryCode(), target.getPrimaryCode(), x[i],
-                        y[i]);
+            std::printf("different results from %u to %u at %.17g %.17g\n", source.getPrimaryCode(),
+                        target.getPrimaryCode(), x[i], y[i]);
         }
     }
 

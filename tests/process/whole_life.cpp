@@ -1,7 +1,7 @@
-// A host that uses the library at every moment of its life: while its namespace-scope objects are made, in main, in
-// destructors of thread_local objects, in functions of std::atexit, while its namespace-scope objects go, and when all
-// libraries have ended. The PROJ directory comes from QUARVELSRV_PROJ4_CONF_DIR, since there are no arguments before
-// main. Ends with 0 when the library did its work at each of them.
+// A host that uses the library at every moment of its life: in the constructors of namespace-scope objects, in main, in
+// destructors of thread_local objects, in functions of std::atexit, in the destructors of namespace-scope objects, and
+// after all libraries have ended. The PROJ directory comes from QUARVELSRV_PROJ4_CONF_DIR, because there are no
+// arguments before main. Exits with 0 if the library works at each moment.
 
 #include <cmath>
 #include <cstdio>
@@ -28,7 +28,7 @@ bool served[std::size(MOMENTS)] = {};
 
 void requireMessage(const char* moment, const structured_exception& failure) {
     const char* const message = failure.getCatalogMessage();
-    // Reads all of the text.
+    // strlen reads the whole text.
     if (message == nullptr || std::strlen(message) < 20) fail(moment, "no message");
 }
 
@@ -36,15 +36,16 @@ void useTheLibrary(const char* moment) {
     const std::unique_ptr<CrsConfig> config(CrsConfig::createDefaultConfigOrFromEnvVar());
     config->addCrsConfigData(CoordinateTransformation::CrsConfigData("EPSG:4326"));
     config->init();
-    // The central meridian of the directory, where the easting is the false easting.
+    // The point is on the central meridian of the directory, so the easting is the false easting.
     const Point point = moved(*config, "EPSG:4326", "EPSG:25832", {52, 9});
-    if (!(std::abs(point.x - 500000) < 1e-6)) fail(moment, "a wrong easting");
-    if (movedInArray(*config, "EPSG:4326", "EPSG:25832", {52, 9}).x != point.x) fail(moment, "another in an array");
+    if (!(std::abs(point.x - 500000) < 1e-6)) fail(moment, "wrong easting");
+    if (movedInArray(*config, "EPSG:4326", "EPSG:25832", {52, 9}).x != point.x)
+        fail(moment, "a different easting in an array");
     if (config->getCreator().createFromName("EPSG:4326", true, true)->isAxisOrderEastNorthOrLonLat())
-        fail(moment, "a wrong axis order");
+        fail(moment, "wrong axis order");
     try {
         moved(*config, "EPSG:4326", "EPSG:25832", {0, 99});
-        fail(moment, "a point at latitude 99");
+        fail(moment, "latitude 99 is accepted");
     } catch (const CoordinateTransformation::TransExecException& failure) {
         requireMessage(moment, failure);
     }
@@ -59,10 +60,10 @@ void serve(std::size_t moment) {
     }
 }
 
-// The entry of platform faults is there from the first moment.
+// The catalogue entry of platform faults exists from the first moment.
 void requireFaultMessage(const char* moment) {
     const structured_exception fault("access violation", false, "exception", "default", 0, nullptr, false);
-    if (std::strncmp(fault.getCatalogMessage(), "Meldung: ", 9) != 0) fail(moment, "no message of platform faults");
+    if (std::strncmp(fault.getCatalogMessage(), "Meldung: ", 9) != 0) fail(moment, "no message for platform faults");
 }
 
 struct AtThreadEnd {
@@ -72,7 +73,7 @@ struct AtThreadEnd {
     std::size_t moment;
 };
 
-// Made before the thread uses the library, so gone after whatever the library keeps for the thread.
+// Constructed before the thread uses the library, so destroyed after any object that the library keeps for the thread.
 void serveInThread(std::size_t momentOfEnd) {
     static thread_local const AtThreadEnd end(momentOfEnd);
     useTheLibrary("in a thread");
@@ -87,11 +88,11 @@ void serveAtTheVeryEnd(int code, void* /*nothing*/) {
     _exit(code);
 }
 
-// Registered before any library starts and, unlike what std::atexit takes, with no library of its own, it runs after
-// all of them have ended.
-void lingerToTheVeryEnd() { on_exit(serveAtTheVeryEnd, nullptr); }
+// Makes serveAtTheVeryEnd run after all libraries have ended: it is registered before any library starts, and unlike
+// std::atexit, on_exit does not tie it to a library.
+void registerLastHandler() { on_exit(serveAtTheVeryEnd, nullptr); }
 
-__attribute__((section(".preinit_array"), used)) void (*const BEFORE_ALL_LIBRARIES)() = lingerToTheVeryEnd;
+__attribute__((section(".preinit_array"), used)) void (*const BEFORE_ALL_LIBRARIES)() = registerLastHandler;
 
 struct Host {
     Host() {
