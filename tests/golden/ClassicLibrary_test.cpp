@@ -1,4 +1,4 @@
-// Holds the library against results of the classic one, row by row.
+// Compares the library with results of the classic library, row by row.
 
 #include <algorithm>
 #include <cmath>
@@ -43,7 +43,7 @@ struct Row {
     Point to;
 };
 
-std::vector<std::string> linesBehindHeader(const std::string& name) {
+std::vector<std::string> linesAfterHeader(const std::string& name) {
     std::ifstream file(DIRECTORY + "/" + name);
     std::vector<std::string> lines;
     std::string line;
@@ -53,7 +53,7 @@ std::vector<std::string> linesBehindHeader(const std::string& name) {
 
 std::vector<Row> readRows() {
     std::vector<Row> rows;
-    for (std::string& line : linesBehindHeader("transform.csv")) {
+    for (std::string& line : linesAfterHeader("transform.csv")) {
         std::replace(line.begin(), line.end(), ',', ' ');
         std::istringstream fields(line);
         Row row{};
@@ -66,19 +66,19 @@ std::vector<Row> readRows() {
     return rows;
 }
 
-// Rows that may lie beyond a millimetre, each with its reason.
+// Reads the rows that may differ by more than a millimetre, each with its reason.
 std::set<int> readKnownDifferences() {
     std::set<int> known;
-    for (const std::string& line : linesBehindHeader("known-differences.csv")) {
+    for (const std::string& line : linesAfterHeader("known-differences.csv")) {
         const std::size_t comma = line.find(',');
         EXPECT_NE(comma, std::string::npos) << line;
-        EXPECT_LT(comma + 10, line.size()) << "no reason: " << line;
+        EXPECT_LT(comma + 10, line.size()) << "no reason given: " << line;
         known.insert(std::stoi(line));
     }
     return known;
 }
 
-// Length of the unit of a CRS that is not geographic, as the definitions here write it.
+// Returns the length of the unit of a CRS that is not geographic, from the definitions in this folder.
 double metresPerUnit(unsigned int code) {
     static CoordinateTransformation::InitFile definitions(DIRECTORY + "/epsg");
     static const std::map<std::string, double> units = {
@@ -87,8 +87,8 @@ double metresPerUnit(unsigned int code) {
     return parameters.has("to_meter") ? std::stod(parameters.get("to_meter")) : units.at(parameters.get("units"));
 }
 
-// How far two points of a CRS are apart in metres, in the direction in which they are farthest. Not a number counts as
-// far.
+// Returns the largest difference between two points in any coordinate, in metres. It is infinite if a coordinate is not
+// a number.
 double differenceOf(const Point& left, const Point& right, unsigned int code, bool angles) {
     const double unit = angles ? 1 : metresPerUnit(code);
     const double horizontal = angles ? EARTH_RADIUS : unit;
@@ -114,7 +114,7 @@ protected:
     void expectAgreement();
 
     const std::vector<Row> rows = readRows();
-    // Row number to difference in metres.
+    // Differences in metres, by row number.
     std::map<int, double> differences;
 };
 
@@ -123,7 +123,7 @@ std::string GoldenTest::summary() const {
     text << "rows within 1e-6 m: " << countWithin(1e-6) << ", 1e-5 m: " << countWithin(1e-5)
          << ", 1e-3 m: " << countWithin(1e-3) << ", 1 m: " << countWithin(1) << " of " << differences.size();
     for (const auto& [number, difference] : differences)
-        if (difference > 1e-6) text << "\nrow " << number << " is off by " << difference << " m";
+        if (difference > 1e-6) text << "\nrow " << number << " differs by " << difference << " m";
     return text.str();
 }
 
@@ -161,7 +161,7 @@ TEST_F(GoldenTest, PjTransformAgrees) {
     expectAgreement();
 }
 
-// The four combinations of axis orders, in turn.
+// Creates CRS in either axis order.
 class GoldenCrsTest : public GoldenTest {
 protected:
     Proj4Crs crsOf(unsigned int code, bool eastNorth) const {
@@ -169,7 +169,7 @@ protected:
         crs.setAxisOrderEastNorthOrLonLat(eastNorth);
         return crs;
     }
-    // Degrees and the order of the CRS on the outside; radians and easting first in the file.
+    // A CRS has degrees and its own axis order. The file has radians and easting first.
     static Point toCrs(const Proj4Crs& crs, Point point) {
         const double factor = crs.isGeographic() ? DEGREES_PER_RADIAN : 1;
         point = {point.x * factor, point.y * factor, point.z};
@@ -187,6 +187,7 @@ protected:
 
 TEST_F(GoldenCrsTest, TransformToAgrees) {
     for (const Row& row : rows) {
+        // The rows take turns in the four combinations of axis orders.
         const Proj4Crs source = crsOf(row.source, row.number % 2 == 0);
         const Proj4Crs target = crsOf(row.target, row.number % 4 < 2);
         Point point = toCrs(source, row.from);
@@ -196,7 +197,7 @@ TEST_F(GoldenCrsTest, TransformToAgrees) {
     expectAgreement();
 }
 
-// A height of zero and none are the same, but for geocentric CRS, which have no point without one.
+// A missing height counts as 0, except in geocentric CRS, where transformTo fails.
 TEST_F(GoldenCrsTest, TransformToAgreesWithoutHeights) {
     const auto isGeocentric = [](const Proj4Crs& crs) { return static_cast<projPJ>(crs.getProjDef())->isGeocentric; };
     for (const Row& row : rows) {

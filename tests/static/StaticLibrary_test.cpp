@@ -1,4 +1,4 @@
-// On the public headers and the static library alone, in a program that refers to little of it.
+// Uses only the public headers and the static library, in a program that refers to few of its sources.
 
 #include <string>
 

@@ -1,4 +1,4 @@
-// Objects as the library must not have them.
+// Objects that the library must not have.
 
 #include <string>
 
