@@ -8,8 +8,8 @@
 
 namespace Fuzz {
 
-// The definition of a text, or null where it is refused. Definitions are never released: each text gets one, and
-// beyond a bound texts that are new get none, so that a long run does not fill the memory.
+// Returns the definition of a text, or null if it is refused. Definitions are never released, so each text has only
+// one. After a limit, new texts are refused too, so that a long run does not fill the memory.
 inline ClassicProj::projPJ definitionOf(const std::string& text) {
     constexpr std::size_t MOST_TEXTS = 100000;
     static auto& known = *new std::unordered_map<std::string, ClassicProj::projPJ>;

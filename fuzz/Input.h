@@ -9,19 +9,19 @@
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
 
-// What the fuzz targets share.
+// Functions that the fuzz targets share.
 namespace Fuzz {
 
 inline std::string text(const std::uint8_t* data, std::size_t size) {
     return std::string(reinterpret_cast<const char*>(data), size);
 }
 
-// Ends the run where a property does not hold.
+// Aborts the run if a property does not hold.
 inline void require(bool holds) {
     if (!holds) std::abort();
 }
 
-// A configuration started on data/proj, offering a plain and a compound CRS; one for the process.
+// Returns the only configuration of the process. It uses data/proj and offers a CRS, an alias and a compound CRS.
 inline const CoordinateTransformation::CrsConfig& configuration() {
     using CoordinateTransformation::CrsConfig;
     using CoordinateTransformation::CrsConfigData;

@@ -7,7 +7,7 @@
 
 namespace Fuzz {
 
-// A file of the process's own in memory, written anew for each input; gone when the process ends.
+// A file in memory that is rewritten for each input.
 class ScratchFile {
 public:
     ScratchFile() : descriptor(memfd_create("fuzz", 0)), path("/proc/self/fd/" + std::to_string(descriptor)) {
@@ -17,6 +17,7 @@ public:
     ScratchFile& operator=(const ScratchFile&) = delete;
     ~ScratchFile() { close(descriptor); }
 
+    // Replaces the content of the file and returns its path.
     const std::string& holding(const std::string& text) const {
         if (ftruncate(descriptor, 0) != 0 || pwrite(descriptor, text.data(), text.size(), 0) < 0) std::abort();
         return path;

@@ -1,4 +1,4 @@
-// Axis-order files: rows of cells, none of which holds a separator.
+// Reads axis-order files. No cell may contain a separator.
 
 #include "fuzz/Input.h"
 #include "text/CsvRow.h"

@@ -1,5 +1,5 @@
-// Axis-order tables as they are loaded: whole, or refused by a message that names the file, the rows before the
-// malformed one in force. A table that is written again loads as itself.
+// Loads axis-order tables. A malformed row fails the load with a message that names the file, and the rows before it
+// stay loaded. The loaded rows, written back, load as the same table.
 
 #include <map>
 #include <utility>
@@ -19,7 +19,7 @@ std::string writeTable(const std::map<unsigned int, bool>& table) {
     return text;
 }
 
-// Filled once in a process; here once for each input.
+// Clears the table before and after, because a process otherwise loads only one.
 std::map<unsigned int, bool> load(const std::string& path) {
     axisOrderTable.clear();
     try {

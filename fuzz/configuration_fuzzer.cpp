@@ -1,4 +1,5 @@
-// Configuration fragments: read, with the elements that the scanner sees, or refused with the XML reader's error.
+// Reads configuration fragments. An accepted fragment has the elements that the scanner finds. A refused one raises the
+// error of the XML reader.
 
 #include <boost/property_tree/xml_parser.hpp>
 

@@ -1,5 +1,6 @@
-// Lines of points and of boxes as crsctl reads them: a line is refused with a reason, or its ordinates are finite
-// numbers whose texts stand in it. The first line of the input lists the columns, as --columns does, and may be empty.
+// Reads lines of points and of boxes as crsctl does. A line is refused with a reason, or its ordinates are finite
+// numbers from the text of the line. The first line of the input lists the columns, as --columns does, and may be
+// empty.
 
 #include <cmath>
 
@@ -15,7 +16,7 @@ void requireInside(std::string_view part, std::string_view whole) {
     Fuzz::require(part.data() >= whole.data() && part.data() + part.size() <= whole.data() + whole.size());
 }
 
-// Nothing but separators and blanks stands between columns, and nothing is lost.
+// Requires that only separators and blanks are between columns.
 void scan(std::string_view line, Separator separator) {
     ColumnScanner columns(line, separator);
     std::string_view column;

@@ -1,5 +1,5 @@
-// Files of descriptions: read whole, or refused by a message that names the file. What is read ascends, is found by its
-// codes, and keeps to the ranges that the format gives.
+// Reads files of descriptions. A malformed file is refused with a message that names it. The descriptions of an
+// accepted file ascend by code, can be found by code, and are within the ranges of the format.
 
 #include <cmath>
 

@@ -1,5 +1,5 @@
-// Names: whatever is accepted is written in forms that name the same codes again; whatever is refused is refused
-// with an exception of the family or std::out_of_range.
+// Reads names. The forms of an accepted name have the same codes. A refused name raises an exception of the family or
+// std::out_of_range.
 
 #include <stdexcept>
 
@@ -30,14 +30,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const CrsCreator& creator = Fuzz::configuration().getCreator();
     try {
         const Crs crs = creator.createFromName(Fuzz::text(data, size), true, false);
-        // The default CRS has no form that names it, and a vertical part needs its dimension.
+        // No form names the default CRS. A compound is written only if its vertical part adds a dimension.
         if (crs->getPrimaryCode() != 0 && (crs->getSecCompoundCode() == 0 || crs->getDim() == 3) &&
             crs->getPrimaryCode() != 4979)
             writeAndReadAgain(creator, *crs.get());
     } catch (const structured_exception& refused) {
         Fuzz::require(*refused.what() != '\0');
     } catch (const std::out_of_range&) {
-        // A compound identifier whose second prefix is missing.
+        // Raised for a compound identifier without the second prefix.
     }
     return 0;
 }

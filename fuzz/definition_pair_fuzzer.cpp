@@ -1,8 +1,8 @@
-// Pairs of definitions: each is refused or made, and each point is moved to finite coordinates or left where it is.
+// Transforms points between pairs of definitions. A point becomes finite, or it fails and stays unchanged.
 //
 //   input = definition "\n" definition { "\n" x [ " " y [ " " z ] ] }
 //
-// Without a point some are tried that no CRS should break at.
+// If the input has no points, the target uses a few of its own.
 
 #include <array>
 #include <cmath>
@@ -26,7 +26,7 @@ bool isSame(const Point& a, const Point& b) { return a.x == b.x && a.y == b.y &&
 
 bool areNumbers(const Point& point) { return !std::isnan(point.x) && !std::isnan(point.y) && !std::isnan(point.z); }
 
-// A height that is not a number is a missing one, and goes through.
+// A height that is not a number counts as missing and is passed through.
 void move(projPJ source, projPJ target, const Point& start) {
     Point moved = start;
     const int error = pj_transform(source, target, 1, 1, &moved.x, &moved.y, &moved.z);

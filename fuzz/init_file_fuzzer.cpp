@@ -1,4 +1,5 @@
-// Init files: what is found in the text of a file is found in the file, and codes hold nothing that ends them.
+// Reads init files. Every definition in the text can be found in the file, and no code contains a character that ends a
+// code.
 
 #include "fuzz/Input.h"
 #include "fuzz/ScratchFile.h"

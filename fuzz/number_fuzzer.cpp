@@ -1,5 +1,5 @@
-// Numbers: a code that is accepted is written as digits that read as the same code; a double that is accepted reads,
-// written with 15 digits, as itself within their precision.
+// Reads numbers. An accepted code, written as digits, reads as the same code. An accepted double, written with 15
+// digits, reads as the same number within that precision.
 
 #include <cmath>
 
@@ -10,8 +10,8 @@ using namespace QSHelpers;
 
 namespace {
 
-// Digits are read as a whole number times a power of ten. For a smaller number, written in 15 digits, that power is
-// below the normal range of double, and less exact.
+// Digits are read as an integer times a power of ten. For a smaller number with 15 digits, that power is below the
+// normal range of double and less exact.
 constexpr double SMALLEST_EXACT = 1e-293;
 
 template <typename Read>

@@ -1,5 +1,5 @@
-// Runs a fuzz target over the files of directories, each line an input of its own, and over the whole files; or over
-// the names of tests/names.csv. "--write DIRECTORY" writes the names into files instead, the seeds for libFuzzer.
+// Runs a fuzz target on each file of the given directories, as a whole and line by line. For tests/names.csv it runs
+// the target on each name. "--write DIRECTORY" writes the names to files instead, as seeds for libFuzzer.
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,4 @@
-// The text form of a CRS: what is accepted is written as a text that is accepted again.
+// Reads text forms of a CRS. An accepted text is written as a text that is accepted too.
 
 #include <algorithm>
 
@@ -10,7 +10,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string text = Fuzz::text(data, size);
     const CrsCreator& creator = Fuzz::configuration().getCreator();
     try {
-        // Fewer than three fields leave a copy behind on purpose.
+        // A text with fewer than three fields leaks a copy on purpose.
         if (std::count(text.begin(), text.end(), ';') < 2) return 0;
         const std::unique_ptr<AbstractCrs> crs(creator.createFromSpecialTextFormat(text));
         const std::string written = crs->getAsText();

@@ -1,5 +1,5 @@
-// Starts of a server: a fragment is read and started on data/proj, or refused with an exception of the library. A
-// configuration that has started answers every name under which it offers a CRS, and starts again with the same names.
+// Starts servers on data/proj with a fragment. A refused fragment raises an exception. A started configuration answers
+// every name that it offers, and can start again with the same names.
 
 #include <stdexcept>
 
@@ -16,7 +16,7 @@ struct Restartable : CrsConfig {
     using CrsConfig::reinit;
 };
 
-bool isRead(CrsConfig& config, const std::string& text) {
+bool configures(CrsConfig& config, const std::string& text) {
     std::istringstream fragment(text);
     try {
         config.configure(fragment);
@@ -26,8 +26,8 @@ bool isRead(CrsConfig& config, const std::string& text) {
     }
 }
 
-// A compound identifier whose second prefix is missing raises std::out_of_range.
-bool isStarted(CrsConfig& config) {
+// A compound identifier without the second prefix raises std::out_of_range.
+bool starts(CrsConfig& config) {
     try {
         config.init();
         return true;
@@ -48,7 +48,7 @@ void requireAnswers(const CrsConfig& config) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Restartable config;
     config.setConfigProperty("Proj4ConfigDir", COORDTRANS_SOURCE_DIR "/data/proj");
-    if (!isRead(config, Fuzz::text(data, size)) || !isStarted(config)) return 0;
+    if (!configures(config, Fuzz::text(data, size)) || !starts(config)) return 0;
     requireAnswers(config);
     const auto names = config.getConfiguredCrsIdentifiers();
     config.reinit();
