@@ -1,6 +1,6 @@
 #pragma once
 
-// The ways to transform arrays of points that are compared: this library's, PROJ's and GDAL's.
+// The ways to transform arrays of points that the benchmarks compare: this library, PROJ and GDAL.
 
 #include <algorithm>
 #include <cmath>
@@ -28,10 +28,10 @@ struct Arrays {
     std::vector<double> y;
 };
 
-// What a way takes and gives.
+// The form of the coordinates that a way takes and returns.
 enum class Form { OF_THE_CRS, EAST_NORTH, EAST_NORTH_RADIANS };
 
-// A pair of CRS, and points of its source in every form.
+// A pair of CRS, and points in the source CRS.
 struct PairOfCrs {
     PairOfCrs(const CoordinateTransformation::CrsConfig& config, const MeasuredPair& measured)
         : pair(measured),
@@ -56,7 +56,7 @@ struct PairOfCrs {
         return arrays;
     }
 
-    // Results in the form of the target CRS.
+    // Converts results from `form` to the units and the axis order of the target CRS.
     Arrays fromForm(Form form, Arrays arrays) const {
         constexpr double DEGREES_PER_RADIAN = 57.29577951308232;
         const double unit = form == Form::EAST_NORTH_RADIANS && to().isGeographic() ? DEGREES_PER_RADIAN : 1;
@@ -74,25 +74,25 @@ private:
     Arrays points;
 };
 
-// Transforms an array in place. One thread at a time, the one that has made it.
-using Mover = std::function<void(std::size_t count, double* x, double* y)>;
+// Transforms an array in place. Only the thread that creates it may use it.
+using ArrayTransform = std::function<void(std::size_t count, double* x, double* y)>;
 
 struct Way {
     const char* name;
     Form form;
-    // How far a result may be from that of AbstractCrs::transformTo, in metres; 0 is to the bit.
+    // The greatest difference to AbstractCrs::transformTo in metres. 0 requires the same result.
     double tolerance;
-    Mover (*make)(const PairOfCrs&);
+    ArrayTransform (*make)(const PairOfCrs&);
 };
 
-inline Mover makePointTransformer(const PairOfCrs& pair) {
+inline ArrayTransform makePointTransformer(const PairOfCrs& pair) {
     const auto transformer = std::make_shared<CoordinateTransformation::PointTransformer>(pair.from(), pair.to());
     return [transformer](std::size_t count, double* x, double* y) { transformer->transform(count, x, y); };
 }
 
-// As a server does for each request: makes a PointTransformer for every `SIZE` points.
+// Creates a PointTransformer for every `SIZE` points, as a server does for each request.
 template <std::size_t SIZE>
-Mover makeRequests(const PairOfCrs& pair) {
+ArrayTransform makeRequests(const PairOfCrs& pair) {
     return [&pair](std::size_t count, double* x, double* y) {
         for (std::size_t done = 0; done < count; done += SIZE) {
             CoordinateTransformation::PointTransformer transformer(pair.from(), pair.to());
@@ -101,8 +101,8 @@ Mover makeRequests(const PairOfCrs& pair) {
     };
 }
 
-// Makes as many as there are points, and transforms none.
-inline Mover makeMaking(const PairOfCrs& pair) {
+// Creates a PointTransformer for each point and transforms nothing.
+inline ArrayTransform makeConstruction(const PairOfCrs& pair) {
     return [&pair](std::size_t count, double*, double*) {
         for (std::size_t i = 0; i < count; ++i) {
             CoordinateTransformation::PointTransformer transformer(pair.from(), pair.to());
@@ -111,17 +111,17 @@ inline Mover makeMaking(const PairOfCrs& pair) {
     };
 }
 
-inline Mover makeTransformTo(const PairOfCrs& pair) {
+inline ArrayTransform makeTransformTo(const PairOfCrs& pair) {
     return [from = &pair.from(), to = &pair.to()](std::size_t count, double* x, double* y) {
         for (std::size_t i = 0; i < count; ++i) from->transformTo(to, x[i], y[i]);
     };
 }
 
-// An operation of PROJ's with a context of its own.
+// An operation of PROJ with a context of its own.
 struct ReadyOperation {
     explicit ReadyOperation(const std::string& text)
         : context(proj_context_create()), operation(proj_create(context.get(), text.c_str())) {
-        if (operation == nullptr) throw std::runtime_error("PROJ makes no " + text);
+        if (operation == nullptr) throw std::runtime_error("PROJ cannot create " + text);
     }
 
     void transform(PJ_DIRECTION direction, std::size_t count, double* x, double* y) const {
@@ -133,14 +133,14 @@ struct ReadyOperation {
     const ClassicProj::ProjPtr<PJ> operation;
 };
 
-inline Mover makeProjGeneric(const PairOfCrs& pair) {
+inline ArrayTransform makeProjGeneric(const PairOfCrs& pair) {
     const auto ready = std::make_shared<const ReadyOperation>(pair.pair.operation);
     return [ready, direction = pair.pair.direction](std::size_t count, double* x, double* y) {
         ready->transform(direction, count, x, y);
     };
 }
 
-inline Mover makeProjTrans(const PairOfCrs& pair) {
+inline ArrayTransform makeProjTrans(const PairOfCrs& pair) {
     const auto ready = std::make_shared<const ReadyOperation>(pair.pair.operation);
     return [ready, direction = pair.pair.direction](std::size_t count, double* x, double* y) {
         for (std::size_t i = 0; i < count; ++i) {
@@ -151,7 +151,8 @@ inline Mover makeProjTrans(const PairOfCrs& pair) {
     };
 }
 
-// The operation with the steps that take degrees and axes as the CRS have them, which the library does by itself.
+// Returns the operation with additional steps for the degrees and the axis orders of the CRS. The library converts
+// these without PROJ.
 inline std::string writeWholePipeline(const PairOfCrs& pair) {
     const std::string exchange = " +step +proj=axisswap +order=2,1";
     const std::string pipeline = "+proj=pipeline";
@@ -168,13 +169,13 @@ inline std::string writeWholePipeline(const PairOfCrs& pair) {
     return text;
 }
 
-inline Mover makeProjWhole(const PairOfCrs& pair) {
+inline ArrayTransform makeProjWhole(const PairOfCrs& pair) {
     const auto ready = std::make_shared<const ReadyOperation>(writeWholePipeline(pair));
     return [ready](std::size_t count, double* x, double* y) { ready->transform(PJ_FWD, count, x, y); };
 }
 
 #if defined(COORDTRANS_HAVE_GDAL)
-inline Mover makeGdal(const PairOfCrs& pair) {
+inline ArrayTransform makeGdal(const PairOfCrs& pair) {
     OGRSpatialReference source;
     OGRSpatialReference target;
     source.importFromEPSG(std::stoi(pair.pair.source));
@@ -189,7 +190,7 @@ inline Mover makeGdal(const PairOfCrs& pair) {
 }
 #endif
 
-constexpr double METRES_OF_DATUMS = 10;
+constexpr double DATUM_TOLERANCE = 10;
 
 inline constexpr Way POINT_TRANSFORMER{"PointTransformer", Form::OF_THE_CRS, 0, makePointTransformer};
 inline constexpr Way REQUEST{"PointTransformer made for each array", Form::OF_THE_CRS, 0, makeRequests<1000>};
@@ -198,11 +199,11 @@ inline constexpr Way PROJ_GENERIC{"proj_trans_generic", Form::EAST_NORTH_RADIANS
 inline constexpr Way PROJ_TRANS{"proj_trans", Form::EAST_NORTH_RADIANS, 0, makeProjTrans};
 inline constexpr Way PROJ_WHOLE{"proj_trans_generic, degrees and axes", Form::OF_THE_CRS, 1e-4, makeProjWhole};
 #if defined(COORDTRANS_HAVE_GDAL)
-// Its datum shifts are others.
-inline constexpr Way GDAL{"GDAL", Form::EAST_NORTH, METRES_OF_DATUMS, makeGdal};
+// GDAL chooses other datum shifts.
+inline constexpr Way GDAL{"GDAL", Form::EAST_NORTH, DATUM_TOLERANCE, makeGdal};
 #endif
 
-// Throws unless the way gives what AbstractCrs::transformTo does: a peer that does something else is not measured.
+// Throws if the results of a way differ from those of AbstractCrs::transformTo, because such a way is not comparable.
 inline void requireAgreement(const PairOfCrs& pair, const Way& way) {
     Arrays expected = pair.pointsIn(Form::OF_THE_CRS);
     makeTransformTo(pair)(POINTS, expected.x.data(), expected.y.data());
@@ -214,5 +215,5 @@ inline void requireAgreement(const PairOfCrs& pair, const Way& way) {
     for (std::size_t i = 0; i < POINTS; ++i)
         if (!(std::abs(given.x[i] - expected.x[i]) <= tolerance) ||
             !(std::abs(given.y[i] - expected.y[i]) <= tolerance))
-            throw std::runtime_error(pair.name() + ": " + way.name + " gives other points");
+            throw std::runtime_error(pair.name() + ": " + way.name + " returns other points");
 }

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-// Printed in Markdown, its columns below each other.
+// A table that is printed in Markdown, with aligned columns.
 class MarkdownTable {
 public:
     using Row = std::vector<std::string>;

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the benchmarks of transformation measure: six pairs of CRS, and points for each.
+// The pairs of CRS that the benchmarks of transformations measure, and points for each.
 
 #include <cstddef>
 #include <random>
@@ -13,8 +13,8 @@ struct Point {
     double y;
 };
 
-// A pair of CRS with the area its points are drawn from, in the units and in east-north order of the source, and
-// the PROJ operation that the library makes for it.
+// A pair of CRS, the area of its points, and the operation of PROJ that the library creates for it. The area is in the
+// units of the source, with easting or longitude first.
 struct MeasuredPair {
     const char* source;
     const char* target;

@@ -4,7 +4,7 @@
 #include <fstream>
 #include <iterator>
 
-// Of this process.
+// Figures of this process.
 inline double residentMegabytes() {
     std::ifstream status("/proc/self/statm");
     double total = 0;

@@ -6,8 +6,8 @@
 
 #include "tests/support/TemporaryDirectory.h"
 
-// A PROJ directory of any size for a benchmark, made from the definitions of data/proj: the definitions are taken in
-// turn under new codes, so that every code is bound for itself. Removed with the object.
+// A PROJ directory of any size. It repeats the definitions of data/proj under new codes, so that each code is bound
+// separately. The destructor removes it.
 class ProjDirectory {
 public:
     static constexpr unsigned int FIRST_CODE = 100000;
@@ -17,7 +17,8 @@ public:
     const std::string& getPath() const { return directory.name(); }
     std::string code(unsigned int i) const { return std::to_string(FIRST_CODE + i % count); }
 
-    // Adds the descriptions, made of those of data/proj in turn. Their areas are longer than most of the registry.
+    // Writes a file of descriptions, which repeats those of data/proj. Their areas are longer than most in the
+    // registry.
     std::string writeDescriptions() const {
         std::ifstream delivered(COORDTRANS_SOURCE_DIR "/data/proj/epsg-info.csv");
         std::vector<std::string> lines;

@@ -10,8 +10,8 @@
 
 #include <benchmark/benchmark.h>
 
-// Machines are noisy, so every benchmark is repeated, the repetitions of all are interleaved, and the median counts.
-// Collects the medians: of processor time, or of wall time for a benchmark that measures its time itself.
+// Collects the medians of all benchmarks: of processor time, or of wall time for a benchmark that measures its own
+// time. Machines are noisy, so every benchmark is repeated, and the repetitions of all benchmarks are interleaved.
 class Medians : public benchmark::ConsoleReporter {
 public:
     void ReportRuns(const std::vector<Run>& runs) override {
@@ -21,9 +21,9 @@ public:
     }
 
 protected:
-    // By the name of the benchmark, in nanoseconds.
+    // Nanoseconds, by the name of the benchmark.
     std::map<std::string, double> medians;
-    // By the name of the benchmark and that of the counter.
+    // Values, by the names of the benchmark and the counter.
     std::map<std::pair<std::string, std::string>, double> counters;
 
 private:
@@ -34,10 +34,10 @@ private:
     }
 };
 
-// Compares benchmarks of one run: the median of the one over that of the other.
+// Compares benchmarks of one run by the ratios of their medians.
 class Ratios : public Medians {
 public:
-    // Prints, after the run, the ratios of every benchmark "CASE/subject" to "CASE/baseline".
+    // Prints the ratio of each benchmark "CASE/subject" to "CASE/baseline" after the run.
     void compare(const std::string& subject, const std::string& baseline) { pairs.emplace_back(subject, baseline); }
 
     void Finalize() override {
@@ -68,7 +68,7 @@ private:
     std::vector<std::pair<std::string, std::string>> pairs;
 };
 
-// Runs everything registered: interleaved, repeated, medians compared.
+// Runs all registered benchmarks, repeated and interleaved, and reports their medians.
 inline int runAndCompare(int argc, char** argv, Medians& reporter) {
     std::vector<char*> arguments(argv, argv + argc);
     std::string interleaved = "--benchmark_enable_random_interleaving=true";

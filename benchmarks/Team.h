@@ -1,6 +1,6 @@
 #pragma once
 
-// Threads that work at the same time.
+// Threads that work at the same time, and their times.
 
 #include <algorithm>
 #include <atomic>
@@ -10,13 +10,13 @@
 #include <thread>
 #include <vector>
 
-// In seconds: from the common start to the end of the thread that ends last, and of all threads' processor time.
+// Seconds: wall time from the common start to the end of the last thread, and processor time of all threads.
 struct TeamTime {
     double wall;
     double processor;
 };
 
-// Where threads wait until all are there.
+// Holds threads until all of them are ready.
 class StartLine {
 public:
     using Clock = std::chrono::steady_clock;
@@ -49,7 +49,8 @@ inline double processorSecondsOfThread() {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-// Each thread calls `prepare`, which does not throw, before the start, and what that returns after it.
+// Each thread calls `prepare` before the start, and the function that it returns after the start. REQUIRES: `prepare`
+// does not throw.
 template <typename Prepare>
 TeamTime runTogether(unsigned int threads, const Prepare& prepare) {
     StartLine line;
@@ -65,9 +66,9 @@ TeamTime runTogether(unsigned int threads, const Prepare& prepare) {
     const StartLine::Clock::time_point start = line.start(threads);
     TeamTime time{0, 0};
     for (std::future<MemberTime>& member : members) {
-        const MemberTime of = member.get();
-        time.wall = std::max(time.wall, std::chrono::duration<double>(of.end - start).count());
-        time.processor += of.processor;
+        const MemberTime result = member.get();
+        time.wall = std::max(time.wall, std::chrono::duration<double>(result.end - start).count());
+        time.processor += result.processor;
     }
     return time;
 }

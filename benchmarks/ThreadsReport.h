@@ -1,6 +1,7 @@
 #pragma once
 
-// What threads_benchmark prints after its run: the questions with the figures that are required, and the curve.
+// The report of threads_benchmark: the questions with measured and required figures, and the tables by number of
+// threads.
 
 #include <algorithm>
 #include <cmath>
@@ -18,10 +19,10 @@ inline constexpr unsigned int TEAMS[] = {1, 2, 4, 8};
 inline constexpr char ALL_PAIRS[] = "six pairs in turn";
 inline constexpr char NEW_PAIRS[] = "new pairs";
 
-// Of arrays of ten and a hundred points; that of a thousand has the whole array.
+// Requests of 10 and of 100 points. REQUEST is a request of 1,000 points.
 inline constexpr Way REQUEST_OF_10{"request of 10 points", Form::OF_THE_CRS, 0, makeRequests<10>};
 inline constexpr Way REQUEST_OF_100{"request of 100 points", Form::OF_THE_CRS, 0, makeRequests<100>};
-inline constexpr Way MAKING{"making", Form::OF_THE_CRS, 0, makeMaking};
+inline constexpr Way CONSTRUCTION{"construction", Form::OF_THE_CRS, 0, makeConstruction};
 
 inline const std::vector<Way> WAYS_ON_THREADS = {
     POINT_TRANSFORMER,
@@ -35,7 +36,7 @@ inline const std::vector<Way> WAYS_ON_THREADS = {
 
 // Names of benchmarks.
 inline std::string nameOfOneThread(const std::string& pair) { return pair + "/one thread"; }
-inline std::string nameOfMaking(const std::string& pair) { return pair + "/making alone"; }
+inline std::string nameOfConstruction(const std::string& pair) { return pair + "/construction alone"; }
 inline std::string nameOf(const std::string& pairs, const Way& way) { return pairs + "/" + way.name; }
 
 // Names of counters.
@@ -46,8 +47,8 @@ inline std::string nameOfProcessorTime(unsigned int many, unsigned int few) {
     return "processor time, " + nameOfScale(many, few);
 }
 
-// Points per second of many threads over those of one, where each works for `alone` and then needs, for `locked`, what
-// only one thread can have: mean value analysis of a closed queue. There is a core for every thread.
+// Returns the points per second of several threads over those of one, by mean value analysis of a closed queue. Each
+// thread works for the time `alone` and then needs a lock for the time `locked`. Each thread has its own core.
 inline double modelSpeedUp(unsigned int threads, double alone, double locked) {
     double waiting = 0;
     double rate = 0;
@@ -73,7 +74,7 @@ public:
     }
 
 private:
-    // Of figures of several pairs; not a number if one is missing.
+    // The geometric mean and the range of a figure over several pairs. The mean is not a number if a figure is missing.
     struct Spread {
         double mean;
         double least;
@@ -98,7 +99,7 @@ private:
         return found == counters.end() ? NAN : found->second;
     }
 
-    // Nanoseconds a point, of one thread and of a team.
+    // Nanoseconds per point, of one thread and of a team.
     double alone(const std::string& pair, const Way& way) const { return counterOf(nameOfOneThread(pair), way.name); }
     double together(const std::string& pair, const Way& way, unsigned int threads) const {
         return counterOf(nameOf(pair, way), nameOf(threads));
@@ -131,7 +132,7 @@ private:
         MarkdownTable table({"question", "geometric mean", "pairs", "required"});
         addWays(table);
         addThreads(table);
-        addMaking(table);
+        addConstruction(table);
         addTransformTo(table);
         addPeers(table);
         table.print("Questions");
@@ -140,7 +141,7 @@ private:
     void addWays(MarkdownTable& table) const {
         addQuestion(table, "PointTransformer, one thread, time against proj_trans_generic on the ready operation",
                     compare(POINT_TRANSFORMER, PROJ_GENERIC), "at most 1.03", "%.3f");
-        addQuestion(table, "the same where PROJ does degrees and axes too", compare(POINT_TRANSFORMER, PROJ_WHOLE), "",
+        addQuestion(table, "the same if PROJ converts degrees and axes too", compare(POINT_TRANSFORMER, PROJ_WHOLE), "",
                     "%.3f");
 #if defined(COORDTRANS_HAVE_GDAL)
         addQuestion(table, "the same against GDAL's array Transform", compare(POINT_TRANSFORMER, GDAL), "at most 0.85",
@@ -161,14 +162,15 @@ private:
                     "at least 0.95");
     }
 
-    void addMaking(MarkdownTable& table) const {
-        const auto making = [this](const std::string& pair) {
-            const auto found = medians.find(nameOfMaking(pair));
+    void addConstruction(MarkdownTable& table) const {
+        const auto construction = [this](const std::string& pair) {
+            const auto found = medians.find(nameOfConstruction(pair));
             return found == medians.end() ? NAN : found->second;
         };
-        addQuestion(table, "making a PointTransformer for a pair in use, ns", spreadOver(pairs, making), "at most 300",
+        addQuestion(table, "construction of a PointTransformer for a pair in use, ns", spreadOver(pairs, construction),
+                    "at most 300", "%.0f");
+        addQuestion(table, "construction for a new pair, ns", spreadOver({NEW_PAIRS}, construction), "at most 200000",
                     "%.0f");
-        addQuestion(table, "for a new pair, ns", spreadOver({NEW_PAIRS}, making), "at most 200000", "%.0f");
     }
 
     void addTransformTo(MarkdownTable& table) const {
@@ -200,7 +202,7 @@ private:
             for (const Way& way : ways) row.push_back(write(alone(pair, way), "%.1f"));
             table.add(row);
         }
-        table.print("One thread, arrays of 1,000: ns a point");
+        table.print("One thread, arrays of 1,000: ns per point");
     }
 
     template <typename Cell>
@@ -215,7 +217,7 @@ private:
     }
 
     void printCurve() const {
-        printByThreads("Million points per second of wall time, and over those of one thread", WAYS_ON_THREADS,
+        printByThreads("Million points per second of wall time, and ratio to one thread", WAYS_ON_THREADS,
                        [this](const Way& way, unsigned int threads) {
                            const Spread time =
                                spreadOver(pairs, [&](const std::string& pair) { return together(pair, way, threads); });
@@ -223,9 +225,9 @@ private:
                        });
     }
 
-    // It does not grow where threads do not get into each other's way, however busy the machine is.
+    // Processor time does not grow if threads do not hinder each other, even on a busy machine.
     void printProcessorTime() const {
-        printByThreads("Processor time a point of all threads, over that of one thread", WAYS_ON_THREADS,
+        printByThreads("Processor time per point of all threads, ratio to one thread", WAYS_ON_THREADS,
                        [this](const Way& way, unsigned int threads) {
                            return write(spreadOver(pairs, [&](const std::string& pair) {
                                             return counterOf(nameOf(pair, way), nameOfProcessorTime(threads, 1));
@@ -234,21 +236,21 @@ private:
     }
 
     void printRequests() const {
-        printByThreads("Six pairs in turn: million points per second, and over those of one thread",
+        printByThreads("Six pairs in turn: million points per second, and ratio to one thread",
                        {POINT_TRANSFORMER, REQUEST, REQUEST_OF_100, REQUEST_OF_10},
                        [this](const Way& way, unsigned int threads) {
                            return write(1000 / together(ALL_PAIRS, way, threads)) + " (" +
                                   write(scale({ALL_PAIRS}, way, 1, threads).mean) + ")";
                        });
         printByThreads(
-            "A PointTransformer made and given back: ns of wall time", {MAKING},
+            "Construction and destruction of a PointTransformer: ns of wall time", {CONSTRUCTION},
             [this](const Way& way, unsigned int threads) { return write(together(ALL_PAIRS, way, threads), "%.0f"); });
     }
 
-    // The longest of all measured times of making counts as spent under the lock.
+    // The model counts the longest measured time of construction as time under the lock.
     void printModel() const {
         double locked = 0;
-        for (const unsigned int threads : TEAMS) locked = std::max(locked, together(ALL_PAIRS, MAKING, threads));
+        for (const unsigned int threads : TEAMS) locked = std::max(locked, together(ALL_PAIRS, CONSTRUCTION, threads));
         const double point = together(ALL_PAIRS, POINT_TRANSFORMER, 1);
         MarkdownTable table({"cores and threads", "share of time under a lock", "2", "8", "16", "32", "64"});
         for (const int size : {10, 100, 1000}) {
@@ -258,7 +260,7 @@ private:
                 row.push_back(write(modelSpeedUp(threads, size * point, locked), "%.1f"));
             table.add(row);
         }
-        table.print("Model: points per second over those of one thread");
+        table.print("Model: points per second, ratio to one thread");
     }
 
     const std::vector<std::string> pairs;

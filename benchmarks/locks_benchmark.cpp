@@ -1,7 +1,7 @@
 // How many mutexes are locked, and for how long is one held, while arrays of points are transformed?
 //
-// This program's pthread_mutex_lock and pthread_mutex_unlock take the place of the C library's in the whole process,
-// so those of this library, PROJ and GDAL are counted alike. Locks of the C library itself, as in malloc, are not.
+// The program replaces pthread_mutex_lock and pthread_mutex_unlock in the whole process, so it counts the locks of this
+// library, PROJ and GDAL. It does not count locks within the C library, as in malloc.
 
 #include <atomic>
 #include <chrono>
@@ -30,12 +30,12 @@ struct Held {
     Clock::duration time{0};
 };
 
-// Of the only thread.
+// The counts of the only thread.
 Held held;
 
 using MutexFunction = int (*)(pthread_mutex_t*);
 
-// Two threads may look it up at once, and find the same.
+// Two threads may look up the function at the same time. Both find the same one.
 int callNext(std::atomic<MutexFunction>& next, const char* name, pthread_mutex_t* mutex) {
     MutexFunction function = next.load();
     if (function == nullptr) {
@@ -73,16 +73,16 @@ std::string write(double value, const char* format) {
 }
 
 void count(MarkdownTable& table, const Way& way, const PairOfCrs& pair) {
-    const Mover move = way.make(pair);
+    const ArrayTransform transform = way.make(pair);
     const Arrays points = pair.pointsIn(way.form);
     Arrays moved = points;
-    move(POINTS, moved.x.data(), moved.y.data());
+    transform(POINTS, moved.x.data(), moved.y.data());
     held.locks = 0;
     held.time = Clock::duration{0};
     const Clock::time_point start = Clock::now();
     for (int i = 0; i < ROUNDS; ++i) {
         moved = points;
-        move(POINTS, moved.x.data(), moved.y.data());
+        transform(POINTS, moved.x.data(), moved.y.data());
     }
     const std::chrono::duration<double, std::nano> time = Clock::now() - start;
     const std::chrono::duration<double, std::nano> locked = held.time;

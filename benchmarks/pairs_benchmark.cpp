@@ -1,4 +1,5 @@
-// What does the first point of a new pair of CRS cost, and what do many codes and pairs keep in memory and open?
+// How long does the first point of a new pair of CRS take, and how much memory and how many open files do many codes
+// and pairs keep?
 
 #include <memory>
 #include <string>
@@ -25,13 +26,13 @@ std::vector<Crs> bindAll(const CrsConfig& config, const ProjDirectory& directory
     return bound;
 }
 
-// Pair i, each different from the 9,999 others.
+// Source and target of pair i. All 10,000 pairs differ.
 const AbstractCrs* sourceOf(const std::vector<Crs>& bound, std::size_t i) { return bound[i % CODES].get(); }
 const AbstractCrs* targetOf(const std::vector<Crs>& bound, std::size_t i) {
     return bound[(i * 7 + i / CODES + 13) % CODES].get();
 }
 
-// The point may lie outside the projection; making the operation is what is measured.
+// Measures the creation of the operation, so the point may be outside the projection.
 void transformOnePoint(const std::vector<Crs>& bound, std::size_t pair) {
     double x = sourceOf(bound, pair)->isGeographic() ? 9 : 500000;
     double y = sourceOf(bound, pair)->isGeographic() ? 9 : 500000;

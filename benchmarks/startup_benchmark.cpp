@@ -1,5 +1,5 @@
-// What does starting a server cost, and does it grow with the number of CRS alone? Every start is a process of its
-// own: what PROJ has made once stays for the life of a process.
+// How long does the start of a server take, and does only the number of CRS matter? Each start runs in its own process,
+// because objects of PROJ stay for the life of a process.
 
 #include <chrono>
 #include <filesystem>
@@ -30,7 +30,7 @@ double initSeconds(const ProjDirectory& directory, unsigned int entries) {
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-// Runs `measure` in a child process and gives its result.
+// Runs `measure` in a child process and returns its result.
 template <typename Measure>
 double inChildProcess(Measure measure) {
     int ends[2];
@@ -56,7 +56,7 @@ void measureInit(benchmark::State& state) {
         benchmark::Counter(static_cast<double>(entries), benchmark::Counter::kIsIterationInvariantRate);
 }
 
-// A part of the first init, if the directory has descriptions.
+// Reads descriptions, as the first init of a process does if its directory has them.
 void measureDescriptions(benchmark::State& state) {
     const ProjDirectory directory(static_cast<unsigned int>(state.range(0)));
     const std::string path = directory.writeDescriptions();

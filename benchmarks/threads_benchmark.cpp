@@ -1,4 +1,5 @@
-// What do arrays of points cost, and how many points a second do several threads transform, against PROJ and GDAL?
+// How long do arrays of points take, and how many points per second do several threads transform, compared with PROJ
+// and GDAL?
 
 #include <atomic>
 #include <chrono>
@@ -24,20 +25,20 @@ using namespace CoordinateTransformation;
 
 namespace {
 
-// What one thread does with the arrays of one pair.
+// The work of one thread on arrays of one pair.
 class Task {
 public:
     Task(const PairOfCrs& pair, const Way& way)
-        : move(way.make(pair)), points(pair.pointsIn(way.form)), moved(points) {}
+        : transform(way.make(pair)), points(pair.pointsIn(way.form)), moved(points) {}
 
     void run() {
         moved = points;
-        move(POINTS, moved.x.data(), moved.y.data());
+        transform(POINTS, moved.x.data(), moved.y.data());
         benchmark::DoNotOptimize(moved);
     }
 
 private:
-    Mover move;
+    ArrayTransform transform;
     Arrays points;
     Arrays moved;
 };
@@ -50,7 +51,7 @@ double perPoint(double seconds, const benchmark::State& state, std::size_t array
     return seconds * NANOSECONDS / (static_cast<double>(state.iterations()) * static_cast<double>(arrays * POINTS));
 }
 
-// The ways take turns, array by array, so that all of them meet the same noise.
+// The ways take turns after each array, so that noise affects all of them equally.
 void measureAlone(benchmark::State& state, const PairOfCrs& pair, const std::vector<Way>& ways) {
     std::vector<Task> tasks;
     for (const Way& way : ways) tasks.emplace_back(pair, way);
@@ -72,7 +73,7 @@ void measureAlone(benchmark::State& state, const PairOfCrs& pair, const std::vec
     }
 }
 
-// Each thread takes the next array until all are done, so none waits for another at the end.
+// Each thread takes the next array until all are done, so that no thread waits for another at the end.
 TeamTime transformTogether(const Pairs& pairs, const Way& way, unsigned int threads) {
     std::atomic<std::size_t> next{0};
     return runTogether(threads, [&pairs, &way, &next] {
@@ -122,8 +123,8 @@ void registerTogether(const std::string& name, const Pairs& pairs, const Way& wa
         ->MinTime(0.2);
 }
 
-void registerMaking(const PairOfCrs& pair) {
-    benchmark::RegisterBenchmark(nameOfMaking(pair.name()).c_str(), [&pair](benchmark::State& state) {
+void registerConstruction(const PairOfCrs& pair) {
+    benchmark::RegisterBenchmark(nameOfConstruction(pair.name()).c_str(), [&pair](benchmark::State& state) {
         for (auto _ : state) {
             PointTransformer transformer(pair.from(), pair.to());
             benchmark::DoNotOptimize(transformer);
@@ -139,15 +140,15 @@ std::vector<std::string> readCodes() {
     return codes;
 }
 
-// Pairs of all CRS in data/proj, each different from those before; begins anew when none is left, long after the
-// operation of the first one has been given up.
+// Pairs of all CRS in data/proj, each a new one. After the last pair it starts again. By then the library has long
+// released the operation of the first pair.
 class NewPairs {
 public:
     explicit NewPairs(const CrsConfig& config) {
         for (const std::string& code : readCodes()) crs.push_back(config.getCreator().createFromName(code, true, true));
     }
 
-    // Any number of threads.
+    // Any number of threads may call it.
     PointTransformer make() {
         std::size_t pair = takeNext();
         while (source(pair).isCodeCompatible(&target(pair))) pair = takeNext();
@@ -163,7 +164,7 @@ private:
     std::atomic<std::size_t> next{1};
 };
 
-// As many as the library keeps.
+// Creates as many idle operations as the library keeps.
 void reportIdleOperations(NewPairs& pairs) {
     constexpr int IDLE = 512;
     const double before = residentMegabytes();
@@ -179,20 +180,20 @@ void registerNewPairs(NewPairs& pairs) {
         for (auto _ : state) benchmark::DoNotOptimize(pairs.make());
         state.SetItemsProcessed(state.iterations());
     };
-    benchmark::RegisterBenchmark(nameOfMaking(NEW_PAIRS).c_str(), make);
-    benchmark::RegisterBenchmark("new pairs/making together", make)->ThreadRange(1, 4)->UseRealTime();
+    benchmark::RegisterBenchmark(nameOfConstruction(NEW_PAIRS).c_str(), make);
+    benchmark::RegisterBenchmark("new pairs/construction together", make)->ThreadRange(1, 4)->UseRealTime();
 }
 
 void registerPair(const PairOfCrs& pair) {
     registerAlone(pair);
     for (const Way& way : WAYS_ON_THREADS) registerTogether(pair.name(), {&pair}, way);
-    registerMaking(pair);
+    registerConstruction(pair);
 }
 
 void registerAllPairs(const std::deque<PairOfCrs>& pairs) {
     Pairs all;
     for (const PairOfCrs& pair : pairs) all.push_back(&pair);
-    for (const Way& way : {POINT_TRANSFORMER, REQUEST, REQUEST_OF_100, REQUEST_OF_10, MAKING})
+    for (const Way& way : {POINT_TRANSFORMER, REQUEST, REQUEST_OF_100, REQUEST_OF_10, CONSTRUCTION})
         registerTogether(ALL_PAIRS, all, way);
 }
 

@@ -1,4 +1,4 @@
-// What does a point cost, against PROJ called directly and against GDAL?
+// How long does a point take, compared with direct calls of PROJ and with GDAL?
 
 #include <memory>
 #include <string>
@@ -43,7 +43,7 @@ void measureLibrary(benchmark::State& state, const CrsConfig& config, const Meas
     transformAll(state, points, [from, to](double& x, double& y) { from->transformTo(to, x, y); });
 }
 
-// The library turns degrees into radians too, so the direct call is given its angles in radians, and gives them.
+// The direct call takes and returns radians. The library also converts degrees.
 void measureProj(benchmark::State& state, const MeasuredPair& pair) {
     const ProjPtr<PJ_CONTEXT> context(proj_context_create());
     const ProjPtr<PJ> operation(proj_create(context.get(), pair.operation));
@@ -97,7 +97,7 @@ void registerCase(const CrsConfig& config, const MeasuredPair& pair) {
 #endif
 }
 
-// Code-compatible: no lock, no PROJ call.
+// CRS with compatible codes need neither a lock nor PROJ.
 void measureCompatible(benchmark::State& state, const CrsConfig& config) {
     const Crs source = config.getCreator().createFromName("CRS:84", true, true);
     const Crs target = config.getCreator().createFromName("4979", true, true);
