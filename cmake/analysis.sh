@@ -1,4 +1,4 @@
-# Read by ./check --all: the checks that look at sources rather than run them.
+# Functions of ./check --all that check sources, build files and the results of the build.
 
 SOURCE_FOLDERS="include platform errors text names crs proj creation config tools examples benchmarks fuzz tests"
 
@@ -23,7 +23,7 @@ check_format() {
     [ -z "$found" ] || fail "$found"
 }
 
-# includes PATTERN FOLDER...: the lines by which sources of the folders include internal headers that match.
+# includes PATTERN FOLDER...: prints the lines that include an internal header with a matching folder.
 includes() {
     local pattern=$1
     shift
@@ -38,13 +38,13 @@ check_layers() {
         awk -f cmake/layers.awk)
     # shellcheck disable=SC2086
     found+=$(includes 'tests|tools' include $library | grep -v '_test\.cpp:' || true)
-    # Texts are read, and faults in them found, as the library does it; it has the one way to release what PROJ has made,
-    # and the classic interface for two directories in one process.
+    # The tools read text, find its faults and release objects of PROJ with the functions of the library. They use the
+    # classic interface for two directories in one process.
     found+=$(includes 'platform|errors|crs|proj|creation' tools | grep -vE '"proj/classic/(ProjHandles|ClassicProj)\.h"' ||
         true)
     found+=$(includes 'platform|errors|text|names|crs|proj|creation|config' tests/docs tests/integration tests/process)
     found+=$(includes 'platform|errors|text|names|crs|proj|creation|config|tests' examples)
-    # Only the classic interface knows PROJ.
+    # Only the classic interface may include PROJ.
     # shellcheck disable=SC2086
     found+=$(grep -rnE --include='*.h' --include='*.cpp' '#include <proj(/|\.h)' include $library | grep -v '^proj/classic/' ||
         true)
@@ -57,30 +57,30 @@ check_headers() {
         -Wpedantic -Wconversion -Wshadow -Werror -I. -Iinclude -isystem /usr/include/eigen3 \
         -DCOORDTRANS_SOURCE_DIR='"."' -fsyntax-only \
         -include HEADER -x c++ /dev/null || fail "a header does not compile alone; see above"
-    # What users include, as the next standard too.
+    # Users may compile the public headers as the next standard.
     find include -name '*.h' | xargs -P "$(nproc)" -I HEADER clang++ -std=c++20 -Wall -Wextra -Wpedantic -Wconversion \
         -Wshadow -Werror -Iinclude -fsyntax-only -include HEADER -x c++ /dev/null ||
         fail "a public header does not compile with clang++ as C++20; see above"
 }
 
-# The translation of platform faults against the real Windows headers. Folders that need no Boost can be checked so.
+# Checks the translation of platform faults against the Windows headers. Only folders without Boost can be checked.
 check_windows_branch() {
     say "Windows branch (mingw-w64)"
     find platform errors text -name '*.cpp' ! -name '*_test.cpp' -print0 | xargs -0 \
         x86_64-w64-mingw32-g++-posix -std=c++17 -Wall -Wextra -Werror -I. -Iinclude -DCOORDTRANS_BUILDING -fsyntax-only
 }
 
-# tidy OPTION PATTERN CHECKS: clang-tidy, with these changes to the list in .clang-tidy, over the sources in build/tidy whose
-# names `grep OPTION` finds by the pattern.
+# tidy OPTION PATTERN CHECKS: runs clang-tidy on the sources of build/tidy whose names `grep OPTION PATTERN` selects.
+# CHECKS are changes to the list in .clang-tidy.
 tidy() {
     sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' build/tidy/compile_commands.json | sort -u | grep -E "$1" "$2" |
         xargs -n 1 -P "$(nproc)" clang-tidy -p build/tidy --quiet --warnings-as-errors='*' --checks="$3" 2>>build/tidy.log ||
-        fail "clang-tidy found something; see above and build/tidy.log"
+        fail "clang-tidy reports errors; see above and build/tidy.log"
 }
 
-# Nothing is built for it. Sources that are compiled together are read together, which takes a third of the time. In
-# tests, benchmarks and fuzz targets only likely mistakes count; they copy, move and look at what was moved from on
-# purpose, and may end by an exception.
+# Builds nothing. Sources that are compiled together are read together, which takes a third of the time. In tests,
+# benchmarks and fuzz targets only likely mistakes count: they copy, move and inspect moved objects on purpose, and may
+# end with an exception.
 check_tidy() {
     local tests='_tests\.dir/|_test\.cpp$|/tests/|/benchmarks/|/fuzz/' together=-bugprone-suspicious-include
     local mistakes=-*,bugprone-*,misc-unused-*,-bugprone-easily-swappable-parameters,-bugprone-exception-escape
@@ -93,23 +93,23 @@ check_tidy() {
     tidy -e "$tests" "$mistakes,$together"
 }
 
-# Whatever is public is documented: the reference stops at the first gap.
+# All public declarations have documentation: the reference fails at the first gap.
 check_reference() {
     say "Reference of the public headers (log: build/reference.log)"
     cmake --build build/release --target reference >build/reference.log 2>&1 || { cat build/reference.log >&2; exit 1; }
 }
 
-# What the generated PROJ directory promises: at least 97.9 % of the codes within ten metres of PROJ's best operation, at
-# least 94.5 % within two.
+# The generated PROJ directory must be within ten metres of PROJ's best operation for at least 97.9 % of the codes, and
+# within two metres for at least 94.5 %.
 check_proj_directory() {
     local summary=build/release/proj-full-summary.txt
     say "Agreement of the generated PROJ directory ($summary)"
     sed -n '/^Largest/,/beyond/p' $summary
     awk '/^Anywhere/ { exit } /within 2 m/ { two = $5 } /within 10 m/ { ten = $5 } END { exit !(two >= 94.5 && ten >= 97.9) }' \
-        $summary || fail "the generated PROJ directory is not as good as promised"
+        $summary || fail "the generated PROJ directory is less accurate than required"
 }
 
-# report_page FILE FRAGMENT: the report's page as Chromium has it once its script has read the fragment.
+# report_page FILE FRAGMENT: prints the page of the report after Chromium has run its script on the fragment.
 report_page() {
     local sandbox=()
     [ "$(id -u)" != 0 ] || sandbox=(--no-sandbox)
@@ -117,12 +117,12 @@ report_page() {
         --dump-dom "file://$PWD/$1#$2" 2>>build/report/chromium.log | tr -d '\n'
 }
 
-# The codes in the rows of a page, in their order.
+# Prints the codes in the rows of a page, in order.
 codes_shown() {
     grep -oE '<tbody id="rows">.*</tbody>' | grep -oE '<td class="right">[0-9]+</td>' | grep -oE '[0-9]+' | tr '\n' ' ' || true
 }
 
-# The page of the report filters and sorts, and shows names as they are, in a browser.
+# In a browser, the page of the report must filter and sort, and show names as plain text.
 check_report_page() {
     say "Page of the report in Chromium"
     local folder=build/report fragment expected shown
@@ -146,11 +146,11 @@ sort=-code&code=2&name=ed50|23031 23030
 EOF
     sed 's/UTM zone 31N/\\u003cimg src=x onerror=document.title=1>/' $folder/page.html >$folder/hostile.html
     report_page $folder/hostile.html name=img | grep -q '<summary>ED50 / &lt;img src=x onerror=document.title=1&gt;</summary>' ||
-        fail "the page does not show a name with markup as text"
+        fail "the page does not show markup in a name as text"
 }
 
-# The library against the other C++ standard library. The distribution's Boost.Filesystem is built with g++'s, so this
-# shows that every source compiles; linked and run is the library with the one only.
+# Compiles the library with the other C++ standard library. Boost.Filesystem of the distribution needs libstdc++, so the
+# library is not linked or run.
 check_libcxx() {
     local folder=build/libcxx
     say "Compiling the library with libc++ (log: $folder.log)"
@@ -162,23 +162,23 @@ check_libcxx() {
     fi
 }
 
-# hardening_gaps FILE...: what programs and shared libraries lack of that which cmake/CoordTransFlags.cmake gives.
+# hardening_gaps FILE...: prints the hardening of cmake/CoordTransFlags.cmake that programs and shared libraries lack.
 hardening_gaps() {
     local file headers dynamic symbols
     for file in "$@"; do
         headers=$(readelf -hlW "$file") dynamic=$(readelf -dW "$file") symbols=$(readelf --dyn-syms -W "$file")
-        [[ $headers == *GNU_RELRO* && $dynamic == *BIND_NOW* ]] || echo "$file: relocations stay writable"
-        [[ $headers == *' DYN '* ]] || echo "$file: the address is always the same"
-        [[ $symbols == *__stack_chk_fail* ]] || echo "$file: no canaries"
-        # No pipe: the second of two greps would end before the first has written all, which counts as a failure.
-        grep -qE ' __[a-z_]+_chk[@ ]' <<<"${symbols//__stack_chk_fail/}" || echo "$file: no function checks bounds"
-        # Start-up code of the C library alone has a few.
+        [[ $headers == *GNU_RELRO* && $dynamic == *BIND_NOW* ]] || echo "$file: relocations are writable"
+        [[ $headers == *' DYN '* ]] || echo "$file: the address is fixed"
+        [[ $symbols == *__stack_chk_fail* ]] || echo "$file: no stack canaries"
+        # No pipe: the second grep would end before the first has written everything, and the pipe would fail.
+        grep -qE ' __[a-z_]+_chk[@ ]' <<<"${symbols//__stack_chk_fail/}" || echo "$file: no function has bounds checks"
+        # The start-up code of the C library has a few marks of its own.
         [ "$(uname -m)" != x86_64 ] || [ "$(objdump -d "$file" | grep -c endbr64)" -gt 10 ] ||
             echo "$file: targets of indirect calls are not marked"
     done
 }
 
-# Probes of the stack leave nothing that readelf shows; the compiler's commands have them.
+# Stack probes are not visible to readelf, so this checks the commands of the compiler.
 sources_without_stack_probes() {
     grep -E '"command".*(coordtrans_objects|coordtrans_classic|coordtrans_text|crsctl|crsctl_core|crs-projdir|projdir_core)\.dir/' "$1/compile_commands.json" |
         grep -v -e -fstack-clash-protection || true
@@ -190,9 +190,9 @@ check_hardening() {
     gaps=$(hardening_gaps $folder/libCoordinateTransformation.so $folder/tools/crsctl/crsctl $folder/tools/projdir/crs-projdir)
     gaps+=$(sources_without_stack_probes $folder)
     [ -z "$gaps" ] || fail "$gaps"
-    # The check must notice a program that has nothing of it.
+    # The check must find all gaps of a program without hardening.
     g++ -x c++ - -o build/unhardened -O2 -no-pie -U_FORTIFY_SOURCE -fno-stack-protector -fcf-protection=none \
         -Wl,-z,norelro,-z,lazy <<<'int main() {}'
     gaps=$(hardening_gaps build/unhardened)
-    [ "$(wc -l <<<"$gaps")" = 5 ] || fail "of five gaps these were found: $gaps"
+    [ "$(wc -l <<<"$gaps")" = 5 ] || fail "only these of five gaps are found: $gaps"
 }

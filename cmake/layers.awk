@@ -1,5 +1,5 @@
-# Reads "file:#include ..." lines, as grep prints them, and prints each include that leads to a layer further right than
-# its own. A public header belongs to the layer of what it declares.
+# Reads lines "file:#include ..." from grep. Prints each include of a header whose layer is further right than the layer
+# of the file. A public header belongs to the layer of its declarations.
 
 BEGIN {
     count = split("platform errors text names crs proj creation config", names, " ")
@@ -21,7 +21,7 @@ function declare(layer, headers, list, n) {
     for (i = 1; i <= n; ++i) public[list[i]] = layer
 }
 
-# The layer of a file, or nothing for one of the standard library or of a third party.
+# Returns the layer of a file, or nothing for the standard library and third parties.
 function layer_of(path, folder, stem) {
     folder = path
     sub(/\/.*/, "", folder)
@@ -45,5 +45,5 @@ function layer_of(path, folder, stem) {
 }
 
 END {
-    if (mutual != 1) print mutual + 0 " includes are marked as mutual; creator and configuration are the one pair"
+    if (mutual != 1) print mutual + 0 " includes are marked as mutual; only the one of creator and configuration may be"
 }

@@ -1,6 +1,6 @@
-# Prints each line that keeps a nameless namespace apart from the one around it.
+# Prints each empty line between the braces of a nameless namespace and those of the namespace around it.
 
 FNR == 1 { before = last = "" }
-last == "" && before ~ /^namespace .*[{]$/ && /^namespace [{]/ { print FILENAME ":" FNR - 1 ": an empty line too many" }
-last == "" && before == "}  // namespace" && /^}  \/\/ namespace / { print FILENAME ":" FNR - 1 ": an empty line too many" }
+last == "" && before ~ /^namespace .*[{]$/ && /^namespace [{]/ { print FILENAME ":" FNR - 1 ": superfluous empty line" }
+last == "" && before == "}  // namespace" && /^}  \/\/ namespace / { print FILENAME ":" FNR - 1 ": superfluous empty line" }
 { before = last; last = $0 }

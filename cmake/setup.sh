@@ -1,4 +1,4 @@
-# Read by the commands of the repository: puts the packages that a build needs on the machine.
+# Functions of ./demo and ./check that install the packages of a build and run it.
 
 BUILD_PACKAGES="g++ cmake ninja-build libproj-dev proj-data libboost-dev libboost-filesystem-dev"
 TOOL_PACKAGES="libcli11-dev libeigen3-dev libsqlite3-dev libssl-dev nlohmann-json3-dev"
@@ -22,10 +22,10 @@ run_as_root() {
     fi
 }
 
-# Installs what is missing through apt, where that is allowed; otherwise says what to install.
+# Installs missing packages with apt if that is allowed. Otherwise prints which packages to install.
 require_packages() {
     local missing log
-    command -v dpkg-query >/dev/null || { say "Not a Debian system; taking for granted: $*"; return; }
+    command -v dpkg-query >/dev/null || { say "Not a Debian system; assuming that these are installed: $*"; return; }
     missing=$(missing_packages "$@")
     [ -z "$missing" ] && return
     say "Installing $missing"
@@ -40,7 +40,8 @@ require_packages() {
     rm -f "$log"
 }
 
-# build PRESET FOLDER [OPTION...]: configures with the options and builds in build/FOLDER, quietly unless it fails.
+# build PRESET FOLDER [OPTION...]: configures with the options and builds in build/FOLDER. Prints errors and the end of
+# the log only if the build fails.
 build() {
     local preset=$1 folder=build/$2
     local log=$folder.log
@@ -52,6 +53,6 @@ build() {
         tail -n 30 "$log" >&2
         exit 1
     fi
-    # A newer CMake warns of what a later one refuses.
+    # CMake warns of features that a later version rejects.
     if grep -A 10 -E '^CMake.* Warning' "$log" >&2; then exit 1; fi
 }
