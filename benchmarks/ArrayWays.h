@@ -80,7 +80,7 @@ using ArrayTransform = std::function<void(std::size_t count, double* x, double* 
 struct Way {
     const char* name;
     Form form;
-    // The greatest difference to AbstractCrs::transformTo in metres. 0 requires the same result.
+    // The greatest allowed difference from AbstractCrs::transformTo in metres. 0 requires the same result.
     double tolerance;
     ArrayTransform (*make)(const PairOfCrs&);
 };

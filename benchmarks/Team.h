@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-// Seconds: wall time from the common start to the end of the last thread, and processor time of all threads.
+// Times in seconds: wall time from the common start to the end of the last thread, and processor time of all threads.
 struct TeamTime {
     double wall;
     double processor;

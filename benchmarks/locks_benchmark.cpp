@@ -1,4 +1,4 @@
-// How many mutexes are locked, and for how long is one held, while arrays of points are transformed?
+// How often do arrays of points lock a mutex, and for how long?
 //
 // The program replaces pthread_mutex_lock and pthread_mutex_unlock in the whole process, so it counts the locks of this
 // library, PROJ and GDAL. It does not count locks within the C library, as in malloc.

@@ -1,5 +1,5 @@
-// How long does the start of a server take, and does only the number of CRS matter? Each start runs in its own process,
-// because objects of PROJ stay for the life of a process.
+// How long does the start of a server take, and does the time depend only on the number of CRS? Each start runs in its
+// own process, because objects of PROJ stay for the life of a process.
 
 #include <chrono>
 #include <filesystem>

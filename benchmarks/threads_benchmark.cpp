@@ -140,7 +140,7 @@ std::vector<std::string> readCodes() {
     return codes;
 }
 
-// Pairs of all CRS in data/proj, each a new one. After the last pair it starts again. By then the library has long
+// A source of new pairs of the CRS in data/proj. After the last pair it starts again, long after the library has
 // released the operation of the first pair.
 class NewPairs {
 public:

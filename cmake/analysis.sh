@@ -23,7 +23,7 @@ check_format() {
     [ -z "$found" ] || fail "$found"
 }
 
-# includes PATTERN FOLDER...: prints the lines that include an internal header with a matching folder.
+# includes PATTERN FOLDER...: prints the lines that include an internal header from a folder that matches.
 includes() {
     local pattern=$1
     shift
@@ -122,7 +122,7 @@ codes_shown() {
     grep -oE '<tbody id="rows">.*</tbody>' | grep -oE '<td class="right">[0-9]+</td>' | grep -oE '[0-9]+' | tr '\n' ' ' || true
 }
 
-# In a browser, the page of the report must filter and sort, and show names as plain text.
+# The page of the report must filter and sort in a browser, and must show names as plain text.
 check_report_page() {
     say "Page of the report in Chromium"
     local folder=build/report fragment expected shown
@@ -162,7 +162,7 @@ check_libcxx() {
     fi
 }
 
-# hardening_gaps FILE...: prints the hardening of cmake/CoordTransFlags.cmake that programs and shared libraries lack.
+# hardening_gaps FILE...: prints which hardening of cmake/CoordTransFlags.cmake the files lack.
 hardening_gaps() {
     local file headers dynamic symbols
     for file in "$@"; do
@@ -172,7 +172,7 @@ hardening_gaps() {
         [[ $symbols == *__stack_chk_fail* ]] || echo "$file: no stack canaries"
         # No pipe: the second grep would end before the first has written everything, and the pipe would fail.
         grep -qE ' __[a-z_]+_chk[@ ]' <<<"${symbols//__stack_chk_fail/}" || echo "$file: no function has bounds checks"
-        # The start-up code of the C library has a few marks of its own.
+        # The start-up code of the C library contains a few such marks.
         [ "$(uname -m)" != x86_64 ] || [ "$(objdump -d "$file" | grep -c endbr64)" -gt 10 ] ||
             echo "$file: targets of indirect calls are not marked"
     done

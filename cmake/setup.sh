@@ -1,4 +1,4 @@
-# Functions of ./demo and ./check that install the packages of a build and run it.
+# Functions of ./demo and ./check that install the required packages and build.
 
 BUILD_PACKAGES="g++ cmake ninja-build libproj-dev proj-data libboost-dev libboost-filesystem-dev"
 TOOL_PACKAGES="libcli11-dev libeigen3-dev libsqlite3-dev libssl-dev nlohmann-json3-dev"

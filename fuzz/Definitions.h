@@ -9,7 +9,7 @@
 namespace Fuzz {
 
 // Returns the definition of a text, or null if it is refused. Definitions are never released, so each text has only
-// one. After a limit, new texts are refused too, so that a long run does not fill the memory.
+// one. Beyond a limit, new texts are refused too, so that a long run does not fill the memory.
 inline ClassicProj::projPJ definitionOf(const std::string& text) {
     constexpr std::size_t MOST_TEXTS = 100000;
     static auto& known = *new std::unordered_map<std::string, ClassicProj::projPJ>;

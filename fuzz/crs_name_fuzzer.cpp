@@ -30,7 +30,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const CrsCreator& creator = Fuzz::configuration().getCreator();
     try {
         const Crs crs = creator.createFromName(Fuzz::text(data, size), true, false);
-        // No form names the default CRS. A compound is written only if its vertical part adds a dimension.
+        // No form names the default CRS. The forms of a compound have both codes only if its vertical part adds a
+        // dimension.
         if (crs->getPrimaryCode() != 0 && (crs->getSecCompoundCode() == 0 || crs->getDim() == 3) &&
             crs->getPrimaryCode() != 4979)
             writeAndReadAgain(creator, *crs.get());

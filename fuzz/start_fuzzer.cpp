@@ -1,4 +1,4 @@
-// Starts servers on data/proj with a fragment. A refused fragment raises an exception. A started configuration answers
+// Starts a server with a fragment on data/proj. A refused fragment raises an exception. A started configuration answers
 // every name that it offers, and can start again with the same names.
 
 #include <stdexcept>

@@ -81,7 +81,7 @@ INSTANTIATE_TEST_SUITE_P(Classes, FailureTest, testing::ValuesIn(FAILURES));
 TEST(ForeignFailureTest, PassesThroughFromTheXmlReader) {
     try {
         Server server(std::istringstream("<SRSList>\n<SRS>4326</SRS>\n"));
-        FAIL() << "accepted";
+        FAIL() << "the fragment is accepted";
     } catch (const boost::property_tree::xml_parser_error& failure) {
         EXPECT_FALSE(failure.message().empty());
     }

@@ -25,7 +25,7 @@ protected:
         EXPECT_EQ(handle->getPrimaryScaleFactor(), 1.0);
         EXPECT_EQ(handle->getCompoundScaleFactor(), 1.0);
     }
-    void expectHolding(const Crs& handle, const NameRow& row) const {
+    void expectSharedIfRegistered(const Crs& handle, const NameRow& row) const {
         const bool shared = row.isRegistered();
         EXPECT_EQ(handle.isHoldingConst(), shared);
         EXPECT_EQ(server.config->isCrsConfigured(row["name"]), shared);
@@ -34,7 +34,7 @@ protected:
     void expectAnswer(const NameRow& row) const {
         const Crs handle = server.request(row["name"]);
         expectCrs(handle, row);
-        expectHolding(handle, row);
+        expectSharedIfRegistered(handle, row);
     }
     void expectWrittenAsItsAlias(const NameRow& row) const {
         const Crs crs = server.request(row["name"]);

@@ -7,7 +7,7 @@
 
 #include "tests/support/IntegrationServer.h"
 
-// Start, operation next to another configuration, and shutdown.
+// Starts a server, runs two of them in one process, and shuts them down.
 namespace IntegrationTest {
 namespace {
 

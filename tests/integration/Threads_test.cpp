@@ -81,10 +81,10 @@ std::vector<Bits> answerOnThreads(const Server& server) {
     std::promise<void> start;
     const std::shared_future<void> started = start.get_future().share();
     std::vector<std::thread> threads;
-    for (Bits& ofThread : answers)
-        threads.emplace_back([&server, &ofThread, started] {
+    for (Bits& threadAnswers : answers)
+        threads.emplace_back([&server, &threadAnswers, started] {
             started.wait();
-            ofThread = answerAll(server);
+            threadAnswers = answerAll(server);
         });
     start.set_value();
     for (std::thread& thread : threads) thread.join();
@@ -95,7 +95,7 @@ TEST(ThreadsTest, GetTheSameBitsAsOneThread) {
     const Server server;
     const std::vector<Bits> answers = answerOnThreads(server);
     const Bits expected = answerAll(server);
-    for (const Bits& ofThread : answers) EXPECT_EQ(ofThread, expected);
+    for (const Bits& threadAnswers : answers) EXPECT_EQ(threadAnswers, expected);
 }
 
 // No code is configured, and the threads run before anything else. They bind the codes and use each new pair at the
@@ -107,7 +107,7 @@ TEST(ThreadsTest, MayBeTheFirstToUseACode) {
                            "<SRS>CRS:84</SRS></SRSList>"));
     const std::vector<Bits> answers = answerOnThreads(server);
     const Bits expected = answerAll(server);
-    for (const Bits& ofThread : answers) EXPECT_EQ(ofThread, expected);
+    for (const Bits& threadAnswers : answers) EXPECT_EQ(threadAnswers, expected);
 }
 
 TEST(ThreadsTest, GetTheSameFailures) {

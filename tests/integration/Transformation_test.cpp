@@ -42,13 +42,13 @@ protected:
     const Crs target = server.request(GetParam().target);
 };
 
-TEST_P(AxisOrderOfRequestsTest, HoldsForward) {
+TEST_P(AxisOrderOfRequestsTest, HoldsForwards) {
     const Point point = transformed(*source.get(), *target.get(), GetParam().from);
     EXPECT_NEAR(point.x, GetParam().to.x, GetParam().tolerance);
     EXPECT_NEAR(point.y, GetParam().to.y, GetParam().tolerance);
 }
 
-TEST_P(AxisOrderOfRequestsTest, HoldsInverse) {
+TEST_P(AxisOrderOfRequestsTest, HoldsBackwards) {
     const Point point = transformed(*target.get(), *source.get(), GetParam().to);
     EXPECT_NEAR(point.x, GetParam().from.x, GetParam().toleranceBack);
     EXPECT_NEAR(point.y, GetParam().from.y, GetParam().toleranceBack);
@@ -70,7 +70,8 @@ INSTANTIATE_TEST_SUITE_P(
                              "https://www.opengis.net/def/crs/EPSG/0/25832", {500000, 5761038.212467}),
                     toMetres("EPSG:4258", {48.137, 11.575}, "25832", {691567.326386, 5334734.330360})));
 
-// Expected: the spherical formulas, which give the radius of WGS 84 times the angle, and 0 on the equator.
+// Expected: on a sphere with the radius of WGS 84, the easting is the radius times the longitude, and the northing is 0
+// on the equator.
 INSTANTIATE_TEST_SUITE_P(PseudoMercator, AxisOrderOfRequestsTest,
                          testing::Values(toMetres("EPSG:4326", {0, 1}, "EPSG:3857", {METRES_PER_DEGREE, 0}),
                                          toMetres("CRS:84", {1, 0}, "EPSG:900913", {METRES_PER_DEGREE, 0})));

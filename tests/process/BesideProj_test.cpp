@@ -14,7 +14,7 @@ PJ_COORD transformed(PJ* projection, double x, double y) {
     return proj_trans(projection, PJ_FWD, proj_coord(x, y, 0, 0));
 }
 
-// An application with operations in a context of its own, which has a logger, and in the default context.
+// An application with operations in the default context and in a context of its own, which has a logger.
 class Application {
 public:
     Application() {
@@ -80,52 +80,52 @@ TEST_F(BesideProjTest, LeavesAContextOfTheApplicationUnchanged) {
 TEST_F(BesideProjTest, LeavesTheErrorsOfTheApplicationUnchanged) {
     transformed(application.inDefaultContext.get(), 0, 99);
     const int error = proj_errno(application.inDefaultContext.get());
-    const int ofContext = proj_context_errno(nullptr);
+    const int contextError = proj_context_errno(nullptr);
     ASSERT_NE(error, 0);
-    ASSERT_NE(ofContext, 0);
+    ASSERT_NE(contextError, 0);
     const auto config = startServer(projDirectory());
     useTheLibrary(*config);
     moved(*config, "EPSG:4326", "EPSG:25832", {52, 9});
     EXPECT_EQ(proj_errno(application.inDefaultContext.get()), error);
-    EXPECT_EQ(proj_context_errno(nullptr), ofContext);
+    EXPECT_EQ(proj_context_errno(nullptr), contextError);
 }
 
 TEST_F(BesideProjTest, SendsNothingToTheLoggersOfTheApplication) {
-    static int toDefaultLogger = 0;
+    static int defaultMessages = 0;
     const PJ_LOG_LEVEL level = proj_log_level(nullptr, PJ_LOG_TRACE);
-    proj_log_func(nullptr, &toDefaultLogger, countMessage);
-    toDefaultLogger = 0;
+    proj_log_func(nullptr, &defaultMessages, countMessage);
+    defaultMessages = 0;
     const int before = application.messages;
     useTheLibrary(*startServer(projDirectory()));
-    EXPECT_EQ(toDefaultLogger, 0);
+    EXPECT_EQ(defaultMessages, 0);
     EXPECT_EQ(application.messages, before);
 
     const ProjPtr<PJ> nonsense(proj_create(nullptr, "+proj=nonsense"));
-    EXPECT_GT(toDefaultLogger, 0);
+    EXPECT_GT(defaultMessages, 0);
     proj_log_level(nullptr, level);
 }
 
 TEST_F(BesideProjTest, KeepsTheResultsOfBoth) {
-    const std::vector<double> ofApplication = application.results();
+    const std::vector<double> applicationResults = application.results();
     const auto config = startServer(projDirectory());
-    const std::vector<double> ofLibrary = resultsOf(*config);
+    const std::vector<double> libraryResults = resultsOf(*config);
     for (int round = 0; round < 3; ++round) {
         useTheLibrary(*config);
-        EXPECT_EQ(application.results(), ofApplication);
-        EXPECT_EQ(Application().results(), ofApplication);
+        EXPECT_EQ(application.results(), applicationResults);
+        EXPECT_EQ(Application().results(), applicationResults);
         transformed(application.byText.get(), 0, 99);
-        EXPECT_EQ(resultsOf(*config), ofLibrary);
+        EXPECT_EQ(resultsOf(*config), libraryResults);
     }
 }
 
 TEST_F(BesideProjTest, MayRunOnAnotherThreadThanTheApplication) {
     const auto config = startServer(projDirectory());
-    const std::vector<double> ofLibrary = resultsOf(*config);
-    const std::vector<double> ofApplication = application.results();
+    const std::vector<double> libraryResults = resultsOf(*config);
+    const std::vector<double> applicationResults = application.results();
     std::thread library([&] {
-        for (int round = 0; round < 50; ++round) EXPECT_EQ(resultsOf(*config), ofLibrary);
+        for (int round = 0; round < 50; ++round) EXPECT_EQ(resultsOf(*config), libraryResults);
     });
-    for (int round = 0; round < 50; ++round) EXPECT_EQ(application.results(), ofApplication);
+    for (int round = 0; round < 50; ++round) EXPECT_EQ(application.results(), applicationResults);
     library.join();
 }
 

@@ -12,7 +12,7 @@
 namespace ProcessTest {
 namespace {
 
-// Threads that work like the requests of a server. The destructor stops them.
+// Threads that do the work of requests until the object is destroyed.
 class BusyThreads {
 public:
     BusyThreads() {

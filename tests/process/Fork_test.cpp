@@ -103,14 +103,14 @@ void computeInEightWorkers(Check check) {
 TEST(ForkTest, LetsEightWorkersUseAnOpenGridOfTheServer) {
     // In EGM96 the geoid is 17.2 m above the ellipsoid at 0 N 0 E.
     EXPECT_NEAR(heightAboveGeoid(0, 0), -17.2, 0.05);
-    std::vector<Heights> ofWorkers;
+    std::vector<Heights> workerHeights;
     for (int round = 0; round < 5; ++round)
-        computeInEightWorkers([&ofWorkers](const Heights& heights) { ofWorkers.push_back(heights); });
-    Heights ofServer;
-    computeHeights(ofServer, 0);
-    EXPECT_EQ(ofWorkers.size(), 40U);
-    EXPECT_TRUE(std::all_of(ofWorkers.begin(), ofWorkers.end(),
-                            [&ofServer](const Heights& heights) { return heights == ofServer; }));
+        computeInEightWorkers([&workerHeights](const Heights& heights) { workerHeights.push_back(heights); });
+    Heights serverHeights;
+    computeHeights(serverHeights, 0);
+    EXPECT_EQ(workerHeights.size(), 40U);
+    EXPECT_TRUE(std::all_of(workerHeights.begin(), workerHeights.end(),
+                            [&serverHeights](const Heights& heights) { return heights == serverHeights; }));
 }
 
 TEST(ForkTest, LetsTheChildOfAChildWork) {
@@ -127,36 +127,36 @@ TEST(ForkTest, LetsTheChildOfAChildWork) {
 }
 
 TEST(ForkTest, LetsAChildUseTheTransformersOfItsParent) {
-    PointTransformer ofParent = transformerOf("EPSG:4314", "EPSG:25832");
-    EXPECT_TRUE(movesThroughTheGrid(ofParent));
-    const auto grandchild = [&ofParent] { return movesThroughTheGrid(ofParent); };
-    const auto child = [&ofParent, &grandchild] {
-        return movesThroughTheGrid(ofParent) && Child(grandchild).succeeds() && movesThroughTheGrid(ofParent) &&
+    PointTransformer inherited = transformerOf("EPSG:4314", "EPSG:25832");
+    EXPECT_TRUE(movesThroughTheGrid(inherited));
+    const auto grandchild = [&inherited] { return movesThroughTheGrid(inherited); };
+    const auto child = [&inherited, &grandchild] {
+        return movesThroughTheGrid(inherited) && Child(grandchild).succeeds() && movesThroughTheGrid(inherited) &&
                transformsArrays();
     };
     for (int i = 0; i < 3; ++i) EXPECT_TRUE(Child(child).succeeds());
-    EXPECT_TRUE(movesThroughTheGrid(ofParent));
+    EXPECT_TRUE(movesThroughTheGrid(inherited));
 }
 
 TEST(ForkTest, LetsAChildTransformABoxFirst) {
-    PointTransformer ofParent = transformerOf("EPSG:25832", "EPSG:4314");
-    const auto child = [&ofParent] {
-        const auto box = ofParent.transformBounds({400000, 5400000, 600000, 5600000});
+    PointTransformer inherited = transformerOf("EPSG:25832", "EPSG:4314");
+    const auto child = [&inherited] {
+        const auto box = inherited.transformBounds({400000, 5400000, 600000, 5600000});
         return box.minX > 48 && box.maxX < 51 && box.minY > 7 && box.maxY < 11;
     };
     EXPECT_TRUE(Child(child).succeeds());
 }
 
 TEST(ForkTest, LetsAChildReleaseTheTransformersOfItsParent) {
-    auto ofParent = std::make_unique<PointTransformer>(transformerOf("EPSG:4314", "EPSG:25832"));
+    auto inherited = std::make_unique<PointTransformer>(transformerOf("EPSG:4314", "EPSG:25832"));
     PointTransformer another = transformerOf("EPSG:4314", "EPSG:25832");
-    const auto child = [&ofParent, &another] {
-        ofParent.reset();
+    const auto child = [&inherited, &another] {
+        inherited.reset();
         another = transformerOf("EPSG:4314", "EPSG:25832");
         return transformsArrays() && movesThroughTheGrid(another);
     };
     EXPECT_TRUE(Child(child).succeeds());
-    EXPECT_TRUE(movesThroughTheGrid(*ofParent));
+    EXPECT_TRUE(movesThroughTheGrid(*inherited));
 }
 
 // Returns whether `transformer` fails with a message, and leaves the point unchanged.
@@ -175,13 +175,13 @@ TEST(ForkTest, FailsInAChildWhenTheGridsOfItsParentAreGone) {
     server();
     const std::string grid = projDirectory() + "/gone.gsb";
     std::filesystem::copy_file("/usr/share/proj/BETA2007.gsb", grid);
-    PointTransformer ofParent = transformerOf("EPSG:4313", "EPSG:25832");
+    PointTransformer inherited = transformerOf("EPSG:4313", "EPSG:25832");
     std::filesystem::remove(grid);
-    const auto child = [&ofParent] { return failsWithoutItsGrid(ofParent) && failsWithoutItsGrid(ofParent); };
+    const auto child = [&inherited] { return failsWithoutItsGrid(inherited) && failsWithoutItsGrid(inherited); };
     EXPECT_TRUE(Child(child).succeeds());
     double x = GRIDDED_LONGITUDE;
     double y = GRIDDED_LATITUDE;
-    EXPECT_EQ(ofParent.transform(1, &x, &y), 0U);
+    EXPECT_EQ(inherited.transform(1, &x, &y), 0U);
 }
 
 std::string filesOfThisProcess() {

@@ -52,7 +52,7 @@ private:
     void* handle = nullptr;
 };
 
-// The name of a file as in /proc/self/maps.
+// Returns the name of a file as /proc/self/maps lists it.
 std::string realName(const char* file) {
     char name[PATH_MAX];
     if (realpath(file, name) == nullptr) fail("no such file");
@@ -119,7 +119,7 @@ void inChild(Work work) {
 
 // Requires that the fork handlers of the library are removed when it is unloaded.
 void forkAround(char** arguments) {
-    const auto useAnew = [arguments] { Module(arguments).use(); };
+    const auto loadAndUse = [arguments] { Module(arguments).use(); };
     for (int round = 0; round < 2; ++round) {
         {
             const Module module(arguments);
@@ -127,7 +127,7 @@ void forkAround(char** arguments) {
             inChild([&module] { module.use(); });
             module.use();
         }
-        inChild(useAnew);
+        inChild(loadAndUse);
         inChild([] {});
     }
 }

@@ -8,7 +8,7 @@
 
 extern "C" __attribute__((visibility("default"))) int transformAPoint(const char* projDirectory, double longitude0);
 
-// Returns 0 if the result belongs to the PROJ directory of the module, whose central meridian is `longitude0`.
+// Returns 0 if the result fits the PROJ directory, whose central meridian is `longitude0`.
 int transformAPoint(const char* projDirectory, double longitude0) {
     using namespace ProcessTest;
     try {

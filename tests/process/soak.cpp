@@ -86,15 +86,15 @@ public:
 
     void serveOne() {
         try {
-            const Crs source = anyCrs();
-            const Crs target = anyCrs();
-            PointTransformer there(*source.get(), *target.get());
+            const Crs source = randomCrs();
+            const Crs target = randomCrs();
+            PointTransformer transformer(*source.get(), *target.get());
             for (std::size_t i = 0; i < POINTS; ++i) {
-                x[i] = any(source);
-                y[i] = any(source);
+                x[i] = randomOrdinate(source);
+                y[i] = randomOrdinate(source);
             }
-            compare(*source.get(), *target.get(), there);
-            there.transformBounds(
+            compare(*source.get(), *target.get(), transformer);
+            transformer.transformBounds(
                 {std::min(x[0], x[1]), std::min(y[0], y[1]), std::max(x[0], x[1]), std::max(y[0], y[1])});
             ++boxes;
         } catch (const structured_exception&) {
@@ -103,17 +103,17 @@ public:
     }
 
 private:
-    Crs anyCrs() { return creator.createFromName("EPSG:" + codes[random() % codes.size()], true, false); }
+    Crs randomCrs() { return creator.createFromName("EPSG:" + codes[random() % codes.size()], true, false); }
 
-    double any(const Crs& crs) {
-        const double most = crs->isGeographic() ? 90 : 1e6;
-        return std::uniform_real_distribution<double>(-most, most)(random);
+    double randomOrdinate(const Crs& crs) {
+        const double limit = crs->isGeographic() ? 90 : 1e6;
+        return std::uniform_real_distribution<double>(-limit, limit)(random);
     }
 
-    void compare(const AbstractCrs& source, const AbstractCrs& target, PointTransformer& there) {
+    void compare(const AbstractCrs& source, const AbstractCrs& target, PointTransformer& transformer) {
         std::copy(x, x + POINTS, movedX);
         std::copy(y, y + POINTS, movedY);
-        there.transform(POINTS, movedX, movedY, nullptr, 1, failed);
+        transformer.transform(POINTS, movedX, movedY, nullptr, 1, failed);
         for (std::size_t i = 0; i < POINTS; i += 10) requireSame(source, target, i);
         points += POINTS + POINTS / 10;
     }
