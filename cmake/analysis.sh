@@ -57,7 +57,7 @@ check_headers() {
         -Wpedantic -Wconversion -Wshadow -Werror -I. -Iinclude -isystem /usr/include/eigen3 \
         -DCOORDTRANS_SOURCE_DIR='"."' -fsyntax-only \
         -include HEADER -x c++ /dev/null || fail "a header does not compile alone; see above"
-    # Users may compile the public headers as the next standard.
+    # Users may compile the public headers as C++20.
     find include -name '*.h' | xargs -P "$(nproc)" -I HEADER clang++ -std=c++20 -Wall -Wextra -Wpedantic -Wconversion \
         -Wshadow -Werror -Iinclude -fsyntax-only -include HEADER -x c++ /dev/null ||
         fail "a public header does not compile with clang++ as C++20; see above"

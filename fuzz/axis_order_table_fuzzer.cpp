@@ -19,7 +19,7 @@ std::string writeTable(const std::map<unsigned int, bool>& table) {
     return text;
 }
 
-// Clears the table before and after, because a process otherwise loads only one.
+// Clears the table each time, because a process otherwise loads only one.
 std::map<unsigned int, bool> load(const std::string& path) {
     axisOrderTable.clear();
     try {

@@ -11,7 +11,7 @@ using namespace QSHelpers;
 namespace {
 
 // Digits are read as an integer times a power of ten. For a smaller number with 15 digits, that power is below the
-// normal range of double and less exact.
+// normal range of double and therefore less exact.
 constexpr double SMALLEST_EXACT = 1e-293;
 
 template <typename Read>

@@ -5,7 +5,7 @@
 #include "tests/support/IntegrationServer.h"
 #include "tests/support/NameTable.h"
 
-// Every name of the table, as a request: the CRS of an accepted name, and the failure of a refused one.
+// Requests every name of the table. Checks the CRS of each accepted name and the failure of each refused one.
 namespace IntegrationTest {
 namespace {
 
@@ -107,7 +107,7 @@ TEST_F(NameTableTest, WritesAliases) {
     }
 }
 
-// The alias maps the name to a code that differs from the one in the name.
+// The configuration maps this name to another code than the one in the name.
 TEST(MappedNameTest, TakesPrecedenceOverItsSpelling) {
     const Server server;
     const Crs crs = server.request("EPSG:900913");

@@ -58,7 +58,7 @@ Move toMetres(const char* source, Point from, const char* target, Point to) {
     return {source, from, target, to, 1e-5, 1e-10};
 }
 
-// Expected: UTM zone 32 by Krueger's series on GRS 80, to the sixth power of the third flattening.
+// The expected values are from Krueger's series for UTM zone 32 on GRS 80, to the sixth power of the third flattening.
 INSTANTIATE_TEST_SUITE_P(
     Utm32, AxisOrderOfRequestsTest,
     testing::Values(toMetres("urn:ogc:def:crs:EPSG::4326", {50.5, 7.25}, "EPSG:25832", {375891.804452, 5595688.088063}),
@@ -70,8 +70,8 @@ INSTANTIATE_TEST_SUITE_P(
                              "https://www.opengis.net/def/crs/EPSG/0/25832", {500000, 5761038.212467}),
                     toMetres("EPSG:4258", {48.137, 11.575}, "25832", {691567.326386, 5334734.330360})));
 
-// Expected: on a sphere with the radius of WGS 84, the easting is the radius times the longitude, and the northing is 0
-// on the equator.
+// The expected values are those of a sphere with the radius of WGS 84. The easting is the radius times the longitude,
+// and the northing is 0 on the equator.
 INSTANTIATE_TEST_SUITE_P(PseudoMercator, AxisOrderOfRequestsTest,
                          testing::Values(toMetres("EPSG:4326", {0, 1}, "EPSG:3857", {METRES_PER_DEGREE, 0}),
                                          toMetres("CRS:84", {1, 0}, "EPSG:900913", {METRES_PER_DEGREE, 0})));

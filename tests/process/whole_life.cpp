@@ -73,7 +73,8 @@ struct AtThreadEnd {
     std::size_t moment;
 };
 
-// Constructed before the thread uses the library, so destroyed after any object that the library keeps for the thread.
+// The object is constructed before the thread uses the library, so it is destroyed after all that the library keeps for
+// the thread.
 void serveInThread(std::size_t momentOfEnd) {
     static thread_local const AtThreadEnd end(momentOfEnd);
     useTheLibrary("in a thread");

@@ -1,4 +1,4 @@
-// Uses only the public headers and the static library, in a program that refers to few of its sources.
+// Uses only the public headers and the static library, in a program that refers to few sources of the library.
 
 #include <string>
 

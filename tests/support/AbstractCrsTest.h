@@ -9,8 +9,8 @@
 
 namespace CoordinateTransformation {
 
-// The smallest concrete CRS, with every field public. It is not geographic. Its setters, which derive fields from each
-// other in other CRS, do nothing.
+// The smallest concrete CRS, with every field public. It is not geographic. The setters that derive fields in other
+// classes do nothing here.
 class BareCrs : public AbstractCrs {
 public:
     using AbstractCrs::AbstractCrs;

@@ -57,7 +57,7 @@ inline const std::string& projDirectory() {
     return name;
 }
 
-// Makes the library call PROJ: for points with and without a grid, for a point that fails, and for an unknown code.
+// Transforms points with and without a grid, and provokes failures with a bad point and an unknown code.
 inline void useTheLibrary(const CrsConfig& config) {
     moved(config, "EPSG:4326", "EPSG:25832", {52, 9});
     moved(config, "EPSG:4314", "EPSG:3857", {50, 9});

@@ -9,7 +9,7 @@
 #include "proj/classic/ClassicProj.h"
 #include "tests/support/Geodesy.h"
 
-// The classic interface on definitions as text and on points. Angles are in degrees here.
+// Calls the classic interface with definitions as text and with single points. Angles are in degrees here.
 namespace TestSupport {
 
 inline void searchOnlyIn(const std::vector<std::string>& directories) {
@@ -59,7 +59,7 @@ inline void PrintTo(const Move& row, std::ostream* stream) { *stream << row.sour
 
 inline std::string nameOfMove(const testing::TestParamInfo<Move>& info) { return info.param.name; }
 
-// Both are a micrometre on the ground.
+// In degrees and in metres, about a micrometre on the ground.
 constexpr double ANGLE_TOLERANCE = 1e-11;
 constexpr double LENGTH_TOLERANCE = 1e-6;
 

@@ -8,7 +8,7 @@ namespace crsctl {
 
 // The exit code and the output of a program.
 struct Outcome {
-    int exitCode;  // 128 plus the signal that ended it, if one did
+    int exitCode;  // 128 plus the signal number after a signal
     std::string output;
     std::string errors;
 };

@@ -5,7 +5,7 @@
 
 #include "tests/support/IntegrationServer.h"
 
-// A server with a configuration from a page.
+// Servers with the configurations of the pages.
 namespace DocsTest {
 
 using IntegrationTest::Crs;

@@ -55,7 +55,7 @@ inline FakeCode fakeCode(unsigned int code) {
     return {code, false, true};
 }
 
-// A CRS with any codes, not bound to PROJ.
+// A CRS with any codes. It is not bound to PROJ.
 class FakeCrs : public AbstractCrs {
 public:
     FakeCrs(const CrsCreator& crsCreator, const CoordTransformer& crsTransformer, unsigned int primary,

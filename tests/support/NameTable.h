@@ -16,14 +16,14 @@ public:
     NameRow(std::size_t line, const std::string& text)
         : source("tests/names.csv:" + std::to_string(line) + ": " + text) {}
 
-    // The row as it is in the file, for messages.
+    // The text of the row, for messages.
     const std::string& where() const { return source; }
     // The cell in the column `title`.
     const std::string& operator[](const std::string& title) const { return cells.at(title); }
     void set(const std::string& title, const std::string& cell) { cells[title] = cell; }
 
     bool isAccepted() const { return cells.at("result") == "accepted"; }
-    // A CRS that is named by a GML reference has the name as its alias.
+    // A CRS takes a GML reference as its alias.
     bool isReference() const { return cells.at("spelling") == "GML reference"; }
     // The answer of the server: "alias", "cache", "new", or the class that is raised.
     const std::string& answer() const { return cells.at("server").empty() ? cells.at("result") : cells.at("server"); }

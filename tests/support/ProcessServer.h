@@ -44,8 +44,8 @@ struct Point {
     double y;
 };
 
-// Transforms a point between any CRS of the PROJ directory, by any name that the library knows. The latitude of
-// geographic CRS comes first.
+// Transforms a point between two CRS of the PROJ directory, which may have any names that the library knows. Geographic
+// CRS have latitude first.
 inline Point moved(const CrsConfig& config, const std::string& source, const std::string& target, Point point) {
     const Crs from = config.getCreator().createFromName(source, true, false);
     const Crs to = config.getCreator().createFromName(target, true, false);
@@ -53,7 +53,7 @@ inline Point moved(const CrsConfig& config, const std::string& source, const std
     return point;
 }
 
-// Like moved, with an array of two points. The second point fails.
+// Like moved(), but with an array of two points, of which the second fails.
 inline Point movedInArray(const CrsConfig& config, const std::string& source, const std::string& target, Point point) {
     const Crs from = config.getCreator().createFromName(source, true, false);
     const Crs to = config.getCreator().createFromName(target, true, false);

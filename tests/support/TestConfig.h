@@ -25,7 +25,7 @@ public:
 
 // Looks in the pool first, as the real creator does, and otherwise creates a FakeCrs. Allows no CRS, because a
 // configuration does not offer a CRS before it registers it. Releases the object that createFromOgcUrn leaves behind on
-// purpose, so that every live CRS has an owner. Allocates nothing for itself.
+// purpose, so that every live CRS has an owner. Allocates no memory of its own.
 class TidyCreator : public TestSupport::FakeCreator {
 public:
     explicit TidyCreator(const CrsConfig& ownConfig, TestSupport::LiveCrs* liveCrs = nullptr)
