@@ -20,13 +20,13 @@ void requireInside(std::string_view part, std::string_view whole) {
 void scan(std::string_view line, Separator separator) {
     ColumnScanner columns(line, separator);
     std::string_view column;
-    const char* behind = line.data();
+    const char* previousEnd = line.data();
     while (columns.next(column)) {
         requireInside(column, line);
-        Fuzz::require(column.data() >= behind);
-        for (const char* c = behind; c != column.data(); ++c)
+        Fuzz::require(column.data() >= previousEnd);
+        for (const char* c = previousEnd; c != column.data(); ++c)
             Fuzz::require(*c == ' ' || *c == '\t' || *c == columns.separator());
-        behind = column.data() + column.size();
+        previousEnd = column.data() + column.size();
     }
 }
 

@@ -98,8 +98,8 @@ TEST(ThreadsTest, GetTheSameBitsAsOneThread) {
     for (const Bits& threadAnswers : answers) EXPECT_EQ(threadAnswers, expected);
 }
 
-// No code is configured, and the threads run before anything else. They bind the codes and use each new pair at the
-// same time.
+// Only two codes are configured, and the threads run before anything else. They bind the other codes and meet at the
+// first use of each pair.
 TEST(ThreadsTest, MayBeTheFirstToUseACode) {
     const Server server(
         std::istringstream("<SRSList><SRS mapToEpsgCode='25832'>UTM32</SRS>"

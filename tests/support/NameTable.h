@@ -135,7 +135,7 @@ inline const NameRow* findNameRow(const std::string& name) {
     return nullptr;
 }
 
-// Returns the rows with a cell in the column `title` that is not empty.
+// Returns the rows whose cell in the column `title` is not empty.
 inline std::vector<NameRow> nameRowsWith(const std::string& title) {
     std::vector<NameRow> rows;
     for (const NameRow& row : nameTable())
