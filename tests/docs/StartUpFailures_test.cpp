@@ -1,14 +1,14 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "tests/support/FailureTable.h"
 #include "tests/support/TemporaryDirectory.h"
 
-// What stops `init` before the PROJ directory is settled, as docs/failures.md describes it. Nothing in this program
-// settles one.
+// Provokes what stops `init` before the PROJ directory is settled. Nothing in this program settles one.
 namespace DocsTest {
 namespace {
 
@@ -49,11 +49,11 @@ protected:
         init(broken);
     }
 
-    // The table, with the directory in place of "DIR".
-    Table table() const {
-        Table found = tablesOf(readPage("failures.md"), "failure").at(2);
-        for (Row& row : found.rows) {
-            std::string& text = row.at("text");
+    // The failures, with the directory in place of "DIR".
+    std::vector<Failure> failures() const {
+        std::vector<Failure> found = failuresOf("directory");
+        for (Failure& failure : found) {
+            std::string& text = failure.raised.text;
             const std::size_t at = text.find("DIR");
             if (at != std::string::npos) text.replace(at, 3, directory.name());
         }
@@ -63,9 +63,9 @@ protected:
     const TestSupport::TemporaryDirectory directory;
 };
 
-TEST_F(StartUpFailuresTest, AreAsThePageSays) {
-    expectTable(
-        table(),
+TEST_F(StartUpFailuresTest, AreThoseOfTheTable) {
+    expectFailures(
+        failures(),
         {
             {"no directory", [this] { init(directory.file("none")); }},
             {"no epsg file", [this] { init(directory.makeDirectory("empty")); }},
@@ -78,8 +78,8 @@ TEST_F(StartUpFailuresTest, AreAsThePageSays) {
             {"epsg file that breaks off", [this] { initWithUnreadable("epsg"); }},
             {"axis-order file that breaks off", [this] { initWithUnreadable("epsg-axisorder.csv"); }},
             {"axis-order line without two fields", [this] { initWithAxisOrders("4326\n"); }},
-            {"axis order that is none", [this] { initWithAxisOrders("4326;EN\n"); }},
-            {"axis order for a code that is none", [this] { initWithAxisOrders("EPSG:4326;en\n"); }},
+            {"unknown axis order", [this] { initWithAxisOrders("4326;EN\n"); }},
+            {"axis order of a malformed code", [this] { initWithAxisOrders("EPSG:4326;en\n"); }},
             {"directory in place of a description file",
              [this] {
                  const std::string odd = directory.makeDirectory("odd");
@@ -90,7 +90,7 @@ TEST_F(StartUpFailuresTest, AreAsThePageSays) {
              }},
             {"description file that breaks off", [this] { initWithUnreadable("epsg-info.csv"); }},
             {"description file with other columns", [this] { initWithDescriptions("code,name\n"); }},
-            {"description that is cut off", [this] { initWithDescriptions(DESCRIPTION_COLUMNS + "4326,WGS 84\n"); }},
+            {"truncated description", [this] { initWithDescriptions(DESCRIPTION_COLUMNS + "4326,WGS 84\n"); }},
             {"description with a bad cell",
              [this] {
                  initWithDescriptions(DESCRIPTION_COLUMNS + "4326,WGS 84,geographic,World,-180,-90,180,95,,,,,,,,\n");

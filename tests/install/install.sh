@@ -24,7 +24,7 @@ for file in epsg epsg-axisorder.csv epsg-info.csv; do
     [ -s "$prefix/share/CoordinateTransformation/proj/$file" ] || fail "no $file"
 done
 documents=$prefix/share/doc/CoordinateTransformation
-for file in README.md CHANGELOG.md CONTRIBUTING.md data/README.md docs/README.md docs/names-in.md; do
+for file in README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md data/README.md docs/names.md; do
     cmp -s "$source_dir/$file" "$documents/$file" || fail "$file is not what is installed under its name"
 done
 check_links "$documents"

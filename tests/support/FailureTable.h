@@ -3,19 +3,38 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 #include <boost/property_tree/xml_parser.hpp>
 #include <gtest/gtest.h>
 
 #include "tests/support/DocsServer.h"
-#include "tests/support/Page.h"
+#include "tests/support/NameTable.h"
 
-// Compares the tables of docs/failures.md with the exceptions that the library raises.
+// Compares the rows of tests/docs/failures.csv, which docs/failures.md shows, with what is raised.
 namespace DocsTest {
+
+struct Failure {
+    std::string name;
+    Raised raised;
+};
 
 using Provocations = std::map<std::string, std::function<void()>>;
 
-// Like raisedBy, but also catches the failure of the XML reader.
+// The rows of `stage`: "request", "start" or "directory".
+inline std::vector<Failure> failuresOf(const std::string& stage) {
+    enum { STAGE, NAME, CLASS, CODE, TEXT };
+    std::istringstream file = IntegrationTest::readSourceFile("tests/docs/failures.csv");
+    std::vector<Failure> failures;
+    for (std::string line; std::getline(file, line);) {
+        const std::vector<std::string> cells = TestSupport::NameRowReader(line).readCells();
+        if (cells[STAGE] == stage)
+            failures.push_back({cells.at(NAME), {cells.at(CLASS), cells.at(TEXT), cells.at(CODE)}});
+    }
+    return failures;
+}
+
+// As raisedBy, and the XML reader's own failure.
 inline Raised failureOf(const std::function<void()>& action) {
     try {
         return raisedBy(action);
@@ -24,17 +43,15 @@ inline Raised failureOf(const std::function<void()>& action) {
     }
 }
 
-// Requires one provocation for each row, and one row for each provocation.
-inline void expectTable(const Table& table, const Provocations& provocations) {
-    EXPECT_EQ(table.rows.size(), provocations.size());
-    for (const Row& row : table.rows) {
-        const auto provocation = provocations.find(row.at("failure"));
-        if (provocation == provocations.end()) {
-            ADD_FAILURE() << "nothing provokes " << row.at("failure");
-            continue;
-        }
-        const Raised expected{row.at("class"), row.at("text"), row.at("code") == "none" ? "" : row.at("code")};
-        EXPECT_EQ(failureOf(provocation->second), expected) << row.at("failure");
+// Every failure has its provocation and every provocation its failure.
+inline void expectFailures(const std::vector<Failure>& failures, const Provocations& provocations) {
+    EXPECT_EQ(failures.size(), provocations.size());
+    for (const Failure& failure : failures) {
+        const auto provocation = provocations.find(failure.name);
+        if (provocation == provocations.end())
+            ADD_FAILURE() << "no test provokes " << failure.name;
+        else
+            EXPECT_EQ(failureOf(provocation->second), failure.raised) << failure.name;
     }
 }
 

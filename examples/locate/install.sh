@@ -1,0 +1,3 @@
+cmake --preset release
+cmake --build --preset release
+cmake --install build/release --prefix "$HOME/coordtrans"
