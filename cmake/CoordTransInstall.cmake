@@ -63,7 +63,10 @@ install(
   COMPONENT development)
 
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation FILES_MATCHING PATTERN "*.md")
-install(FILES README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+install(
+  FILES README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}
+  COMPONENT documentation)
 install(FILES data/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/data COMPONENT documentation)
 
 # Packages are made of the whole; a project that embeds the library makes its own.
