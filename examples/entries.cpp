@@ -15,8 +15,8 @@ int main(int argc, char** argv) {
     config->addCrsConfigData(CrsConfigData("27700*5701"));
     config->addCrsConfigData(CrsConfigData("UTM32", "25832"));
     if (!config->addCrsConfigData(CrsConfigData("UTM32", "25832"))) std::puts("UTM32 is there already");
-    std::printf("before init: %d\n", config->isCrsConfigured(4326));
+    std::printf("before init: %s\n", config->isCrsConfigured(4326) ? "configured" : "not configured");
     config->init();
-    std::printf("after init: %d\n", config->isCrsConfigured(4326));
+    std::printf("after init: %s\n", config->isCrsConfigured(4326) ? "configured" : "not configured");
     for (const std::string& name : config->getConfiguredCrsIdentifiers()) std::printf("%s\n", name.c_str());
 }
