@@ -1,4 +1,4 @@
-// Which axis comes first under which name, and how a program puts the longitude first.
+// Prints which axis comes first under each name, and puts the longitude first for one request.
 
 #include <cstdio>
 #include <memory>
@@ -45,7 +45,7 @@ void printBothOrders(const CrsCreator& creator) {
 
 int main(int argc, char** argv) {
     const std::unique_ptr<CrsConfig> config(CrsConfig::createDefaultConfigOrFromEnvVar());
-    if (argc > 1) config->setConfigProperty("Proj4ConfigDir", argv[1]);  // else the environment names it
+    if (argc > 1) config->setConfigProperty("Proj4ConfigDir", argv[1]);  // or QUARVELSRV_PROJ4_CONF_DIR
     std::istringstream fragment(FRAGMENT);
     config->configure(fragment);
     config->init();

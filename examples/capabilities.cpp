@@ -1,5 +1,4 @@
-// The list of CRS in a capabilities document: each configured CRS with its title and area of use, as far as the PROJ
-// directory describes it.
+// Lists the configured CRS for a capabilities document, each with the title and area of use from the PROJ directory.
 
 #include <cstdio>
 #include <memory>
@@ -26,7 +25,7 @@ void printTitle(const AbstractCrs& crs) {
 
 int main(int argc, char** argv) {
     const std::unique_ptr<CrsConfig> config(CrsConfig::createDefaultConfigOrFromEnvVar());
-    if (argc > 1) config->setConfigProperty("Proj4ConfigDir", argv[1]);  // else the environment names it
+    if (argc > 1) config->setConfigProperty("Proj4ConfigDir", argv[1]);  // or QUARVELSRV_PROJ4_CONF_DIR
     for (const char* name : {"EPSG:4326", "EPSG:25832", "EPSG:27700*EPSG:5701"})
         config->addCrsConfigData(CrsConfigData(name));
     config->init();

@@ -1,5 +1,5 @@
-// A compound CRS: British National Grid with heights above Ordnance Datum Newlyn. What its names mean, a point with a
-// height, and the forms in which a response writes it.
+// Reads the names of a compound CRS (British National Grid with heights above Ordnance Datum Newlyn), transforms a
+// point with a height, and writes the CRS in every form.
 
 #include <cstdio>
 #include <memory>
@@ -21,7 +21,7 @@ void printPoint(const AbstractCrs& crs, double x, double y, double z) {
     std::printf("%.*f %.*f %.3f in %s\n", places, x, places, y, z, crs.getAliasOrIdentifier(false).c_str());
 }
 
-// The height comes out above the ellipsoid of the target's datum; the vertical CRS plays no part.
+// The vertical CRS is ignored: the result has a height above the ellipsoid of the target's datum.
 void printThereAndBack(const AbstractCrs& source, const AbstractCrs& target, double x, double y, double z) {
     printPoint(source, x, y, z);
     source.transformTo(&target, x, y, z);
@@ -42,7 +42,7 @@ void printNames(const AbstractCrs& crs) {
 
 int main(int argc, char** argv) {
     const std::unique_ptr<CrsConfig> config(CrsConfig::createDefaultConfigOrFromEnvVar());
-    if (argc > 1) config->setConfigProperty("Proj4ConfigDir", argv[1]);  // else the environment names it
+    if (argc > 1) config->setConfigProperty("Proj4ConfigDir", argv[1]);  // or QUARVELSRV_PROJ4_CONF_DIR
     for (const char* name : {"EPSG:4979", "EPSG:27700", "EPSG:27700*EPSG:5701"})
         config->addCrsConfigData(CrsConfigData(name));
     config->init();

@@ -1,5 +1,5 @@
-// What a web feature server does with the library: starts it, names CRS in and out, transforms coordinates and
-// reports failures. On the public headers alone. Exits non-zero when a control point misses its tolerance.
+// Does what a web feature server does with the library: initialises it, reads and writes names of CRS, transforms
+// coordinates and reports failures. The exit code is 1 when a control point misses its tolerance.
 
 #include <chrono>
 #include <cmath>
@@ -118,7 +118,7 @@ std::vector<ControlPoint> readControlPoints(const std::string& path) {
     return points;
 }
 
-// Transforms (east, north) of the source into (east, north) of the target, whatever their axis orders.
+// Transforms (east, north) of the source into (east, north) of the target for any axis orders of the two.
 void transformEastNorth(const AbstractCrs& source, const AbstractCrs& target, double& east, double& north) {
     if (!source.isAxisOrderEastNorthOrLonLat()) std::swap(east, north);
     source.transformTo(&target, east, north);
@@ -179,8 +179,9 @@ void printFailures(const CrsCreator& creator) {
     printHeading("5. Failures: service exception code and text");
     printFailure("unknown spelling", [&] { creator.createFromName("epsg:25832", true, true); });
     printFailure("known, but not offered", [&] { creator.createFromName("EPSG:3395", true, true); });
-    printFailure("code that is no number", [&] { creator.createFromName("urn:ogc:def:crs:EPSG::25x32", true, true); });
-    printFailure("code that nobody defines", [&] { creator.createFromName("EPSG:99999", true, true); });
+    printFailure("code that is not a number",
+                 [&] { creator.createFromName("urn:ogc:def:crs:EPSG::25x32", true, true); });
+    printFailure("undefined code", [&] { creator.createFromName("EPSG:99999", true, true); });
     printFailure("point outside the projection", [&] {
         double latitude = 95;
         double longitude = 9;
@@ -190,7 +191,7 @@ void printFailures(const CrsCreator& creator) {
     });
 }
 
-// The codes that an "epsg" file defines; without 0, which no request names.
+// The codes that an "epsg" file defines, except 0.
 std::vector<std::string> readCodes(const std::string& path) {
     std::istringstream lines(readFile(path));
     std::vector<std::string> codes;
@@ -208,7 +209,7 @@ double startWithAll(const std::string& projDirectory, const std::vector<std::str
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-// A directory is settled for the whole process: this one in a process of its own.
+// Runs in a process of its own, because a process has one PROJ directory.
 int showProjDirectory(const std::string& projDirectory, const std::string& summaryFile) {
     printHeading("6. A PROJ directory of the whole registry, made by crs-projdir");
     std::istringstream lines(readFile(summaryFile));

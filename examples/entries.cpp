@@ -1,4 +1,4 @@
-// Entries that a program adds itself, without XML.
+// Adds entries to a configuration without XML.
 
 #include <cstdio>
 #include <memory>
@@ -10,7 +10,7 @@ using namespace CoordinateTransformation;
 
 int main(int argc, char** argv) {
     const std::unique_ptr<CrsConfig> config(CrsConfig::createDefaultConfigOrFromEnvVar());
-    if (argc > 1) config->setConfigProperty("Proj4ConfigDir", argv[1]);  // else the environment names it
+    if (argc > 1) config->setConfigProperty("Proj4ConfigDir", argv[1]);  // or QUARVELSRV_PROJ4_CONF_DIR
     config->addCrsConfigData(CrsConfigData("urn:ogc:def:crs:EPSG::4326"));
     config->addCrsConfigData(CrsConfigData("27700*5701"));
     config->addCrsConfigData(CrsConfigData("UTM32", "25832"));

@@ -1,5 +1,5 @@
-// A request for features: its box is transformed into the CRS in which they are stored, and the points of those found
-// into the CRS that it names. No request waits for another.
+// Answers requests for features. The box of a request is transformed to the CRS of the stored features, and the points
+// of the features found are transformed to the CRS of the request. No request waits for another.
 
 #include <cstddef>
 #include <cstdio>
@@ -13,7 +13,7 @@ using namespace CoordinateTransformation;
 
 namespace {
 
-// Its points one after the other: easting and northing, and a height where there are three dimensions.
+// `ordinates` holds easting, northing and, with three dimensions, height of each point.
 struct Feature {
     const char* id;
     std::size_t dimensions;
@@ -69,7 +69,7 @@ void answer(const CrsCreator& creator, const char* srsName, const Bounds& reques
 
 int main(int argc, char** argv) {
     const std::unique_ptr<CrsConfig> config(CrsConfig::createDefaultConfigOrFromEnvVar());
-    if (argc > 1) config->setConfigProperty("Proj4ConfigDir", argv[1]);  // else the environment names it
+    if (argc > 1) config->setConfigProperty("Proj4ConfigDir", argv[1]);  // or QUARVELSRV_PROJ4_CONF_DIR
     for (const char* code : {"4326", "25832", "31467"}) config->addCrsConfigData(CrsConfigData(code));
     config->init();
     answer(config->getCreator(), "EPSG:25832", {499000, 5538000, 500050, 5539000});

@@ -1,5 +1,5 @@
-// A creator of one's own: it behaves as the library's, and besides remembers the CRS that requests name in spellings
-// which the configuration does not hold, so that the second request for one borrows a shared object.
+// Extends the library's creator by a cache: the second request for a name that is not configured borrows the CRS that
+// was made for the first.
 
 #include <cstdio>
 #include <map>
@@ -14,7 +14,7 @@ using namespace CoordinateTransformation;
 
 namespace {
 
-// Safe to use from many threads. Owns what it remembers until it is destroyed, after the last handle.
+// Safe to use from many threads. Owns the remembered CRS, so it must outlive every handle.
 class RememberingCreator : public Proj4CrsCreator {
 public:
     using Proj4CrsCreator::Proj4CrsCreator;
@@ -24,7 +24,7 @@ public:
         return Proj4CrsCreator::getFromNameCache(name, throwIfMissing);
     }
 
-    // A name that a pool holds is no longer checked: only what the server offers may be remembered.
+    // A remembered name is not checked again, so only CRS that the server offers are remembered.
     Crs createFromName(const std::string& name, bool throwOnFailure, bool checkAllowed) const override {
         Crs crs = Proj4CrsCreator::createFromName(name, throwOnFailure, checkAllowed);
         if (checkAllowed && crs.get() != nullptr && !crs.isHoldingConst()) remember(name, *crs.get());
@@ -37,7 +37,7 @@ public:
     }
 
 private:
-    // Clients choose the names, so their number needs a bound.
+    // Clients choose the names, so the cache needs a bound.
     static constexpr std::size_t MOST_NAMES = 1000;
 
     const AbstractCrs* findRemembered(const std::string& name) const {
@@ -61,8 +61,8 @@ private:
 int main(int argc, char** argv) {
     CrsConfig config;
     auto* const creator = new RememberingCreator(config);
-    config.injectCreator(creator);                                      // the configuration owns it now
-    if (argc > 1) config.setConfigProperty("Proj4ConfigDir", argv[1]);  // else the environment names it
+    config.injectCreator(creator);                                      // the configuration owns it
+    if (argc > 1) config.setConfigProperty("Proj4ConfigDir", argv[1]);  // or QUARVELSRV_PROJ4_CONF_DIR
     config.addCrsConfigData(CrsConfigData("EPSG:25832"));
     config.init();
     for (const char* name : {"EPSG:25832", "http://www.opengis.net/def/crs/EPSG/0/25832",

@@ -1,5 +1,5 @@
-// What a server answers to a name that it cannot use. Every failure of createFromName is the client's, whatever its
-// class, so one place catches them all.
+// Answers names that the server cannot use. Every failure of createFromName is the client's fault, so one function
+// handles them all.
 
 #include <cstdio>
 #include <exception>
@@ -30,7 +30,7 @@ std::string refusal(const CrsCreator& creator, const std::string& name) {
 
 int main(int argc, char** argv) {
     const std::unique_ptr<CrsConfig> config(CrsConfig::createDefaultConfigOrFromEnvVar());
-    if (argc > 1) config->setConfigProperty("Proj4ConfigDir", argv[1]);  // else the environment names it
+    if (argc > 1) config->setConfigProperty("Proj4ConfigDir", argv[1]);  // or QUARVELSRV_PROJ4_CONF_DIR
     config->addCrsConfigData(CrsConfigData("EPSG:4326"));
     config->init();
     const CrsCreator& creator = config->getCreator();

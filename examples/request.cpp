@@ -1,5 +1,5 @@
-// A request from the name of its CRS to the coordinates and the CRS name of the response. The point is stored in UTM;
-// each request asks for it under a name of its own.
+// Answers requests for a point that is stored in UTM. Each request names a CRS in another spelling; the response has
+// the coordinates and the name of that CRS.
 
 #include <cstdio>
 #include <memory>
@@ -22,7 +22,7 @@ constexpr char FRAGMENT[] = R"(
       <CRS numberOfDecimalPlaces="1" mapToEpsgCode="31467">GK3</CRS>
     </CrsConfiguration>)";
 
-// The places that the entry of the CRS configures, else those of the CRS's unit.
+// The decimal places of the configured entry, or else those of the unit.
 int decimalPlaces(const CrsConfig& config, const AbstractCrs& crs) {
     const CrsConfigData* const entry = config.getEntryFor(crs);
     if (entry != nullptr && entry->getNumberOfDecimalPlaces()) return *entry->getNumberOfDecimalPlaces();
@@ -30,7 +30,7 @@ int decimalPlaces(const CrsConfig& config, const AbstractCrs& crs) {
                               : CrsConfigData::DEFAULT_NUMBER_OF_PLACES_METER;
 }
 
-// The response names the CRS the way the request did: alias, URN, URL or identifier.
+// Writes the CRS in the spelling of the request: alias, URN, URL or identifier.
 std::string responseName(const std::string& requested, const AbstractCrs& crs) {
     constexpr int URL_STYLE = 2;
     const bool isUrl = requested.compare(0, 5, "http:") == 0;
@@ -60,7 +60,7 @@ void answer(const CrsConfig& config, const char* name) {
 
 int main(int argc, char** argv) {
     const std::unique_ptr<CrsConfig> config(CrsConfig::createDefaultConfigOrFromEnvVar());
-    if (argc > 1) config->setConfigProperty("Proj4ConfigDir", argv[1]);  // else the environment names it
+    if (argc > 1) config->setConfigProperty("Proj4ConfigDir", argv[1]);  // or QUARVELSRV_PROJ4_CONF_DIR
     std::istringstream fragment(FRAGMENT);
     config->configure(fragment);
     config->init();

@@ -1,5 +1,5 @@
-// How a server starts the library: it reads an XML fragment, names the PROJ directory, initialises, and reports what
-// fails. The PROJ directory is the argument, else the environment variable QUARVELSRV_PROJ4_CONF_DIR.
+// Initialises the library as a server does, from an XML fragment and a PROJ directory, and reports failures. The PROJ
+// directory is the argument or the value of QUARVELSRV_PROJ4_CONF_DIR.
 
 #include <cstdio>
 #include <memory>
@@ -25,7 +25,7 @@ constexpr char FRAGMENT[] = R"(
 
 using Configuration = std::unique_ptr<CrsConfig>;
 
-// Without a directory the library takes the one of the environment.
+// If `projDirectory` is empty, the library uses the environment variable.
 Configuration startLibrary(const std::string& fragment, const std::string& projDirectory) {
     Configuration config(CrsConfig::createDefaultConfigOrFromEnvVar());
     if (!projDirectory.empty()) config->setConfigProperty("Proj4ConfigDir", projDirectory);
@@ -35,7 +35,7 @@ Configuration startLibrary(const std::string& fragment, const std::string& projD
     return config;
 }
 
-// A null pointer after a failure, which has been reported. An error of the XML reader is neither of the two families.
+// Returns null after reporting a failure. The XML reader's error belongs to neither family of exceptions.
 Configuration tryToStart(const char* occasion, const std::string& fragment, const std::string& projDirectory) {
     try {
         return startLibrary(fragment, projDirectory);

@@ -1,5 +1,5 @@
-// Many threads on one configuration: one thread starts the library, then all of them name CRS and transform points
-// without any lock of their own. The results are those of a single thread, bit for bit.
+// Uses one configuration from many threads: one thread initialises it, then all create CRS and transform points without
+// locks of their own. The results are those of a single thread, bit for bit.
 
 #include <algorithm>
 #include <cstdio>
@@ -19,8 +19,8 @@ constexpr int POINTS = 500;
 
 using Results = std::vector<double>;
 
-// Handles belong to the thread; the configured CRS behind them are shared. Changing one through a handle makes a
-// private copy, so that the other threads go on with latitude first.
+// The handles belong to this thread; the configured CRS behind them are shared. A change through a handle makes a
+// private copy, so the other threads keep the latitude first.
 Results serveRequests(const CrsCreator& creator) {
     Results results;
     for (int i = 0; i < POINTS; ++i) {
@@ -38,10 +38,10 @@ Results serveRequests(const CrsCreator& creator) {
 
 int main(int argc, char** argv) {
     const std::unique_ptr<CrsConfig> config(CrsConfig::createDefaultConfigOrFromEnvVar());
-    if (argc > 1) config->setConfigProperty("Proj4ConfigDir", argv[1]);  // else the environment names it
+    if (argc > 1) config->setConfigProperty("Proj4ConfigDir", argv[1]);  // or QUARVELSRV_PROJ4_CONF_DIR
     config->addCrsConfigData(CrsConfigData("EPSG:4326"));
     config->addCrsConfigData(CrsConfigData("UTM32", "25832"));
-    config->init();  // ends before the first request
+    config->init();  // must return before the first request
 
     const CrsCreator& creator = config->getCreator();
     const Results expected = serveRequests(creator);
@@ -50,7 +50,7 @@ int main(int argc, char** argv) {
     for (int i = 0; i < THREADS; ++i)
         threads.push_back(std::async(std::launch::async, [&creator] { return serveRequests(creator); }));
 
-    // Joins the thread, and raises here what failed there.
+    // Joins the thread, and raises its exception if it failed.
     const auto agrees = [&expected](std::future<Results>& thread) { return thread.get() == expected; };
     const auto agreeing = std::count_if(threads.begin(), threads.end(), agrees);
     std::printf("%d threads, %d points each: %d give the same results\n", THREADS, POINTS, static_cast<int>(agreeing));

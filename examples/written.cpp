@@ -1,4 +1,4 @@
-// Every form in which a response may write a CRS.
+// Writes CRS in every form that a response may use.
 
 #include <cstdio>
 #include <memory>
@@ -29,7 +29,7 @@ void printForms(const CrsCreator& creator, const char* name) {
     print("text form", crs->getAsText());
 }
 
-// The text form alone keeps axis order and scale factors.
+// Only the text form keeps axis order and scale factors.
 void printRoundTrip(const CrsCreator& creator) {
     Crs crs = creator.createFromName("EPSG:4326", true, true);
     crs.forceWmsAxisOrder();
@@ -42,7 +42,7 @@ void printRoundTrip(const CrsCreator& creator) {
 
 int main(int argc, char** argv) {
     const std::unique_ptr<CrsConfig> config(CrsConfig::createDefaultConfigOrFromEnvVar());
-    if (argc > 1) config->setConfigProperty("Proj4ConfigDir", argv[1]);  // else the environment names it
+    if (argc > 1) config->setConfigProperty("Proj4ConfigDir", argv[1]);  // or QUARVELSRV_PROJ4_CONF_DIR
     config->addCrsConfigData(CrsConfigData("EPSG:4326"));
     config->addCrsConfigData(CrsConfigData("UTM32", "25832"));
     config->addCrsConfigData(CrsConfigData("EPSG:27700*EPSG:5701"));

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# user_presets.sh WORK: what the pages say to type needs no package of a developer, prints no warning of CMake and turns no
+# user_presets.sh WORK: what the pages show to type needs no package of a developer, prints no warning of CMake and turns no
 # warning of a compiler into an error.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
@@ -10,7 +10,7 @@ for package in GTest benchmark; do absent+=("-DCMAKE_DISABLE_FIND_PACKAGE_$packa
 rm -rf "$work"
 mkdir -p "$work"
 cd "$source_dir"
-commands=$(grep -ho 'cmake --preset [^&]*' README.md docs/*.md | sort -u)
+commands=$(grep -ho 'cmake --preset [^&]*' examples/locate/*.sh | sort -u)
 [ -n "$commands" ] || fail "no page has a command"
 while read -r command; do
     read -ra arguments <<<"$command"

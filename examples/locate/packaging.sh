@@ -1,0 +1,1 @@
+cmake --preset release -DCMAKE_INSTALL_PREFIX=/usr && cmake --build build/release && (cd build/release && cpack)
