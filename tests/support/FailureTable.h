@@ -2,17 +2,24 @@
 
 #include <functional>
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include <boost/property_tree/xml_parser.hpp>
 #include <gtest/gtest.h>
 
-#include "tests/support/DocsServer.h"
+#include "tests/support/IntegrationServer.h"
 #include "tests/support/NameTable.h"
 
-// Compares the rows of tests/docs/failures.csv, which docs/failures.md shows, with what is raised.
+// Compares the rows of tests/docs/failures.csv, which docs/failures.md shows, with the exceptions that the library raises.
 namespace DocsTest {
+
+using IntegrationTest::Raised;
+using IntegrationTest::raisedBy;
+using IntegrationTest::Server;
+
+inline Server givenServer(const std::string& fragment) { return Server(std::istringstream(fragment)); }
 
 struct Failure {
     std::string name;
@@ -34,7 +41,7 @@ inline std::vector<Failure> failuresOf(const std::string& stage) {
     return failures;
 }
 
-// As raisedBy, and the XML reader's own failure.
+// Like raisedBy, but also catches the failure of the XML reader.
 inline Raised failureOf(const std::function<void()>& action) {
     try {
         return raisedBy(action);
@@ -43,7 +50,7 @@ inline Raised failureOf(const std::function<void()>& action) {
     }
 }
 
-// Every failure has its provocation and every provocation its failure.
+// Requires one provocation for each failure, and one failure for each provocation.
 inline void expectFailures(const std::vector<Failure>& failures, const Provocations& provocations) {
     EXPECT_EQ(failures.size(), provocations.size());
     for (const Failure& failure : failures) {

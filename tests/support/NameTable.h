@@ -128,13 +128,6 @@ inline const std::vector<NameRow>& nameTable() {
     return table;
 }
 
-// Returns null if the table does not have the name.
-inline const NameRow* findNameRow(const std::string& name) {
-    for (const NameRow& row : nameTable())
-        if (row["name"] == name) return &row;
-    return nullptr;
-}
-
 // Returns the rows whose cell in the column `title` is not empty.
 inline std::vector<NameRow> nameRowsWith(const std::string& title) {
     std::vector<NameRow> rows;
