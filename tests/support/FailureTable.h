@@ -12,7 +12,8 @@
 #include "tests/support/IntegrationServer.h"
 #include "tests/support/NameTable.h"
 
-// Compares the rows of tests/docs/failures.csv, which docs/failures.md shows, with the exceptions that the library raises.
+// Compares the rows of tests/docs/failures.csv, which docs/failures.md shows, with the exceptions that the library
+// raises.
 namespace DocsTest {
 
 using IntegrationTest::Raised;
