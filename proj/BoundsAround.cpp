@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "CoordinateTransformation/BBoxOutOfBounds.h"
-#include "proj/LongitudesAround.h"
 #include "proj/PointMover.h"
 #include "text/NumericText.h"
 
@@ -135,6 +134,32 @@ Bounds geographicBounds(const Bounds& bounds, const Box& box, unsigned int point
 }
 
 }  // namespace
+
+LongitudesAround::LongitudesAround(double degree)
+    : halfTurn(180 * degree), fullTurn(360 * degree), leap(200 * degree) {}
+
+void LongitudesAround::add(double longitude) {
+    if (unrolled.isEmpty())
+        first = longitude;
+    else
+        countTurns(longitude - last);
+    last = longitude;
+    if (longitude + turns < unrolled.least) western = longitude;
+    if (longitude + turns > unrolled.greatest) eastern = longitude;
+    unrolled.add(longitude + turns);
+}
+
+Range LongitudesAround::close() {
+    if (unrolled.isEmpty()) return unrolled;
+    countTurns(first - last);
+    const bool goesAllAround = turns != 0 || unrolled.greatest - unrolled.least >= fullTurn;
+    return goesAllAround ? Range{-halfTurn, halfTurn} : Range{western, eastern};
+}
+
+void LongitudesAround::countTurns(double step) {
+    if (step > leap) turns -= fullTurn;
+    if (step < -leap) turns += fullTurn;
+}
 
 Bounds boundsAround(const Bounds& bounds, unsigned int pointsPerEdge, PointMover& mover) {
     const Box box(bounds, mover);
