@@ -7,8 +7,8 @@
 
 namespace CoordinateTransformation {
 
-/// A bounding box leaves its bounds. Raised by PointTransformer::transformBounds, and offered to callers. Service
-/// exception code "qvUnexpectedException".
+/// A bounding box lies outside the area that can be transformed. PointTransformer::transformBounds throws it; callers
+/// may throw it too. Service exception code "qvUnexpectedException".
 class COORDTRANS_EXPORT BBoxOutOfBounds : public TransformationException {
 public:
     /// \param text the message.

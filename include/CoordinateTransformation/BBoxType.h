@@ -4,16 +4,15 @@
 
 namespace CoordinateTransformation {
 
-/// A bounding box as the server sees it. Offered to the server to implement; the library neither derives from
-/// it nor calls it.
+/// A bounding box as the server sees it. The server may implement it; the library neither derives from it nor calls it.
 ///
-/// Threads and ownership are the implementation's. No state; a copy copies nothing.
+/// Threads and ownership are up to the implementation. Has no state; a copy copies nothing.
 class COORDTRANS_EXPORT BBoxType {
 public:
     virtual ~BBoxType();
-    /// Makes the box hold the point.
+    /// Extends the box to contain the point.
     virtual void extend(double x, double y) = 0;
-    /// Whether the box holds no point.
+    /// Whether the box contains no point.
     virtual bool isEmpty() const = 0;
 };
 

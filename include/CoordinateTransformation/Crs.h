@@ -13,13 +13,13 @@ class CrsConfig;
 /// Selects the constructor of an empty Crs handle.
 struct NullConstruction {};
 
-/// A handle to a CRS that it either owns or borrows; a borrowed CRS belongs to a cache and is never changed
-/// or deleted through the handle: the first modification makes a private copy (copy-on-write).
+/// A handle to a CRS that it either owns or borrows. A borrowed CRS belongs to a cache and is never changed or deleted
+/// through the handle: the first modification makes a private copy (copy-on-write).
 ///
-/// Threads: a handle is used by one thread at a time; the borrowed CRS behind it may be shared by many.
+/// Threads: one thread at a time uses a handle. Many may share the borrowed CRS behind it.
 ///
-/// An owned CRS belongs to exactly one handle; a borrowed one outlives it. Copying a handle that borrows
-/// copies no CRS, copying one that owns copies the CRS.
+/// An owned CRS belongs to exactly one handle; a borrowed one outlives its handles. The copy of a handle borrows the
+/// same CRS, or owns a copy of the CRS that the first one owns.
 class COORDTRANS_EXPORT Crs {
     // A pointer to a CRS or nullptr; no class, such as a handle, that merely converts to one.
     template <typename Pointer>
@@ -33,39 +33,39 @@ public:
     Crs(AbstractCrs* owned);
     /// Borrows `borrowed`; an empty handle when it is null.
     Crs(const AbstractCrs* borrowed);
-    /// Borrows what `other` borrows, owns a copy of what it owns.
+    /// Borrows the CRS that `other` borrows, or owns a copy of the CRS that `other` owns.
     Crs(const Crs& other);
     /// Leaves `other` empty.
     Crs(Crs&& other) noexcept;
     virtual ~Crs();
 
-    /// Releases what was owned, then as the copy constructor.
+    /// Releases the CRS that it owns, then acts as the copy constructor.
     Crs& operator=(const Crs& other);
-    /// Releases what was owned and leaves `other` empty.
+    /// Releases the CRS that it owns, and leaves `other` empty.
     Crs& operator=(Crs&& other) noexcept;
-    /// Releases what was owned and borrows `borrowed`; null empties the handle. REQUIRES: `borrowed` is not
-    /// the CRS that the handle owns.
+    /// Releases the CRS that it owns and borrows `borrowed`; null empties the handle. REQUIRES: the handle does not own
+    /// `borrowed`.
     Crs& operator=(const AbstractCrs* borrowed);
-    /// Releases what was owned and takes ownership of `owned`. Nothing happens when `owned` is the CRS held
-    /// already, even if it is borrowed.
+    /// Releases the CRS that it owns and takes ownership of `owned`. Does nothing when the handle already holds
+    /// `owned`, even if it is borrowed.
     void operator=(AbstractCrs* owned);
 
-    /// The CRS held, or null; never copies.
+    /// The CRS, or null for an empty handle. Never copies.
     const AbstractCrs* get() const { return crs; }
-    /// The CRS held. REQUIRES: the handle is not empty.
+    /// The CRS. Never copies. REQUIRES: the handle is not empty.
     const AbstractCrs* operator->() const { return crs; }
-    /// As get().
+    /// Same as get().
     operator const AbstractCrs*() { return crs; }
-    /// As get().
+    /// Same as get().
     operator const AbstractCrs*() const { return crs; }
-    /// The CRS for modification, copied first when borrowed; null for an empty handle.
+    /// The CRS for modification; null for an empty handle. A borrowed CRS is copied first.
     AbstractCrs* mod();
-    /// As mod(): copies a borrowed CRS.
+    /// Same as mod(): copies a borrowed CRS.
     operator AbstractCrs*() { return mod(); }
-    /// Whether the handle holds a CRS. Not const on purpose: were it const, `if (handle)` on a modifiable
-    /// handle would choose the conversion that copies.
+    /// Whether the handle holds a CRS. Deliberately not const: if it were, `if (handle)` on a modifiable handle would
+    /// choose the conversion that copies.
     operator bool() { return crs != nullptr; }
-    /// Identity, not equality.
+    /// Whether the handle holds this very object.
     bool operator==(const AbstractCrs* other) const { return crs == other; }
     /// The negation of operator==.
     bool operator!=(const AbstractCrs* other) const { return crs != other; }
@@ -74,7 +74,7 @@ public:
     bool operator==(const Crs& other) const { return crs == other.crs; }
     /// The negation of operator==.
     bool operator!=(const Crs& other) const { return crs != other.crs; }
-    /// Identity, not equality.
+    /// Whether the handle holds this very object.
     bool operator==(AbstractCrs* other) const { return crs == other; }
     /// The negation of operator==.
     bool operator!=(AbstractCrs* other) const { return crs != other; }
@@ -82,7 +82,7 @@ public:
     bool operator==(std::nullptr_t) const { return crs == nullptr; }
     /// Whether the handle holds a CRS.
     bool operator!=(std::nullptr_t) const { return crs != nullptr; }
-    /// Identity, with the pointer or nullptr first.
+    /// Whether the handle holds this very object, or no object for nullptr.
     template <typename Pointer, IfComparable<Pointer> = true>
     friend bool operator==(Pointer other, const Crs& handle) {
         return handle.get() == other;
@@ -92,16 +92,16 @@ public:
     friend bool operator!=(Pointer other, const Crs& handle) {
         return handle.get() != other;
     }
-    /// Whether the CRS is borrowed. Says nothing about an empty handle.
+    /// Whether the CRS is borrowed. Meaningless for an empty handle.
     bool isHoldingConst() const { return holdingConst; }
     /// True for an empty handle and for the unknown CRS; false for the default CRS.
     bool isNotSetOrUnknown() const { return crs == nullptr || crs->isUnknown(); }
 
-    /// Reduces the CRS to two dimensions, on a private copy, only where that changes it.
-    /// REQUIRES: the handle is not empty.
+    /// Reduces the CRS to two dimensions. If that changes it, a borrowed CRS is copied first. REQUIRES: the handle is
+    /// not empty.
     void forceDim2D();
-    /// Puts easting or longitude first, on a private copy, only where that changes the CRS.
-    /// REQUIRES: the handle is not empty.
+    /// Puts easting or longitude first. If that changes the CRS, a borrowed one is copied first. REQUIRES: the handle
+    /// is not empty.
     void forceWmsAxisOrder();
 
 private:
@@ -112,7 +112,7 @@ private:
     COORDTRANS_INTERNAL void deleteNonConstCrs();
     COORDTRANS_INTERNAL void slurp(const Crs& other);
 
-    // Held as modifiable whether owned or borrowed; holdingConst forbids writing through it.
+    // Modifiable whether owned or borrowed; holdingConst forbids writing through it.
     AbstractCrs* crs = nullptr;
     bool holdingConst = false;
 };

@@ -20,79 +20,80 @@ class CrsCreator;
 struct CodePair;
 struct EntryIndex;
 
-/// The server's configuration of the CRS it offers, and after `init` the pool of ready CRS objects under every
-/// name that a request may use for them.
+/// The server's configuration of the CRS it offers. After `init` it is also the pool of ready CRS objects, found by
+/// every name that a request may use.
 ///
-/// Threads: built, configured and initialised by one thread; afterwards the lookups only read and may be
-/// shared. Nothing may run beside `configure`, `addCrsConfigData`, `setConfigProperty`, `merge` and a
-/// re-initialisation.
+/// Threads: one thread builds, configures and initialises it. Afterwards any number of threads may look CRS up.
+/// `configure`, `addCrsConfigData`, `setConfigProperty`, `merge` and a repeated `init` need the configuration to
+/// themselves.
 ///
-/// Owns its entries, its creator and its cached CRS objects. HAZARD: a copy is shallow, it shares all of them
-/// with its source and both would release them, so only one of a source and its copies may ever be destroyed.
+/// Owns its entries, its creator and its cached CRS objects. HAZARD: a copy is shallow. It shares all of these with its
+/// source, and both would release them: destroy only one of a source and its copies.
 class COORDTRANS_EXPORT CrsConfig : public CrsPool {
 public:
-    /// The configuration for the subsystem that the environment variable "USE_COORD_TRANSFORMATION_SUBSYSTEM"
-    /// names, for "proj4" when it is not set. The caller owns it. Misconfigured for any other name.
+    /// Makes the configuration of the subsystem that the environment variable "USE_COORD_TRANSFORMATION_SUBSYSTEM"
+    /// names, "proj4" when it is not set. The caller owns it. Throws Misconfigured for any other name.
     static CrsConfig* createDefaultConfigOrFromEnvVar();
-    /// A configuration with its creator, for `id` "proj4". The caller owns it. Misconfigured for any other id.
+    /// Makes a configuration and its creator for `id` "proj4". The caller owns it. Throws Misconfigured for any other
+    /// id.
     static CrsConfig* createConfigFromId(const std::string& id);
 
-    /// A configuration without entries and without a creator.
+    /// Makes a configuration without entries and without a creator.
     CrsConfig();
-    /// HAZARD: shallow, see the class.
+    /// HAZARD: the copy is shallow; see the class.
     CrsConfig(const CrsConfig&) = default;
-    /// HAZARD: shallow, see the class; what the target owned is never released.
+    /// HAZARD: the copy is shallow; see the class. What the target owned is never released.
     CrsConfig& operator=(const CrsConfig&) = default;
 
-    /// The CRS registered under exactly `name`; borrowed until the caches are emptied. When there is none:
-    /// CrsNotConfigured if `throwIfMissing`, else null.
+    /// The CRS registered under exactly `name`, borrowed until the caches are emptied. When there is none, throws
+    /// CrsNotConfigured if `throwIfMissing` is true and returns null otherwise.
     const AbstractCrs* getFromNameCache(const std::string& name, bool throwIfMissing) const override;
-    /// The same by code key ("4326", "31467*5783").
+    /// Looks a CRS up by its code key ("4326", "31467*5783"), in the same way.
     const AbstractCrs* getFromCodeCache(const std::string& key, bool throwIfMissing) const override;
     virtual ~CrsConfig();
-    /// Initialises the creator, resolves every entry and fills the caches. Misconfigured without a creator and
-    /// for an entry whose identifier no recogniser accepts, QSHelpers::UnexpectedException for an entry with the
-    /// code 0; failures of the creator pass through. What was registered before a failure stays registered.
+    /// Initialises the creator, resolves every entry and fills the caches. Throws Misconfigured when there is no
+    /// creator or no recogniser accepts the identifier of an entry, and QSHelpers::UnexpectedException for an entry
+    /// with code 0; failures of the creator pass through. CRS registered before a failure stay registered.
     virtual void init();
 
-    /// Takes the creator over, unless there is one already; an ignored creator remains the caller's.
+    /// Takes ownership of the creator. If there already is one, the new one is ignored and remains the caller's.
     void injectCreator(CrsCreator* crsCreator);
-    /// REQUIRES: a creator has been injected.
+    /// The creator. REQUIRES: one has been injected.
     const CrsCreator& getCreator() const { return *creator; }
 
-    /// Appends the entries of an XML fragment: "CRS" elements of "CrsConfiguration", then "SRS" and "EPSGCode"
-    /// elements of "SRSList". Raises the XML reader's own error for a malformed fragment, and adds nothing.
+    /// Appends the entries of an XML fragment: "CRS" elements of "CrsConfiguration", then "SRS" and "EPSGCode" elements
+    /// of "SRSList". For a malformed fragment throws the XML reader's own error and adds nothing.
     void configure(std::istringstream& document);
-    /// Appends a copy of `entry`. False, and nothing changes, when an entry with the same identifier and the
-    /// same alias is there already. The caches learn of it at the next initialisation.
+    /// Appends a copy of `entry`. Returns false and changes nothing when there already is an entry with the same
+    /// identifier and alias. The caches include the entry after the next initialisation.
     bool addCrsConfigData(const CrsConfigData& entry);
-    /// Makes both configurations hold the union of their entries; each that was initialised is initialised
-    /// anew, with its failures.
+    /// Gives both configurations the union of their entries. Each of the two that was initialised is initialised again
+    /// and may fail as `init` does.
     void merge(CrsConfig& other);
-    /// The entries themselves, in insertion order.
+    /// The entries, in insertion order.
     const std::list<CrsConfigData>* getConfiguredCrs() const { return configuredCrs; }
     /// Codes, identifiers and aliases of the configured CRS; empty before `init`.
     const std::set<std::string> getConfiguredCrsIdentifiers() const { return configuredCrsIdentifiers; }
-    /// The entry by which the server offers `crs`: one with its codes, before one with its primary code alone; among
-    /// these one with its alias, before one without an alias, before any other; among equals the first. So a CRS has
-    /// the output settings of its entry whatever the spelling that named it. Null when its primary code is not
-    /// configured, and before `init`. Borrowed, and valid while the configuration lives.
+    /// The entry by which the server offers `crs`. An entry with both codes of `crs` comes before one with its primary
+    /// code only; among these an entry with its alias, then one without an alias, then any other; among equals the
+    /// first. A CRS therefore has the output settings of its entry whichever spelling named it. Null when the primary
+    /// code is not configured, and before `init`. Borrowed, and valid while the configuration lives.
     const CrsConfigData* getEntryFor(const AbstractCrs& crs) const;
     /// Whether `code` is the primary code of a configured CRS; false before `init`.
     bool isCrsConfigured(const unsigned int& code) const;
     /// Whether a CRS is registered under exactly `name`; false before `init`.
     bool isCrsConfigured(const std::string& name) const;
 
-    /// Sets a property that is not set yet; the first value stays.
+    /// Sets a property unless it is already set: the first value stays.
     void setConfigProperty(const std::string& key, const std::string& value);
-    /// The value, or an empty text for a property that was never set.
+    /// The value of a property; empty if it was never set.
     std::string getConfigProperty(const std::string& key) const;
 
 protected:
-    /// Empties caches and sets and initialises anew. Stays marked initialised when that fails.
+    /// Empties caches and sets, and initialises again. If that fails, the configuration still counts as initialised.
     void reinit();
-    /// Registers `crs`, which it takes over, under its code key and all its names. A key that is taken keeps
-    /// its CRS. Nothing happens when the configuration owns `crs` already.
+    /// Takes ownership of `crs` and registers it under its code key and all its names. A key already in use keeps its
+    /// CRS. Does nothing when the configuration already owns `crs`.
     void cacheLongNameAndCode(const AbstractCrs* crs);
     /// Empties the two caches and releases their CRS objects; the sets of codes and identifiers stay.
     void cleanCodeAndIdentifierCache();
@@ -120,11 +121,11 @@ private:
     std::set<std::string> configuredCrsIdentifiers;
     CrsByName codeCache;
     CrsByName nameCache;
-    // What the caches refer to.
+    // The CRS objects in the caches.
     std::set<const AbstractCrs*> owned;
     // By primary code, in the order of the entry list.
     std::multimap<unsigned int, RegisteredEntry> registeredEntries;
-    // Beside configuredCrs, and shared by copies as that is.
+    // Parallel to configuredCrs, and shared by copies in the same way.
     std::shared_ptr<EntryIndex> entryIndex;
     bool initialised;
 };

@@ -9,20 +9,20 @@
 
 namespace CoordinateTransformation {
 
-/// A box of longitudes and latitudes in degrees, whatever the axis order of a CRS. It crosses the antimeridian where
-/// its west is greater than its east.
+/// A box of longitudes and latitudes in degrees, whatever the axis order of a CRS. A box across the antimeridian has
+/// its west greater than its east.
 struct GeographicBox {
-    /// Least longitude, from -180 to 180.
+    /// The westernmost longitude, from -180 to 180.
     double west;
-    /// Least latitude, from -90 to 90.
+    /// The least latitude, from -90 to 90.
     double south;
-    /// Greatest longitude, from -180 to 180.
+    /// The easternmost longitude, from -180 to 180.
     double east;
-    /// Greatest latitude, from -90 to 90.
+    /// The greatest latitude, from -90 to 90.
     double north;
 };
 
-/// What the registry says of a CRS, and what its definition in the PROJ directory is worth.
+/// The registry's description of a CRS, and the accuracy of its definition in the PROJ directory.
 struct CrsDescription {
     /// The kinds of CRS.
     enum class Kind {
@@ -38,9 +38,9 @@ struct CrsDescription {
 
     /// The EPSG code.
     unsigned int code = 0;
-    /// Such as "ETRS89 / UTM zone 32N".
+    /// The title, such as "ETRS89 / UTM zone 32N".
     std::string name;
-    /// Which kind of CRS it is.
+    /// The kind of the CRS.
     Kind kind = Kind::PROJECTED;
     /// The area of use in words; empty if the registry has none.
     std::string area;
@@ -48,40 +48,40 @@ struct CrsDescription {
     std::optional<GeographicBox> box;
     /// The unit of the horizontal axes, such as "metre" or "degree".
     std::string unit;
-    /// One unit in metres, or in radians for a geographic CRS.
+    /// The length of one unit in metres, or its angle in radians for a geographic CRS.
     double unitLength = 1;
-    /// Such as "European Terrestrial Reference System 1989 ensemble".
+    /// The name of the datum, such as "European Terrestrial Reference System 1989 ensemble".
     std::string datum;
-    /// Such as "EPSG:6258". CRS with the same one are on the same datum.
+    /// The identifier of the datum, such as "EPSG:6258". CRS with the same identifier are on the same datum.
     std::string datumId;
-    /// Where the shift to WGS 84 in the definition comes from: "EPSG:1149", "EPSG:5485 + EPSG:1149", "fitted" or the
-    /// name of a grid. Empty if none is needed or none is known.
+    /// The origin of the shift to WGS 84 in the definition: "EPSG:1149", "EPSG:5485 + EPSG:1149", "fitted" or the name
+    /// of a grid. Empty if the CRS needs no shift or none is known.
     std::string shiftSource;
-    /// The accuracy of that shift in metres as the registry states it; nothing if it states none.
+    /// The accuracy of that shift in metres, from the registry; nothing if the registry has none.
     std::optional<double> shiftAccuracy;
-    /// The largest distance in metres between the definition and PROJ's best operation without grids over the area of
+    /// The largest distance in metres between the definition and PROJ's best operation without grids, over the area of
     /// use; nothing if PROJ knows no operation.
     std::optional<double> largestDistance;
-    /// The codes that replace it, if the registry has deprecated it.
+    /// The codes that replace a deprecated CRS; empty for any other.
     std::vector<unsigned int> replacedBy;
 };
 
-/// Titles, areas, units and accuracies of the CRS in a PROJ directory: the file "epsg-info.csv", which a directory may
-/// have or lack.
+/// Titles, areas, units and accuracies of the CRS in a PROJ directory, from its optional file "epsg-info.csv".
 ///
-/// Threads: never changes once it is made; any number of threads may read it.
+/// Threads: an object never changes; any number of threads may read it.
 ///
-/// A value: owns its descriptions, and copies them when it is copied.
+/// A value: owns its descriptions, and a copy has copies of them.
 class COORDTRANS_EXPORT CrsDescriptions {
 public:
-    /// None at all.
+    /// Makes an object without descriptions.
     CrsDescriptions() = default;
-    /// Reads a file. Misconfigured, which names the file, if it cannot be opened or read to its end or has more than
-    /// 256 MB; and, with its line, for the first that is malformed. The first line counts as line 1.
+    /// Reads a file. Throws Misconfigured, naming the file, if it cannot be opened or read to its end or is larger than
+    /// 256 MB, and, naming also the line, at the first malformed line. Lines count from 1.
     explicit CrsDescriptions(const std::string& path);
 
-    /// Those of the PROJ directory that `CrsConfig::init` has settled for the process; none before, and none for a
-    /// directory without the file. Valid for ever; REQUIRES that the `init` which settles the directory is over.
+    /// The descriptions in the PROJ directory that `CrsConfig::init` has settled for the process. Empty before that,
+    /// and for a directory without the file. Valid until the process ends. REQUIRES: the `init` that settles the
+    /// directory has returned.
     static const CrsDescriptions& ofProjDirectory();
 
     /// The description of an EPSG code, or null. Borrowed, and valid while this object lives.
@@ -89,9 +89,9 @@ public:
 
     /// The descriptions, in ascending order of their codes.
     const CrsDescription* begin() const { return descriptions.data(); }
-    /// Behind the last one.
+    /// The end of the descriptions.
     const CrsDescription* end() const { return descriptions.data() + descriptions.size(); }
-    /// How many there are.
+    /// The number of descriptions.
     std::size_t size() const { return descriptions.size(); }
 
 private:

@@ -7,10 +7,10 @@
 
 namespace CoordinateTransformation {
 
-/// A CRS that the library understands but the server does not offer.
+/// The library knows the CRS, but the server does not offer it.
 class COORDTRANS_EXPORT CrsNotConfigured : public TransformationException {
 public:
-    /// \param name the CRS as the caller named it; becomes part of the message.
+    /// \param name the CRS name that the caller gave; part of the message.
     explicit CrsNotConfigured(std::string name);
     ~CrsNotConfigured() override;
 

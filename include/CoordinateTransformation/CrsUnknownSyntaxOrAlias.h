@@ -7,10 +7,10 @@
 
 namespace CoordinateTransformation {
 
-/// A CRS name in a spelling that no recogniser accepts and the configuration does not hold.
+/// No recogniser accepts the CRS name, and the configuration does not have it.
 class COORDTRANS_EXPORT CrsUnknownSyntaxOrAlias : public TransformationException {
 public:
-    /// \param name the CRS as the caller named it; becomes part of the message.
+    /// \param name the CRS name that the caller gave; part of the message.
     explicit CrsUnknownSyntaxOrAlias(std::string name);
     ~CrsUnknownSyntaxOrAlias() override;
 

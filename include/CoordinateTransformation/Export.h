@@ -1,7 +1,7 @@
 #pragma once
 
-/// Marks what the library exports. A program that links the static library defines COORDTRANS_STATIC;
-/// the CMake targets and the pkg-config file do so by themselves.
+/// Marks the exported classes and functions. A program that links the static library defines COORDTRANS_STATIC; the
+/// CMake targets and the pkg-config file define it for their users.
 #if defined(COORDTRANS_STATIC)
 #define COORDTRANS_EXPORT
 #elif defined(_WIN32)
@@ -14,7 +14,7 @@
 #define COORDTRANS_EXPORT __attribute__((visibility("default")))
 #endif
 
-/// Keeps a private function of an exported class out of what the library exports.
+/// Hides a private function of an exported class.
 #if defined(_WIN32)
 #define COORDTRANS_INTERNAL
 #else

@@ -11,7 +11,7 @@ namespace CoordinateTransformation {
 /// "qvUnexpectedException".
 class COORDTRANS_EXPORT FatalSubsystemError : public TransformationException {
 public:
-    /// \param errorCode text that tells where the fault was found; ends the message.
+    /// \param errorCode identifies the place of the fault; the end of the message.
     explicit FatalSubsystemError(std::string errorCode = "");
     ~FatalSubsystemError() override;
 };

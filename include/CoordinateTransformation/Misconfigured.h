@@ -7,8 +7,8 @@
 
 namespace CoordinateTransformation {
 
-/// The configuration, the PROJ directory or one of its files does not allow what was asked; the message names
-/// the file, line or value where there is one.
+/// The configuration, the PROJ directory or one of its files is unusable for the request. The message names the file,
+/// line or value if there is one.
 class COORDTRANS_EXPORT Misconfigured : public TransformationException {
 public:
     /// \param text the message.

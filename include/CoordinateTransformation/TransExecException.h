@@ -7,11 +7,11 @@
 
 namespace CoordinateTransformation {
 
-/// A point could not be transformed. Service exception code "qvUnexpectedException". The only subclass of
-/// structured_exception in the library that asks for a reserve buffer.
+/// A point cannot be transformed. Service exception code "qvUnexpectedException". No other subclass of
+/// structured_exception in the library requests a reserve buffer.
 class COORDTRANS_EXPORT TransExecException : public TransformationException {
 public:
-    /// \param text the message, from the transformer PROJ's own text for the failure.
+    /// \param text the message; the transformer passes PROJ's own text for the failure.
     explicit TransExecException(std::string text = "Transformation of coordinates failed");
     ~TransExecException() override;
 };

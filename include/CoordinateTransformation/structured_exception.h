@@ -8,77 +8,76 @@
 
 struct _EXCEPTION_POINTERS;
 
-/// Root of the library's own failures, and itself the class of translated platform faults: a what text, the place
-/// of a fault, and the (subsystem, situation) pair with its parameters under which the message catalogue renders it.
+/// The root of the library's own failures, and itself the class of translated platform faults. It has a text, the
+/// address of a fault, and a pair (subsystem, situation) with parameters, from which the message catalogue makes a
+/// message.
 ///
 /// Thread-compatible: an object is thrown by value, caught by reference and used by one thread.
 ///
-/// The object owns its reserve buffer, its parameter copies and its what text; `subsystem` and `situation`
-/// are borrowed and must be string literals. A copy is deep, with two intended peculiarities: it takes as its
-/// what text whatever the source's `what()` answers, and its reserve buffer has the length of the text in the
-/// source's buffer (one byte), not 4096. Assignment leaves the target without parameters.
+/// Owns its reserve buffer, its copies of parameters and its text; `subsystem` and `situation` are borrowed and must be
+/// string literals. A copy is deep, with two intended peculiarities: its text is the result of the source's `what()`,
+/// and its reserve buffer has the length of the text in the source's buffer (one byte), not 4096. Assignment leaves the
+/// target without parameters.
 class COORDTRANS_EXPORT structured_exception : public std::exception {
 public:
-    /// Library-wide switch: while false, no exception allocates a reserve buffer. Starts true; the library
-    /// never changes it. Write it before other threads use the library.
+    /// A switch for the whole library: while it is false, no exception allocates a reserve buffer. Initially true; the
+    /// library never changes it. Set it before other threads use the library.
     static bool reserveBufferEnabled;
 
-    /// \param whatText text answered by `what()`, copied; null means "no text".
-    /// \param reserve ask for a reserve buffer of 4096 zero bytes.
+    /// \param whatText the text of `what()`, copied; null means "no text".
+    /// \param reserve requests a reserve buffer of 4096 zero bytes.
     /// \param subsystemName,situationName catalogue key, borrowed (string literals).
     /// \param count number of entries in `list`.
-    /// \param list NUL-terminated texts, entries may be null; may itself be null.
-    /// \param copyParameters copy the list; a list given without this flag is dropped, never borrowed.
+    /// \param list NUL-terminated texts; entries and the list itself may be null.
+    /// \param copyParameters copies the list; without this flag the list is ignored.
     structured_exception(const char* whatText, bool reserve, const char* subsystemName, const char* situationName,
                          std::uint32_t count, const char* const* list, bool copyParameters);
 
-    /// From a platform fault: takes the faulting address from `fault->ExceptionRecord->ExceptionAddress`
-    /// and reports under ("exception", "default") without parameters. The reserve buffer is never
-    /// allocated for the stack-overflow code 0xC00000FD, when no memory may be asked for.
-    /// REQUIRES: `fault` and its record are not null.
+    /// Describes a platform fault: its address is `fault->ExceptionRecord->ExceptionAddress`, its catalogue key is
+    /// ("exception", "default"), and it has no parameters. For the stack-overflow code 0xC00000FD no reserve buffer is
+    /// allocated, because memory must not be requested then. REQUIRES: `fault` and its record are not null.
     structured_exception(std::uint32_t code, const _EXCEPTION_POINTERS* fault, const char* text, bool reserve);
 
-    /// A deep copy, with the two peculiarities stated at the class.
+    /// Makes a deep copy, with the two peculiarities stated at the class.
     structured_exception(const structured_exception& other);
     ~structured_exception() override;
 
-    /// The what text, or "Unknown exception" when there is none.
+    /// The text, or "Unknown exception" when there is none.
     const char* what() const noexcept override;
 
     /// A readable text; "structured_exception" for an object of this class itself.
     virtual std::string getDetailedMessage() const;
 
-    /// The message as the catalogue renders it for (subsystem, situation), or the catalogue's default
-    /// message when the pair is unknown. The text belongs to the catalogue and holds until the calling
-    /// thread asks it again.
+    /// The catalogue's message for (subsystem, situation), or its default message when the pair is unknown. The text
+    /// belongs to the catalogue and is valid until the calling thread's next request.
     ///
-    /// REQUIRES: the catalogue does not know the pair of an exception that carries parameters. Substitution
-    /// reads the list as the caller handed it in, which is null once construction has finished; for such an
-    /// exception this call faults with an access violation.
+    /// REQUIRES: for an exception with parameters, the catalogue does not know the pair. Substitution reads the list
+    /// that the constructor was given, and that pointer is null after construction: the call then fails with an access
+    /// violation.
     virtual const char* getCatalogMessage() const;
 
-    /// Copies code, address, reserve text and catalogue key. The what text stays, the previous reserve
-    /// buffer is not released, and the target ends without parameters whatever `other` held.
+    /// Copies code, address, reserve text and catalogue key. The text stays, the previous reserve buffer is not
+    /// released, and the target has no parameters afterwards, even if `other` has some.
     structured_exception& operator=(const structured_exception& other);
 
-    /// Replaces the parameters by copies of the `count` entries of `list`; none when either is 0 or null.
+    /// Replaces the parameters by copies of the `count` entries of `list`; removes them when either is 0 or null.
     void setParameters(std::uint32_t count, const char* const* list);
 
-    /// Platform code of a translated fault, else 0.
+    /// The platform code of a translated fault, otherwise 0.
     std::uint32_t getExceptionCode() const { return exceptionCode; }
-    /// Instruction address of a translated fault, else 0.
+    /// The instruction address of a translated fault, otherwise 0.
     std::uintptr_t getExceptionAddress() const { return exceptionAddress; }
-    /// First half of the catalogue key.
+    /// The first half of the catalogue key.
     const char* getSubsystem() const { return subsystem; }
-    /// Second half of the catalogue key.
+    /// The second half of the catalogue key.
     const char* getSituation() const { return situation; }
-    /// Number of owned parameters.
+    /// The number of owned parameters.
     std::uint32_t getParameterCount() const { return parameterCount; }
-    /// Parameter `i`, null where the caller's entry was null. REQUIRES: i < getParameterCount().
+    /// Parameter `i`; null if the caller's entry was null. REQUIRES: i < getParameterCount().
     const char* getParameter(std::uint32_t i) const { return parameters[i]; }
-    /// The reserve buffer, or null. Owned by the exception.
+    /// The reserve buffer, or null. The exception owns it.
     const char* getReserveBuffer() const { return reserveBuffer; }
-    /// Length of the text in the reserve buffer; no operation writes one, so it is 0.
+    /// The length of the text in the reserve buffer; always 0, because no operation writes one.
     std::uint32_t getReserveLength() const { return reserveLength; }
 
 private:

@@ -7,7 +7,7 @@
 
 namespace QSHelpers {
 
-/// A text is not a number, or a number cannot be written; the message holds the value.
+/// A text is not a number, or a number cannot be written; the message contains the value.
 class COORDTRANS_EXPORT ConversionError : public Exception {
 public:
     /// \param text the message.

@@ -7,32 +7,32 @@
 
 namespace QSHelpers {
 
-/// Base of the failures of the shared helpers (number conversion, files). Abstract.
+/// The base of the failures of the shared helpers (number conversion, files). Abstract.
 ///
 /// Thread-compatible, thrown by value and caught by reference.
 ///
-/// Owns its texts; a copy is deep (see structured_exception for what a copy and an assignment keep).
+/// Owns its texts; a copy is deep (structured_exception documents the details of copy and assignment).
 class COORDTRANS_EXPORT Exception : public structured_exception {
 public:
-    /// \param auxiliary kept with the object and read by nothing.
+    /// \param auxiliary stored in the object; nothing reads it.
     /// \param situationName catalogue situation, borrowed (a string literal).
     /// \param text the message.
-    /// \param reserve ask for a reserve buffer.
+    /// \param reserve requests a reserve buffer.
     Exception(const std::string& auxiliary, const char* situationName, std::string text, bool reserve);
-    /// A deep copy, with the peculiarities of structured_exception.
+    /// Makes a deep copy, with the peculiarities of structured_exception.
     Exception(const Exception& other);
     ~Exception() override;
-    /// As structured_exception's assignment, and the message is copied.
+    /// Assigns as structured_exception does, and copies the message.
     Exception& operator=(const Exception& other);
 
-    /// The message, in every concrete class.
+    /// The message. Every concrete class defines it.
     const char* what() const noexcept override = 0;
     /// A copy of the message.
     std::string getDetailedMessage() const override;
-    /// Code for the OGC exception report.
+    /// The code for the OGC exception report.
     virtual std::string getServiceExceptionCode() const = 0;
 
-    /// Replaces the message. The catalogue parameter keeps the message given at construction.
+    /// Replaces the message. The catalogue parameter remains the message of the constructor.
     void setMessage(const std::string& text);
 
 protected:

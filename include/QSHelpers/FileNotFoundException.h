@@ -7,8 +7,8 @@
 
 namespace QSHelpers {
 
-/// A file that must exist does not, or is not a regular file; the message holds its path. Never leaves the
-/// library, whose start-up turns it into CoordinateTransformation::Misconfigured.
+/// A required file does not exist or is not a regular file; the message contains its path. Never leaves the library:
+/// its start-up converts it to CoordinateTransformation::Misconfigured.
 class COORDTRANS_EXPORT FileNotFoundException : public Exception {
 public:
     /// \param text the message.

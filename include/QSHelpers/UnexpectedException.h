@@ -7,7 +7,7 @@
 
 namespace QSHelpers {
 
-/// An operation was asked for something it cannot give, such as the URL of an unknown CRS.
+/// An operation cannot give the requested result, such as the URL of an unknown CRS.
 class COORDTRANS_EXPORT UnexpectedException : public Exception {
 public:
     /// \param text the message.

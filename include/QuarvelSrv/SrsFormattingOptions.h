@@ -4,17 +4,17 @@
 
 namespace QuarvelSrv {
 
-/// How a response of the server wants a CRS written; read by AbstractCrs::getAliasOrAsOgcURN.
+/// How a response of the server writes a CRS; AbstractCrs::getAliasOrAsOgcURN reads it.
 ///
-/// For programs that are not the server. No other header includes this one, so that the server may keep its own
-/// definition, with the same members in the same order; the library reads an object of either.
+/// For programs other than the server. No other header includes this one, so that the server can keep its own
+/// definition with the same members in the same order; the library reads an object of either.
 struct SrsFormattingOptions {
-    /// When not empty, written as the EPSG dataset version in place of the CRS's own.
+    /// The EPSG dataset version to write. When it is empty, the CRS's own is written.
     std::string version;
-    /// When not empty, the whole output is this prefix followed by the code; for a compound CRS that of each code,
+    /// If not empty, the output is this prefix followed by the code; for a compound CRS, prefix and code of each part,
     /// separated by a comma.
     std::string codePrefix;
-    /// 2 = OGC http URL; every other value = OGC URN.
+    /// 2 for an OGC http URL; any other value for an OGC URN.
     int style = 0;
 };
 
