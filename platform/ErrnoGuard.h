@@ -4,8 +4,8 @@
 
 namespace CoordinateTransformation {
 
-// Leaves errno as it was, on failure too. PROJ, the C library's mathematics and the file system set it, and a host may
-// look at it across a call of this library.
+// Restores errno on destruction, also after a failure. PROJ, the C library's mathematics and the file system set it,
+// and a host may read it before and after a call of this library.
 class ErrnoGuard {
 public:
     ErrnoGuard() : saved(errno) {}

@@ -8,8 +8,8 @@ namespace {
 
 constexpr char DEFAULT_MESSAGE[] = "No message is registered for this failure.";
 
-// A destructor would run before those of the host's own objects that still fail, and would keep the library from being
-// unloaded while a thread is to run it.
+// Has no destructor. A destructor would run before those of the host's own objects, which may still fail, and a thread
+// that has yet to run it would keep the library loaded.
 thread_local Message handedOut("");
 static_assert(std::is_trivially_destructible_v<Message>);
 
@@ -88,7 +88,7 @@ namespace {
 void beforeFork() { MessageHandler::object().lock(); }
 void afterFork() { MessageHandler::object().unlock(); }
 
-// A child finds the lock free. The C library forgets the handlers when the library is unloaded.
+// The child of a fork finds the lock free. The C library removes the handlers when the library is unloaded.
 [[maybe_unused]] const int registered = pthread_atfork(beforeFork, afterFork, afterFork);
 
 }  // namespace

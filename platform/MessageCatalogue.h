@@ -14,34 +14,36 @@ namespace msg {
 
 class MessageHandler;
 
-// A message being rendered: a template whose placeholders "[&n]" are replaced by texts. Not shared between
-// threads. Owns no memory but its own, so that each thread may keep one without a destructor.
+// A message that is being rendered: a template in which texts replace the placeholders "[&n]".
+//
+// Not shared between threads. Allocates nothing, so that each thread may keep one without a destructor.
 class Message {
 public:
-    // The longest text, in bytes, that substitution leaves; the rest is cut off, between two UTF-8 characters.
+    // The maximum length of a text after substitution, in bytes. A longer text is truncated between two UTF-8
+    // characters.
     static constexpr std::size_t LONGEST_RENDERED = 2047;
 
-    // `text` is borrowed and must be a string literal. Without substitution its length has no bound.
+    // Borrows `text`, which must be a string literal. Without substitution its length is not limited.
     explicit constexpr Message(const char* text) : original(text) {}
 
-    // Replaces every "[&index]" by `text`; a placeholder that `text` brings along waits for a later call.
-    // REQUIRES: `text` is not null.
+    // Replaces every "[&index]" by `text`. A placeholder inside `text` is left for a later call. REQUIRES: `text` is
+    // not null.
     void substitute(unsigned int index, const char* text);
-    // The text with the placeholders that were not substituted still in it.
+    // The text, including placeholders that have not been replaced.
     const char* getMessage() const { return original != nullptr ? original : rendered; }
 
 private:
-    // Null once a text has been substituted.
+    // Null after the first substitution.
     const char* original;
     char rendered[LONGEST_RENDERED + 1] = {};
 };
 
-// One message text of the catalogue, registered for as long as the object lives. The texts are borrowed and
-// must be string literals. Number, language and the two flags are carried for the catalogue's tools; the
-// lookup by (subsystem, situation) does not read them. Neither copied nor moved.
+// One message text of the catalogue, registered as long as the object lives. Borrows its texts, which must be string
+// literals. Number, language and the two flags are for the catalogue's tools; the lookup by (subsystem, situation) does
+// not read them. Neither copied nor moved.
 class MTE {
 public:
-    // A null `owner` stands for the process-wide one; any other must outlive the entry.
+    // A null `owner` means the process-wide catalogue; any other must outlive the entry.
     MTE(unsigned int entryNumber, const char* entryLanguage, const char* subsystemName, const char* situationName,
         const char* messageText, MessageHandler* owner, bool first, bool second);
     ~MTE();
@@ -69,25 +71,24 @@ private:
 
 // The catalogue: finds message texts by (subsystem, situation).
 //
-// Thread-safe. Entries are borrowed and remove themselves; of two entries for one pair the first stays and
-// the second is not kept.
+// Thread-safe. Borrows its entries, which remove themselves. Of two entries for one pair it keeps the first.
 class MessageHandler {
 public:
-    // The one of the process. Lives longer than every entry that was registered with it at load.
+    // The catalogue of the process. It outlives every entry that was registered with it at load.
     static MessageHandler& object();
 
-    // The message of the pair, ready for substitution, or null when no entry has it. Belongs to the calling
-    // thread and holds until that thread's next request for a message, from whichever handler; the last one
-    // holds until the thread has ended altogether, destructors of its thread_local objects included.
+    // The message of the pair, ready for substitution, or null when no entry has the pair. It belongs to the calling
+    // thread and is valid until that thread requests another message, from any catalogue. The last one is valid until
+    // the thread has ended, which includes the destructors of its thread_local objects.
     Message* find(const char* subsystem, const char* situation);
-    // The message for a pair without an entry, under the same terms.
+    // The message for a pair without an entry, valid in the same way.
     Message* getDefaultMessage();
 
     void add(const MTE& entry);
-    // Forgets the entry; nothing happens when another one holds the pair.
+    // Removes the entry. Does nothing when another entry has the pair.
     void remove(const MTE& entry);
 
-    // Hold every other operation off while the process forks.
+    // Block every other operation while the process forks.
     void lock() { entriesLock.lock(); }
     void unlock() { entriesLock.unlock(); }
 

@@ -136,7 +136,7 @@ TEST_F(MessageHandlerTest, GivesEachThreadItsOwnMessage) {
     EXPECT_STREQ(mine->getMessage(), "[&0] leaks");
 }
 
-// The sanitizers' allocator counts nothing here, but reports at the end what is left behind.
+// Under a sanitizer its own allocator counts nothing here, but it reports leaks at the end.
 TEST_F(MessageHandlerTest, KeepsNothingOfThreadsThatHaveEnded) {
     const MTE entry(1, "en", "roof", "leak", "[&0] leaks", &handler, false, false);
     const std::string text(1000, 'x');

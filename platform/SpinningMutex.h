@@ -6,11 +6,11 @@
 
 namespace CoordinateTransformation {
 
-// A lock for work that takes less time than putting a thread to sleep and waking it. A thread that finds it held tries
-// again after ever longer pauses, then lets other threads run, and sleeps when that is not enough: the holder may be
-// opening a file, or may not be running at all.
+// A lock for work that takes less time than putting a thread to sleep and waking it. A thread that finds it held
+// retries after ever longer pauses, then yields, and finally sleeps, because the holder may be opening a file or may
+// not be running at all.
 //
-// Lockable, neither recursive nor fair. Has a cache line of its own, so waiting slows nothing but waiting. Needs no
+// Lockable, neither recursive nor fair. Has a cache line of its own, so that waiting slows down no other data. Needs no
 // initialisation at run time, so a host's static initialisers can use it.
 class alignas(64) SpinningMutex {
 public:
@@ -23,16 +23,16 @@ public:
         while (!lockSoon()) std::this_thread::sleep_for(SLEEP);
     }
 
-    // Reads before it writes: writing takes the cache line from the holder.
+    // Reads before it writes, because writing takes the cache line from the holder.
     bool try_lock() { return !held.load(std::memory_order_relaxed) && !held.exchange(true, std::memory_order_acquire); }
 
     void unlock() { held.store(false, std::memory_order_release); }
 
 private:
-    // Of some 5 to 70 nanoseconds, as processors have them. Long ones let the holder do many points before another
-    // thread takes the lock, and with it everything that the points read, out of its cache.
+    // The length of a pause, some 5 to 70 nanoseconds depending on the processor. Long pauses let the holder process
+    // many points before another thread takes the lock and, with it, the points' data out of the holder's cache.
     static constexpr int LONGEST_PAUSE = 1024;
-    // With a pause each: where there is nothing else to run, a yield returns at once.
+    // Each with a pause: a yield returns at once if no other thread is ready.
     static constexpr int YIELDS = 100;
     static constexpr int PAUSE_AFTER_YIELD = 64;
     static constexpr std::chrono::microseconds SLEEP{100};
@@ -50,7 +50,7 @@ private:
         return false;
     }
 
-    // The other thread of the same core gets its resources meanwhile.
+    // Meanwhile the other thread of the same core gets its resources.
     static void pause(int length) {
         for (int i = 0; i < length; ++i) {
 #if defined(__x86_64__) || defined(__i386__)

@@ -38,7 +38,7 @@ TEST(SpinningMutexTest, IsNotTakenWhileItIsHeld) {
     EXPECT_TRUE(mutex.try_lock());
 }
 
-// While it pauses, yields or sleeps.
+// Depending on the time, the waiting thread pauses, yields or sleeps.
 TEST(SpinningMutexTest, LetsAWaitingThreadInOnceItIsFree) {
     for (const int microseconds : {0, 10, 300, 3000, 30000}) {
         SpinningMutex mutex;
@@ -55,7 +55,7 @@ TEST(SpinningMutexTest, LetsAWaitingThreadInOnceItIsFree) {
     }
 }
 
-// How often the thread has gone to sleep by itself.
+// The number of voluntary context switches of the thread.
 long countSleeps(pid_t thread) {
     std::ifstream status("/proc/self/task/" + std::to_string(thread) + "/status");
     const std::string key = "voluntary_ctxt_switches:";
@@ -76,7 +76,7 @@ TEST(SpinningMutexTest, SleepsWhenTheHolderTakesLong) {
     const pid_t thread = started.get_future().get();
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
     const long before = countSleeps(thread);
-    // The thread may still be about to leave what has started it, which is one.
+    // The thread may still be leaving `set_value`, which can put it to sleep once.
     while (countSleeps(thread) < before + 3 && std::chrono::steady_clock::now() < deadline)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     EXPECT_GE(countSleeps(thread), before + 3);

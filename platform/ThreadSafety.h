@@ -1,6 +1,6 @@
 #pragma once
 
-// What -Wthread-safety of clang checks about locks. Other compilers see nothing of it.
+// Attributes for clang's -Wthread-safety. They are empty for other compilers.
 #if defined(__clang__)
 #define COORDTRANS_THREAD_SAFETY(attribute) __attribute__((attribute))
 #else

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-// The records by which Windows describes a structured exception. Elsewhere stand-ins of the same names with
-// the members that are read, so that the translator compiles and can be tested.
+// The records by which Windows describes a structured exception. Other systems get stand-ins of the same names with the
+// members that the library reads, so that the translator compiles and can be tested.
 
 #if defined(_WIN32)
 
@@ -29,7 +29,7 @@ using EXCEPTION_POINTERS = _EXCEPTION_POINTERS;
 
 #endif
 
-// The status codes that are treated apart from the others.
+// The status codes that get a treatment of their own.
 constexpr std::uint32_t BREAKPOINT_FAULT = 0x80000003;
 constexpr std::uint32_t SINGLE_STEP_FAULT = 0x80000004;
 constexpr std::uint32_t STACK_OVERFLOW_FAULT = 0xC00000FD;
