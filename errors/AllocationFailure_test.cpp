@@ -1,4 +1,4 @@
-// A program of its own: it replaces the global allocation functions.
+// A separate program, because it replaces the global allocation functions.
 
 #include "tests/support/AllocationFailure.h"
 

@@ -1,5 +1,5 @@
-// The exceptions of library and helpers. Each has its destructor here, which anchors its type information in the
-// library.
+// The exceptions of the library and its helpers. Their destructors are defined here, which anchors their type
+// information in the library.
 
 #include <utility>
 
@@ -24,7 +24,7 @@ constexpr char CRS_UNAVAILABLE[] = "qvCrsUnavailable";
 constexpr char CONVERSION_ERROR[] = "qvConversionError";
 constexpr char FILE_NOT_FOUND[] = "qvFileNotFound";
 
-// Both exceptions about a CRS that cannot be had report under this one situation.
+// The situation of both exceptions about an unavailable CRS.
 constexpr char CRS_UNAVAILABLE_SITUATION[] = "CrsUnknownSyntaxOrAlias";
 
 }  // namespace

@@ -39,7 +39,7 @@ template <typename T>
 constexpr const char* TEXT_OF_BRANCH =
     std::is_base_of_v<QSHelpers::Exception, T> ? "Exception" : "TransformationException";
 
-// What a server reads off an exception.
+// The properties of an exception that a server reads.
 struct Report {
     const char* subsystem;
     const char* situation;
@@ -67,7 +67,7 @@ Report reportOf(const T& exception) {
             branch.getReserveBuffer() != nullptr};
 }
 
-// The one parameter of an exception.
+// The only parameter of an exception.
 std::string parameterOf(const structured_exception& exception) {
     return exception.getParameterCount() == 1 ? exception.getParameter(0) : "not one parameter";
 }
@@ -82,7 +82,7 @@ struct Raised {
 
 void PrintTo(const Raised& raised, std::ostream* stream) { *stream << raised.name; }
 
-// One made of the arguments reports as expected.
+// Makes an exception from the arguments and compares its properties with the expected ones.
 template <typename T, typename... Arguments>
 Raised raised(const char* name, const Report& expected, Arguments... arguments) {
     return {name, [=] { return std::make_unique<T>(arguments...); },
@@ -177,7 +177,7 @@ INSTANTIATE_TEST_SUITE_P(
 template <typename T>
 class ExceptionAsValueTest : public testing::Test {
 protected:
-    // Also releases the buffer that an assignment leaves behind.
+    // Also releases the buffer that an assignment does not release.
     static void assign(T& target, const T& source) {
         const std::unique_ptr<const char[]> former(target.getReserveBuffer());
         EXPECT_EQ(&(target = source), &target);
