@@ -1,4 +1,4 @@
-// A program of its own: it replaces the global allocation functions.
+// A separate program, because it replaces the global allocation functions.
 
 #include "tests/support/AllocationFailure.h"
 
@@ -15,7 +15,7 @@ namespace {
 
 using TestSupport::expectAllOrNothing;
 
-// Lines too long to be kept without an allocation.
+// Lines that are too long for a string's internal buffer.
 constexpr char INIT_FILE[] =
     "# A comment that no small buffer holds\n"
     "<4326> +proj=longlat +datum=WGS84 # another comment\n"
@@ -23,7 +23,7 @@ constexpr char INIT_FILE[] =
     "<a-code-that-no-small-buffer-holds> +proj=longlat +ellps=GRS80 +no_defs <>\n"
     "<31467> +proj=tmerc +lat_0=0 +lon_0=9 +k=1 +x_0=3500000 +ellps=bessel <>\n";
 
-// Each definition with its line.
+// Each definition with its line number.
 std::vector<std::string> definitionsIn(const std::string& text) {
     std::vector<std::string> definitions;
     for (const InitFileDefinition& definition : readInitFileText(text))

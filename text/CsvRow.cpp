@@ -28,7 +28,7 @@ CsvRowIterator::CsvRowIterator(std::istream& rows, char separator) : stream(&row
 CsvRowIterator& CsvRowIterator::operator++() {
     if (stream == nullptr) return *this;
     row.readNextRow(*stream);
-    // Any state bit ends the walk, end of file included: a last line without "\n" is lost with it.
+    // Any state bit ends the iteration, end of file included: a last line without "\n" is lost.
     if (stream->rdstate() != std::ios_base::goodbit) stream = nullptr;
     return *this;
 }

@@ -7,13 +7,13 @@
 
 namespace CoordinateTransformation {
 
-// The cells of one line. No quoting and no escapes; a separator at the end of the line adds no empty cell.
+// The cells of one line. There are no quotes or escapes, and a separator at the end of the line adds no empty cell.
 class CsvRow {
 public:
     explicit CsvRow(char cellSeparator = ',');
 
-    // Cell `i`; std::out_of_range beyond the last. REQUIRES: the row has cells; the bound of an empty row,
-    // computed in unsigned arithmetic, lets every index pass.
+    // Cell `i`. Throws std::out_of_range after the last cell. REQUIRES: the row has cells. The bound of an empty row,
+    // computed in unsigned arithmetic, accepts every index.
     const std::string& operator[](std::size_t i) const;
     std::size_t size() const { return cells.size(); }
     // The bound check of operator[].
@@ -27,10 +27,10 @@ private:
     char separator;
 };
 
-// Walks the rows of a stream. A line that the stream ends without "\n" is not handed out.
+// Iterates over the rows of a stream. Skips a last line without "\n".
 class CsvRowIterator {
 public:
-    // An iterator at its end.
+    // Makes an end iterator.
     CsvRowIterator() = default;
     // Reads the first row. Borrows `rows`, which outlives the iterator.
     CsvRowIterator(std::istream& rows, char separator);
@@ -38,7 +38,7 @@ public:
     CsvRowIterator& operator++();
     const CsvRow& operator*() const { return row; }
     const CsvRow* operator->() const { return &row; }
-    // The same object, or both at their end.
+    // Whether both are the same object or both are at the end.
     bool operator==(const CsvRowIterator& other) const;
     bool operator!=(const CsvRowIterator& other) const { return !(*this == other); }
 

@@ -21,7 +21,7 @@ namespace {
 
 using TestSupport::bitsOf;
 
-// Numbers of definitions.
+// Numbers as definitions have them.
 struct Reading {
     const char* text;
     double number;
@@ -151,7 +151,7 @@ void expectAgreement(double number) {
     EXPECT_EQ(bitsOf(readDouble(text)), bitsOf(number)) << text;
 }
 
-// A fixed seed: the same numbers in every run.
+// A fixed seed gives the same numbers in every run.
 TEST(DefinitionNumberTest, AgreeWithTheStandardLibraryBitForBit) {
     std::mt19937_64 random(20240229);
     std::uniform_real_distribution<double> axes(6.3e6, 6.4e6);

@@ -6,24 +6,24 @@
 
 namespace CoordinateTransformation {
 
-// Beyond any file that the library reads; 256 MB.
+// The largest file that is read, 256 MB. Every valid file is smaller.
 constexpr std::size_t LARGEST_FILE = std::size_t{256} << 20;
 
-// What is left in `source`, but not more than `limit` bytes. Failures of the buffer pass through.
+// The rest of `source`, at most `limit` bytes. Failures of the buffer pass through.
 std::string readUpTo(std::streambuf& source, std::size_t limit);
 
-// A file read whole, or the reason why it could not be; then there is nothing of it.
+// A file that has been read completely, or the reason why it could not be; the text is then empty.
 struct FileText {
     std::string content;
-    std::string failure;  // "Input/output error"; empty for a file that was read to its end
+    std::string failure;  // such as "Input/output error"; empty after success
     bool opened = true;
 };
 
-// The file at `path`, which is read to its end or not at all: a read that breaks off is a failure, and so is a file
-// of more than LARGEST_FILE bytes.
+// Reads the file at `path` completely. A read that breaks off is a failure, and so is a file of more than LARGEST_FILE
+// bytes.
 FileText readFile(const std::string& path);
 
-// The same of a file that is open.
+// Reads an open file in the same way.
 FileText readToEnd(std::streambuf& file);
 
 }  // namespace CoordinateTransformation

@@ -13,7 +13,7 @@
 namespace CoordinateTransformation {
 namespace {
 
-// Hands out `text` again and again, `times` times, and then ends or breaks off.
+// Delivers `text` `times` times, and then ends or breaks off.
 class RepeatingBuffer : public std::streambuf {
 public:
     RepeatingBuffer(std::string theText, std::size_t times, bool breaksOff)
@@ -81,7 +81,7 @@ TEST(FileTextTest, HasTheReasonForAFileThatCannotBeOpened) {
     EXPECT_FALSE(read.opened);
 }
 
-// A regular file by its type whose first byte no process may read, the administrator's included.
+// "/proc/self/mem" is a regular file by its type, but no process can read its first byte, not even the administrator's.
 TEST(FileTextTest, HasTheReasonForAReadThatBreaksOff) {
     ASSERT_TRUE(std::filesystem::is_regular_file("/proc/self/mem"));
     const FileText read = readFile("/proc/self/mem");

@@ -10,7 +10,7 @@
 namespace CoordinateTransformation {
 namespace {
 
-// Far beyond any definition; a run of text as long as this is a broken file.
+// Longer than any definition. A longer run of text is a broken file.
 constexpr std::size_t LONGEST_DEFINITION = 65536;
 
 std::string withoutComments(const std::string& text) {

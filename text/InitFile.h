@@ -10,14 +10,13 @@
 
 namespace CoordinateTransformation {
 
-// Where the PROJ directory is looked for: what the property holds, else the variable of the environment, else the
-// built-in directory.
+// The places of the PROJ directory: the configuration property, else the environment variable, else the built-in
+// directory.
 constexpr char PROJ_DIRECTORY_PROPERTY[] = "Proj4ConfigDir";
 constexpr char PROJ_DIRECTORY_VARIABLE[] = "QUARVELSRV_PROJ4_CONF_DIR";
 constexpr char BUILT_IN_PROJ_DIRECTORY[] = "/opt/quarvelserver/share/proj4";
 
-// Its files: the definitions, a line of each with its axis order, and, if it has that, a line of each with what is
-// known of it.
+// The files of the PROJ directory: definitions, axis orders and, optionally, descriptions, with one line for each code.
 constexpr char INIT_FILE[] = "epsg";
 constexpr char AXIS_ORDER_FILE[] = "epsg-axisorder.csv";
 constexpr char DESCRIPTION_FILE[] = "epsg-info.csv";
@@ -26,21 +25,21 @@ constexpr char DESCRIPTION_FILE[] = "epsg-info.csv";
 struct InitFileDefinition {
     std::string code;
     std::string text;
-    std::size_t line;  // of the code, counted from 1
+    std::size_t line;  // the line of the code, counted from 1
 };
 
-// The definitions in the text of an init file, in its order.
+// The definitions in the text of an init file, in file order.
 //
 //   file       = { anything else | definition }
 //   definition = "<" code ">" { text | comment } "<"
 //   comment    = "#" up to the end of the line
 //
-// A code holds neither white space nor "<". The "<" that ends a definition begins the next one or "<>".
+// A code has neither white space nor "<". The "<" at the end of a definition begins the next one or "<>".
 std::vector<InitFileDefinition> readInitFileText(const std::string& text);
 
-// The index of an init file: code to definition text. The file is read once, and again when a code is missing
-// and the file's size or time has changed. A read that fails or breaks off changes nothing: the index stays as it
-// was, and the next code that is missing has the file read again.
+// The index of an init file: code to definition text. The file is read once. It is read again when a code is missing
+// and the size or time of the file has changed. A read that fails or breaks off does not change the index, and the next
+// missing code causes another read.
 //
 // Not thread-safe.
 class InitFile {
@@ -50,7 +49,7 @@ public:
     // The definition text of `code`, or nothing.
     std::optional<std::string> find(const std::string& code);
 
-    // Reads the file if its size or time is another than when it was read last. Whether it has been read.
+    // Reads the file if its size or time has changed since the last read. Returns whether it did.
     bool readIfChanged();
 
 private:
@@ -67,7 +66,7 @@ private:
     std::unordered_map<std::string, std::string> definitions;
 };
 
-// The definitions in the text of an init file. Of two with one code the first counts.
+// The definitions in the text of an init file, by code. Of two definitions with one code the first counts.
 std::unordered_map<std::string, std::string> parseInitFile(const std::string& text);
 
 }  // namespace CoordinateTransformation

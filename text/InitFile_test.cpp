@@ -30,7 +30,7 @@ Definitions definitionsIn(const std::string& text) {
     return read;
 }
 
-// "line code text" of each definition in its order, line ends in the text as "|".
+// "line code text" of each definition in file order, with "|" for each line end in the text.
 std::vector<std::string> placedDefinitionsIn(const std::string& text) {
     std::vector<std::string> definitions;
     for (const InitFileDefinition& definition : readInitFileText(text)) {
@@ -199,14 +199,14 @@ TEST_F(InitFileTest, HasNoCodesForAnEmptyFile) {
     EXPECT_EQ(find(""), "none");
 }
 
-// "/proc/self/mem" is a regular file by its type whose first byte no process may read, the administrator's included.
+// "/proc/self/mem" is a regular file by its type, but no process can read its first byte, not even the administrator's.
 TEST_F(InitFileTest, HasNoCodesForWhatCannotBeReadAndDoesNotWaitForAPipe) {
     ASSERT_EQ(mkfifo(directory.file("pipe").c_str(), 0600), 0);
     for (const std::string& path : {directory.name(), directory.file("pipe"), std::string("/proc/self/mem")})
         EXPECT_FALSE(InitFile(path).find("1").has_value()) << path;
 }
 
-// While it lives, the process can open no file.
+// While it lives, the process cannot open files.
 class NoDescriptors {
 public:
     NoDescriptors() {

@@ -106,7 +106,7 @@ private:
     bool atDigit() const { return position != end && *position >= '0' && *position <= '9'; }
     unsigned int digit() const { return static_cast<unsigned int>(*position - '0'); }
 
-    // Further exponent digits change nothing: no text is long enough for its fraction digits to outweigh it.
+    // Further exponent digits change nothing: no text has enough fraction digits to compensate for them.
     static constexpr std::int64_t EXPONENT_BOUND = 100'000'000'000'000'000;
 
     const char* position;
@@ -123,15 +123,15 @@ private:
     throw ConversionError("convertTextToNumeric: Value '" + text + "'");
 }
 
-// Powers below one give 0. A power that no 64-bit integer holds gives 0 too: the low 32 bits of what x86-64
-// answers for it, said here because the language leaves that conversion undefined.
+// A power below one gives 0. So does a power too large for a 64-bit integer: the language leaves that conversion
+// undefined, and 0 is the low 32 bits of the x86-64 result.
 std::uint32_t lowBitsOf(double powerOfTen) {
     constexpr double BEYOND_64_BITS = 9223372036854775808.0;
     return powerOfTen < BEYOND_64_BITS ? static_cast<std::uint32_t>(static_cast<std::uint64_t>(powerOfTen)) : 0;
 }
 
-// At most 499 characters, or nothing. The precision is cut where no number fits any more; "nan" and "-inf",
-// which fit always, do without it.
+// The text of at most 499 characters, or nothing. A precision at which no number fits is reduced; "nan" and "-inf"
+// ignore it and always fit.
 std::optional<std::string> format(double value, std::chars_format form, int precision) {
     char buffer[BUFFER_SIZE - 1];
     const auto [end, error] =
@@ -222,7 +222,8 @@ T convertTextToNumeric(const std::string& text, bool rejectNegative, bool intege
     return value;
 }
 
-// Instantiations, not specialisations: g++ exports the latter from the shared library, hidden visibility or not.
+// Instantiations rather than specialisations: g++ exports specialisations from the shared library despite hidden
+// visibility.
 template unsigned int convertTextToNumeric<unsigned int>(const std::string&, bool, bool);
 template double convertTextToNumeric<double>(const std::string&, bool, bool);
 
@@ -266,7 +267,7 @@ std::string takeDigits(std::string_view& text) {
     return digits;
 }
 
-// Far beyond the range of double, and far from overflow.
+// Far outside the range of double, but far from integer overflow.
 constexpr long LARGEST_EXPONENT = 1000000000;
 
 long takeExponent(std::string_view& text) {
@@ -299,7 +300,7 @@ std::optional<double> takeWord(std::string_view& text) {
     return std::nullopt;
 }
 
-// Without a decimal point there is nothing in the text that a locale could change.
+// Without a decimal point the text does not depend on the locale.
 double readWithoutPoint(const std::string& digits, long exponent) {
     return std::strtod((digits + "e" + std::to_string(exponent)).c_str(), nullptr);
 }

@@ -328,7 +328,7 @@ std::string printed(const char* pattern, int precision, Number value) {
     return buffer.data();
 }
 
-// Values of every magnitude, denormal ones among them, the same in every run.
+// Values of every magnitude, including denormal ones, the same in every run.
 class RandomDoubles {
 public:
     double next() {

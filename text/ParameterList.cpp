@@ -23,7 +23,7 @@ bool beginsParameter(const std::string& text, std::size_t at) {
     return text[at] == '+' && at + 1 < text.size() && isLetter(text[at + 1]);
 }
 
-// The text with one blank for each run of white space that parts anything.
+// The text with one blank for each run of white space that separates parameters.
 std::string withoutInsignificantSpace(const std::string& text) {
     std::string kept;
     std::size_t begin = text.find_first_not_of(WHITE_SPACE);

@@ -13,8 +13,8 @@ bool startsWith(std::string_view text, char c) { return !text.empty() && text.fr
 
 bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 
-// How many bytes follow a leading byte, and the values that the first of them may have: overlong forms, surrogates and
-// what lies beyond U+10FFFF begin outside of these. None follow what is no leading byte.
+// The number of bytes after a leading byte, and the range of the first of them. The ranges exclude overlong forms,
+// surrogates and values above U+10FFFF. For a byte that cannot lead, the number is 0.
 struct Sequence {
     std::size_t following;
     unsigned char least;

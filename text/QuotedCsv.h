@@ -14,17 +14,17 @@ namespace CoordinateTransformation {
 //   cell   = { any but "," | '"' | CR | LF | NUL } | '"' { any but '"' | NUL | '""' } '"'
 //   end    = [ CR ] LF
 //
-// A text that ends in a line end has no record behind it; an empty line is a record of one empty cell.
+// A line end at the end of the text does not begin another record; an empty line is a record of one empty cell.
 class QuotedCsv {
 public:
     // Borrows `text`. A record of more than `mostCells` cells is a fault.
     QuotedCsv(std::string_view text, std::size_t mostCells) : rest(text), limit(mostCells) {}
 
-    // Replaces `cells` by those of the next record. False at the end of the text and at a fault.
+    // Replaces `cells` by those of the next record. Returns false at the end of the text and at a fault.
     bool readRecord(std::vector<std::string>& cells);
-    // What is wrong with the record that could not be read; empty if none was wrong.
+    // The fault in the record that could not be read; empty if there was none.
     const std::string& getFault() const { return fault; }
-    // In which the record begins that was read last, or could not be read; counted from 1.
+    // The line, counted from 1, at which the last record begins, read or faulty.
     std::size_t getLine() const { return line; }
 
 private:

@@ -16,7 +16,7 @@ constexpr std::size_t MOST_CELLS = 4;
 using Cells = std::vector<std::string>;
 using Records = std::vector<Cells>;
 
-// The records up to the end or the fault.
+// The records up to the end or the first fault.
 Records recordsOf(QuotedCsv& reader) {
     Records records;
     for (Cells cells; reader.readRecord(cells);) records.push_back(cells);
