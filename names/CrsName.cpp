@@ -43,7 +43,7 @@ unsigned int readCode(const std::string& text) {
     return QSHelpers::convertTextToNumeric<unsigned int>(text, true, true);
 }
 
-// name = anything "epsg.xml#" code, the last "epsg.xml#" counts
+// name = anything "epsg.xml#" code; the last "epsg.xml#" counts
 ParsedName parseGmlReference(const std::string& name) {
     const std::size_t found = name.rfind(GML_DICTIONARY);
     if (found == std::string::npos) return NameFault();
@@ -57,7 +57,7 @@ std::string writeGmlReference(const CodePair& codes) {
 
 // name = "EPSG:" code [ "*" five characters code ] | code [ "*" code ]
 //
-// The five characters stand where the identifier of a compound CRS repeats the prefix; they are not looked at.
+// The identifier of a compound CRS repeats the prefix in the place of the five characters, which are not checked.
 ParsedName parseEpsgName(const std::string& name) {
     const bool prefixed = startsWith(name, EPSG_PREFIX, EPSG_PREFIX_LENGTH);
     if (!prefixed && name.size() > LONGEST_BARE_NAME)
@@ -121,7 +121,7 @@ constexpr std::array<NameSyntax, 6> NAME_SYNTAXES = {{
 
 namespace {
 
-// The codes of a name, or the fault of the first that is none.
+// The codes of a name, or the fault of the first one that is not a code.
 std::variant<CodePair, NameFault> readCodes(const NameTexts& texts) {
     const CodeText* code = &texts.first;
     try {
@@ -136,7 +136,7 @@ std::variant<CodePair, NameFault> readCodes(const NameTexts& texts) {
     }
 }
 
-// What is explained goes into logs, a line each.
+// An explanation goes into a log and must fit one line.
 std::string onOneLine(std::string text) {
     const auto isControl = [](char character) {
         return static_cast<unsigned char>(character) < ' ' || character == 127;
@@ -157,7 +157,7 @@ NameExplanation explainCodes(const NameSyntax& syntax, const CodePair& codes, co
     return {Fault::NONE, spellingOf(syntax), codes.primary, codes.secondary, version, 0, text};
 }
 
-// What is missing at the end is missing behind the last character.
+// A part missing at the end of the text is missing after the last character.
 NameExplanation explainFault(const NameSyntax& syntax, const NameFault& fault, const std::string& name) {
     const std::size_t position = std::min(fault.position + 1, name.size());
     const std::string text =
@@ -165,7 +165,7 @@ NameExplanation explainFault(const NameSyntax& syntax, const NameFault& fault, c
     return {fault.kind, spellingOf(syntax), 0, 0, "", position, text};
 }
 
-// A bare code may be any short text, most of which are not meant for codes.
+// A bare code may be any short text, and most short texts are not meant as codes.
 bool isAnyText(const NameSyntax& syntax, const std::string& name) {
     return syntax.spelling == Spelling::EPSG_CODE && !startsWith(name, EPSG_PREFIX, EPSG_PREFIX_LENGTH) &&
            !startsWithDigit(name);

@@ -23,7 +23,7 @@ bool acceptEverything(const char* /*property*/) { return true; }
 
 bool acceptNothing(const char* /*property*/) { return false; }
 
-// Of the spelling that the row has or resembles; null if it resembles none.
+// The spelling that the name has or resembles; null if it resembles none.
 const NameSyntax* syntaxOf(const NameRow& row) {
     for (const NameSyntax& syntax : NAME_SYNTAXES)
         if (std::string(syntax.description).find(" " + row["spelling"]) != std::string::npos &&
@@ -155,7 +155,7 @@ std::vector<std::string> firstOfEach(std::vector<std::string> names) {
     return names;
 }
 
-// The first three are what a CRS calls itself.
+// The first three are the CRS's own names.
 TEST(RegisteredNamesTest, AreThoseOfTheTableInTheirOrder) {
     for (const CodePair& codes : {CodePair{4326, 0}, CodePair{27700, 5701}}) {
         const std::vector<std::string> expected = TestSupport::registeredNamesInTable(writeCodeKey(codes));

@@ -19,12 +19,12 @@ NameFault malformed(const char* reason, std::size_t position) {
     return {NameExplanation::Fault::BAD_SYNTAX, reason, position, false};
 }
 
-// The characters of a name, front to back.
+// Reads the characters of a name from front to back.
 class NameReader {
 public:
     explicit NameReader(const std::string& text) : name(text) {}
 
-    // Everything up to the next `separator`, which is passed over, or up to the end of the name.
+    // The text up to the next `separator`, which is skipped, or up to the end of the name.
     std::string readUpTo(char separator) {
         const std::size_t end = std::min(name.find(separator, next), name.size());
         std::string text = name.substr(next, end - next);
@@ -48,11 +48,11 @@ private:
 // version = { any character but ":" and "/" }
 // code    = any character but ",", once or more
 //
-// The first "crs," of a compound is read as `ignored`. A code is converted later, so that a bad one is reported and
-// not taken for another spelling.
+// The first "crs," of a compound CRS is read as `ignored`. Codes are converted later, so that a bad code is reported as
+// such and the name is not tried in another spelling.
 class OgcBodyMachine {
 public:
-    // False when the character cannot stand there.
+    // Returns false when the character is not allowed in the current state.
     bool accept(char character, std::size_t position) {
         if (state == State::CODE) return acceptInCode(character, position);
         if (character == ':' || character == '/') return leaveState(position);
@@ -72,7 +72,7 @@ public:
         return isPartComplete() ? malformed(missingNext(), position) : fault();
     }
 
-    // Why a character was not accepted.
+    // The reason why a character was not accepted.
     NameFault fault() const {
         if (state == State::CODE) return malformed(THIRD_COMPONENT, partBegin);
         return malformed(state == State::DEF ? NOT_DEF : state == State::CRS ? NOT_CRS : NOT_EPSG, partBegin);
@@ -83,7 +83,7 @@ public:
 private:
     enum class State { DEF, CRS, AUTHORITY, VERSION, CODE };
 
-    // A second component may lack its code, and does not count then.
+    // A second component without a code does not count.
     NameTexts finished() {
         if (texts.second && texts.second->text.empty()) texts.second.reset();
         return std::move(texts);
@@ -129,7 +129,7 @@ private:
             return false;
         }
         readingFirstCode = false;
-        // The version is not cleared, on purpose: a compound has the versions of both components joined.
+        // Intended: the version is not cleared, so a compound CRS has the versions of both components joined.
         beginPart(position);
         state = State::CRS;
         return true;
@@ -146,7 +146,7 @@ ParsedName parseWithHead(const std::string& name, std::optional<std::size_t> hea
     return head ? parseOgcBody(name, *head) : NameFault();
 }
 
-// head part P, or for a compound: head "crs," part P "," part S
+// head part P, or for a compound CRS: head "crs," part P "," part S
 std::string writeOgcName(const CodePair& codes, const std::string& head, const std::string& part) {
     const std::string compound = codes.secondary == 0 ? "" : "crs,";
     return head + compound + writePrefixed(codes, part);

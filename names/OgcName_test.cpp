@@ -16,7 +16,7 @@ const NameTexts* textsOf(const ParsedName& parsed) { return std::get_if<NameText
 
 static_assert(sizeof(OGC_DEFINITIONS_HOST) - 1 == 15);
 
-// Empty for a name without one.
+// Empty for a name without a version.
 std::string secondOf(const NameTexts& texts) { return texts.second ? texts.second->text : ""; }
 
 bool isOgcBody(const std::string& name, std::size_t start) { return textsOf(parseOgcBody(name, start)) != nullptr; }
@@ -36,7 +36,7 @@ TEST(OgcUrnBodyTest, RefusesAStartOutsideTheName) {
     EXPECT_FALSE(isOgcBody("", 0));
 }
 
-// The grammar above the parser, as one expression.
+// The grammar of the parser as a regular expression.
 class OgcUrnBodyGrammarTest : public testing::Test {
 protected:
     void expectReadByTheGrammar(const std::string& name) {
@@ -52,7 +52,7 @@ protected:
         EXPECT_EQ(secondOf(*texts), parts.str(4)) << name;
     }
 
-    // The words of a name with one of them left out, doubled, or exchanged for another word.
+    // The words of a name with one of them removed, repeated or replaced by another.
     void expectNeighboursReadByTheGrammar(std::vector<std::string> words, int changes) {
         std::string name;
         for (const std::string& word : words) name += word;
