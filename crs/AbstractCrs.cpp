@@ -16,7 +16,7 @@ enum CrsIndicationFormat : unsigned int { OGC_URN = 0, TEMPLATE_URL = 1, OGC_URL
 
 constexpr int STYLE_OGC_URL = 2;
 
-// Control characters that no URL holds stand for the codes in a URL template.
+// The control characters that represent the codes in a URL template; they do not occur in URLs.
 constexpr char PRIMARY_CODE_PLACEHOLDER = '\x01';
 constexpr char SECONDARY_CODE_PLACEHOLDER = '\x02';
 
@@ -51,7 +51,7 @@ AbstractCrs::AbstractCrs(const AbstractCrs& other) = default;
 
 AbstractCrs::~AbstractCrs() = default;
 
-// The identifier stays with the target on purpose: only setCode writes it.
+// Intended: the identifier is not copied; only setCode writes it.
 AbstractCrs& AbstractCrs::operator=(const AbstractCrs& other) {
     if (this == &other) return *this;
     primaryCode = other.primaryCode;
@@ -175,7 +175,7 @@ std::string AbstractCrs::getAliasOrAsFormat(const CRSindicationFormatInfo& info,
     }
 }
 
-// Here the secondary code alone decides, not the dimension.
+// Intended: the secondary code alone decides, not the dimension.
 std::string AbstractCrs::getAsURL(const std::string& base, const std::string& simpleTemplate,
                                   const std::string& compoundTemplate) const {
     if (primaryCode == 0)

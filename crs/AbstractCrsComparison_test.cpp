@@ -86,7 +86,7 @@ TEST_F(AbstractCrsTest, ComparesOnlyTheFactorsThatCountInItsDimension) {
         {{4979, 0, 3, 0}, {"secondary factor", [](BareCrs& crs) { crs.secCompoundScaleFactor = 2; }, ALIKE}},
         {{4979, 0, 3, 0}, {"primary factor", [](BareCrs& crs) { crs.primaryScaleFactor = 2; }, EQUAL_BUT_INCOMPATIBLE}},
         {{27700, 5701, 2, 1}, {"2D", [](BareCrs& crs) { crs.forceDim2D(); }, ONLY_CODE_COMPATIBLE}},
-        // The dimension and the compound factor count as wholes.
+        // Compatibility depends only on the total dimension and the effective compound factor.
         {{27700, 5701, 2, 1},
          {"3+0 dimensions",
           [](BareCrs& crs) {

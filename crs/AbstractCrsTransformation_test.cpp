@@ -10,7 +10,7 @@
 namespace CoordinateTransformation {
 namespace {
 
-// Notes what it is called with and moves the point.
+// Records its arguments and moves the point.
 class RecordingTransformer : public CoordTransformer {
 public:
     struct Call {

@@ -30,7 +30,7 @@ struct Codes {
     unsigned int secondary;
 };
 
-// A pointer to a virtual member holds the offset of its slot, plus one on some processors.
+// A pointer to a virtual member contains the offset of its slot, plus one on some processors.
 template <typename Member>
 std::size_t slotOf(Member member) {
     std::size_t offset = 0;
@@ -39,7 +39,7 @@ std::size_t slotOf(Member member) {
     return offset / sizeof(void*);
 }
 
-// The order of the slots is part of the binary interface. The destructor, second of the operations, takes two slots.
+// The order of the slots is part of the binary interface. The destructor, the second operation, has two slots.
 TEST(AbstractCrsLayoutTest, KeepsTheOrderOfItsVirtualOperations) {
     EXPECT_EQ(slotOf(&AbstractCrs::copy), 0U);
     EXPECT_EQ(slotOf(&AbstractCrs::getUnitEquivalentInM), 3U);
@@ -143,7 +143,7 @@ TEST_F(AbstractCrsTest, ReadsTheStoredSecondaryFactorEvenInTwoDimensions) {
     EXPECT_EQ(secCompoundScale, 0.3048);
 }
 
-// Every setter writes its own field and no other.
+// Every setter changes its own field and no other.
 TEST_F(AbstractCrsTest, StoresOneFieldPerSetter) {
     const struct {
         const char* setter;

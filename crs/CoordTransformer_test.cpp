@@ -39,7 +39,7 @@ std::ostream& operator<<(std::ostream& stream, const Point& point) {
     return stream << "(" << point.x << ", " << point.y << ", " << point.z << ")";
 }
 
-// Remembers what it was called with and puts `result` in its place.
+// Records its arguments and replaces the point by `result`.
 class RecordingTransformer : public CoordTransformer {
 public:
     struct Call {
@@ -62,7 +62,7 @@ public:
     bool fails = false;
 };
 
-// A CRS by its code, scale factors and axis order.
+// A CRS given by its code, scale factors and axis order.
 struct CrsCase {
     unsigned int primary = 25832;
     unsigned int secondary = 0;
@@ -90,7 +90,7 @@ protected:
     RecordingTransformer transformer;
 };
 
-// What is done between CRS of one code, to the point (3, 5, 7) with a height and to (3, 5) without.
+// The result between CRS of one code for the point (3, 5, 7) with a height and (3, 5) without.
 struct CompatibleCase {
     const char* name;
     CrsCase source;
@@ -105,7 +105,7 @@ protected:
     const CompatibleCase& pair = GetParam();
 };
 
-// Neither the lock nor the transformation is needed.
+// Needs neither the lock nor the transformation.
 TEST_P(CompatibleCrsTest, MovesPointsByItself) {
     const std::lock_guard<SpinningMutex> held(proj4TransformLock);
     EXPECT_EQ(transformed(pair.source, pair.target, {3, 5, 7}), pair.withHeight);
@@ -168,7 +168,8 @@ TEST_F(CoordTransformerTest, FormsTheQuotientOfTheFactorsFirst) {
     EXPECT_EQ(transformed(scaled(SOLID, threeTenths), scaled(SOLID, tenth), {3, 3, 3}).z, expected);
 }
 
-// The point (3, 5, 7) on its way in, and what becomes of a result of (11, 13, 17).
+// The point (3, 5, 7) as the transformation receives it, and the final result when the transformation returns (11, 13,
+// 17).
 struct TransformedCase {
     const char* name;
     CrsCase source;
@@ -198,7 +199,7 @@ const CrsCase GAUSS{31467};
 Point inRadians(double x, double y, double z) { return {x * RADIANS_PER_DEGREE, y * RADIANS_PER_DEGREE, z}; }
 Point inDegrees(double x, double y, double z) { return {x * DEGREES_PER_RADIAN, y * DEGREES_PER_RADIAN, z}; }
 
-// Exchanging axes is left to the transformation.
+// The transformation exchanges the axes.
 INSTANTIATE_TEST_SUITE_P(
     All, TransformedCrsTest,
     testing::Values(

@@ -2,7 +2,7 @@
 
 namespace CoordinateTransformation {
 
-// Exists for the class layout alone; an empty handle is made with NullConstruction.
+// Exists only for the class layout; NullConstruction makes an empty handle.
 Crs::Crs() { throw; }
 
 Crs::Crs(NullConstruction) {}
@@ -70,7 +70,7 @@ void Crs::deleteNonConstCrs() {
     if (!holdingConst) delete crs;
 }
 
-// Empties the handle first: a copy that fails must not leave it with what the caller has released.
+// Empties the handle first: after a failed copy it must not refer to a CRS that the caller has released.
 void Crs::slurp(const Crs& other) {
     crs = nullptr;
     if (other.crs != nullptr) crs = other.holdingConst ? other.crs : other.crs->copy();

@@ -1,4 +1,4 @@
-// Compiled under each standard: C++20 adds reversed and rewritten candidates to every comparison.
+// Compiled under both standards: C++20 adds reversed and rewritten candidates to every comparison.
 
 #include <cstddef>
 #include <type_traits>
@@ -27,7 +27,7 @@ struct DerivedHandle : Crs {
     using Crs::Crs;
 };
 
-// Whether both operators, in both orders, answer as they should.
+// Whether both operators, in both orders, give the expected result.
 template <typename Left, typename Right>
 void expectComparison(Left&& left, Right&& right, bool same) {
     EXPECT_EQ(left == right, same);
@@ -36,7 +36,7 @@ void expectComparison(Left&& left, Right&& right, bool same) {
     EXPECT_EQ(right != left, !same);
 }
 
-// Each operand as a modifiable and as a const object.
+// Compares each operand as a modifiable and as a const object.
 template <typename Left, typename Right>
 void expectComparisonOfEveryMix(Left& left, Right& right, bool same) {
     expectComparison(left, right, same);

@@ -28,7 +28,7 @@ using Writer = std::function<std::string(const AbstractCrs&)>;
 constexpr int URN_STYLE = 0;
 constexpr int URL_STYLE = 2;
 
-// A creator whose pool holds the CRS added to it, each under its identifier.
+// A creator whose pool contains each added CRS under its identifier.
 class PoolingCreator : public TestSupport::FakeCreator {
 public:
     using FakeCreator::FakeCreator;
@@ -79,7 +79,7 @@ struct Codes {
     unsigned int secondary;
 };
 
-// Those of the CRS that the table writes.
+// The CRS that the table writes.
 std::vector<Codes> codesOfTheTable(bool compound) {
     std::vector<Codes> codes;
     for (const NameRow& row : TestSupport::nameRowsWith("identifier"))
@@ -102,7 +102,7 @@ protected:
         EXPECT_EQ(write(*read.get()), written);
     }
 
-    // Also releases what reading a URN or URL leaves behind.
+    // Also releases the object that reading a URN or URL does not release.
     LiveCrs live;
     PoolingCreator creator{&live};
     FakeTransformer transformer;

@@ -32,7 +32,7 @@ constexpr unsigned int IDENTIFIER = 3;
 constexpr int URN_STYLE = 0;
 constexpr int URL_STYLE = 2;
 
-// What stands for the codes in a URL template.
+// The characters that represent the codes in a URL template.
 const std::string P = "\x01";
 const std::string S = "\x02";
 

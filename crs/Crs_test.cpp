@@ -32,14 +32,14 @@ static_assert(!std::is_convertible_v<const Crs&, AbstractCrs*>);
 AbstractCrs* const NOTHING_TO_OWN = nullptr;
 const AbstractCrs* const NOTHING_TO_BORROW = nullptr;
 
-// A handle that has been moved from keeps its flag, so there are two kinds of empty handles.
+// A handle keeps its flag when it is moved from, so there are two kinds of empty handles.
 enum HandleState { EMPTY, LEFT_BY_BORROWER, BORROWING, OWNING };
 constexpr HandleState STATES[] = {EMPTY, LEFT_BY_BORROWER, BORROWING, OWNING};
 
 bool isEmpty(HandleState state) { return state == EMPTY || state == LEFT_BY_BORROWER; }
 bool isFlagged(HandleState state) { return state == BORROWING || state == LEFT_BY_BORROWER; }
 
-// For reading that must not copy.
+// Reads without a copy.
 class UncopyableCrs : public FakeCrs {
 public:
     using FakeCrs::FakeCrs;
@@ -47,7 +47,7 @@ public:
     AbstractCrs* copy() const override { throw std::bad_alloc(); }
 };
 
-// Whatever handles a test makes, in the end only the cached CRS is alive, and as it was.
+// After every test only the cached CRS is alive, and it is unchanged.
 class CrsTest : public testing::Test {
 protected:
     CrsTest() {
@@ -291,7 +291,7 @@ TEST_F(CrsTest, IsEmptiedByANullPointerToOwn) {
         Crs handle = given(state);
         handle = NOTHING_TO_OWN;
         EXPECT_EQ(handle.get(), nullptr);
-        // Null is what an empty handle holds already, so nothing happens to it.
+        // An empty handle already holds null, so nothing happens to it.
         EXPECT_EQ(handle.isHoldingConst(), state == LEFT_BY_BORROWER);
         EXPECT_EQ(ownedCount(), 0U);
     }

@@ -2,14 +2,14 @@
 
 #include <utility>
 
-// What happens to a point before and after it goes through PROJ. `Side` is a CRS, or what a caller keeps of one: its
-// scale factors, its axis order and whether it is geographic.
+// The arithmetic on a point before and after PROJ. `Side` is a CRS or a caller's record of one: its scale factors, its
+// axis order and whether it is geographic.
 namespace CoordinateTransformation {
 
 constexpr double RADIANS_PER_DEGREE = 0.017453292519943295;
 constexpr double DEGREES_PER_RADIAN = 57.29577951308232;
 
-// Nearly every CRS has the factor 1, by which a division is exact and can be spared.
+// Nearly every CRS has the factor 1. Dividing by 1 is exact, so the division can be omitted.
 inline void divide(double& x, double& y, double factor) {
     if (factor == 1.0) return;
     x /= factor;
@@ -21,7 +21,7 @@ inline void multiply(double& x, double& y, double factor) {
     y *= factor;
 }
 
-// Intended: the scale factors work differently for CRS of the same code, and before and after the transformation.
+// Intended: scale factors work differently between CRS of the same code, and before and after the transformation.
 template <typename Side>
 void moveBetweenCompatible(const Side& source, const Side& target, double& x, double& y, double* z) {
     if (source.isAxisOrderEastNorthOrLonLat() != target.isAxisOrderEastNorthOrLonLat()) std::swap(x, y);
@@ -43,14 +43,14 @@ void bringOutOfProjForm(const Side& target, double& x, double& y, double* z) {
     if (target.isGeographic()) multiply(x, y, DEGREES_PER_RADIAN);
 }
 
-// From the form for PROJ back to coordinates of the source.
+// Converts a point in PROJ's form to coordinates of the source.
 template <typename Side>
 void undoBringIntoProjForm(const Side& source, double& x, double& y) {
     if (source.isGeographic()) multiply(x, y, DEGREES_PER_RADIAN);
     multiply(x, y, source.getPrimaryScaleFactor());
 }
 
-// From coordinates of the target back to what PROJ gives.
+// Converts coordinates of the target to PROJ's form.
 template <typename Side>
 void undoBringOutOfProjForm(const Side& target, double& x, double& y) {
     if (target.isGeographic()) multiply(x, y, RADIANS_PER_DEGREE);
