@@ -1,4 +1,4 @@
-// A program of its own: it replaces the global allocation functions.
+// A separate program, because it replaces the global allocation functions.
 
 #include "tests/support/AllocationFailure.h"
 
@@ -46,7 +46,7 @@ TEST(CrsDescriptionsAllocationFailureTest, AreAllReadOrNone) {
 
 class TransformationAllocationTest : public TestSupport::Proj4Test {
 protected:
-    // Allocations for `points` points that go from `source` to `target`.
+    // The number of allocations for `points` points from `source` to `target`.
     static long allocationsFor(const AbstractCrs& source, const AbstractCrs& target, int points) {
         const long before = allocations;
         for (int i = 0; i < points; ++i) {
@@ -100,7 +100,7 @@ TEST_F(TransformationAllocationTest, NeverHappensInArraysAndBoxes) {
     }
 }
 
-// The operation is taken out of the pool and put back.
+// The operation is taken from the pool and returned to it.
 TEST_F(TransformationAllocationTest, HappensOnceForATransformerOfAPairInUse) {
     const Proj4Crs source = crsOf(4326);
     const Proj4Crs target = crsOf(25832);

@@ -42,7 +42,7 @@ void addRow(const CsvRow& row, const std::string& place) {
 }  // namespace
 
 std::map<unsigned int, bool>& getAxisOrderTable() {
-    // Never released, like all that lives as long as the process: threads may still run when it ends.
+    // Never released, like all process-wide objects: threads may still run when the process ends.
     static auto& table = *new std::map<unsigned int, bool>;
     return table;
 }
@@ -52,7 +52,7 @@ bool searchPathSet = false;
 
 // line = code ";" ( "en" | "ne" ) "\n"
 //
-// A row reader takes a read that breaks off for the end, so the file is read whole first.
+// The file is first read completely: a row reader takes a failed read for the end of the file.
 void loadAxisOrderTable(const std::string& path) {
     if (!getAxisOrderTable().empty()) return;
     const FileText file = readFile(path);
@@ -60,7 +60,7 @@ void loadAxisOrderTable(const std::string& path) {
     if (!file.failure.empty()) throw Misconfigured("Unable to read AxisOrder file \"" + path + "\": " + file.failure);
     std::istringstream rows(file.content);
     rows.exceptions(std::ios::badbit);
-    // Intended: the count goes up before a row is looked at, so that messages name the first line as line 2.
+    // Intended: the count is incremented before a row is examined, so messages call the first line line 2.
     unsigned int line = 1;
     for (CsvRowIterator row(rows, CELL_SEPARATOR); row != CsvRowIterator(); ++row)
         addRow(*row, "Error in AxisOrder configuration file \"" + path + "\", line " +

@@ -210,7 +210,7 @@ TEST_F(AxisOrderTableTest, ReportsAFileThatCannotBeOpened) {
     expectMisconfigured("", "Unable to open AxisOrder file \"\"");
 }
 
-// A regular file by its type whose first byte no process may read, the administrator's included.
+// "/proc/self/mem" is a regular file by its type, but no process can read its first byte, not even the administrator's.
 TEST_F(AxisOrderTableTest, ReportsAReadThatBreaksOff) {
     const std::string path = directory.makeSymlink("epsg-axisorder.csv", "/proc/self/mem");
     expectMisconfigured(path, "Unable to read AxisOrder file \"" + path + "\": Input/output error");

@@ -16,7 +16,7 @@ namespace {
                           " can be transformed");
 }
 
-// One axis of a box. `fullTurn` is 0 but for longitudes, which may go on beyond the antimeridian.
+// One axis of a box. `fullTurn` is 0 except for longitudes, which may extend across the antimeridian.
 struct Side {
     Side(double from, double to, double turn)
         : least(from), greatest(to), fullTurn(turn), extent(to - from >= 0 ? to - from : to - from + turn) {}
@@ -49,14 +49,14 @@ struct Box {
     Side y;
 };
 
-// Goes around the box in a ring and calls `take` with the points that can be transformed, in the target.
+// Walks around the box in a ring and calls `take` with the target coordinates of each point that can be transformed.
 template <typename Take>
 class Walk {
 public:
     Walk(const Box& around, unsigned int pointsPerSide, PointMover& pointMover, Take taker)
         : box(around), points(pointsPerSide), mover(pointMover), take(taker) {}
 
-    // Each side begins at its corner as the box gives it.
+    // Each side begins exactly at the corner of the box.
     void goAround() {
         const double stepX = box.x.extent / points;
         const double stepY = box.y.extent / points;

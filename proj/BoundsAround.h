@@ -9,9 +9,9 @@ namespace CoordinateTransformation {
 
 class PointMover;
 
-// As PointTransformer::transformBounds. Allocates nothing but the text of its failure.
+// Implements PointTransformer::transformBounds. Allocates only the text of its failure.
 //
-// REQUIRES: `mover` is of this process.
+// REQUIRES: `mover` was made in this process.
 Bounds boundsAround(const Bounds& bounds, unsigned int pointsPerEdge, PointMover& mover);
 
 struct Range {
@@ -25,16 +25,16 @@ struct Range {
     bool isEmpty() const { return least > greatest; }
 };
 
-// The longitudes that are met on the way around a box. A step of more than 200 degrees goes over the antimeridian:
-// around the whole earth, with two further points on each edge, steps are of 120 degrees, and of 240 over the
-// antimeridian.
+// The range of the longitudes on the way around a box. A step of more than 200 degrees crosses the antimeridian: around
+// the whole earth, with two further points on each edge, a step is 120 degrees, and 240 across the antimeridian.
 class LongitudesAround {
 public:
-    // `degree` is the unit of longitudes.
+    // `degree` is the length of a degree in the unit of the longitudes.
     explicit LongitudesAround(double degree);
 
     void add(double longitude);
-    // Back where it began: the westernmost longitude and the easternmost, or all of them. Empty without any.
+    // Returns to the first longitude. Returns the westernmost and the easternmost longitude, or the full turn. Empty if
+    // no longitude was added.
     Range close();
 
 private:
@@ -43,12 +43,12 @@ private:
     const double halfTurn;
     const double fullTurn;
     const double leap;
-    // Of longitudes that go on beyond the antimeridian.
+    // The range of the longitudes continued across the antimeridian.
     Range unrolled;
     double turns = 0;
     double first = 0;
     double last = 0;
-    // Those of the least and of the greatest.
+    // The original longitudes of its least and greatest value.
     double western = 0;
     double eastern = 0;
 };

@@ -29,7 +29,7 @@ std::string textOf(const Bounds& box) {
     return text.str();
 }
 
-// Within `tolerance` of the greater extent.
+// The tolerance is relative to the greater extent.
 void expectNear(const Bounds& box, const Bounds& expected, double tolerance) {
     const double size = std::max({std::abs(expected.maxX - expected.minX), std::abs(expected.maxY - expected.minY),
                                   std::abs(expected.maxX) * 1e-6});
@@ -72,7 +72,7 @@ protected:
         givenEpsg(epsg);
     }
 
-    // With scale factors: coordinates of a source are that many times larger, those of a target smaller.
+    // Applies scale factors, which multiply coordinates of a source and divide those of a target.
     Bounds scaled(const Bounds& box, unsigned int from, double fromFactor, unsigned int to, double toFactor) const {
         Proj4Crs source = crsInOrder(from, true);
         Proj4Crs target = crsInOrder(to, true);
@@ -91,7 +91,8 @@ class AgreesWithProjTest : public BoundsAroundTest, public testing::WithParamInt
 INSTANTIATE_TEST_SUITE_P(Projections, AgreesWithProjTest, testing::ValuesIn(PROJECTIONS),
                          [](const auto& projection) { return std::to_string(projection.param.code); });
 
-// Boxes of many sizes around a point of the projection's area, there and back, with edges of few points and of many.
+// Boxes of many sizes around a point in the projection's area, in both directions, with few and many points on each
+// edge.
 TEST_P(AgreesWithProjTest, OnTheSamePoints) {
     const TestSupport::ProjBounds proj(GetParam().text);
     int boxes = 0;
@@ -115,7 +116,7 @@ TEST_F(BoundsAroundTest, HoldsThePoleInside) {
     EXPECT_EQ(north.minX, -180);
     EXPECT_EQ(north.maxX, 180);
     EXPECT_EQ(north.maxY, 90);
-    // The corners lie 1,414 km from the pole.
+    // The corners are 1,414 km from the pole.
     EXPECT_NEAR(north.minY, 76.9, 0.3);
     const Bounds south = transform({-1e6, -1e6, 1e6, 1e6}, 3031, 4326);
     EXPECT_EQ(south.minY, -90);
@@ -135,7 +136,7 @@ TEST_F(BoundsAroundTest, HoldsThePoleInEveryAxisOrder) {
         }
 }
 
-// It cannot move the pole.
+// A transformer that cannot transform the pole.
 class OneWayTransformer : public CoordTransformer {
 public:
     void transformCoordinates(const AbstractCrs* source, const AbstractCrs* target, double& x, double& y,
@@ -153,7 +154,7 @@ TEST_F(BoundsAroundTest, HoldsNoPoleThatCannotBeMoved) {
 
 TEST_F(BoundsAroundTest, HoldsThePoleOfASourceThatIsGeographicToo) {
     const Bounds expected{-180, 80, 180, 90};
-    // The pole of the Bessel ellipsoid is a little off that of WGS 84, and inside.
+    // The pole of the Bessel ellipsoid is near that of WGS 84, and inside the box.
     for (const Bounds& box : {Bounds{-180, 80, 180, 90}, Bounds{0, 80, 360, 90}}) {
         const Bounds cap = transform(box, 9003, 4326);
         EXPECT_EQ(cap.minX, expected.minX);
@@ -163,7 +164,7 @@ TEST_F(BoundsAroundTest, HoldsThePoleOfASourceThatIsGeographicToo) {
     }
 }
 
-// The pole of WGS 84 lies near that of the Bessel ellipsoid, at 173 degrees west.
+// The pole of WGS 84 is near that of the Bessel ellipsoid, at 173 degrees west.
 TEST_F(BoundsAroundTest, HoldsThePoleInABoxAcrossTheAntimeridian) {
     for (const Bounds& box : {Bounds{170, 80, -170, 90}, Bounds{170, 80, 190, 90}, Bounds{-190, 80, -170, 90}}) {
         const Bounds cap = transform(box, 9003, 4326);
@@ -192,7 +193,7 @@ TEST_F(BoundsAroundTest, CountsDegreesByTheScaleFactors) {
     EXPECT_EQ(pole.maxY, 90);
 }
 
-// The same for CRS whose points go through the transformer of a host, which asks the library's.
+// A host's transformer that forwards to the library's; the points of its CRS go through it.
 class AskingTransformer : public CoordTransformer {
 public:
     void transformCoordinates(const AbstractCrs* source, const AbstractCrs* target, double& x, double& y,
@@ -278,7 +279,7 @@ TEST_F(BoundsAroundTest, LeavesBoxesOfTheSameCodeAsTheyAre) {
 }
 
 TEST_F(BoundsAroundTest, IsTheBoxOfWhatCanBeTransformed) {
-    // Mercator has no poles.
+    // The poles have no place in the Mercator projection.
     const Bounds box = transform({0, 0, 10, 90}, 4326, 3857);
     EXPECT_NEAR(box.maxX, 1113194.9, 0.1);
     EXPECT_TRUE(std::isfinite(box.maxY));
@@ -305,7 +306,7 @@ TEST_F(BoundsAroundTest, TakesAnyNumberOfPointsForAnEdge) {
     EXPECT_GE(fine.maxY, corners.maxY);
     expectNear(transform(box, 4326, 3035, 4000000000U), transform(box, 4326, 3035, 10000), 0);
     expectNear(transform(fine, 3035, 4326, 0), transform(fine, 3035, 4326, 2), 0);
-    // From corner to corner it would go over the antimeridian.
+    // The step from corner to corner would cross the antimeridian.
     const Bounds nearlyAll = transform({-2e7, -1e7, 2e7, 1e7}, 3857, 4326, 0);
     EXPECT_NEAR(nearlyAll.minX, -179.663, 1e-3);
     EXPECT_NEAR(nearlyAll.maxX, 179.663, 1e-3);

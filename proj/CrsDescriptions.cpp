@@ -50,7 +50,7 @@ constexpr const char* COLUMNS[COLUMN_COUNT] = {
 constexpr double GREATEST_LONGITUDE = 180;
 constexpr double GREATEST_LATITUDE = 90;
 
-// What is wrong with a line, in words.
+// The fault in a line, in words.
 struct BadLine {
     std::string reason;
 };
@@ -72,7 +72,7 @@ std::string takeNonEmptyText(Column column, Cells& cells) {
     return takeText(column, cells);
 }
 
-// code = digits, from 1 on
+// code = digits; the least code is 1
 unsigned int readCodeText(std::string_view text, Column column) {
     unsigned int code = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), code);
@@ -94,7 +94,7 @@ std::optional<double> readDistance(Column column, const Cells& cells) {
     return readNumber(column, cells, 0, GREATEST_NUMBER);
 }
 
-// All four cells of a CRS whose area the registry does not know are empty.
+// If the registry does not know the area of a CRS, all four cells are empty.
 std::optional<GeographicBox> readBox(const Cells& cells) {
     if (std::all_of(&cells[WEST], &cells[NORTH] + 1, [](const std::string& cell) { return cell.empty(); })) return {};
     const GeographicBox box{readNumber(WEST, cells, -GREATEST_LONGITUDE, GREATEST_LONGITUDE),
@@ -198,12 +198,12 @@ const CrsDescription* CrsDescriptions::find(unsigned int code) const {
 }
 
 CrsDescriptions& getSettledCrsDescriptions() {
-    // Never released, like all that lives as long as the process: threads may still run when it ends.
+    // Never released, like all process-wide objects: threads may still run when the process ends.
     static auto& descriptions = *new CrsDescriptions;
     return descriptions;
 }
 
-// A link that leads nowhere is there.
+// A dangling link counts as present.
 CrsDescriptions readCrsDescriptionsIfThere(const std::string& path) {
     if (boost::filesystem::symlink_status(path).type() == boost::filesystem::file_not_found) return {};
     requireRegularFile(path);

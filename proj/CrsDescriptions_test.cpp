@@ -199,7 +199,7 @@ TEST_F(CrsDescriptionsTest, ReportAFileThatCannotBeOpened) {
     EXPECT_EQ(reportFor(path), "qvConfigurationError: Unable to open CRS description file \"" + path + "\"");
 }
 
-// A regular file by its type whose first byte no process may read, the administrator's included.
+// "/proc/self/mem" is a regular file by its type, but no process can read its first byte, not even the administrator's.
 TEST_F(CrsDescriptionsTest, ReportAReadThatBreaksOff) {
     const std::string path = directory.makeSymlink("epsg-info.csv", "/proc/self/mem");
     EXPECT_EQ(reportFor(path),

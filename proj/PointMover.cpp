@@ -25,7 +25,7 @@ namespace {
 
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 
-// `move` takes x, y and z or null. False if it cannot move the point.
+// `move` receives x, y, and z or null, and returns false if it cannot move the point.
 template <typename Move>
 std::size_t moveAll(const Points& points, Move move) {
     std::size_t failures = 0;
@@ -44,7 +44,7 @@ std::size_t moveAll(const Points& points, Move move) {
     return failures;
 }
 
-// What a degree is after bringOutOfProjForm.
+// The length of a degree after bringOutOfProjForm.
 double degreeOutOfProj(const CrsSide& target) { return 1 / target.getPrimaryScaleFactor(); }
 
 class CompatibleMover : public PointMover {
@@ -52,7 +52,7 @@ public:
     CompatibleMover(const CrsSide& from, const CrsSide& to) : PointMover(from, to, to.getPrimaryScaleFactor()) {}
 
     std::size_t transform(const Points& points) override {
-        // Copies stay in registers.
+        // Local copies stay in registers.
         return moveAll(points, [from = source, to = target](double& x, double& y, double* z) {
             moveBetweenCompatible(from, to, x, y, z);
             return true;
@@ -67,14 +67,14 @@ public:
 
 using ClassicProj::Position;
 
-// Points that follow each other, in the form for PROJ, easting first. They go through PROJ some dozens at a time: it
-// would wait for what is written immediately before.
+// Consecutive points in PROJ's form, easting first. PROJ receives some dozens at a time, because it would wait for
+// values written immediately before.
 struct Chunk {
     static constexpr std::size_t SIZE = 64;
 
     std::size_t first = 0;
     std::size_t size = 0;
-    // Of all points or of none.
+    // Whether the points have heights: all or none of them do.
     bool haveHeights = false;
     Position points[SIZE];
 };
@@ -137,9 +137,9 @@ private:
         if (lease.makeError() != 0) throw TransExecException(ClassicProj::pj_strerrno(lease.makeError()));
     }
 
-    // A height that is NaN counts as none.
+    // A height that is NaN counts as no height.
     void take(const Points& points, Chunk& chunk) const {
-        // A copy stays in registers.
+        // A local copy stays in registers.
         const CrsSide from = source;
         const EastNorth in(points, from);
         const std::size_t most = std::min(points.count - chunk.first, Chunk::SIZE);
@@ -192,7 +192,8 @@ public:
                        [this](double& x, double& y, double* z) { return move(*sourceCopy, *targetCopy, x, y, z); });
     }
 
-    // Scale factors divide both before and after the transformation: undone here, they are applied twice.
+    // The way back must multiply by the scale factors, but `transformTo` divides by them. Multiplying by their squares
+    // corrects that.
     bool moveBack(double& x, double& y) override {
         const double back = compatible ? 1 : target.getPrimaryScaleFactor() * target.getPrimaryScaleFactor();
         const double forth = compatible ? 1 : source.getPrimaryScaleFactor() * source.getPrimaryScaleFactor();
@@ -203,7 +204,7 @@ public:
     }
 
 private:
-    // Whatever the host raises for a point, the point fails.
+    // A point fails for any exception of the host but std::bad_alloc.
     static bool move(const AbstractCrs& from, const AbstractCrs& to, double& x, double& y, double* z) {
         try {
             if (z == nullptr)

@@ -7,7 +7,7 @@
 
 namespace CoordinateTransformation {
 
-// What the arithmetic around a transformation asks of a CRS, as it was when this was made.
+// The properties of a CRS that the arithmetic around a transformation needs, recorded when this was made.
 class CrsSide {
 public:
     explicit CrsSide(const AbstractCrs& crs)
@@ -28,7 +28,7 @@ private:
     bool geographic;
 };
 
-// Arrays of PointTransformer::transform.
+// The arrays of PointTransformer::transform.
 struct Points {
     std::size_t count;
     double* x;
@@ -38,36 +38,38 @@ struct Points {
     bool* failed;
 };
 
-// Moves points of one CRS to another. Made for one pair, and needs neither CRS afterwards.
+// Moves points from one CRS to another. Made for one pair; needs neither CRS afterwards.
 //
 // Not thread-safe.
 class PointMover {
 public:
-    // `degreeOfTarget` is what a degree is in coordinates of the target, if that is geographic.
+    // `degreeOfTarget` is the length of a degree in coordinates of a geographic target.
     PointMover(const CrsSide& from, const CrsSide& to, double degreeOfTarget);
     PointMover(const PointMover&) = delete;
     PointMover& operator=(const PointMover&) = delete;
     virtual ~PointMover();
 
-    // Makes anew what a parent process has made. TransExecException if PROJ cannot make it again.
+    // Remakes in the child of a fork the parts that the parent made. Throws TransExecException if PROJ cannot make them
+    // again.
     virtual void renewAfterFork() {}
-    // How many points fail; they become NaN.
+    // Moves the points and returns the number of points that failed; those become NaN.
     virtual std::size_t transform(const Points& points) = 0;
-    // One point from target to source; false if it cannot be moved.
+    // Moves one point from target to source. Returns false if it cannot be moved.
     virtual bool moveBack(double& x, double& y) = 0;
 
     const CrsSide source;
     const CrsSide target;
-    // What a degree is in coordinates of a geographic CRS. The scale factors work differently on the two sides.
+    // The length of a degree in coordinates of a geographic CRS. The scale factors work differently on the two sides.
     const double sourceDegree;
     const double targetDegree;
 };
 
-// Of CRS of the same code.
+// Moves points between CRS of the same code.
 std::unique_ptr<PointMover> makeCompatibleMover(const AbstractCrs& source, const AbstractCrs& target);
-// With an operation out of the pool. Both CRS are Proj4Crs. TransExecException if PROJ cannot make the operation.
+// Moves points with an operation from the pool. Both CRS are Proj4Crs. Throws TransExecException if PROJ cannot make
+// the operation.
 std::unique_ptr<PointMover> makePooledMover(const AbstractCrs& source, const AbstractCrs& target);
-// Point by point through `transformTo` of copies.
+// Moves each point through `transformTo` of copies of the CRS.
 std::unique_ptr<PointMover> makeHostMover(const AbstractCrs& source, const AbstractCrs& target);
 
 }  // namespace CoordinateTransformation

@@ -12,7 +12,7 @@
 namespace CoordinateTransformation {
 namespace {
 
-// A class that derives from Proj4Crs may answer otherwise.
+// A class derived from Proj4Crs may override its operations.
 bool isOfTheLibrary(const AbstractCrs& crs, const CoordTransformer& transformer) {
     return typeid(crs) == typeid(Proj4Crs) && &transformer == getProj4Transformer();
 }

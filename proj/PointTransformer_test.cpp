@@ -26,7 +26,7 @@ namespace CoordinateTransformation {
 namespace {
 
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
-// No projection of the tests has a point there.
+// No projection of these tests can project this point.
 constexpr double NOWHERE = 1e30;
 
 using TestSupport::haveSameBits;
@@ -79,7 +79,7 @@ const PairOfCodes PAIRS[] = {
     {"WithinADatum", 4230, 23030, {-3, 40, 100}},
 };
 
-// What failed, and what became of the points.
+// The failures and the resulting points.
 struct Outcome {
     std::vector<PointXyz> points;
     std::vector<bool> failed;
@@ -124,7 +124,7 @@ void expectSame(const Outcome& actual, const Outcome& expected) {
         }
 }
 
-// Hundreds, with some among them that fail or have no height.
+// Hundreds of points; some of them fail or have no height.
 std::vector<PointXyz> pointsAround(const PointXyz& point) {
     constexpr double BAD[] = {NOWHERE, NOT_A_NUMBER, std::numeric_limits<double>::infinity()};
     std::vector<PointXyz> points;
@@ -136,7 +136,7 @@ std::vector<PointXyz> pointsAround(const PointXyz& point) {
     return points;
 }
 
-// Pairs in all axis orders, with scale factors and without, with heights and without.
+// Pairs in all axis orders, with and without scale factors, with and without heights.
 class SamePointTest : public PointTransformerTest, public testing::WithParamInterface<PairOfCodes> {
 protected:
     void expectTheSame(const Proj4Crs& source, const Proj4Crs& target, bool withHeights) {
@@ -177,7 +177,7 @@ TEST_P(SamePointTest, NeedsNeitherCrsAfterwards) {
     expectSame(movedByTransformer(transformer, points, true), wanted);
 }
 
-// 40 N on the central meridian of the UTM zone, in the CRS of one datum with two shifts to WGS 84.
+// 40 N on the central meridian of the UTM zone, in CRS of one datum with two shifts to WGS 84.
 TEST_F(PointTransformerTest, ShiftsNothingWithinADatum) {
     const double northing = 0.9996 * TestSupport::meridianArc(TestSupport::INTERNATIONAL, 40);
     const Proj4Crs source = crsInOrder(4230, true);
@@ -296,7 +296,7 @@ TEST_F(PointTransformerTest, ComesBackToThePoolWithItsOperation) {
     EXPECT_EQ(ClassicProj::countPooledOperations().idle, before.idle + 1);
 }
 
-// A CRS of a host's own, whose transformer adds to what it is given and refuses a point.
+// A host's own CRS, whose transformer adds to the coordinates and refuses one point.
 class HostTransformer : public CoordTransformer {
 public:
     void transformCoordinates(const AbstractCrs*, const AbstractCrs*, double& x, double& y, double* z) const override {
@@ -360,7 +360,7 @@ TEST_F(PointTransformerTest, GivesBackItsOperationWhenItIsAssignedTo) {
     EXPECT_EQ(ClassicProj::countPooledOperations().idle, idle + 1);
 }
 
-// One that answers for itself.
+// A CRS with operations of its own.
 class DerivedCrs : public Proj4Crs {
 public:
     using Proj4Crs::Proj4Crs;

@@ -28,7 +28,7 @@ struct FreeContext {
 };
 using ContextPtr = std::unique_ptr<ClassicProj::Context, FreeContext>;
 
-// The contexts live as long as the projections that were made with them, that is for ever. Under proj4DefLock.
+// Contexts live as long as the projections made with them: until the process ends. Guarded by proj4DefLock.
 std::vector<ContextPtr>& contexts() {
     static auto& kept = *new std::vector<ContextPtr>;
     return kept;

@@ -211,7 +211,7 @@ TEST_F(Proj4CrsCodeTest, StaysBoundWhenOnlyItsDimensionChanges) {
     EXPECT_EQ(crs.getProjDef(), bound);
 }
 
-// What is left after a failure: the new codes, nothing bound.
+// The state after a failure: the new codes, and no binding.
 class FailedCodeTest : public Proj4CrsTest {
 protected:
     FailedCodeTest() {
@@ -257,7 +257,7 @@ TEST_F(FailedCodeTest, CanBeMadeGood) {
     EXPECT_EQ(crs.getProjDef(), crsOf(25832).getProjDef());
 }
 
-// Tells which operations are called through their virtual slots, and what the CRS is like then.
+// Records which operations are called through their virtual slots, and the state of the CRS at each call.
 class RecordingCrs : public Proj4Crs {
 public:
     using Proj4Crs::Proj4Crs;
@@ -335,7 +335,7 @@ protected:
         source.setEpsgVersion("8.6");
         source.setScaleFactors(2, 3);
     }
-    // What assignment leaves as it was is told apart by another creator and transformer.
+    // Another creator and transformer show which fields assignment leaves unchanged.
     const FakeCreator otherCreator;
     const FakeTransformer otherTransformer;
     Proj4Crs source = crsOf(31467, 5783);

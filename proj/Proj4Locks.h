@@ -9,16 +9,16 @@
 
 namespace CoordinateTransformation {
 
-// All locks around PROJ are held while the process forks, in the order proj4DefLock, proj4TransformLock, those of the
-// classic interface. So a child finds them free and what they guard in order. A new lock takes its place in that
-// order. The catalogue, whose lock is taken alone, sees to its own.
+// All locks around PROJ are held while the process forks, taken in the order proj4DefLock, proj4TransformLock, locks of
+// the classic interface. A child therefore finds them free and the guarded data consistent. A new lock must get a place
+// in that order. The catalogue's lock is never taken together with others, and the catalogue handles forks itself.
 
 // Serialises every use of pj_transform.
 //
-// Threads that meet at it spin before they sleep: a point takes less time than falling asleep.
+// Threads that find it held spin before they sleep: a point takes less time than falling asleep.
 extern SpinningMutex proj4TransformLock;
 
-// Holds it, and with it the role without which clang lets nobody call pj_transform.
+// Holds proj4TransformLock and the role that clang's analysis requires for pj_transform.
 class COORDTRANS_THREAD_SAFETY(scoped_lockable) TransformGuard {
 public:
     TransformGuard() COORDTRANS_THREAD_SAFETY(acquire_capability(ClassicProj::transformRole))
@@ -34,12 +34,11 @@ private:
 // Guards the binding of codes to PROJ objects, and proj4DefCache.
 extern std::mutex proj4DefLock;
 
-// Primary EPSG code to its PROJ object; entries are never removed. Made at first use: a host's static
-// initialisers may run before those of a static library.
+// Primary EPSG code to PROJ object. Entries are never removed. Made at first use, because a host's static initialisers
+// may run before those of a static library.
 std::map<unsigned int, ClassicProj::projPJ>& getProj4DefCache();
 
-// The same cache under the name that it has once the library is loaded. Null before, so the library reads it
-// through the function.
+// The same cache, as a variable. It is null until the library is loaded, so the library itself calls the function.
 extern std::map<unsigned int, ClassicProj::projPJ>& proj4DefCache;
 
 }  // namespace CoordinateTransformation

@@ -43,13 +43,13 @@ void afterForkInChild() {
     afterFork();
 }
 
-// At load: handlers of a host that use the library are registered later, and so run while its locks are free. The C
-// library forgets the handlers when the library is unloaded.
+// Registered at load. A host that uses the library registers its handlers later, so they run while the library's locks
+// are free. The C library removes the handlers when the library is unloaded.
 [[maybe_unused]] const int registered = pthread_atfork(beforeFork, afterFork, afterForkInChild);
 
 ClassicProj::projPJ projectionOf(const AbstractCrs* crs) {
-    // Only Proj4CrsCreator hands this transformer out, to Proj4Crs alone, so the type needs no check. The CRS that is
-    // missing has no identifier to name.
+    // Only Proj4CrsCreator gives this transformer to CRS, and all of them are Proj4Crs, so the type needs no check. A
+    // missing CRS has no identifier for the message.
     if (crs == nullptr) throw Misconfigured("No PROJ4 definition for CRS  found");
     return static_cast<ClassicProj::projPJ>(static_cast<const Proj4Crs*>(crs)->getProjDef());
 }
@@ -63,7 +63,7 @@ Proj4Transformer* getProj4Transformer() {
 
 Proj4Transformer* theProj4Transformer = getProj4Transformer();
 
-// PROJ takes easting first. Intended: the result is exchanged before the error is looked at, also for a failure.
+// PROJ takes easting first. Intended: the result is exchanged before the error is examined, also after a failure.
 void Proj4Transformer::transformCoordinates(const AbstractCrs* source, const AbstractCrs* target, double& x, double& y,
                                             double* z) const {
     const ErrnoGuard errnoGuard;

@@ -90,7 +90,7 @@ TEST_P(AxisExchangeTest, TakesAnglesInRadiansItself) {
     EXPECT_NEAR(y, expectedY, 0.001);
 }
 
-// PROJ leaves a failing point alone; the exchange of the target's axes happens all the same, and no more.
+// PROJ leaves a failing point unchanged. The exchange of the target's axes still happens, and nothing else.
 TEST_P(AxisExchangeTest, LeavesIntermediateValuesAfterAFailure) {
     Proj4Crs source = crsInOrder(4326, sourceOrder);
     source.setPrimaryScaleFactor(2);
@@ -148,7 +148,7 @@ TEST_F(Proj4TransformerTest, NamesAMissingCrsByNothing) {
 
 class FailingPointTest : public Proj4TransformerTest {
 protected:
-    // North of the pole: no projection takes it.
+    // Beyond the north pole: no projection accepts it.
     void transformFailing() const {
         double x = 9;
         double y = 95;

@@ -6,13 +6,13 @@
 
 namespace CoordinateTransformation {
 
-// What CrsDescriptions::ofProjDirectory gives. Written once, on one thread, when the directory is settled; only read
-// afterwards, by any number of threads.
+// The descriptions that CrsDescriptions::ofProjDirectory returns. One thread writes them once, when the directory is
+// settled. Afterwards any number of threads may read them.
 CrsDescriptions& getSettledCrsDescriptions();
 
-// The descriptions in the file at `path`, or none if nothing is there. Misconfigured for a file that is not as it
-// should be, QSHelpers::FileNotFoundException for what is no regular file. Failures of the query itself are the
-// filesystem library's.
+// The descriptions in the file at `path`, or none if the file does not exist. Throws Misconfigured for a malformed file
+// and QSHelpers::FileNotFoundException if `path` is not a regular file. Failures of the query itself are those of the
+// filesystem library.
 CrsDescriptions readCrsDescriptionsIfThere(const std::string& path);
 
 }  // namespace CoordinateTransformation
