@@ -1,8 +1,9 @@
-# What `cmake --install` puts in place, in four components:
-#   runtime        library and PROJ directory
+# What `cmake --install` puts in place, in five components:
+#   runtime        the library
+#   data           the PROJ directory
 #   development    headers, link to the library or static library, CMake package, pkg-config file
 #   tools          programs and their manual pages, named in tools/
-#   documentation  the pages, in the folders that they have here, so that their links lead somewhere
+#   documentation  the pages, in the same folders as here, so that their links hold
 
 include(CMakePackageConfigHelpers)
 
@@ -16,7 +17,7 @@ install(
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
 if(NOT COORDTRANS_GENERATE_PROJ_DIRECTORY)
-  install(DIRECTORY data/proj DESTINATION ${CMAKE_INSTALL_DATADIR}/CoordinateTransformation COMPONENT runtime)
+  install(DIRECTORY data/proj DESTINATION ${CMAKE_INSTALL_DATADIR}/CoordinateTransformation COMPONENT data)
 endif()
 
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)

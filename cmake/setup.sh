@@ -2,7 +2,7 @@
 
 BUILD_PACKAGES="g++ cmake ninja-build libproj-dev proj-data libboost-dev libboost-filesystem-dev"
 TOOL_PACKAGES="libcli11-dev libeigen3-dev libsqlite3-dev libssl-dev nlohmann-json3-dev"
-TEST_PACKAGES="libgtest-dev libgmock-dev libbenchmark-dev dpkg-dev file pkg-config python3"
+TEST_PACKAGES="libgtest-dev libgmock-dev libbenchmark-dev dpkg-dev file lintian pkg-config python3"
 ANALYSIS_PACKAGES="git doxygen clang libc++-dev libc++abi-dev clang-format clang-tidy g++-mingw-w64-x86-64-posix chromium"
 
 say() { printf '\n== %s\n' "$*"; }

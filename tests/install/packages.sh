@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# packages.sh BUILD [WORK]: makes the Debian packages, looks into them, unpacks them into an empty root and builds and
-# runs the consumer there.
+# packages.sh BUILD [WORK]: makes the Debian packages for /usr, checks them with lintian and by their contents, unpacks
+# them into an empty root and builds and runs the consumer there.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 build=$(cd "$1" && pwd)
@@ -38,36 +38,47 @@ require_copyright() {
 rm -rf "$work"
 mkdir -p "$work/root"
 cpack=$(dirname "$(command -v "$cmake")")/cpack
-(cd "$work" && quietly "$cpack" --config "$build/CPackConfig.cmake" -B "$work/packages")
+(cd "$work" && quietly "$cpack" --config "$build/CPackConfig.cmake" -B "$work/packages" \
+    -D CPACK_PACKAGING_INSTALL_PREFIX=/usr)
 rm -rf "$work/packages/_CPack_Packages"
 
 library=libcoordinatetransformation1
 development=libcoordinatetransformation-dev
+data=coordinatetransformation-data
 documentation=coordinatetransformation-doc
 tools=coordinatetransformation-tools
 version=$(field $library Version)
-expected=("$library" "$development" "$documentation")
+expected=("$library" "$data" "$development" "$documentation")
 with_tools=$(cached COORDTRANS_BUILD_TOOLS)
 [ "$with_tools" != ON ] || expected+=("$tools")
 [ "$(find "$work/packages" -maxdepth 1 -name '*.deb' | wc -l)" = "${#expected[@]}" ] || fail "not ${expected[*]}"
+
+# No tag is overridden. Other systems than Debian have no lintian.
+if command -v lintian >/dev/null; then
+    quietly lintian --allow-root --fail-on error,warning "$work"/packages/*.deb
+fi
 
 require_dependency $library 'libproj[0-9]+ .*'
 require_dependency $library 'libboost-filesystem[0-9.]+ .*'
 require_dependency $library 'libstdc\+\+6 .*'
 require_dependency $library 'libc6 .*'
 require_dependency $development "$library \\(= $version\\)"
+require_dependency $development "$data \\(= $version\\)"
 require_dependency $development 'libboost-dev .*'
-copyright='|/share/doc/[^/]+/copyright$'
-require_contents $library '/lib/([^/]+/)?libCoordinateTransformation\.so\.1(\.0\.0)?$|/share/CoordinateTransformation/proj/'"$copyright"
+copyright='|/share/doc/[^/]+/(copyright|changelog(\.Debian)?\.gz)$'
+require_contents $library '/lib/([^/]+/)?libCoordinateTransformation\.so\.1(\.0\.0)?$'"$copyright"
+require_contents $data '/share/CoordinateTransformation/proj/epsg(-axisorder\.csv|-info\.csv)?$'"$copyright"
 require_contents $development '/include/|/libCoordinateTransformation\.so$|/cmake/CoordinateTransformation/|/pkgconfig/'"$copyright"
 require_contents $documentation '/share/doc/.*\.md$'"$copyright"
 for package in "${expected[@]}"; do require_copyright "$package"; done
-[ "$(field $documentation Architecture)" = all ] || fail "the documentation is made for one architecture"
+for package in $data $documentation; do
+    [ "$(field $package Architecture)" = all ] || fail "$package is made for one architecture"
+done
 dpkg-deb -I "$(package_file $library)" shlibs |
     grep -qE "^libCoordinateTransformation 1 $library" || fail "no shlibs entry"
 
 for package in "${expected[@]}"; do dpkg-deb -x "$(package_file "$package")" "$work/root"; done
-prefix=$work/root$(cached CMAKE_INSTALL_PREFIX)
+prefix=$work/root/usr
 check_headers "$prefix"
 through_find_package "$prefix" "$work/find_package"
 through_pkg_config "$prefix" "$work/pkg_config"
@@ -75,11 +86,12 @@ through_pkg_config "$prefix" "$work/pkg_config"
 [ "$with_tools" = ON ] || exit 0
 require_dependency $tools "$library \\(= $version\\)"
 require_dependency $tools 'libproj[0-9]+ .*'
-require_contents $tools '/bin/crs(ctl|-projdir)$|/share/man/man1/crs.*\.1$'"$copyright"
+require_dependency $tools "$data \\(= $version\\)"
+require_contents $tools '/bin/crs(ctl|-projdir)$|/share/man/man1/crs.*\.1\.gz$|/copyright\.[^/]*-dev$'"$copyright"
 LD_LIBRARY_PATH=$(library_folder "$prefix")
 export LD_LIBRARY_PATH
 for program in crsctl crs-projdir; do
     [ -x "$prefix/bin/$program" ] || fail "no $program"
     quietly "$prefix/bin/$program" --version
 done
-[ -s "$prefix/share/man/man1/crsctl.1" ] || fail "no manual page"
+gzip -t "$prefix/share/man/man1/crsctl.1.gz" || fail "no manual page"
