@@ -1,4 +1,5 @@
-// Memory that ends while PROJ makes something. A program of its own: it replaces the global allocation functions.
+// Memory that runs out while PROJ makes something. A separate program, because it replaces the global allocation
+// functions.
 
 #include "tests/support/AllocationFailure.h"
 
@@ -31,19 +32,19 @@ PJ_CONTEXT* makeWatchedContext() {
     return newestContext;
 }
 
-// PROJ tries a text before it makes the operation. During the trial it logs errors alone, into a string on its stack.
-// An exception leaves the log like that: PROJ then reports the exception into a string that is gone, and writes
-// anywhere. Such a failure has no outcome to test, so no allocation of the trial fails.
+// PROJ tries a text before it makes the operation. During the trial it logs only errors, into a string on its stack.
+// After an exception the log still refers to that string, which no longer exists, and PROJ reports the exception into
+// it. The outcome of such a failure is undefined, so no allocation of the trial fails.
 bool isTrial() { return newestContext != nullptr && proj_log_level(newestContext, PJ_LOG_TELL) == PJ_LOG_ERROR; }
 
 Definition definitionOf(const std::string& text) {
     Definition definition;
-    // Contexts are for ever, as in the library, but for the making of things.
+    // Contexts are never released, as in the library. This one makes a single definition.
     EXPECT_EQ(makeDefinition(ParameterList(text), makeContext(), definition), 0) << text;
     return definition;
 }
 
-// Whether `action` came to the failing allocations.
+// Returns whether `action` reached the failing allocations.
 template <typename Action>
 bool runsShort(long first, long howMany, Action action) {
     TestSupport::isSpared = [] { return isTrial() || TestSupport::isWithin(TestSupport::FATAL_FUNCTION); };
@@ -59,14 +60,14 @@ struct Pair {
 
 void PrintTo(const Pair& pair, std::ostream* stream) { *stream << pair.source << " to " << pair.target; }
 
-// How many allocations fail, one after the other.
+// The second parameter is the number of consecutive allocations that fail.
 class EndOfMemoryTest : public testing::TestWithParam<std::tuple<Pair, long>> {
 protected:
     int transform(PairOperations& operations) {
         point = {9.5 * RADIANS, 50.5 * RADIANS, 100};
         return operations.transform(source, target, point.x, point.y, &point.z);
     }
-    // The result that the pair has with memory in plenty.
+    // The pair's result with sufficient memory.
     void expectRight(PairOperations& operations, long after) {
         ASSERT_EQ(transform(operations), 0) << after;
         EXPECT_EQ(point.x, expected.x) << after;
@@ -86,9 +87,9 @@ protected:
     TestSupport::Point expected{};
 };
 
-// The grids are known from SetUp, so PROJ opens them with the first point. It allocates under a lock of its own, which
-// an end of memory leaves locked, for lists that it meets for the first time, or whose names are longer than 15
-// characters.
+// SetUp has used the grids before, so PROJ opens them only with the first point. For lists of grids that are new to it,
+// or whose names are longer than 15 characters, PROJ allocates under a lock of its own, which stays locked when memory
+// runs out.
 TEST_P(EndOfMemoryTest, LeavesNothingBehindThatIsHalfMade) {
     bool ranShort = true;
     long after = 0;
@@ -127,7 +128,7 @@ std::string nameOf(const testing::TestParamInfo<std::tuple<Pair, long>>& paramet
 INSTANTIATE_TEST_SUITE_P(Pairs, EndOfMemoryTest, testing::Combine(testing::ValuesIn(PAIRS), testing::Values(1L, 40L)),
                          nameOf);
 
-// In the pool every pair has a context of its own, so the trial is known by its function.
+// In the pool every pair has its own context, so the trial is recognised by its function.
 bool isSparedInPool() {
     return TestSupport::isWithin(TestSupport::TRIAL_FUNCTION) || TestSupport::isWithin(TestSupport::FATAL_FUNCTION);
 }
@@ -139,7 +140,7 @@ TEST(EndOfMemoryInAPoolTest, LeavesNothingBehindThatIsHalfMade) {
     bool ranShort = true;
     long after = 0;
     for (; ranShort; ++after) {
-        // Each time a pair that is new to the pool, which knows it by its definitions for ever.
+        // Each round has a new pair, because the pool identifies a pair by its definitions and keeps it.
         static std::deque<Definition> definitions;
         Definition& newSource = definitions.emplace_back(source);
         Definition& newTarget = definitions.emplace_back(target);
@@ -150,7 +151,7 @@ TEST(EndOfMemoryInAPoolTest, LeavesNothingBehindThatIsHalfMade) {
         Position point{9 * RADIANS, 50 * RADIANS, 100, NO_TIME};
         lease.move(&point, 1);
         EXPECT_TRUE(point.isFinite()) << after;
-        // This one is in use, and another may wait for a pair.
+        // This operation is in use, and another may be bound to no pair.
         EXPECT_LE(countPooledOperations().made, countPooledOperations().idle + 2) << after;
     }
     EXPECT_GT(after, 100);
@@ -159,7 +160,7 @@ TEST(EndOfMemoryInAPoolTest, LeavesNothingBehindThatIsHalfMade) {
 TEST(EndOfMemoryInADefinitionTest, LeavesNothingBehindThatIsHalfMade) {
     bool ranShort = true;
     for (long after = 0; ranShort; ++after) {
-        // Each time an ellipsoid that has not been measured before.
+        // Each round has an ellipsoid that has not been measured before.
         const std::string text = "+proj=utm +zone=32 +a=6378137 +rf=298." + std::to_string(1000 + after);
         PJ_CONTEXT* const context = makeWatchedContext();
         Definition definition;

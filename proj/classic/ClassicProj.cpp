@@ -25,14 +25,15 @@ unsigned int forksSinceLoad = 0;
 
 namespace {
 
-// What making definitions needs, and the lock that guards it. Never released: definitions live as long as the process.
+// The data for making definitions, and the lock that guards them. Never released: definitions live as long as the
+// process.
 struct Definitions {
     std::mutex lock;
     PerProcess<PJ_CONTEXT*> proj{makeContext};
     std::map<std::string, InitFile> initFiles;
-    // A deque keeps its elements in place.
+    // A deque, so that elements keep their addresses.
     std::deque<Definition> made;
-    // A map keeps them in place as well.
+    // A map, so that texts keep their addresses.
     std::map<int, std::string> errorTexts;
 };
 
@@ -48,7 +49,7 @@ PairOperations& pairOperations() COORDTRANS_THREAD_SAFETY(requires_capability(tr
     return operations.get();
 }
 
-// Serves calls without a context.
+// The context of calls without one.
 Context defaultContext;
 
 std::optional<std::string> findInInitFile(const std::string& file, const std::string& code) {
@@ -62,8 +63,8 @@ std::optional<std::string> findInInitFile(const std::string& file, const std::st
     return found->second.find(code);
 }
 
-// Adds the parameters that "+init=file:code" stands for behind those that are there. An ellipsoid of the init
-// file does not count when the definition itself has any figure of the earth.
+// Appends the parameters that the init file has for "+init=file:code". An ellipsoid of the init file is ignored when
+// the definition itself has a figure of the earth.
 int expandInit(ParameterList& parameters) {
     if (!parameters.has("init")) return 0;
     const std::string init = parameters.get("init");
@@ -94,7 +95,7 @@ int expandAndDefine(ParameterList parameters, Definition& definition) {
     return error != 0 ? error : makeOrChangeContext(parameters, definition);
 }
 
-// The init file of a definition that cannot be made may have a better one by now.
+// After a failure, reads the init file again if it has changed: it may contain a better definition by now.
 bool readInitFileAgain(const ParameterList& parameters) {
     const std::string init = parameters.get("init");
     const auto found = definitions().initFiles.find(init.substr(0, init.find(':')));
@@ -139,7 +140,7 @@ int pj_transform(projPJ source, projPJ target, long count, int offset, double* x
     return error;
 }
 
-// PROJ keeps only the last text that a context was asked for.
+// Texts are kept here, because PROJ keeps only the last text of a context.
 const char* pj_strerrno(int error) {
     if (error == 0) return nullptr;
     const std::lock_guard<std::mutex> guard(definitions().lock);

@@ -1,4 +1,4 @@
-// "+datum_id": definitions on one datum are not shifted against each other, whatever their shifts to WGS 84 are.
+// "+datum_id": nothing is shifted between definitions on one datum, whatever their shifts to WGS 84 are.
 
 #include <ostream>
 #include <string>
@@ -94,7 +94,7 @@ TEST(OneDatumIdTest, LeavesGeoidsTheirPart) {
     expectNear(moved(ED50 + ED50_ID + geoid, ED50 + " +units=m" + ED50_ID, SPAIN), expected, ANGLE_TOLERANCE);
 }
 
-// Two definitions that are shifted against each other by more than 20 m unless their ids are the same.
+// Two definitions with more than 20 m of shift between them unless their ids are the same.
 using Ids = std::pair<const char*, const char*>;
 
 class IdsTest : public testing::TestWithParam<Ids> {
@@ -135,7 +135,7 @@ INSTANTIATE_TEST_SUITE_P(All, UnlikeIdsTest,
                                          Ids("+datum_id=", ""), Ids("+datum_id=EPSG:6230", "+datum_id=6230"),
                                          Ids("+DATUM_ID=EPSG:6230", "+DATUM_ID=EPSG:6230")));
 
-// An id changes nothing towards other datums, and PROJ has no say in it.
+// An id does not affect the shift to other datums, and PROJ never receives it.
 TEST(DatumIdTest, LeavesTheShiftToOtherDatumsAsItIs) {
     for (const std::string& text : {ED50, ED50_UTM30, NTF, NTF_PARIS, NTF_PARIS_LAMBERT}) {
         const Point there = moved("+proj=longlat +ellps=WGS84 +no_defs", text, {3, 46.8, 100});

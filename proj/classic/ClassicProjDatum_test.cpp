@@ -1,4 +1,4 @@
-// What pj_transform does to a point where the datums of two CRS meet.
+// The effect of pj_transform between the datums of two CRS.
 
 #include <cstdint>
 #include <cstring>
@@ -24,7 +24,7 @@ const std::string WORLD = "+proj=longlat +datum=WGS84";
 const std::string WORLD_GEOCENTRIC = "+proj=geocent +datum=WGS84";
 const Point HERE{9, 50, 100};
 
-// A datum by its definition, with the figure and the shift that it stands for.
+// A datum given by its definition, with its ellipsoid and shift.
 struct ShiftedDatum {
     const char* name;
     const char* definition;
@@ -34,7 +34,7 @@ struct ShiftedDatum {
 
 void PrintTo(const ShiftedDatum& datum, std::ostream* stream) { *stream << datum.definition; }
 
-// Within 0.1 mm: between GRS 80 and WGS 84 the geocentric steps are one to PROJ.
+// Within 0.1 mm: PROJ treats the geocentric steps of GRS 80 and WGS 84 as one.
 constexpr double TENTH_OF_A_MILLIMETRE = 1e-4;
 
 class DatumShiftTest : public testing::TestWithParam<ShiftedDatum> {
@@ -114,7 +114,7 @@ TEST(DatumShiftBetweenTwoTest, GoesThroughWgs84) {
     EXPECT_LT(distance(actual, expected), TENTH_OF_A_MILLIMETRE) << actual << expected;
 }
 
-// A projection on the sphere of the semi-major axis leaves the datum its ellipsoid.
+// A projection on the sphere of the semi-major axis does not change the ellipsoid of the datum.
 TEST(DatumShiftOfAPlateCarreeTest, IsThatOfItsEllipsoid) {
     const std::string plate = "+proj=eqc +ellps=bessel +towgs84=598.1,73.7,418.2,0.202,0.045,-2.455,6.7";
     const Shift shift{598.1, 73.7, 418.2, 0.202, 0.045, -2.455, 6.7};
@@ -134,7 +134,7 @@ TEST(DatumShiftBetweenTwoTest, ReadsItsNumbersInAnyLocale) {
     EXPECT_LT(distance(actual, expected), TENTH_OF_A_MILLIMETRE) << actual << expected;
 }
 
-// Where nothing is shifted, longitude, latitude and height stay as they are, whatever the ellipsoids.
+// Without a shift, longitude, latitude and height stay the same, whatever the ellipsoids.
 class NoDatumShiftTest : public testing::TestWithParam<std::pair<const char*, const char*>> {};
 
 TEST_P(NoDatumShiftTest, LeavesGeographicCoordinatesAlone) {
@@ -159,7 +159,7 @@ INSTANTIATE_TEST_SUITE_P(
                     std::pair("+ellps=bessel +nadgrids=@missing.gsb", "+datum=WGS84"),
                     std::pair("+datum=NAD27", "+datum=WGS84")));
 
-// A grid has an edge; a list that shifts nothing is none, so that even a point beyond the pole stays.
+// A grid has an edge. A list without shifts has no grid, so even a point beyond the pole is not moved.
 TEST(NullGridTest, HasSeveralSpellingsAndNoEdge) {
     for (const char* names : {"null", "@null", "null,@null", "@null,null"}) {
         const Point there{200, 95, 100};
@@ -171,8 +171,9 @@ TEST(NullGridTest, HasSeveralSpellingsAndNoEdge) {
 // PROJ keeps the shifts of a grid in single precision.
 constexpr double GRID_TOLERANCE = 1e-10;
 
-// Shifts in arc-seconds, positive to the north and to the east, of a node of each grid and of the middle of one
-// of its meshes, where the shift is the mean of four nodes; read from the files, whose format keeps them to the west.
+// Shifts in arc-seconds, positive to the north and to the east, at a node of each grid and in the middle of one of its
+// meshes, where the shift is the mean of four nodes. They are read from the files, whose format has them positive to
+// the west.
 struct GridShift {
     const char* name;
     const char* definition;
@@ -290,7 +291,7 @@ void appendBigEndian(std::string& bytes, Number number) {
     bytes.append(own.rbegin(), own.rend());
 }
 
-// A grid of 2 by 2 nodes around the date line, from 170 to 190 degrees, that shifts by one degree to the east (CTABLE
+// A grid of 2 by 2 nodes around the date line, from 170 to 190 degrees, with a shift of one degree to the east (CTABLE
 // V2; little-endian, longitudes positive to the west).
 std::string gridAtTheDateLine() {
     std::string bytes = "CTABLE V2.0" + std::string(85, '\0');
@@ -310,7 +311,7 @@ TEST_F(GridFileTest, ShiftsAcrossTheDateLine) {
     for (const double longitude : {179.5, 180.5, -179.5, -180.5, 175.0, 188.5, 535.5}) {
         const Point here{longitude, 5, 100};
         const Point there{longitude + 1, 5, 100};
-        // A degree in single precision.
+        // One degree in single precision.
         expectNear(moved(gridded, WORLD, here), there, 1e-7);
         expectNear(moved(WORLD, gridded, there), here, 1e-7);
     }
@@ -383,8 +384,9 @@ INSTANTIATE_TEST_SUITE_P(
              {9, 50, 100 + GEOID}}),
     nameOfMove);
 
-// A move is what the steps on its way are, which the other tests hold against figures: the source's coordinates become
-// geodetic, then the geoid of the source, the datum, the geoid of the target, and the target's coordinates.
+// A transformation equals the sequence of its steps, and the other tests compare each step with published figures: the
+// source's coordinates become geodetic; then the geoid of the source, the datum shift, the geoid of the target and the
+// target's coordinates follow.
 struct Way {
     const char* name;
     std::string source;
@@ -445,7 +447,7 @@ INSTANTIATE_TEST_SUITE_P(Geoids, WayTest,
                                              WORLD_UTM + GEOID_GRID}),
                          [](const auto& way) { return std::string(way.param.name); });
 
-// A tenth of a millimetre separates GRS 80 from WGS 84 at the poles.
+// At the poles GRS 80 and WGS 84 are a tenth of a millimetre apart.
 TEST(EllipsoidOfADatumTest, IsThatOfItsDefinitionOnEitherSide) {
     const std::string europe = "+proj=longlat +ellps=GRS80 +towgs84=0,0,0";
     const Point onWgs84 = moved(GRIDDED, WORLD, HERE);

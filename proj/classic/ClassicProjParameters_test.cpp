@@ -1,4 +1,4 @@
-// What each parameter of a definition means to pj_transform.
+// The effect of each parameter of a definition on pj_transform.
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@ namespace {
 
 using namespace TestSupport;
 
-// On a sphere the Mercator projection can be worked out by hand; no datum stands in the way.
+// The Mercator projection on a sphere is easy to compute by hand, and these definitions have no datum.
 constexpr double RADIUS = 6371000;
 const std::string SPHERE = "+R=6371000 ";
 const std::string LONG_LAT = "+proj=longlat " + SPHERE;
@@ -93,7 +93,7 @@ INSTANTIATE_TEST_SUITE_P(
              {NORTHING / 1000, EASTING / 1000 + 1, 0.1}}),
     nameOfMove);
 
-// Units count for heights too, unless the definition has vertical units.
+// Units apply to heights too, unless the definition has vertical units.
 Point there(double unit) { return {EASTING / unit, NORTHING / unit, 100 / unit}; }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -131,7 +131,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Move{"BeyondTheDateLine", LONG_LAT, LONG_LAT + "+units=km", {200, 50, 100}, {200, 50, 0.1}}),
     nameOfMove);
 
-// About the pole itself only the longitude of its meridian changes. Coordinates are radians, unless there are units.
+// A rotation about the pole itself changes only the longitude. Coordinates are in radians unless the definition has
+// units.
 const std::string ROTATED = "+proj=ob_tran +o_proj=longlat +o_lat_p=90 +o_lon_p=0 +lon_0=4 " + SPHERE;
 constexpr double ROTATED_LONGITUDE = 5 * RADIANS;
 constexpr double ROTATED_LATITUDE = 50 * RADIANS;
@@ -267,7 +268,7 @@ INSTANTIATE_TEST_SUITE_P(
              {RADIUS * 90 * RADIANS, 0, 0}}),
     nameOfMove);
 
-// These are computed on the sphere of the semi-major axis, whatever the ellipsoid is.
+// These projections are computed on the sphere of the semi-major axis, whatever the ellipsoid is.
 const double PLATE_EASTING = WGS84.a * LONGITUDE * RADIANS;
 const double PLATE_NORTHING = WGS84.a * LATITUDE * RADIANS;
 
@@ -307,7 +308,7 @@ INSTANTIATE_TEST_SUITE_P(PlateCarree, ParameterTest,
 const double TANGENT_EASTING = WGS84.a * std::tan(LONGITUDE * RADIANS);
 const double TANGENT_NORTHING = WGS84.a * std::tan(LATITUDE * RADIANS) / std::cos(LONGITUDE * RADIANS);
 
-// Wagner's sixth projection in the size that it has in PROJ up to 9.6.
+// Wagner's sixth projection at the scale that it has in PROJ up to 9.6.
 const double WAGNER_NORTHING = 0.94745 * PLATE_NORTHING;
 const double WAGNER_EASTING = 0.94745 * PLATE_EASTING * std::sqrt(1 - 3 * std::pow(LATITUDE / 180, 2));
 
@@ -339,7 +340,7 @@ INSTANTIATE_TEST_SUITE_P(OnTheSphere, ParameterTest,
                                               {1, 0.94745 * RADIUS* LATITUDE* RADIANS / 1000, 0.1}}),
                          nameOfMove);
 
-// Computed by pj_transform of PROJ 7.2.1; later versions have other digits in their constants.
+// Computed by pj_transform of PROJ 7.2.1; later versions have constants with more digits.
 TEST(IcosahedronTest, IsOnTheSphere) {
     const Point there = moved("+proj=longlat +ellps=WGS84", "+proj=isea +ellps=WGS84", HERE);
     expectNear(there, {-153297.320166902, 8984662.679199906, 100}, 0.01);
@@ -350,7 +351,7 @@ const Point AT_THE_EQUATOR{0, 0, 0};
 
 Point pole(const Figure& figure) { return {0, 0, figure.a * (1 - figure.f)}; }
 
-// The semi-minor axis is the geocentric z of the pole, the semi-major the x of the equator.
+// The semi-minor axis is the geocentric z of the pole, the semi-major axis the x of the equator.
 INSTANTIATE_TEST_SUITE_P(Ellipsoid, ParameterTest,
                          testing::Values(Move{"ByName", "+proj=longlat +ellps=bessel", "+proj=geocent +ellps=bessel",
                                               AT_THE_POLE, pole(BESSEL)},
@@ -393,7 +394,7 @@ double radiusOfEqualArea(const Figure& figure) {
     return figure.a * std::sqrt(0.5 * (1 + (1 - e * e) / (2 * e) * std::log((1 + e) / (1 - e))));
 }
 
-// Within a millimetre: PROJ has a series of three terms for the radius.
+// Within a millimetre: PROJ computes the radius from a series of three terms.
 TEST(SphereOfEqualAreaTest, TakesThePlaceOfTheEllipsoid) {
     const double radius = radiusOfEqualArea(BESSEL);
     const std::string geographic = "+proj=longlat +ellps=bessel +R_A";
@@ -431,7 +432,7 @@ TEST(VerticalUnitTest, HasNoMeaningWithoutHeights) {
     expectNear(moved(LONG_LAT + "+vunits=ft", MERCATOR + "+vunits=km", HERE, Heights::WITHOUT), THERE);
 }
 
-// The meridian through the middle of a zone is straight there: only its length is needed.
+// The meridian in the middle of a zone is straight, so its length gives the northing.
 TEST(ProjectedTest, TakesZoneAndHemisphere) {
     const double northing = 0.9996 * meridianArc(WGS84, 50);
     const std::string zone = "+proj=utm +zone=32 +datum=WGS84";

@@ -1,4 +1,4 @@
-// How pj_transform goes through points, and what it does with those that fail.
+// How pj_transform iterates over points, and how it treats points that fail.
 
 #include <array>
 #include <cmath>
@@ -141,7 +141,7 @@ TEST_F(PointsTest, OfAGeocentricCrsNeedTheirZ) {
     }
 }
 
-// A point that fails beside one of the same two CRS that does not; angles in degrees.
+// A point that fails and one that succeeds between the same two CRS; angles in degrees.
 struct Failure {
     const char* name;
     std::string source;

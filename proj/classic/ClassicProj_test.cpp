@@ -124,7 +124,7 @@ TEST(DefinitionTest, MayHaveParametersThatNobodyKnows) {
         define(text);
 }
 
-// PROJ's log quotes a definition that names another.
+// PROJ's log quotes a definition that names another one.
 TEST(DefinitionTest, MayHaveTheWordsByWhichProjReportsTheEndOfMemory) {
     for (const std::string words : {"bad_alloc", "out of memory"}) {
         define("+proj=longlat +ellps=GRS80 +title=" + words);
@@ -154,7 +154,7 @@ TEST(LongLatTest, IsToldByItsProjection) {
 
 TEST(LongLatTest, IsAssumedWhereThereIsNoDefinition) { EXPECT_NE(pj_is_latlong(nullptr), 0); }
 
-// A mutable context of its own, released as long as no definition carries it.
+// A separate context. No definition refers to it, so it may be released.
 TEST(ContextTest, CarriesTheErrorNumberOfItsDefinitions) {
     const projCtx context = pj_ctx_alloc();
     const int ofOthers = *pj_get_errno_ref();
@@ -271,7 +271,7 @@ TEST_F(InitDefinitionTest, LosesItsEllipsoidToAnyOtherFigureOfTheEarth) {
     EXPECT_NEAR(axisWith("+a=6000000 +b=5900000"), 5900000, LENGTH_TOLERANCE);
 }
 
-// Where the ellipsoid that was lost would show: a shift from the ellipsoid of the definition.
+// A shift from the definition's ellipsoid would reveal that this ellipsoid was lost.
 TEST_F(InitDefinitionTest, ShiftsFromTheFigureThatCounts) {
     givenEpsg("<1> +proj=longlat +ellps=bessel <>");
     const Point there = moved("+init=epsg:1 +datum=GGRS87", "+proj=geocent +datum=WGS84", {24, 38, 0});
@@ -378,7 +378,7 @@ TEST_F(SearchPathChangeTest, CopiesTheNames) {
     define("+init=epsg:1");
 }
 
-// The error number of the call that names the directories.
+// The error number of the call that sets the directories.
 int errorOf(const std::vector<std::string>& directories) {
     searchOnlyIn(directories);
     return *pj_get_errno_ref();
@@ -401,7 +401,7 @@ TEST_F(SearchPathChangeTest, HasAnErrorNumberWhenADirectoryIsNone) {
     }
 }
 
-// The directory is there, and has no absolute name.
+// The directory exists but has no absolute name.
 TEST_F(SearchPathChangeTest, HasAnErrorNumberWhenTheWorkingDirectoryIsGone) {
     first.makeDirectory("proj");
     const GoneWorkingDirectory gone(first.file("work"));

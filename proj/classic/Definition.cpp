@@ -34,7 +34,7 @@ constexpr NamedDatum NAMED_DATUMS[] = {
     {"OSGB36", "towgs84=446.448,-125.157,542.060,0.1502,0.2470,0.8421,-20.4894 ellps=airy"},
 };
 
-// WGS 84 and GRS 80 count as one ellipsoid within this difference of the squared eccentricity.
+// An ellipsoid whose squared eccentricity differs by less than this counts as WGS 84; GRS 80 does.
 constexpr double WGS_84_SEMI_MAJOR = 6378137.0;
 constexpr double WGS_84_ECCENTRICITY_SQUARED = 0.006694379990;
 constexpr double ECCENTRICITY_TOLERANCE = 0.000000000050;
@@ -117,25 +117,24 @@ constexpr std::initializer_list<const char*> ELLIPSOID_KEYS = {"ellps", "a",   "
                                                                "es",    "R",   "R_A",     "R_V",     "R_a", "R_g",
                                                                "R_h",   "R_C", "R_lat_a", "R_lat_g", "R_m"};
 
-// What a geographic CRS takes from its definition besides the ellipsoid. Others, such as "+lon_0", have no
-// meaning there.
+// The parameters of a geographic CRS besides the ellipsoid. Others, such as "+lon_0", have no meaning for it.
 constexpr std::initializer_list<const char*> LONG_LAT_KEYS = {"pm", "axis", "vunits", "vto_meter", "lon_wrap", "geoc"};
 
-// Those of heights as well, where there are no vertical ones.
+// The units of lengths, and of heights without vertical units.
 constexpr std::initializer_list<const char*> UNIT_KEYS = {"units", "to_meter"};
 
-// What PROJ heeds for geocentric coordinates and the classic interface does not.
+// The parameters of a geocentric CRS that PROJ applies and the classic interface ignores.
 constexpr std::initializer_list<const char*> KEYS_WITHOUT_MEANING_IN_GEOCENTRIC = {"lon_0", "geoc"};
 
-// What the pair of two CRS takes care of, or has no meaning in a step.
+// The parameters that belong to a pair of CRS or have no meaning in a step.
 constexpr std::initializer_list<const char*> KEYS_OUTSIDE_STEPS = {"init",     "datum",      "datum_id", "towgs84",
                                                                    "nadgrids", "geoidgrids", "no_defs",  "type",
                                                                    "title",    "wktext",     "catalog",  "date"};
 
 constexpr std::initializer_list<const char*> LONG_LAT_PROJECTIONS = {"longlat", "latlong", "lonlat", "latlon"};
 
-// Those that the classic interface computes on the sphere of the semi-major axis. PROJ takes the ellipsoid for gnom
-// since 9.2, for eqc since 9.8 and for isea since 9.9; wag6 is another size since 9.7.
+// The projections that the classic interface computes on the sphere of the semi-major axis. PROJ uses the ellipsoid for
+// gnom since 9.2, for eqc since 9.8 and for isea since 9.9; wag6 has another scale since 9.7.
 constexpr std::initializer_list<const char*> SPHERICAL_PROJECTIONS = {"eqc", "gnom", "isea", "wag6"};
 constexpr double LENGTH_OF_A_RADIAN_IN_WAG6 = 0.94745;
 
@@ -158,7 +157,7 @@ bool isValidEllipsoid(const Ellipsoid& ellipsoid) {
            ellipsoid.semiMinor > 0;
 }
 
-// Semi-axes, read off the geocentric coordinates of a point on the equator and of a pole.
+// Finds the semi-axes: they are geocentric coordinates of a point on the equator and of a pole.
 int measureEllipsoid(const std::string& parameters, PJ_CONTEXT* proj, Ellipsoid& ellipsoid) {
     constexpr double QUARTER_TURN = 1.5707963267948966;
     const ProjectionPtr cartesian = makeProjection(proj, "+proj=cart" + parameters);
@@ -170,7 +169,7 @@ int measureEllipsoid(const std::string& parameters, PJ_CONTEXT* proj, Ellipsoid&
     return isValidEllipsoid(ellipsoid) ? 0 : PROJ_ERR_INVALID_OP_ILLEGAL_ARG_VALUE;
 }
 
-// Definitions share a handful of ellipsoids, each of which is measured once.
+// Definitions share a few ellipsoids, so each is measured only once.
 int findEllipsoid(const ParameterList& parameters, PJ_CONTEXT* proj, Ellipsoid& ellipsoid) {
     static auto& known = *new std::map<std::string, Ellipsoid>;
     const std::string key = parameters.only(ELLIPSOID_KEYS).toText();
@@ -184,7 +183,7 @@ int findEllipsoid(const ParameterList& parameters, PJ_CONTEXT* proj, Ellipsoid& 
     return error;
 }
 
-// The defaults of PROJ for a definition that leaves the figure of the earth open.
+// PROJ's default for a definition without a figure of the earth.
 void addDefaultEllipsoid(ParameterList& parameters) {
     if (!parameters.has("no_defs") && !parameters.hasAnyOf(ELLIPSOID_KEYS))
         parameters.addDefaults(ParameterList("ellps=GRS80"));
@@ -194,7 +193,7 @@ bool isPipeline(const ParameterList& parameters) {
     return parameters.get("proj") == "pipeline" || parameters.hasAnyOf({"step", "inv"});
 }
 
-// "+over": longitudes of a geographic CRS are handed on as they are, only "+lon_wrap" moves them.
+// With "+over" PROJ does not wrap the longitudes of a geographic CRS; only "+lon_wrap" does.
 std::string longLatStep(const ParameterList& parameters) {
     return "+proj=longlat +over" + parameters.only(ELLIPSOID_KEYS).toText() + parameters.only(LONG_LAT_KEYS).toText() +
            parameters.only(UNIT_KEYS).toText();
@@ -204,7 +203,7 @@ std::string projectionStep(const ParameterList& parameters) {
     return parameters.without(KEYS_OUTSIDE_STEPS).toText().substr(1);
 }
 
-// What lengths of PROJ must be multiplied by to be those of the classic interface.
+// The factor from PROJ's lengths to those of the classic interface.
 double scaleOf(const std::string& projection, PJ_CONTEXT* proj) {
     if (projection != "wag6") return 1;
     const ProjectionPtr wag6 = makeProjection(proj, "+proj=wag6 +R=1");
@@ -216,14 +215,15 @@ std::string sphericalStep(const ParameterList& parameters, double radius) {
     return projectionStep(parameters.without(ELLIPSOID_KEYS)) + " +R=" + writeDouble(radius);
 }
 
-// PROJ heeds neither units nor false easting and northing of rotated longitudes and latitudes. They are the same as the
-// coordinates of a plane that maps angles to themselves, on an ellipsoid of that shape with the semi-major axis 1.
+// PROJ ignores units and false easting and northing for rotated longitudes and latitudes. A plane that maps angles to
+// themselves gives the same coordinates, on an ellipsoid of the same shape with the semi-major axis 1, and PROJ applies
+// the parameters to it.
 std::string rotatedPoleStep(const ParameterList& parameters, const Ellipsoid& ellipsoid) {
     return projectionStep(parameters.without(ELLIPSOID_KEYS).without({"o_proj", "z_0"})) +
            " +o_proj=affine +a=1 +b=" + writeDouble(ellipsoid.semiMinor / ellipsoid.semiMajor);
 }
 
-// What is projected: of an oblique projection that behind the rotation.
+// The projection; for an oblique projection the one after the rotation.
 std::string projectedBy(const ParameterList& parameters) {
     return parameters.get(parameters.get("proj") == "ob_tran" ? "o_proj" : "proj");
 }
@@ -239,7 +239,7 @@ std::string writeStep(const ParameterList& parameters, const Definition& definit
     return projectionStep(parameters);
 }
 
-// Whether the step leaves geodetic coordinates as they are. Units in metres do.
+// Whether the step leaves geodetic coordinates unchanged. A step with units in metres does.
 bool isNoOperation(const ParameterList& parameters, const Definition& definition, PJ_CONTEXT* proj) {
     if (!definition.isLongLat || parameters.hasAnyOf(LONG_LAT_KEYS)) return false;
     if (!parameters.hasAnyOf(UNIT_KEYS)) return true;
@@ -247,12 +247,12 @@ bool isNoOperation(const ParameterList& parameters, const Definition& definition
     return longLat != nullptr && proj_trans(longLat.get(), PJ_FWD, proj_coord(0, 0, 1, 0)).xyz.z == 1;
 }
 
-// Whether the parameters say what they should in a way that can be read.
+// Whether the parameters contain no NUL byte, no pipeline and no infinite number.
 bool isReadable(const ParameterList& parameters) {
     return !parameters.hasNul() && !isPipeline(parameters) && !parameters.without(KEYS_OUTSIDE_STEPS).hasInfinity();
 }
 
-// All of the definition must make sense, also what has no meaning for a geographic CRS.
+// The whole definition must be valid, including parameters without meaning for a geographic CRS.
 int findDatum(const ParameterList& parameters, PJ_CONTEXT* proj, Definition& definition) {
     Ellipsoid ellipsoid;
     Ellipsoid wgs84;
@@ -269,7 +269,7 @@ int findDatum(const ParameterList& parameters, PJ_CONTEXT* proj, Definition& def
 int makeDefinition(ParameterList parameters, PJ_CONTEXT* proj, Definition& definition) {
     if (!isReadable(parameters) || !expandDatum(parameters)) return PROJ_ERR_INVALID_OP_ILLEGAL_ARG_VALUE;
     addDefaultEllipsoid(parameters);
-    // PROJ would look for a text without a projection among the names of its database.
+    // PROJ would search its database for a text without a projection.
     if (parameters.get("proj").empty() || !parameters.hasAnyOf(ELLIPSOID_KEYS)) return PROJ_ERR_INVALID_OP_MISSING_ARG;
     const int error = findDatum(parameters, proj, definition);
     if (error != 0) return error;

@@ -16,7 +16,8 @@ Ellipsoid ellipsoidOf(double semiMajor, double eccentricitySquared) {
     return {semiMajor, semiMajor * std::sqrt(1 - eccentricitySquared), eccentricitySquared};
 }
 
-// From the flattenings of the EPSG Geodetic Parameter Dataset: 1 / 298.257223563, 298.257222101, 299.1528128.
+// Computed from the inverse flattenings in the EPSG Geodetic Parameter Dataset: 298.257223563, 298.257222101,
+// 299.1528128.
 const Ellipsoid WGS_84 = ellipsoidOf(6378137.0, 0.0066943799901413);
 const Ellipsoid GRS_80 = ellipsoidOf(6378137.0, 0.0066943800229008);
 const Ellipsoid BESSEL = ellipsoidOf(6377397.155, 0.0066743722318021);
@@ -171,7 +172,7 @@ TEST_P(DatumPairTest, NeedsAShiftOrNone) {
     EXPECT_EQ(needsNoShift(right, left), GetParam().needsNoShift);
 }
 
-// A little off Bessel's, by less and by more than what counts as different.
+// Ellipsoids near Bessel's, inside and outside the tolerance.
 const Ellipsoid NEARLY_BESSEL = ellipsoidOf(6377397.155, 0.0066743722318021 + 4.9e-11);
 const Ellipsoid NOT_BESSEL = ellipsoidOf(6377397.155, 0.0066743722318021 + 5.1e-11);
 const Ellipsoid LARGER_BESSEL = ellipsoidOf(6377397.156, 0.0066743722318021);

@@ -8,7 +8,7 @@
 
 namespace ClassicProj {
 
-// A map with a bound: when it is full, the entry that was used least recently leaves for a new one.
+// A map of limited size: when it is full, a new entry replaces the least recently used one.
 //
 // Not thread-safe. Owns its entries.
 template <typename Key, typename Value, typename Hash = std::hash<Key>>
@@ -17,12 +17,12 @@ public:
     // REQUIRES: `mostEntries` is not 0.
     explicit LruMap(std::size_t mostEntries) : bound(mostEntries) {}
 
-    // The value that was used last, if it is that of `key`; else null. Costs one comparison.
+    // The last used value if its key is `key`, otherwise null. Costs one comparison.
     Value* findLastUsed(const Key& key) {
         return !entries.empty() && entries.front().first == key ? &entries.front().second : nullptr;
     }
 
-    // The value of `key`, or null. It is the one used last from now on, and stays in place until it leaves.
+    // The value of `key`, or null. The value becomes the last used one, and keeps its address until it is replaced.
     Value* find(const Key& key) {
         const auto found = index.find(key);
         if (found == index.end()) return nullptr;
@@ -30,7 +30,7 @@ public:
         return &entries.front().second;
     }
 
-    // The same once `value` has been added. Nothing changes when memory ends.
+    // Adds `value` and returns it. Changes nothing when memory runs out.
     //
     // REQUIRES: find() has not found the key.
     Value* insert(const Key& key, Value value) {
@@ -58,7 +58,7 @@ private:
     }
 
     std::size_t bound;
-    // The one used last is the first.
+    // The last used entry is at the front.
     Entries entries;
     std::unordered_map<Key, typename Entries::iterator, Hash> index;
 };

@@ -16,7 +16,7 @@ IntMap givenFull() {
     return map;
 }
 
-// Looks in ascending order, which is the order in which they count as used afterwards.
+// Looks keys up in ascending order, which makes it their order of use.
 std::vector<int> keysIn(IntMap& map) {
     std::vector<int> keys;
     for (int key = 0; key < 10; ++key)

@@ -32,13 +32,13 @@ bool operator==(const PairOfDefinitions& left, const PairOfDefinitions& right) {
 struct PooledOperation {
     PairOfDefinitions pair{nullptr, nullptr};
     unsigned int madeAfter = forksSinceLoad;
-    // With heights and without: never more than two at once.
+    // At most two operations: with heights and without.
     PairOperations operations{makeContext, 2};
     const PairOperation* plain = nullptr;
-    // Null without its geoid.
+    // Null if a geoid is missing.
     const PairOperation* withHeights = nullptr;
     int plainError = 0;
-    // A geocentric CRS has no point without its z.
+    // A geocentric point needs its z.
     bool needsHeights = false;
     intrusive::list_member_hook<> byUse;
     intrusive::unordered_set_member_hook<> byPair;
@@ -51,7 +51,7 @@ struct PairOf {
     const type& operator()(const PooledOperation& operation) const { return operation.pair; }
 };
 
-// Definitions are never far apart in memory, so the low bits are spread before they are mixed.
+// Definitions are close together in memory, so the low bits are spread before they are mixed.
 struct PairHash {
     std::size_t operator()(const PairOfDefinitions& pair) const {
         constexpr std::size_t SPREAD = 0x9E3779B97F4A7C15U;
@@ -70,12 +70,12 @@ using ByPair = intrusive::unordered_multiset<
     intrusive::key_of_value<PairOf>, intrusive::hash<PairHash>, intrusive::equal<std::equal_to<PairOfDefinitions>>,
     intrusive::power_2_buckets<true>>;
 
-// The operations that nobody uses. Neither taking one nor giving one back allocates.
+// The operations that are not in use. Neither taking one nor giving one back allocates.
 //
 // Not thread-safe.
 class IdleOperations {
 public:
-    // One of the pair; else one that is bound to no pair; else null.
+    // An idle operation of the pair, else one that is bound to no pair, else null.
     PooledOperation* take(const PairOfDefinitions& pair) {
         const auto found = byPair.find(pair);
         if (found == byPair.end()) return takeUnbound();
@@ -85,7 +85,8 @@ public:
         return &operation;
     }
 
-    // The one that was used least recently, to be given up, once there are more than the bound; else null.
+    // Returns the least recently used operation if there are more than the bound, otherwise null. The caller unbinds
+    // it.
     PooledOperation* giveBack(PooledOperation& operation) {
         byPair.insert(operation);
         byUse.push_front(operation);
@@ -116,9 +117,9 @@ private:
 
     std::array<ByPair::bucket_type, BUCKETS> buckets;
     ByPair byPair{ByPair::bucket_traits(buckets.data(), buckets.size())};
-    // The one used last is the first.
+    // The last used operation is at the front.
     ByUse byUse;
-    // Those given up: what they had made is released, the contexts serve others.
+    // Operations bound to no pair: their PROJ objects are released, their contexts serve other pairs.
     ByUse unbound;
 };
 
@@ -127,11 +128,11 @@ SpinningMutex idleLock;
 
 struct Pool {
     PerProcess<std::unique_ptr<IdleOperations>> idle{[] { return std::make_unique<IdleOperations>(); }};
-    // What is neither used again nor released stays within the reach of leak checkers.
+    // Operations that are neither used again nor released; the list keeps them reachable for leak checkers.
     ByUse abandoned;
 };
 
-// Under idleLock. The first call in a process may throw std::bad_alloc.
+// Called under idleLock. The first call in a process may throw std::bad_alloc.
 Pool& pool() {
     static auto& all = *new Pool;
     return all;
@@ -161,7 +162,7 @@ void unbind(PooledOperation& operation) {
 
 bool isOfThisProcess(const PooledOperation& operation) { return operation.madeAfter == forksSinceLoad; }
 
-// The one that is to be given up for it, or null.
+// Returns the operation to unbind in exchange, or null.
 PooledOperation* keepIdle(PooledOperation& operation) {
     const std::lock_guard<SpinningMutex> guard(idleLock);
     return idleOperations().giveBack(operation);

@@ -9,14 +9,14 @@ namespace ClassicProj {
 
 struct PooledOperation;
 
-// An operation of a pair with a PROJ context of its own, checked out of the pool of the process. One thread at a time
-// moves points with it, and waits for no other.
+// An operation of a pair with its own PROJ context, taken from the pool of the process. One thread at a time moves
+// points with it and waits for no other thread.
 //
-// Given back when the lease goes; the pool keeps idle operations up to a bound and gives up those that were used least
-// recently.
+// The destructor returns the operation to the pool. The pool keeps a limited number of idle operations and releases the
+// least recently used ones.
 class OperationLease {
 public:
-    // Idle operations that are kept.
+    // The maximum number of idle operations.
     static constexpr std::size_t MOST_IDLE = 512;
 
     // Takes an idle operation of the pair, or makes one. Throws std::bad_alloc.
@@ -27,39 +27,39 @@ public:
     OperationLease& operator=(const OperationLease&) = delete;
     ~OperationLease();
 
-    // 0, or the error number that pj_transform gives for every point of the pair.
+    // 0, or the error number that pj_transform returns for every point of the pair.
     int makeError() const;
 
     // Moves points as pj_transform does. A point that fails is not finite afterwards. Allocates nothing.
     //
-    // REQUIRES: isUsable(), no height that is NaN.
+    // REQUIRES: isUsable(), and no height is NaN.
     void move(Position* points, std::size_t count) const;
-    // The same for points without heights, whose z is 0.
+    // Moves points without heights, whose z is 0, in the same way.
     void moveFlat(Position* points, std::size_t count) const;
-    // One of these, from target to source.
+    // Moves one point without height from target to source.
     void moveBack(Position& point) const;
 
-    // False when the operation could not be made, and in the child of a fork for what the parent has made: that is
-    // never used again.
+    // Whether points can be moved. False when the operation could not be made. Also false in the child of a fork for an
+    // operation of the parent, which is never used again.
     bool isUsable() const;
-    // Takes or makes the operation anew. Throws std::bad_alloc, and then the lease stays as it is.
+    // Takes or makes another operation of the pair. Throws std::bad_alloc and then leaves the lease unchanged.
     //
-    // REQUIRES: made for two definitions.
+    // REQUIRES: the lease was made for two definitions.
     void renew();
 
 private:
-    // Null without a definition.
+    // Null if a definition was null.
     PooledOperation* operation;
 };
 
-// Of operations of all pairs: idle, and made in all.
+// The numbers of operations of all pairs: idle, and made in total.
 struct PoolCount {
     std::size_t idle;
     std::size_t made;
 };
 PoolCount countPooledOperations();
 
-// Holds the list of idle operations still.
+// Blocks changes of the idle operations.
 void lockPoolForFork();
 void unlockPoolAfterFork();
 

@@ -36,7 +36,7 @@ std::ptrdiff_t openFiles() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), std::filesystem::directory_iterator());
 }
 
-// PROJ could not make it any more: whether it is leased shows whether it was idle.
+// Makes the definition unusable for new operations, so only an idle operation can be leased.
 void spoil(projPJ definition) { definition->step = "+proj=nonsense"; }
 
 class OperationPoolTest : public testing::Test {
@@ -150,7 +150,7 @@ TEST_F(OperationPoolTest, RenewsALeaseInPlace) {
     EXPECT_NEAR(point.x, 500000, 1e-6);
 }
 
-// A lease of the same pair at a time for each: the oldest come first.
+// Uses the pairs one after the other, so the first is the least recently used.
 std::vector<projPJ> givenFullPool(projPJ source) {
     std::vector<projPJ> targets;
     for (std::size_t i = 0; i < OperationLease::MOST_IDLE; ++i) targets.push_back(define(UTM));
@@ -202,7 +202,7 @@ TEST_F(OperationPoolTest, OpensAGridOnceForAllLeases) {
         leases.emplace_back(german, utm);
         Position point = at(9, 50);
         leases.back().moveFlat(&point, 1);
-        // The grid puts the point 75 m to the west.
+        // The grid moves the point 75 m to the west.
         EXPECT_NEAR(point.x, 499925, 5);
     }
     EXPECT_EQ(openFiles(), afterFirst);

@@ -15,8 +15,8 @@ namespace {
 
 using CoordinateTransformation::writeDouble;
 
-// A PROJ operation by its text, run forwards or backwards. Grid shifts are stages of their own, so that all
-// pairs can share the open grids.
+// The text of a PROJ operation and its direction. Grid shifts are separate stages, so that all pairs can share the open
+// grids.
 struct StageText {
     std::string text;
     bool backwards;
@@ -28,7 +28,7 @@ struct Step {
     bool backwards;
 };
 
-// Collects steps and cuts them into stages.
+// Collects steps and groups them into stages.
 class StageWriter {
 public:
     void add(const std::string& step, bool backwards) {
@@ -63,13 +63,13 @@ private:
     std::vector<StageText> stages;
 };
 
-// The semi-axes rather than a name: PROJ takes the ellipsoids of WGS 84 and GRS 80 for one when it is given
-// their names, the classic interface does not.
+// Semi-axes instead of a name: given names, PROJ treats the ellipsoids of WGS 84 and GRS 80 as one, and the classic
+// interface does not.
 std::string cartesianStep(const Ellipsoid& ellipsoid) {
     return "+proj=cart +a=" + writeDouble(ellipsoid.semiMajor) + " +b=" + writeDouble(ellipsoid.semiMinor);
 }
 
-// The linear form: rotations count as small angles, as PROJ has always taken them here.
+// The linear form, in which rotations count as small angles, as PROJ has always done here.
 std::string helmertStep(const std::array<double, 7>& toWgs84) {
     constexpr const char* KEYS[] = {" +x=", " +y=", " +z=", " +rx=", " +ry=", " +rz=", " +s="};
     const bool translatesOnly = std::all_of(toWgs84.begin() + 3, toWgs84.end(), [](double v) { return v == 0; });
@@ -78,7 +78,7 @@ std::string helmertStep(const std::array<double, 7>& toWgs84) {
     return step;
 }
 
-// A grid of this name shifts nothing anywhere.
+// PROJ's name for a grid without any shift.
 bool isNullGrid(std::string_view grids) {
     while (!grids.empty()) {
         const std::string_view name = grids.substr(0, grids.find(','));
@@ -109,14 +109,14 @@ void addDatumShift(StageWriter& stages, const Datum& source, const Datum& target
     addGrids(stages, target, true);
 }
 
-// Forwards from heights above the ellipsoid to heights above the geoid.
+// The forward direction is from heights above the ellipsoid to heights above the geoid.
 void addGeoid(StageWriter& stages, const Definition& definition, bool backwards) {
     if (!definition.geoidGrids.empty())
         stages.addGridShift("+proj=vgridshift +grids=" + definition.geoidGrids, backwards);
 }
 
-// What moves a point from one CRS to another, in the classic order: source to geodetic coordinates, geoid,
-// datum, geoid, target. Empty when nothing changes. Geoids count only for points with heights.
+// The stages from one CRS to another, in the classic order: source to geodetic coordinates, geoid, datum, geoid,
+// target. Empty when nothing changes. Geoids apply only to points with heights.
 std::vector<StageText> writeStages(const Definition& source, const Definition& target, bool withHeights) {
     StageWriter stages;
     stages.add(source.step, true);
@@ -127,7 +127,7 @@ std::vector<StageText> writeStages(const Definition& source, const Definition& t
     return stages.finish();
 }
 
-// A difference is 0 for finite numbers alone; one comparison serves all three.
+// The difference x - x is 0 only for a finite number, so one comparison covers all three.
 bool areFinite(double x, double y, double z) { return (x - x) + (y - y) + (z - z) == 0; }
 
 PJ_COORD makePoint(double x, double y, double z) {
@@ -136,7 +136,7 @@ PJ_COORD makePoint(double x, double y, double z) {
     return point;
 }
 
-// A grid lies on one turn of longitudes, and PROJ folds what it shifts by one; the classic interface does not.
+// A grid covers one turn of longitudes, and PROJ wraps the longitudes that it shifts. The classic interface does not.
 PJ_COORD shiftByGrid(PJ* grid, PJ_DIRECTION direction, PJ_COORD point) {
     constexpr double FULL_TURN = 6.283185307179586;
     const double longitude = point.xyz.x;
@@ -147,7 +147,7 @@ PJ_COORD shiftByGrid(PJ* grid, PJ_DIRECTION direction, PJ_COORD point) {
     return moved;
 }
 
-// How long a pair that cannot be made is not tried again, and how many such pairs are known at once.
+// The time for which a failed pair is not tried again, and the maximum number of failed pairs on record.
 constexpr std::chrono::seconds PATIENCE{1};
 constexpr std::size_t MOST_FAILURES = 1024;
 
@@ -164,7 +164,7 @@ inline void PairOperation::Stage::moveInPlace(PJ_DIRECTION wanted, Position& poi
     PJ_COORD coordinate;
     std::memcpy(&coordinate, &point, sizeof(Position));
     const PJ_COORD moved = moveIn(wanted, coordinate);
-    // One by one: PROJ has just written them so, and reading two at once would wait for both.
+    // PROJ has just written them one by one; reading two at once would wait for both writes.
     point.x = moved.xyz.x;
     point.y = moved.xyz.y;
     point.z = moved.xyz.z;
@@ -201,13 +201,13 @@ void PairOperation::moveBack(Position& point) const {
     forgetErrors();
 }
 
-// All projections of a context share the error number, which must not pass for that of something made later.
+// All projections of a context share the error number. An old one must not look like that of a later failure.
 void PairOperation::forgetErrors() const {
     if (!stages.empty()) proj_errno_reset(stages.front().projection);
 }
 
-// The number that PROJ has at hand after the failure may be an older one: some points fail without any, and all
-// projections of a context share it.
+// Repeats the stages to find the error. PROJ's current number may be an older one: some points fail without setting it,
+// and all projections of a context share it.
 int PairOperation::findError(PJ_COORD point) const {
     int error = 0;
     for (const Stage& stage : stages) {
@@ -223,7 +223,7 @@ int PairOperation::findError(PJ_COORD point) const {
 PairOperations::PairOperations(MakeContext contextMaker, std::size_t mostPairs, Now currentTime)
     : makeContext(contextMaker), now(currentTime), operations(mostPairs) {}
 
-// Definitions are never far apart in memory, so the low bits of the target are spread before they are mixed in.
+// Definitions are close together in memory, so one hash is spread before the two are mixed.
 std::size_t PairOperations::KeyHash::operator()(const Key& key) const {
     constexpr std::size_t SPREAD = 0x9E3779B97F4A7C15U;
     const std::hash<const Definition*> hash;
@@ -258,7 +258,7 @@ const PairOperation* PairOperations::make(const Key& key, int& error) {
     return nullptr;
 }
 
-// The operations that are there go on with the context in which memory has ended; it makes no new ones.
+// After memory has run out, existing operations continue in the old context; new ones get another.
 bool PairOperations::addStagesOrChangeContext(const Key& key, PairOperation& operation) {
     try {
         if (context == nullptr) context = makeContext();

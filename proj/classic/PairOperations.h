@@ -17,17 +17,18 @@
 
 namespace ClassicProj {
 
-// Moves points of one CRS to another. Made for one pair of definitions.
+// Moves points from one CRS to another. Made for one pair of definitions.
 //
 // Not thread-safe: all operations of one PairOperations share its PROJ context.
 class PairOperation {
 public:
-    // Moves the point in place. `z` may be null. 0, or PROJ's error number for a point that cannot be moved, and
-    // then the point keeps its values.
+    // Moves the point in place; `z` may be null. Returns 0, or PROJ's error number for a point that cannot be moved and
+    // keeps its values.
     int transform(double& x, double& y, double* z) const;
-    // Moves many in place. Quicker than one by one: what is written before and read after is not waited for.
+    // Moves many points in place, each stage for all points. Faster than point by point, because no value is read right
+    // after it is written.
     void move(Position* points, std::size_t count) const;
-    // The same from the second CRS to the first.
+    // Moves the point from the second CRS to the first.
     void moveBack(Position& point) const;
 
 private:
@@ -50,17 +51,17 @@ private:
     std::vector<ProjectionPtr> owned;
 };
 
-// A height that is NaN counts as none.
+// A height that is NaN counts as no height.
 inline double* countedHeight(double* z) { return z != nullptr && std::isnan(*z) ? nullptr : z; }
 
-// Whether heights go through a geoid.
+// Whether heights are converted by a geoid.
 inline bool haveGeoids(const Definition& source, const Definition& target) {
     return !(source.geoidGrids.empty() && target.geoidGrids.empty());
 }
 
-// The operations of the pairs in use: made at first use, the least recently used given up for a new one when
-// there are as many as the bound. A pair that cannot be made is tried again after a second. Grid shifts are made
-// once for all pairs and stay, and with them their files.
+// The operations of the pairs in use. An operation is made at first use; at the bound it replaces the least recently
+// used one. A pair that fails is tried again after a second. Grid shifts are made once for all pairs and kept, with
+// their files open.
 //
 // Not thread-safe. Owns its operations and grid shifts; contexts are never released.
 class PairOperations {
@@ -73,13 +74,13 @@ public:
 
     PairOperations(MakeContext contextMaker, std::size_t mostPairs, Now currentTime = Clock::now);
 
-    // Moves the point in place; `z` may be null. A height that is NaN counts as none and stays. 0, or PROJ's error
-    // number for a point that cannot be moved, and then the point keeps its values.
+    // Moves the point in place; `z` may be null. A height that is NaN counts as no height and stays. Returns 0, or
+    // PROJ's error number for a point that cannot be moved and keeps its values.
     //
-    // Throws std::bad_alloc when memory ends while the pair is made, of which nothing is kept.
+    // Throws std::bad_alloc when memory runs out while the pair is made; nothing of the pair is kept.
     int transform(const Definition& source, const Definition& target, double& x, double& y, double* z) {
         double* const height = countedHeight(z);
-        // A geocentric CRS has no point without its z.
+        // A geocentric point needs its z.
         if (height == nullptr && (source.isGeocentric || target.isGeocentric))
             return PROJ_ERR_COORD_TRANSFM_INVALID_COORD;
         int error = 0;
@@ -87,20 +88,20 @@ public:
         return operation == nullptr ? error : operation->transform(x, y, height);
     }
 
-    // The operation of the pair, or null with PROJ's error number in `error`. Holds until the next call.
+    // The operation of the pair, or null with PROJ's error number in `error`. Valid until the next call.
     const PairOperation* find(const Definition& source, const Definition& target, bool withHeights, int& error) {
         const bool withGeoids = withHeights && haveGeoids(source, target);
         const Key key{&source, &target, withGeoids};
-        // Points come in runs of one pair.
+        // Consecutive points are mostly of one pair.
         const PairOperation* const last = operations.findLastUsed(key);
         return last != nullptr ? last : findOrMake(key, error);
     }
 
-    // Gives up all that is made; the context stays for what is made next.
+    // Releases all operations and grid shifts; the context stays.
     void clear();
 
     std::size_t size() const { return operations.size(); }
-    // Of the pairs that could not be made of late.
+    // The number of recently failed pairs.
     std::size_t failureCount() const { return failures.size(); }
 
 private:
@@ -130,7 +131,7 @@ private:
     PJ* ownProjection(const std::string& text, PairOperation& operation);
     PJ* sharedGridShift(const std::string& text);
 
-    // Null until something is to be made.
+    // Null until it is needed.
     PJ_CONTEXT* context = nullptr;
     MakeContext makeContext;
     Now now;

@@ -19,7 +19,7 @@ namespace {
 using TestSupport::RADIANS;
 using TestSupport::TemporaryDirectory;
 
-// Contexts are for ever, as in the library.
+// Contexts are never released, as in the library.
 PJ_CONTEXT* projContext() {
     static PJ_CONTEXT* const context = makeContext();
     return context;
@@ -31,7 +31,7 @@ Definition definitionOf(const std::string& text) {
     return definition;
 }
 
-// A pair that PROJ could not make any more: whether it is found tells whether it is still there.
+// Makes the definition unusable for new operations, so only an existing operation can be found.
 void spoil(Definition& definition) { definition.step = "+proj=nonsense"; }
 
 void copyGrid(const std::string& file) { std::filesystem::copy_file("/usr/share/proj/BETA2007.gsb", file); }
@@ -42,7 +42,7 @@ std::ptrdiff_t openFiles() {
 
 using Clock = PairOperations::Clock;
 
-// A clock that the tests put forward.
+// A clock that the tests advance.
 Clock::time_point currentTime;
 Clock::time_point now() { return currentTime; }
 
@@ -176,7 +176,7 @@ TEST_F(PairOperationsTest, ForgetsAFailureWhenThePairIsMade) {
     EXPECT_EQ(operations.failureCount(), 0U);
 }
 
-// Its reader would wait for a writer.
+// Opening it for reading would wait for a writer.
 TEST_F(PairOperationsTest, FailsForAPipeInPlaceOfAGrid) {
     const TemporaryDirectory directory;
     ASSERT_EQ(mkfifo(directory.file("pipe.gsb").c_str(), 0600), 0);
@@ -187,7 +187,7 @@ TEST_F(PairOperationsTest, FailsForAPipeInPlaceOfAGrid) {
     }
 }
 
-// PROJ defers opening a grid that the process has met, and takes the shift for one that moves nothing if that fails.
+// PROJ opens a grid that the process has used before only with the first point. If that fails, PROJ applies no shift.
 TEST_F(PairOperationsTest, FailsForAGridThatHasGone) {
     const TemporaryDirectory directory;
     copyGrid(directory.file("gone.gsb"));
@@ -203,13 +203,13 @@ TEST_F(PairOperationsTest, FailsForAGridThatHasGone) {
     }
 }
 
-// With no descriptor left, PROJ takes a grid that is there for one that is missing.
+// Without descriptors PROJ takes an existing grid for a missing one.
 TEST_F(PairOperationsTest, KeepsNothingThatLacksAGridForWantOfDescriptors) {
     const Definition german = definitionOf("+proj=longlat +ellps=bessel +nadgrids=@BETA2007.gsb,null");
     rlimit before{};
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
     const rlimit none{3, before.rlim_max};
-    // Without descriptors a sanitizer cannot look at the test itself.
+    // A sanitizer needs descriptors to examine the test itself.
     PairOperations& pairs = operations;
     int ignored = 0;
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
@@ -269,7 +269,7 @@ TEST_F(PairOperationTest, MovesTheNextPointAfterAFailure) {
     EXPECT_NEAR(x, 500000, 1e-6);
 }
 
-// The easting overflows, for which PROJ has no error of its own.
+// The easting overflows, and PROJ has no error of its own for that.
 TEST_F(PairOperationTest, ReportsNoErrorOfAnEarlierOne) {
     const Definition overflowing = definitionOf("+proj=utm +zone=32 +datum=WGS84 +to_meter=1e-305");
     const PairOperation* const operation = find(geographic, overflowing);
@@ -322,7 +322,7 @@ std::vector<Position> givenPoints() {
     return points;
 }
 
-// With a projection alone, over a datum, through a grid and with nothing to do.
+// A projection alone, a datum shift, a grid, and no operation at all.
 TEST_F(PairOperationTest, MovesManyPointsAsItMovesOne) {
     Definition bessel = definitionOf("+proj=tmerc +lon_0=9 +ellps=bessel +towgs84=598.1,73.7,418.2,0.2,0.04,-2.4,6");
     Definition german = definitionOf("+proj=longlat +ellps=bessel +nadgrids=BETA2007.gsb");

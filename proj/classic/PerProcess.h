@@ -4,14 +4,14 @@
 
 namespace ClassicProj {
 
-// How many forks lie between this process and the one that loaded the library. Changes in the child of a fork, while it
-// has one thread.
+// The number of forks between the process that loaded the library and this one. It changes in the child of a fork,
+// which has one thread then.
 extern unsigned int forksSinceLoad;
 
-// What a process makes for itself at first use. A child of a fork makes its own and never touches what it has
-// inherited. Nothing is ever released.
+// An object that each process makes for itself at first use. The child of a fork makes its own and never touches the
+// inherited one. Nothing is ever released.
 //
-// Not thread-safe: its lock must be one of those that are held across a fork.
+// Not thread-safe: its lock must be one of those that are held during a fork.
 template <typename T>
 class PerProcess {
 public:
@@ -22,12 +22,12 @@ public:
         return *current;
     }
 
-    // The next get() makes another.
+    // Makes the next get() make another object.
     void abandon() { current = nullptr; }
 
 private:
     void renew() {
-        // Earlier ones stay within the reach of leak checkers.
+        // Earlier objects, kept reachable for leak checkers.
         current = &all.emplace_back(make());
         madeAfter = forksSinceLoad;
     }

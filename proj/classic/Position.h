@@ -4,14 +4,14 @@
 
 namespace ClassicProj {
 
-// A point as PROJ takes and gives it. Not finite once it has failed.
+// A point in PROJ's form. It is not finite after a failure.
 struct Position {
     double x;
     double y;
     double z;
     double time;
 
-    // A difference is 0 for finite numbers alone; one comparison serves all three.
+    // The difference x - x is 0 only for a finite number, so one comparison covers all three.
     bool isFinite() const { return (x - x) + (y - y) + (z - z) == 0; }
 };
 

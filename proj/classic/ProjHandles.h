@@ -6,7 +6,7 @@
 
 namespace ClassicProj {
 
-// How PROJ releases what it has made.
+// Releases the objects that PROJ has made.
 struct ReleaseProjObject {
     void operator()(PJ_CONTEXT* context) const { proj_context_destroy(context); }
     void operator()(PJ* object) const { proj_destroy(object); }
@@ -17,7 +17,8 @@ struct ReleaseProjObject {
     void operator()(char** list) const { proj_string_list_destroy(list); }
 };
 
-// Owns something that PROJ has made. It is released under the same terms as its context is used, and before it.
+// Owns an object that PROJ has made. The object must be released before its context, under the same rules as the
+// context is used.
 template <typename Object>
 using ProjPtr = std::unique_ptr<Object, ReleaseProjObject>;
 

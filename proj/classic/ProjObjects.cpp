@@ -66,8 +66,8 @@ namespace {
 
 constexpr int NOT_OPEN = -1;
 
-// A file is open once, however many contexts read it: each read says from where. Linked by hand: the list is usable in
-// the child of a fork without further ado.
+// A file is opened only once for all contexts: each read passes its position. The list is linked by hand, so the child
+// of a fork can use it as it is.
 struct Descriptor {
     int number = NOT_OPEN;
     dev_t device = 0;
@@ -96,7 +96,7 @@ void unlink(Descriptor& removed) {
     if (removed.next != nullptr) removed.next->previous = removed.previous;
 }
 
-// Those of a parent are not open.
+// Inherited descriptors count as not open.
 Descriptor* findDescriptor(const struct stat& status) {
     Descriptor* found = firstDescriptor;
     while (found != nullptr &&
@@ -105,7 +105,7 @@ Descriptor* findDescriptor(const struct stat& status) {
     return found;
 }
 
-// Takes `number` over: the file may be open already, and then it serves in place of `added`.
+// Takes ownership of `number`. If the file is already open, the existing descriptor is used instead of `added`.
 Descriptor* shareDescriptor(int number, const struct stat& status, std::unique_ptr<Descriptor> added) {
     const std::lock_guard<std::mutex> guard(projFilesLock);
     if (Descriptor* const known = findDescriptor(status)) {
@@ -130,13 +130,13 @@ OpenFile& fileOf(PROJ_FILE_HANDLE* handle) { return *reinterpret_cast<OpenFile*>
 
 bool isMissing(int error) { return error == ENOENT || error == ENOTDIR || error == EACCES || error == ELOOP; }
 
-// PROJ asks for a file in its user-writable directory, and at last for its bare name.
+// Refuses bare names and files in PROJ's user-writable directory, which PROJ tries too.
 bool mayOpen(PJ_CONTEXT* context, const std::string& file) {
     if (!std::filesystem::path(file).is_absolute()) return false;
     return isInSearchDirectories(file) || !isBelow(file, proj_context_get_user_writable_directory(context, 0));
 }
 
-// A pipe in place of a file would keep its opener waiting, hence O_NONBLOCK; files take no notice of it.
+// O_NONBLOCK, because opening a pipe would wait for a writer; it does not affect files.
 Descriptor* openRegularFile(const char* name) {
     auto descriptor = std::make_unique<Descriptor>();
     const int number = ::open(name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
@@ -201,7 +201,7 @@ void closeFile(PJ_CONTEXT* /*context*/, PROJ_FILE_HANDLE* handle, void* /*user*/
     leaveDescriptor(file->descriptor);
 }
 
-// PROJ remembers for the whole process whether its own directory exists, so the answer must be true.
+// The answer must be true: PROJ remembers for the whole process whether its own directory exists.
 int existsOnDisk(PJ_CONTEXT* /*context*/, const char* name, void* /*user*/) {
     struct stat status;
     return stat(name, &status) == 0 ? 1 : 0;
@@ -214,8 +214,8 @@ int refuseToRename(PJ_CONTEXT* /*context*/, const char* /*from*/, const char* /*
 constexpr PROJ_FILE_API FILES = {1,         openFile,     readFile,       refuseToWrite,  seekInFile,    tellPosition,
                                  closeFile, existsOnDisk, refuseToChange, refuseToChange, refuseToRename};
 
-// Answers PROJ's question for a file; PROJ goes on with its own directories after null. `found` keeps the
-// answer until PROJ has copied it.
+// Finds a file for PROJ, which searches its own directories after a null. `found` keeps the path until PROJ has copied
+// it.
 const char* findForProj(PJ_CONTEXT* /*context*/, const char* name, void* found) {
     auto& path = *static_cast<std::string*>(found);
     path = findInSearchDirectories(name).string();
@@ -244,7 +244,7 @@ void closeInheritedFiles() {
 ProjWork::Places ProjWork::places;
 bool ProjWork::isOver = false;
 
-// Who finds none free waits for the first.
+// If all places are taken, waits for the first.
 std::unique_lock<std::mutex> ProjWork::takePlace() {
     for (std::mutex& place : places)
         if (std::unique_lock<std::mutex> taken(place, std::try_to_lock); taken) return taken;
@@ -265,8 +265,8 @@ void ProjWork::end() {
     unlockAfterFork();
 }
 
-// A new context begins as a copy of the default one, which belongs to the application. Where to look for files
-// comes before all that makes PROJ read one.
+// A new context is a copy of the default one, which belongs to the application. The file functions are set before PROJ
+// could read a file.
 PJ_CONTEXT* makeContext() {
     auto found = std::make_unique<std::string>();
     PJ_CONTEXT* const context = proj_context_create();
@@ -283,7 +283,8 @@ PJ_CONTEXT* makeContext() {
 
 namespace {
 
-// PROJ needs a tenth of this. When memory ends while it tries a text, it reports that into a string that is gone.
+// PROJ needs a tenth of this. If memory ran out during PROJ's trial of a text, PROJ would write to a string that no
+// longer exists.
 constexpr std::size_t ROOM = 1U << 20U;
 
 void requireRoom() {
@@ -295,8 +296,8 @@ bool reportsOutOfMemory(std::string_view text) {
     return text.find("bad_alloc") != std::string_view::npos || text.find("out of memory") != std::string_view::npos;
 }
 
-// Listens to what PROJ has to say while it makes something: where memory ends it leaves parts out, a grid or the whole
-// operation, and only its log shows why. The log quotes the text: if that has the words itself, they mean nothing.
+// Reads PROJ's log while PROJ makes an object. When memory runs out, PROJ omits a grid or the whole operation, and only
+// the log shows the reason. The log quotes the text, so it is ignored if the text contains the same words.
 class Listener {
 public:
     Listener(PJ_CONTEXT* projContext, const std::string& text) : context(projContext) {
@@ -324,12 +325,12 @@ private:
     bool memoryEnded = false;
 };
 
-// PROJ hands out an object that can do nothing when it could describe an operation but not make it.
+// PROJ returns an unusable object when it could describe an operation but not make it.
 bool isWhole(const ProjectionPtr& projection) {
     return projection != nullptr && proj_pj_info(projection.get()).id != nullptr;
 }
 
-// PROJ_ERR_OTHER is PROJ's number for the end of memory, when it has one.
+// If PROJ sets a number when memory runs out, it is PROJ_ERR_OTHER.
 ProjectionPtr makeOnce(const Listener& listener, PJ_CONTEXT* context, const std::string& text) {
     requireRoom();
     ProjectionPtr projection(proj_create(context, text.c_str()));
@@ -338,16 +339,16 @@ ProjectionPtr makeOnce(const Listener& listener, PJ_CONTEXT* context, const std:
     return projection;
 }
 
-// What ends with the process ends in the opposite order of its beginning. So the end of work must be registered after
-// the tables of PROJ's, which come one by one with what it makes: after the first objects, and ever more rarely.
+// Exit handlers run in reverse order. This one must be registered after PROJ's tables, which PROJ makes one by one as
+// it makes objects. It is therefore registered after the first objects, and then at ever longer intervals.
 void registerEndOfWork() {
     static std::atomic<std::size_t> made{0};
     const std::size_t sinceLoad = ++made;
     if ((sinceLoad & (sinceLoad - 1)) == 0) std::atexit(ProjWork::end);
 }
 
-// PROJ's reason for a failure may be wrong: since 9.2 it cuts a text with "@" in two when it meets any exception, and
-// gives the reason why the first part fails. Another attempt shows it: if that succeeds, memory was the reason.
+// PROJ's reason for a failure may be wrong: since 9.2 it splits a text with "@" after any exception and reports why the
+// first part fails. If a second attempt succeeds, memory was the reason.
 ProjectionPtr make(const Listener& listener, PJ_CONTEXT* context, const std::string& text) {
     ProjectionPtr projection = makeOnce(listener, context, text);
     registerEndOfWork();
@@ -358,8 +359,7 @@ ProjectionPtr make(const Listener& listener, PJ_CONTEXT* context, const std::str
 
 bool isPointError(int error) { return error >= PROJ_ERR_COORD_TRANSFM && error < PROJ_ERR_OTHER; }
 
-// Grids that the process has met before are opened with the first point. If that fails, PROJ takes the shift for
-// one without grids, which moves nothing.
+// PROJ opens grids that the process has used before only with the first point. If that fails, PROJ applies no shift.
 bool canOpenGrids(PJ* shift) {
     constexpr double SOUTH_POLE = -1.5707963267948966;
     proj_errno_reset(shift);

@@ -1,7 +1,7 @@
 #pragma once
 
-// What the classic interface has of PROJ: contexts that look for files where this library says, and objects that are
-// whole.
+// The library's use of PROJ: contexts that search for files in the library's directories, and objects that are
+// complete.
 
 #include <array>
 #include <cstddef>
@@ -14,28 +14,31 @@
 
 namespace ClassicProj {
 
-// The directories that come before PROJ's own when files are looked for. A relative one is taken from where the
-// process works now, wherever it works later. Whether each is a directory.
+// Sets the directories that are searched before PROJ's own. A relative one refers to the current working directory,
+// even if that changes later. Returns whether all of them are directories.
 //
-// Read by every use of PROJ; written only while nothing else runs.
+// Every use of PROJ reads them. REQUIRES: nothing else runs.
 bool setSearchDirectories(std::vector<std::string> directories);
 
 // The first directory that holds a regular file `name`, joined with it; empty when none does.
 std::filesystem::path findInSearchDirectories(const std::string& name);
 
-// By their names alone: nothing is looked up on disk.
+// Compares the names only, without the file system.
 bool isBelow(const std::filesystem::path& file, const std::filesystem::path& directory);
 bool isInSearchDirectories(const std::filesystem::path& file);
 
-// Held while PROJ makes or releases something, by several threads at a time, each with a context of its own. PROJ has
-// locks, which no thread may hold when the process forks: the fork waits for the work that goes on. And when the
-// process ends, PROJ's tables go while other threads may still run: nothing is made or released any more then. What is
-// made goes on. Taken before the locks of the pool and of the open files, after all others; not twice by one thread.
+// Held while PROJ makes or releases an object. Several threads may hold it at a time, each with its own context.
+//
+// A fork waits until no thread holds it, because a child would inherit PROJ's own locks as they are. At the end of the
+// process PROJ's tables are destroyed while other threads may still run: from then on no object is made or released,
+// and existing objects continue to work.
+//
+// Taken before the locks of the pool and of the open files and after all others, and not twice by one thread.
 class ProjWork {
 public:
     ProjWork() : place(takePlace()) {}
 
-    // False once the process ends.
+    // Whether objects may be made and released; false at the end of the process.
     bool isAllowed() const { return !isOver; }
 
     static void lockForFork();
@@ -43,8 +46,8 @@ public:
     static void end();
 
 private:
-    // Who works has one of them, who forks all: a lock for readers and a writer knows its writer by the thread, and
-    // does not let itself be unlocked in the child.
+    // A thread at work holds one place, a fork holds all. A shared mutex would not do: it identifies its writer by the
+    // thread, and the child cannot unlock it.
     static constexpr std::size_t PLACES = 32;
     using Places = std::array<std::mutex, PLACES>;
 
@@ -56,37 +59,38 @@ private:
     std::unique_lock<std::mutex> place;
 };
 
-// A PROJ context of the library's own: silent, off the network, looking for files in the search directories
-// first, then in PROJ's data directories, and nowhere else. Nothing of it is shared with other users of PROJ in
-// the process. Never released. Throws std::bad_alloc.
+// Makes a PROJ context that is silent and offline. It searches for files in the search directories, then in PROJ's data
+// directories, and nowhere else. It shares nothing with other users of PROJ in the process. Never released. Throws
+// std::bad_alloc.
 PJ_CONTEXT* makeContext();
 
-// Lets `context` read PROJ's files (grids, proj.ini, the search for proj.db) through this library.
+// Makes `context` read PROJ's files (grids, proj.ini, the search for proj.db) through this library.
 //
-// Only regular files are opened, for reading alone, by an absolute path. PROJ's user-writable directory and the
-// working directory are never used. Every file has a position of its own, which no fork shares, and its
-// descriptor does not reach programs that the process starts.
+// Only regular files are opened, read-only and by an absolute path. PROJ's user-writable directory and the working
+// directory are never used. Every file has its own position, which a fork does not share, and programs that the process
+// starts do not inherit its descriptor.
 void readFilesThroughLibrary(PJ_CONTEXT* context);
 
-// Whether a file could not be opened or read on this thread for a reason that may pass, such as too many open
-// files. PROJ takes such a file for missing. Forgets it.
+// Whether a file could not be opened or read on this thread for a temporary reason, such as too many open files. PROJ
+// takes such a file for a missing one. Resets the answer to false.
 bool takeFileFailure();
 
-// Guards the list of open files. Taken last of all locks.
+// Guards the list of open files. Taken after all other locks.
 extern std::mutex projFilesLock;
 
-// Closes the files that a child has inherited; PROJ must not use them afterwards. For the child of a fork: neither
-// allocates nor waits.
+// Closes the files that the child of a fork has inherited; PROJ must not use them afterwards. Neither allocates nor
+// waits.
 void closeInheritedFiles();
 
-// The PROJ object of the text, or null with the reason in the error number of the context. It is whole: when
-// memory ends on the way, std::bad_alloc is thrown. PROJ loses count of its nesting then, and after a few times the
-// context makes nothing more: give it up for making. What it has made may be used. Silences the context.
+// Makes the PROJ object of the text, always complete. Returns null, with the reason in the error number of the context,
+// if PROJ cannot make it. Throws std::bad_alloc when memory runs out. In that case make no more objects with `context`:
+// PROJ miscounts its nesting, and after a few times the context fails. Objects already made with it remain usable.
+// Silences the context.
 //
-// REQUIRES: no other thread uses `context`. ProjWork is held where there are threads.
+// REQUIRES: no other thread uses `context`. With several threads, ProjWork is held.
 ProjectionPtr makeProjection(PJ_CONTEXT* context, const std::string& text);
 
-// The same for a grid shift, whose grids are open and complete afterwards but for those that may be missing and are.
+// Makes a grid shift in the same way. All its grids are open and complete, except optional grids that are missing.
 ProjectionPtr makeGridShift(PJ_CONTEXT* context, const std::string& text);
 
 }  // namespace ClassicProj

@@ -1,4 +1,4 @@
-// From where PROJ takes its files. PROJ remembers what it has opened by name, so each test has names of its own.
+// The places of PROJ's files. PROJ remembers opened files by name, so each test uses names of its own.
 
 #include <array>
 #include <cmath>
@@ -23,7 +23,7 @@ using TestSupport::TemporaryDirectory;
 
 constexpr char GRID[] = "/usr/share/proj/BETA2007.gsb";
 
-// Contexts are for ever, as in the library.
+// Contexts are never released, as in the library.
 PJ_CONTEXT* newContext() {
     static auto& all = *new std::vector<PJ_CONTEXT*>;
     return all.emplace_back(makeContext());
@@ -33,7 +33,7 @@ bool canShift(const std::string& grid) {
     return makeGridShift(newContext(), "+proj=hgridshift +grids=" + grid) != nullptr;
 }
 
-// Sets variables of the environment, null ones away, until the object goes.
+// Sets environment variables, or unsets those with null, until it is destroyed.
 class Environment {
 public:
     using Variables = std::map<std::string, const char*>;
@@ -117,7 +117,7 @@ TEST_F(ProjObjectsFilesTest, NeverComeFromAUserWritableDirectory) {
     EXPECT_TRUE(canShift("of_user.gsb"));
 }
 
-// Anybody may write to "/tmp", where PROJ looks when there is no home.
+// Every user may write to "/tmp", which PROJ uses when there is no home directory.
 TEST_F(ProjObjectsFilesTest, NeverComeFromTheTemporaryDirectory) {
     const Environment environment(Environment::Variables{{"HOME", nullptr}, {"XDG_DATA_HOME", nullptr}});
     const std::string stranger = "/tmp/proj/coordtrans_" + std::to_string(getpid()) + ".gsb";
@@ -148,7 +148,7 @@ TEST_F(ProjObjectsFilesTest, AreFoundInARelativeDirectoryWhereverTheProcessGoes)
     EXPECT_TRUE(canShift("there.gsb"));
 }
 
-// A thousand kilometres from the central meridian the two formulas of PROJ part.
+// A thousand kilometres from the central meridian the results of PROJ's two formulas differ.
 double eastingFarOff() {
     const ProjectionPtr projection = makeProjection(newContext(), "+proj=tmerc +lon_0=9 +ellps=GRS80");
     return proj_trans(projection.get(), PJ_FWD, proj_coord(0.8, 0.5, 0, HUGE_VAL)).xyz.x;

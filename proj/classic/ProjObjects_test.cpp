@@ -48,7 +48,8 @@ TEST_F(ProjObjectsTest, HasTheDirectoriesOfTheLastCallOnly) {
     EXPECT_EQ(findInSearchDirectories("a"), "");
 }
 
-// PROJ hands the settings of its default context on to new ones. The context is for ever, like all of the library.
+// A new context inherits the settings of PROJ's default context. It is never released, like all contexts of the
+// library.
 PJ_CONTEXT* contextMadeWhileProjIsToTalk() {
     static PJ_CONTEXT* const context = [] {
         const int network = proj_context_is_network_enabled(nullptr);
@@ -80,7 +81,7 @@ TEST_F(ProjObjectsTest, KeepsProjOffTheNetwork) {
     EXPECT_EQ(proj_context_is_network_enabled(contextMadeWhileProjIsToTalk()), 0);
 }
 
-// PROJ remembers what it has found, by the whole list of grids, so the one to be refused comes first.
+// PROJ remembers results by the whole list of grids, so the list to be refused comes first.
 TEST_F(ProjObjectsTest, GivesProjItsGridsFromTheDirectoriesFirst) {
     const auto canShift = [] {
         return ProjectionPtr(proj_create(contextMadeWhileProjIsToTalk(),
