@@ -20,7 +20,7 @@ using QSHelpers::ConversionError;
 
 double readScaleFactor(const std::string& text) { return QSHelpers::convertTextToNumeric<double>(text, false, false); }
 
-// Nothing for a name whose codes are not numbers: it is then in another spelling.
+// Nothing if a code is not a number: the name may be in another spelling.
 std::optional<CodePair> codesIfNumbers(const ParsedName& parsed) {
     const NameTexts* const texts = std::get_if<NameTexts>(&parsed);
     if (texts == nullptr) return std::nullopt;
@@ -39,20 +39,20 @@ AbstractCrs* createFromCodes(const CrsCreator& creator, const ParsedName& parsed
 
 using OwnedCrs = std::unique_ptr<AbstractCrs>;
 
-// The object that a URN or URL is first turned into; only a copy of it is handed on.
+// The object first made from a URN or URL; callers get only a copy of it.
 OwnedCrs createUrnOriginal(const CrsCreator& creator, const NameTexts& texts) {
     const unsigned int second = texts.second ? readCode(texts.second->text) : 0;
     return OwnedCrs(creator.createFromCode(readCode(texts.first.text), second, true));
 }
 
-// Intended: the original of a CRS that is handed on is not released, unless the build says otherwise.
+// Intended: the original of the returned CRS is not released unless the build option asks for it.
 void finishWithUrnOriginal([[maybe_unused]] OwnedCrs original) {
 #if !defined(COORDTRANS_RELEASE_URN_ORIGINAL)
     static_cast<void>(original.release());
 #endif
 }
 
-// Fields separated by ";"; a text has one field more than separators.
+// The fields between ";" separators; a text has one more field than separators.
 class SpecialTextFields {
 public:
     explicit SpecialTextFields(const std::string& fields) : text(fields) {}
@@ -96,7 +96,7 @@ AbstractCrs* CrsCreator::recognise(const std::string& name) const {
     return nullptr;
 }
 
-// The older syntaxes have a recogniser each, which a concrete creator may override.
+// Each older syntax has its own recogniser, which a concrete creator may override.
 AbstractCrs* CrsCreator::createAs(const NameSyntax& syntax, const std::string& name) const {
     switch (syntax.spelling) {
         case Spelling::OGC_URN:
@@ -145,7 +145,7 @@ AbstractCrs* CrsCreator::createFromOgcUrn(const std::string& name, std::size_t s
 
 AbstractCrs* CrsCreator::createFromGML(const std::string& name) const {
     OwnedCrs crs(createFromCodes(*this, parseGmlReference(name), true));
-    // Responses echo the request's own spelling.
+    // Responses repeat the request's own spelling.
     if (crs != nullptr) crs->setAlias(name);
     return crs.release();
 }

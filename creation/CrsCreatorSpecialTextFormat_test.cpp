@@ -31,7 +31,7 @@ protected:
         double secondaryScale;
     };
 
-    // EPSG:4326 in north-east order with scale factors of its own.
+    // EPSG:4326 in north-east order with its own scale factors.
     CrsCreatorSpecialTextFormatTest() : configured(creator.givenConfigured("EPSG:4326", 4326)) {
         configured.setAxisOrderEastNorthOrLonLat(false);
         configured.setScaleFactors(7, 9);
@@ -56,7 +56,7 @@ protected:
         EXPECT_DOUBLE_EQ(actual.secondaryScale, expected.secondaryScale);
     }
 
-    // The failure of type E that reading raises, which leaves nothing behind.
+    // Expects reading to throw an E and to leave no object behind. Returns the report of the failure.
     template <typename E>
     std::string reportOfReading(const std::string& text) {
         const std::string report = TestSupport::reportOf<E>([&] { read(text); });
@@ -171,7 +171,7 @@ TEST_F(CrsCreatorSpecialTextFormatTest, IsNoSpellingOfRequests) {
 
 TEST_F(CrsCreatorSpecialTextFormatTest, ReadsBackWhatIsWritten) {
     FakeCrs& compound = creator.givenConfigured("EPSG:27700*EPSG:5701", 27700, 5701);
-    // 15 significant digits are written.
+    // Numbers are written with 15 significant digits.
     constexpr double WRITTEN = 1e-14;
     const double factors[] = {1, 0.9996, 0.3048006096, 2.5e-7, 1e20, -3, 0, 1.0 / 3};
     for (const bool eastNorth : {false, true}) {

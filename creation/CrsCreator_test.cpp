@@ -35,7 +35,7 @@ using TestSupport::reportOf;
 static_assert(std::is_base_of_v<CrsPool, CrsCreator> && std::is_abstract_v<CrsPool> && std::is_abstract_v<CrsCreator>);
 static_assert(sizeof(CrsPool) == sizeof(void*) && sizeof(CrsCreator) == sizeof(void*));
 static_assert(!std::has_virtual_destructor_v<CrsPool> && std::has_virtual_destructor_v<CrsCreator>);
-// What derives from the two may be copied.
+// Classes derived from the two may be copied.
 static_assert(std::is_copy_constructible_v<TestSupport::FakeCreator> &&
               std::is_copy_assignable_v<TestSupport::FakeCreator>);
 
@@ -56,7 +56,7 @@ public:
     MOCK_METHOD(AbstractCrs*, createFromCrsURN_WFS_1_1, (const std::string&), (const, override));
     MOCK_METHOD(AbstractCrs*, createFromGML, (const std::string&), (const, override));
 
-    // The recognisers themselves.
+    // Makes the recognisers themselves callable.
     AbstractCrs* epsg(const std::string& name, bool flag) const { return CrsCreator::createFromEPSG(name, flag); }
     AbstractCrs* ogcUrn(const std::string& name) const { return CrsCreator::createFromOgcUrn(name, 0); }
     AbstractCrs* urn(const std::string& name) const { return CrsCreator::createFromURN(name); }
@@ -90,7 +90,8 @@ protected:
                 return EXPECT_CALL(creator, createFromCrsURN_WFS_1_1("name")).WillOnce(answer);
         }
     }
-    // Pool and recognisers are asked in their order, up to `last`; all before it do not know the name.
+    // Expects the pool and the recognisers up to `last` to be called in order, and all before `last` to refuse the
+    // name.
     template <typename Answer>
     void expectAskedUpTo(Recogniser last, Answer answer) {
         const InSequence order;
@@ -279,7 +280,7 @@ TEST_F(CrsCreatorTest, TakesACodeThatIsNoNumberForAnotherSpelling) {
     }
 }
 
-// A number that does not convert is another spelling; a failure of the creation is one, whatever its type.
+// A code that is not a number means another spelling. A failure to make the CRS passes through, whatever its type.
 TEST_F(CrsCreatorTest, LetsExceptionsOfCreateFromCodePassThroughEveryRecogniser) {
     const auto expectPassing = [this](const auto& failure) {
         using Failure = std::decay_t<decltype(failure)>;

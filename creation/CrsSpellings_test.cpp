@@ -1,4 +1,4 @@
-// The names of requests, as a whole through createFromName.
+// The names of requests, each read by createFromName.
 
 #include <exception>
 #include <stdexcept>

@@ -31,7 +31,7 @@ std::string chooseDirectory(const std::string& property) {
         if (variable != nullptr) directory = variable;
     }
     if (directory.empty()) directory = BUILT_IN_PROJ_DIRECTORY;
-    // Cannot fire while the built-in directory is not empty.
+    // Never thrown while the built-in directory is not empty.
     if (directory.empty()) throw Misconfigured("Required Property Proj4ConfigDir not set");
     return directory;
 }
@@ -41,13 +41,13 @@ void requireDirectory(const std::string& directory) {
         throw Misconfigured("Configured Proj4 directory \"" + directory + "\" not found!");
 }
 
-// A code that cannot be bound later on names itself alone; here the file and the reason can be named.
+// A later failure to bind a code reports only the code; here the file and the reason are known.
 void requireReadable(const std::string& path) {
     const FileText file = readFile(path);
     if (!file.failure.empty()) throw Misconfigured("Unable to read init file \"" + path + "\": " + file.failure);
 }
 
-// Loads the axis orders; the descriptions are handed out, so that they come into force with the directory.
+// Loads the axis orders and returns the descriptions, which take effect together with the directory.
 CrsDescriptions loadFiles(const boost::filesystem::path& directory) {
     try {
         const std::string initFile = (directory / INIT_FILE).string();
@@ -65,7 +65,7 @@ CrsDescriptions loadFiles(const boost::filesystem::path& directory) {
 void setSearchPath(const std::string& directory) {
     const char* directories[] = {directory.c_str()};
     ClassicProj::pj_set_searchpath(1, directories);
-    // Joined without a separator on purpose: the text is part of the interface.
+    // Intended: joined without a separator; the text is part of the interface.
     if (const int error = *ClassicProj::pj_get_errno_ref(); error != 0)
         throw Misconfigured("Proj4 reported an error using configuration directory " + directory +
                             ClassicProj::pj_strerrno(error));

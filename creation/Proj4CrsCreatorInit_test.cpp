@@ -30,12 +30,12 @@ constexpr char BUILT_IN_DIRECTORY[] = "/opt/quarvelserver/share/proj4";
 
 class Proj4CrsCreatorInitTest : public testing::Test {
 protected:
-    // A code that nothing in this process has bound yet.
+    // A code that this process has not bound before.
     static unsigned int newCode() {
         static unsigned int last = 910000;
         return ++last;
     }
-    // A directory that serves: its files know `code` alone, in east-north order.
+    // A complete directory: its files have only `code`, in east-north order.
     std::string givenDirectoryFor(unsigned int code) {
         const std::string name = std::to_string(code);
         temporary.makeDirectory(name);
@@ -270,7 +270,7 @@ TEST_F(Proj4CrsCreatorInitTest, RefusesDescriptionsThatAreNoRegularFile) {
     EXPECT_THROW(init(directory), boost::filesystem::filesystem_error);
 }
 
-// Those of a directory that does not serve never come into force.
+// The descriptions of an unusable directory never take effect.
 TEST_F(Proj4CrsCreatorInitTest, ForgetsTheDescriptionsOfADirectoryThatProjCannotSearch) {
     const unsigned int code = newCode();
     givenDirectoryFor(code);
@@ -289,7 +289,7 @@ TEST_F(Proj4CrsCreatorInitTest, LetsFailuresOfTheFileSystemPass) {
     EXPECT_FALSE(searchPathSet);
 }
 
-// The files are there, but the search path needs an absolute name. The text follows the directory without a separator.
+// The files exist, but the search path needs an absolute name. PROJ's text follows the directory without a separator.
 TEST_F(Proj4CrsCreatorInitTest, ReportsADirectoryThatProjCannotSearch) {
     const unsigned int code = newCode();
     givenDirectoryFor(code);

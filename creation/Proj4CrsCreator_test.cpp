@@ -157,7 +157,7 @@ TEST_F(Proj4CrsCreatorTest, MakesANewObjectEveryTime) {
     EXPECT_TRUE(*first == *second);
 }
 
-// UTM zone 32 counts 500 km from 9 degrees east and nothing from the equator.
+// Eastings of UTM zone 32 are 500 km at 9 degrees east, and northings 0 at the equator.
 TEST_F(Proj4CrsCreatorTest, MakesCrsThatTransformThroughProj) {
     double x = 9;
     double y = 0;
@@ -178,7 +178,7 @@ TEST_F(Proj4CrsCreatorTest, LetsTheFaultOfACodeThatProjDoesNotKnowPass) {
 }
 
 TEST_F(Proj4CrsCreatorTest, MakesTheDefaultAndTheUnknownCrs) {
-    // They have easting first, whatever the registry has for a code 0.
+    // They have easting first, even if the axis-order table has an entry for code 0.
     getAxisOrderTable()[0] = false;
     const CrsPtr standard(creator().createDefault());
     const CrsPtr unknown(creator().createUnknown());
