@@ -1,4 +1,4 @@
-// A program of its own: it replaces the global allocation functions.
+// A separate program, because it replaces the global allocation functions.
 
 #include "tests/support/AllocationFailure.h"
 
@@ -27,7 +27,7 @@ public:
 
 using Config = std::unique_ptr<ConfigWithCreator>;
 
-// Names too long to be kept without an allocation.
+// Names that are too long for a string's internal buffer.
 constexpr char FRAGMENT[] = R"(
     <CrsConfiguration>
       <CRS numberOfDecimalPlaces="6">4326</CRS>

@@ -23,7 +23,7 @@ using KeptCrs = std::unique_ptr<const AbstractCrs>;
 constexpr char SUBSYSTEM_VARIABLE[] = "USE_COORD_TRANSFORMATION_SUBSYSTEM";
 constexpr char PROJ4_SUBSYSTEM[] = "proj4";
 
-// Adds the entries in the first top-level element that is the container.
+// Adds the entries of the first top-level element with the container's name.
 void addEntries(CrsConfig& config, const ptree& document, const FragmentContainer& container) {
     const auto found = document.get_child_optional(container.name);
     if (!found) return;
@@ -41,7 +41,7 @@ const AbstractCrs* find(const std::map<std::string, const AbstractCrs*>& cache, 
 
 CodePair codesOf(const AbstractCrs& crs) { return {crs.getPrimaryCode(), crs.getSecCompoundCode()}; }
 
-// How well an entry of its primary code fits a CRS: the secondary code counts more than the alias.
+// The rank of an entry with the CRS's primary code: the secondary code weighs more than the alias.
 int fitOf(const CrsConfigData& entry, unsigned int secondaryCode, const AbstractCrs& crs) {
     int fit = secondaryCode == crs.getSecCompoundCode() ? 4 : 0;
     if (entry.getAlias() == crs.getAlias()) fit += 2;
@@ -51,12 +51,12 @@ int fitOf(const CrsConfigData& entry, unsigned int secondaryCode, const Abstract
 
 }  // namespace
 
-// What two entries must not both have: see CrsConfigData::sameIdentifierOrAliases.
+// The key that two entries must not share: see CrsConfigData::sameIdentifierOrAliases.
 struct EntryIndex {
     std::set<std::pair<std::string, std::string>> identifiersAndAliases;
 };
 
-// The list is allocated last: nothing would release it after a failure.
+// The list is allocated last, because nothing would release it after a failure.
 CrsConfig::CrsConfig()
     : configuredCrs(nullptr), creator(nullptr), entryIndex(std::make_shared<EntryIndex>()), initialised(false) {
     configuredCrs = new std::list<CrsConfigData>;
@@ -78,7 +78,7 @@ CrsConfig* CrsConfig::createConfigFromId(const std::string& id) {
         throw Misconfigured("The coordinate transformation subsystem " + id + " is unknown and not available!");
     auto config = std::make_unique<CrsConfig>();
     config->injectCreator(new Proj4CrsCreator(*config));
-    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): a new configuration takes the creator over.
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): a new configuration owns the creator.
     return config.release();
 }
 
@@ -132,8 +132,7 @@ void CrsConfig::registerEntry(const CrsConfigData& entry) {
     cacheLongNameAndCode(crs->copy());
 }
 
-// Alias and axis-order override reach requests through the alias alone; the other names keep the CRS's own
-// axis order.
+// Only requests by the alias get the alias and its axis order. The other names keep the CRS's own axis order.
 void CrsConfig::registerAlias(const CrsConfigData& entry, const Crs& crs) {
     Crs handle(crs);
     AbstractCrs* const mapped = handle.getModifiableCopy();
@@ -145,13 +144,13 @@ void CrsConfig::registerAlias(const CrsConfigData& entry, const Crs& crs) {
     cacheByName(KeptCrs(mapped->copy()), {name});
 }
 
-// For the name cache alone.
+// Takes ownership of `crs` and registers it only in the name cache.
 void CrsConfig::cacheByName(std::unique_ptr<const AbstractCrs> crs, const std::vector<std::string>& names) {
     const AbstractCrs* const offered = own(std::move(crs));
     if (!insertNames(offered, names)) discard(offered);
 }
 
-// Whether a name took `crs`.
+// Returns whether `crs` was registered under a name.
 bool CrsConfig::insertNames(const AbstractCrs* crs, const std::vector<std::string>& names) {
     bool taken = false;
     for (const std::string& name : names) taken |= nameCache.emplace(name, crs).second;
@@ -174,14 +173,14 @@ void CrsConfig::cacheLongNameAndCode(const AbstractCrs* crs) {
     const CodePair codes = codesOf(*crs);
     bool taken = codeCache.emplace(writeCodeKey(codes), crs).second;
     taken |= insertNames(crs, {crs->getAliasOrIdentifier(false), crs->getAliasOrAsOgcURN(nullptr, false)});
-    // A CRS without a code has no text form, and fails with the names before it in place.
+    // A CRS without a code has no text form and fails here; the names before it stay registered.
     taken |= insertNames(crs, {crs->getAsText()});
     taken |= insertNames(crs, registeredCodeNames(codes));
     if (!taken) discard(crs);
     for (std::size_t kind = 0; kind < REGISTERED_URN_KINDS; ++kind) cacheCrsNamedByUrn(codes, kind);
 }
 
-// Registers what the creator makes of a URN, under that URN and under the same with another head.
+// Registers the CRS that the creator makes of a URN, under that URN and under its other spelling.
 void CrsConfig::cacheCrsNamedByUrn(const CodePair& codes, std::size_t kind) {
     const KeptCrs created(creator->createFromURN(registeredUrns(codes)[kind].name));
     if (created == nullptr) return;

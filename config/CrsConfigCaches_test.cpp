@@ -1,4 +1,4 @@
-// What is registered under which names, which entry keeps a name, and who releases the objects.
+// The names under which CRS are registered, the entry that keeps a name, and the owner of each object.
 
 #include <cstddef>
 #include <memory>
@@ -23,14 +23,14 @@ using testing::IsEmpty;
 using TestSupport::reportOf;
 using Names = std::vector<std::string>;
 
-// What a configured CRS is found under, in three groups: the CRS itself, and one object for each pair of URNs.
+// The names of a configured CRS in three groups: those of the CRS itself, and those of the object of each pair of URNs.
 struct ConfiguredCrs {
     const char* element;
     const char* codeKey;
     Names ofTheCrs;
     Names ofVersion612;
     Names ofNoVersion;
-    // Spellings that look like it and are not registered.
+    // Similar spellings that are not registered.
     Names absent;
     std::vector<std::string> identifiers;
 };
@@ -123,7 +123,7 @@ TEST(UrnObjectsTest, CarryTheVersionOfTheirUrn) {
     EXPECT_EQ(server.named("urn:ogc:def:crs:EPSG:6.12:31467,crs:EPSG:6.12:5783")->getEpsgVersion(), "6.126.12");
 }
 
-// Makes code 7 of every URN.
+// Makes a CRS with code 7 of every URN.
 class SevenOfUrns : public JournalCreator {
 public:
     using JournalCreator::JournalCreator;
@@ -147,7 +147,7 @@ TEST(UrnObjectsTest, AreWhatTheCreatorMakesOfTheUrn) {
     EXPECT_FALSE(server.config.isCrsConfigured(7U));
 }
 
-// Reads no URNs, and notes those that it is given; every name is tried as one.
+// Records the URNs that it receives and reads none of them; every name is tried as a URN.
 class CreatorWithoutUrns : public JournalCreator {
 public:
     using JournalCreator::JournalCreator;
@@ -303,7 +303,7 @@ TEST(LookupTest, ReportsAMissWithTheKeyAsGiven) {
     }
 }
 
-// One object for the short names, one for each pair of URNs.
+// One object for the short names, and one for each pair of URNs.
 constexpr std::size_t HELD_PER_CRS = 3;
 
 struct HeldObjects {
@@ -407,7 +407,7 @@ TEST_F(RegistrationTest, OfACrsThatTheCodeCacheHoldsChangesNothing) {
     EXPECT_EQ(server.journal.live.count(), held);
 }
 
-// The second CRS of a code with another scale factor is held for its text form alone.
+// The second CRS of a code, with another scale factor, is kept only for its text form.
 TEST_F(RegistrationTest, OfACrsThatTheNameCacheAloneHoldsChangesNothing) {
     givenRegistered(4326, 0, 1);
     const AbstractCrs* const crs = givenRegistered(4326, 0, 2);

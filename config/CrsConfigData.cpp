@@ -18,7 +18,7 @@ boost::optional<std::string> readText(const ptree& element, const char* attribut
     return element.get_optional<std::string>(std::string("<xmlattr>.") + attribute);
 }
 
-// The property tree's typed access, in the classic locale: another global locale could admit grouped digits.
+// Reads the property tree in the classic locale, because another global locale could accept grouped digits.
 template <typename T, typename Field>
 void readAttribute(const ptree& element, const char* attribute, Field& field) {
     std::istringstream stream(readText(element, attribute).value_or(""));
@@ -49,7 +49,7 @@ CrsConfigData::CrsConfigData(const std::string& name, std::string mapToEpsgCode)
         alias = name;
         identifier = withEpsgPrefix(mapToEpsgCode);
     } else {
-        // As given, unlike the text of an element: this is the way in for URNs.
+        // Unlike the text of an element, the name is not upper-cased, so it may be a URN.
         identifier = name;
     }
 }

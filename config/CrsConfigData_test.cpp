@@ -213,7 +213,7 @@ TEST(AttributesTest, AreReadWithoutTheGlobalLocale) {
     EXPECT_TRUE(givenAttribute("suppressDuplicatCoordinates", "true").getPreventDoubleCoordinateOutput());
 }
 
-// A locale of its own mind: a umlaut of Latin 1 has a capital, x has none, and the capital of # is 4.
+// A locale with unusual capitals: a umlaut of Latin 1 has one, x has none, and the capital of # is 4.
 class OddCapitals : public std::ctype<char> {
 protected:
     char do_toupper(char character) const override {

@@ -1,4 +1,4 @@
-// What `configure` reads of a document.
+// The parts of a document that `configure` reads.
 
 #include <cstddef>
 #include <ostream>
@@ -224,7 +224,7 @@ INSTANTIATE_TEST_SUITE_P(Documents, MalformedDocumentTest,
                                          "<CrsConfiguration><CRS><![CDATA[4326</CRS></CrsConfiguration>", "<", "<?xml",
                                          "</CrsConfiguration>"));
 
-// What the property tree's reader accepts, or would not survive, and a fragment must not have.
+// Faults that the property tree's reader accepts, or that would crash it.
 struct Refused {
     const char* name;
     std::string xml;

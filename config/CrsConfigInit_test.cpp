@@ -1,4 +1,4 @@
-// How a configuration comes by its creator, and how it is initialised.
+// How a configuration gets its creator, and how it is initialised.
 
 #include <cstdlib>
 #include <memory>
@@ -25,7 +25,7 @@ using testing::IsEmpty;
 using TestSupport::messageOf;
 using TestSupport::reportOf;
 
-// Sets the variable, or removes it, and puts back what was there.
+// Sets or unsets the variable, and restores it on destruction.
 class SubsystemVariable {
 public:
     explicit SubsystemVariable(const char* value) {
@@ -62,7 +62,7 @@ TEST(FactoryTest, MakesAProj4Configuration) {
     }
 }
 
-// Were it initialised already, the creator would not ask for the directory any more.
+// If it were initialised already, the creator would not read the directory again.
 TEST(FactoryTest, LeavesInitialisationToTheCaller) {
     const ConfigPtr config = fromId("proj4");
     config->setConfigProperty("Proj4ConfigDir", "/no/such/directory");
@@ -172,7 +172,7 @@ protected:
     std::string messageOfInit() {
         return messageOf<std::runtime_error>([this] { server.config.init(); });
     }
-    // Only an initialised configuration is initialised anew when it is merged.
+    // Merging initialises only a configuration that was initialised before.
     bool isInitialised() {
         const long before = server.journal.initialisations();
         CrsConfig other;
@@ -217,7 +217,7 @@ TEST_F(InitFailureTest, OfAReinitialisationLeavesTheConfigurationMarkedInitialis
     EXPECT_TRUE(isInitialised());
 }
 
-// Fails at the URN of code 2 that has no version.
+// Fails for the URN of code 2 without a version.
 class UrnRefusingCreator : public JournalCreator {
 public:
     using JournalCreator::JournalCreator;
@@ -240,7 +240,7 @@ TEST_F(InitFailureAtAUrnTest, LeavesTheNamesBeforeItRegisteredAndLosesNoCrs) {
     EXPECT_EQ(server.journal.live.count(), 0U);
 }
 
-// A CRS without a code can be made and has an identifier, but no text form.
+// A CRS without a code can be made and has an identifier, but it has no text form.
 TEST(EntryWithoutACodeTest, FailsWithWhatCameBeforeItsTextFormRegistered) {
     TestConfig server;
     server.givenConfigured({"<CRS mapToEpsgCode='0'>unknown</CRS>"});

@@ -1,4 +1,4 @@
-// The entries of a configuration, what it answers about them, and how configurations are merged and copied.
+// The entries of a configuration, queries about them, and merging and copying.
 
 #include "CoordinateTransformation/CrsConfig.h"
 
@@ -48,7 +48,7 @@ TEST(AddEntryTest, KeepsTheSettingsOfTheFirstOfEqualEntries) {
     EXPECT_TRUE(server.config.getConfiguredCrs()->back().getAxisOrderEastNorthOrLonLat().value_or(false));
 }
 
-// A copy shares the entries, so neither may miss what the other has added.
+// A copy shares the entries, so each must see those that the other adds.
 TEST(AddEntryTest, ComparesWithWhatAShallowCopyHasAdded) {
     TestConfig server;
     EXPECT_TRUE(server.config.addCrsConfigData(CrsConfigData("EPSG:1")));
@@ -159,12 +159,12 @@ TEST(IdentifiersTest, AreCodesIdentifiersAndAliasesInOrder) {
 
 class EntryForTest : public testing::Test {
 protected:
-    // As `entries` writes it; "" for null.
+    // The entry in the notation of `entries`; "" for null.
     static std::string written(const CrsConfigData* entry) {
         if (entry == nullptr) return "";
         return (entry->isMapped() ? entry->getAlias() + "=" : "") + entry->getIdentifier();
     }
-    // Of the CRS that a request names so.
+    // The entry of the CRS that a request names `name`.
     std::string entryOf(const std::string& name) const {
         const Crs crs = server.creator->createFromName(name, false, false);
         return written(server.config.getEntryFor(*crs.get()));
@@ -224,7 +224,7 @@ TEST_F(EntryForTest, PrefersTheSecondaryCodeToTheAlias) {
     EXPECT_EQ(entryOf(31468, 5783, ""), "GK4=EPSG:31468*EPSG:5783");
 }
 
-// As the primary code alone decides whether the server offers a CRS.
+// The primary code alone decides whether the server offers a CRS.
 TEST_F(EntryForTest, IsThatOfThePrimaryCodeWhenTheCompoundIsNotConfigured) {
     server.givenInitialised({"<CRS>27700</CRS>", "<CRS>EPSG:31467*EPSG:5783</CRS>"});
     EXPECT_EQ(entryOf("27700*5701"), "EPSG:27700");
@@ -278,7 +278,7 @@ protected:
         server.config.merge(other.config);
     }
 
-    // Whether all of both is registered, or nothing; what was registered before is made anew.
+    // Either all entries of both are registered, or none; earlier CRS are made again.
     static void expectRegistered(const TestConfig& merged, bool initialised) {
         EXPECT_EQ(merged.journal.initialisations(), initialised ? 2 : 0);
         EXPECT_EQ(merged.journal.liveAtInit, 0U);
@@ -378,7 +378,7 @@ protected:
         EXPECT_EQ(copy.getConfigProperty("key"), "value");
     }
 
-    // The destructor of the copy releases what both share.
+    // The destructor of the copy releases the objects that both share.
     void destroyInsteadOfTheSource(std::unique_ptr<ExposedConfig> copy) {
         source.leaveAlive();
         copy.reset();

@@ -16,7 +16,7 @@ using boost::property_tree::ptree;
 using boost::property_tree::xml_parser_error;
 
 constexpr std::string_view XML_WHITE_SPACE = " \t\r\n";
-// Where the property tree's reader ends the names of elements and attributes.
+// The characters at which the property tree's reader ends names of elements and attributes.
 constexpr std::string_view BEHIND_ELEMENT_NAME = " \t\r\n/>?";
 constexpr std::string_view BEHIND_ATTRIBUTE_NAME = " \t\r\n/<>=?!";
 
@@ -28,7 +28,7 @@ std::string quote(std::string_view name) {
 
 bool startsWith(std::string_view text, std::string_view head) { return text.substr(0, head.size()) == head; }
 
-// A mark at the beginning, or ASCII characters with a NUL byte before or behind each.
+// Whether the text begins with a byte order mark of UTF-16, or with ASCII characters and a NUL byte beside each.
 bool isUtf16(std::string_view text) {
     if (startsWith(text, "\xFF\xFE") || startsWith(text, "\xFE\xFF")) return true;
     return text.size() >= 4 && (text[0] == '\0') != (text[1] == '\0') && (text[0] == '\0') == (text[2] == '\0') &&
@@ -61,7 +61,7 @@ bool refersToCharacter(std::string_view reference) {
     return !digits.empty() && isCharacter(code);
 }
 
-// Raised inside a walk only.
+// Thrown inside a walk only.
 struct Stop {
     FragmentFault fault;
 };
@@ -132,7 +132,7 @@ private:
         at = found + end.size();
     }
 
-    // A declaration may hold declarations of its own in brackets.
+    // A declaration may contain further declarations in brackets.
     void skipDocumentType() {
         int depth = 0;
         for (std::size_t i = at + 10; i < text.size(); ++i) {
@@ -203,7 +203,7 @@ private:
         open.pop_back();
     }
 
-    // Text and attribute values, which alone hold references.
+    // Reads text and attribute values, the only places of references.
     void walkText(std::size_t end) {
         const std::string_view upToEnd = text.substr(0, end);
         for (at = upToEnd.find('&', at); at < end; at = upToEnd.find('&', at + 1)) checkReference(upToEnd.substr(at));
@@ -221,7 +221,7 @@ private:
             stop(written + " is no entity that is known; known are amp, lt, gt, quot and apos", at);
     }
 
-    // Places are asked for in order, so that lines are counted once.
+    // Positions are requested in ascending order, so lines are counted only once.
     FragmentPlace placeOf(std::size_t position) {
         for (; counted < position; ++counted) {
             if (text[counted] != '\n') continue;
@@ -266,11 +266,11 @@ std::vector<FragmentElement> fragmentElements(std::string_view text) {
 
 namespace {
 
-// Reads a text where it is; a string stream would copy it.
+// Reads a text in place; a string stream would copy it.
 class TextBuffer : public std::streambuf {
 public:
     explicit TextBuffer(const std::string& text) {
-        // Never written to: a stream buffer has no other way to say what it reads.
+        // Nothing writes to it, but a stream buffer takes only pointers to modifiable characters.
         char* const begin = const_cast<char*>(text.data());
         setg(begin, begin, begin + text.size());
     }

@@ -134,7 +134,7 @@ TEST(FragmentElementsTest, EndWithTheFirstFault) {
     EXPECT_THAT(elementsIn("<a><b></a><c/>"), ElementsAre("a 1:1", "b 1:4"));
 }
 
-// Hands out `text` again and again, and breaks off after `times` times if that is not 0.
+// Delivers `text` again and again. Breaks off after `times` times, unless that is 0.
 class EndlessBuffer : public std::streambuf {
 public:
     explicit EndlessBuffer(std::string theText, std::size_t times = 0) : text(std::move(theText)), breaksAfter(times) {}
