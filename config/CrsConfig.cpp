@@ -42,7 +42,7 @@ const AbstractCrs* find(const std::map<std::string, const AbstractCrs*>& cache, 
 CodePair codesOf(const AbstractCrs& crs) { return {crs.getPrimaryCode(), crs.getSecCompoundCode()}; }
 
 // The rank of an entry with the CRS's primary code: the secondary code weighs more than the alias.
-int fitOf(const CrsConfigData& entry, unsigned int secondaryCode, const AbstractCrs& crs) {
+int rankOf(const CrsConfigData& entry, unsigned int secondaryCode, const AbstractCrs& crs) {
     int fit = secondaryCode == crs.getSecCompoundCode() ? 4 : 0;
     if (entry.getAlias() == crs.getAlias()) fit += 2;
     if (!entry.isMapped()) fit += 1;
@@ -191,12 +191,12 @@ void CrsConfig::cacheCrsNamedByUrn(const CodePair& codes, std::size_t kind) {
 const CrsConfigData* CrsConfig::getEntryFor(const AbstractCrs& crs) const {
     const auto [first, last] = registeredEntries.equal_range(crs.getPrimaryCode());
     const CrsConfigData* best = nullptr;
-    int bestFit = 0;
+    int bestRank = 0;
     for (auto entry = first; entry != last; ++entry) {
-        const int fit = fitOf(*entry->second.data, entry->second.secondaryCode, crs);
-        if (best == nullptr || fit > bestFit) {
+        const int fit = rankOf(*entry->second.data, entry->second.secondaryCode, crs);
+        if (best == nullptr || fit > bestRank) {
             best = entry->second.data;
-            bestFit = fit;
+            bestRank = fit;
         }
     }
     return best;

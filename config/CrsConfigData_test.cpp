@@ -254,7 +254,7 @@ TEST_F(UpperCaseTest, LeavesAliasesAlone) {
     EXPECT_EQ(CrsConfigData("alias-\xe4", "4326").getAlias(), "alias-\xe4");
 }
 
-TEST_F(UpperCaseTest, ComesBeforeTheLookAtTheFirstCharacter) {
+TEST_F(UpperCaseTest, PrecedesTheCheckOfTheFirstCharacter) {
     EXPECT_EQ(givenEntry("<CRS>#326</CRS>").getIdentifier(), "EPSG:4326");
 }
 

@@ -397,7 +397,7 @@ TEST_F(ShallowCopyTest, SharesEntriesCreatorAndCrsWhenConstructed) {
 
 TEST_F(ShallowCopyTest, SharesThemWhenAssigned) {
     auto copy = std::make_unique<ExposedConfig>();
-    const std::unique_ptr<const std::list<CrsConfigData>> listOfItsOwn(copy->getConfiguredCrs());
+    const std::unique_ptr<const std::list<CrsConfigData>> ownList(copy->getConfiguredCrs());
     *copy = source.config;
     expectIsACopy(*copy);
     destroyInsteadOfTheSource(std::move(copy));

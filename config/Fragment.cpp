@@ -17,8 +17,8 @@ using boost::property_tree::xml_parser_error;
 
 constexpr std::string_view XML_WHITE_SPACE = " \t\r\n";
 // The characters at which the property tree's reader ends names of elements and attributes.
-constexpr std::string_view BEHIND_ELEMENT_NAME = " \t\r\n/>?";
-constexpr std::string_view BEHIND_ATTRIBUTE_NAME = " \t\r\n/<>=?!";
+constexpr std::string_view ENDS_OF_ELEMENT_NAME = " \t\r\n/>?";
+constexpr std::string_view ENDS_OF_ATTRIBUTE_NAME = " \t\r\n/<>=?!";
 
 constexpr std::size_t LONGEST_QUOTE = 40;
 
@@ -75,7 +75,7 @@ public:
         : text(walked.substr(0, walked.find('\0'))), whole(walked), elements(startTags) {}
 
     void run() {
-        if (whole.size() > LARGEST_FRAGMENT) stopForTheReader("the fragment is larger than 256 MB", 0);
+        if (whole.size() > LARGEST_FRAGMENT) stopTreeReader("the fragment is larger than 256 MB", 0);
         if (isUtf16(whole)) stop("the text is UTF-16; it must be UTF-8", 0);
         if (startsWith(text, "\xEF\xBB\xBF")) at = 3;
         while (at < text.size()) walkNext();
@@ -87,7 +87,7 @@ private:
     [[noreturn]] void stop(const std::string& message, std::size_t position) {
         throw Stop{{message, placeOf(position), false}};
     }
-    [[noreturn]] void stopForTheReader(const std::string& message, std::size_t position) {
+    [[noreturn]] void stopTreeReader(const std::string& message, std::size_t position) {
         throw Stop{{message, placeOf(position), true}};
     }
 
@@ -161,14 +161,14 @@ private:
 
     void walkStartTag() {
         const std::size_t tag = at++;
-        const std::string_view name = takeUpTo(BEHIND_ELEMENT_NAME);
+        const std::string_view name = takeUpTo(ENDS_OF_ELEMENT_NAME);
         if (name.empty()) stop("a tag without a name", tag);
         const FragmentElement element{name, placeOf(tag)};
         if (elements != nullptr) elements->push_back(element);
         if (open.size() == DEEPEST_NESTING)
-            stopForTheReader("elements are nested more than " + std::to_string(DEEPEST_NESTING) + " deep", tag);
+            stopTreeReader("elements are nested more than " + std::to_string(DEEPEST_NESTING) + " deep", tag);
         skipWhiteSpace();
-        while (at < text.size() && BEHIND_ATTRIBUTE_NAME.find(text[at]) == std::string_view::npos) walkAttribute();
+        while (at < text.size() && ENDS_OF_ATTRIBUTE_NAME.find(text[at]) == std::string_view::npos) walkAttribute();
         const bool isEmpty = isAt("/");
         expect(isEmpty ? "/>" : ">", tag);
         if (!isEmpty) open.push_back(element);
@@ -176,7 +176,7 @@ private:
 
     void walkAttribute() {
         const std::size_t attribute = at;
-        const std::string name = quote(takeUpTo(BEHIND_ATTRIBUTE_NAME));
+        const std::string name = quote(takeUpTo(ENDS_OF_ATTRIBUTE_NAME));
         skipWhiteSpace();
         if (!isAt("=")) stop("attribute " + name + " without a value", attribute);
         ++at;
@@ -193,7 +193,7 @@ private:
     void walkEndTag() {
         const std::size_t tag = at;
         at += 2;
-        const std::string_view name = takeUpTo(BEHIND_ELEMENT_NAME);
+        const std::string_view name = takeUpTo(ENDS_OF_ELEMENT_NAME);
         if (name != open.back().name)
             stop(
                 "end tag </" + quote(name) + "> does not match <" + quote(open.back().name) + "> of line " + openLine(),

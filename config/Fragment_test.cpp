@@ -162,7 +162,7 @@ xml_parser_error errorOf(std::istream& stream) {
     return xml_parser_error("", "", 0);
 }
 
-TEST(FragmentStreamTest, IsReadFromWhereItStandsAndStaysGood) {
+TEST(FragmentStreamTest, IsReadFromItsPositionAndStaysGood) {
     std::istringstream stream("skipped <a>1</a>");
     stream.ignore(8);
     EXPECT_EQ(readFragment(stream).get<std::string>("a"), "1");

@@ -153,7 +153,7 @@ AbstractCrs* CrsCreator::createFromGML(const std::string& name) const {
 AbstractCrs* CrsCreator::createFromEPSG(const std::string& name, bool standardAxisOrder) const {
     const ParsedName parsed = parseEpsgName(name);
     const NameFault* const fault = std::get_if<NameFault>(&parsed);
-    if (fault != nullptr && fault->beyondTheEnd) throw std::out_of_range("invalid string position");
+    if (fault != nullptr && fault->isBeyondEnd) throw std::out_of_range("invalid string position");
     return createFromCodes(*this, parsed, standardAxisOrder);
 }
 

@@ -140,7 +140,7 @@ TEST_F(CrsCreatorSpecialTextFormatTest, RaisesCrsNotConfiguredForANameThatThePoo
     for (const auto& [text, name] : namesOfTexts) expectNotConfigured(text, name);
 }
 
-TEST_F(CrsCreatorSpecialTextFormatTest, RaisesConversionErrorForAScaleFactorThatIsNoNumber) {
+TEST_F(CrsCreatorSpecialTextFormatTest, RaisesConversionErrorForAScaleFactorThatIsNotANumber) {
     const std::string nines(MEGABYTE, '9');
     for (const std::string& factor : {""s, "abc"s, "1.2.3"s, "1\t"s, "1\0"s, "inf"s, "1e400"s, nines}) {
         expectConversionError("EPSG:4326;EN;" + factor, factor);

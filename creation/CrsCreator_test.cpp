@@ -220,7 +220,7 @@ TEST_F(CrsCreatorTest, ReadsUrnAndUrlBehindTheirHeadThroughOneSlot) {
     EXPECT_EQ(creator.url("http://www.opengis.net/any"), created);
 }
 
-TEST_F(CrsCreatorTest, HandsTheEndOfAHeadWithoutABodyOn) {
+TEST_F(CrsCreatorTest, PassesOnTheEndOfAHeadWithoutABody) {
     EXPECT_CALL(creator, createFromOgcUrn("urn:ogc", 7)).WillOnce(ReturnNull());
     EXPECT_CALL(creator, createFromOgcUrn("http://www.opengis.net", 22)).WillOnce(ReturnNull());
     EXPECT_EQ(creator.urn("urn:ogc"), nullptr);
@@ -247,7 +247,7 @@ TEST_F(CrsCreatorTest, PassesTheCallersAxisOrderFlagOnFromEpsgNamesAlone) {
     EXPECT_EQ(creator.ogcUrn("def:crs:EPSG::4326"), nullptr);
 }
 
-TEST_F(CrsCreatorTest, HandsEpsgAndWfs11ObjectsOnAsTheyWereMade) {
+TEST_F(CrsCreatorTest, ReturnsEpsgAndWfs11ObjectsAsTheyWereMade) {
     FakeCrs* const created = newCrs();
     const Crs owner(created);
     EXPECT_CALL(creator, createFromCode(4326, 0, true)).Times(2).WillRepeatedly(Return(created));
@@ -267,7 +267,7 @@ TEST_F(CrsCreatorTest, TakesTheWholeReferenceForTheAliasOfTheObjectItself) {
     EXPECT_EQ(live.count(), 1U);
 }
 
-TEST_F(CrsCreatorTest, TakesACodeThatIsNoNumberForAnotherSpelling) {
+TEST_F(CrsCreatorTest, TakesACodeThatIsNotANumberForAnotherSpelling) {
     for (const std::string code : {"", "abc", "-1", "4294967296", "4326x", "4326\t", "1.5", "1e3"}) {
         SCOPED_TRACE(code);
         EXPECT_EQ(creator.gml("epsg.xml#" + code), nullptr);
@@ -297,9 +297,9 @@ TEST_F(CrsCreatorTest, LetsExceptionsOfCreateFromCodePassThroughEveryRecogniser)
 class UrnCopyTest : public CrsCreatorTest {
 protected:
 #if defined(COORDTRANS_RELEASE_URN_ORIGINAL)
-    static constexpr std::size_t LEFT_BEHIND = 0;
+    static constexpr std::size_t UNRELEASED = 0;
 #else
-    static constexpr std::size_t LEFT_BEHIND = 1;
+    static constexpr std::size_t UNRELEASED = 1;
 #endif
 
     void givenOriginal() {
@@ -310,14 +310,14 @@ protected:
     FakeCrs* original = nullptr;
 };
 
-TEST_F(UrnCopyTest, HandsACopyOnThatHasTheVersion) {
+TEST_F(UrnCopyTest, ReturnsACopyThatHasTheVersion) {
     givenOriginal();
     const Crs handle(creator.ogcUrn("def:crs,crs:EPSG:6.12:27700,crs:EPSG:6.12:5701"));
     EXPECT_NE(handle.get(), original);
     EXPECT_TRUE(live.contains(handle.get()));
     EXPECT_EQ(handle->getEpsgVersion(), "6.126.12");
     EXPECT_EQ(handle->getAlias(), "");
-    EXPECT_EQ(live.count(), LEFT_BEHIND + 1);
+    EXPECT_EQ(live.count(), UNRELEASED + 1);
 }
 
 #if !defined(COORDTRANS_RELEASE_URN_ORIGINAL)
@@ -343,7 +343,7 @@ TEST_F(UrnCopyTest, ReleasesTheCopyAloneWhenItIsNotAllowed) {
     expectAskedUpTo(URN, InvokeWithoutArgs([this] { return creator.ogcUrn("def:crs:EPSG::27700,crs:EPSG::5701"); }));
     EXPECT_CALL(creator, isCrsAllowed(_)).WillOnce(Return(false));
     expectEmpty(creator.createFromName("name", false, true));
-    EXPECT_EQ(live.count(), LEFT_BEHIND);
+    EXPECT_EQ(live.count(), UNRELEASED);
 }
 
 // The order of the slots is part of the binary interface.

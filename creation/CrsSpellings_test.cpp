@@ -64,7 +64,7 @@ protected:
     AcceptingCreator creator{&live};
 };
 
-TEST_F(CrsSpellingsTest, AreAcceptedAsTheTableSays) {
+TEST_F(CrsSpellingsTest, AreAcceptedAsInTheTable) {
     for (const NameRow& row : nameTable()) {
         if (!row.isAccepted()) continue;
         SCOPED_TRACE(row.where());
@@ -73,7 +73,7 @@ TEST_F(CrsSpellingsTest, AreAcceptedAsTheTableSays) {
     }
 }
 
-TEST_F(CrsSpellingsTest, AreRefusedAsTheTableSays) {
+TEST_F(CrsSpellingsTest, AreRefusedAsInTheTable) {
     for (const NameRow& row : nameTable()) {
         if (row.isAccepted()) continue;
         SCOPED_TRACE(row.where());

@@ -47,7 +47,7 @@ protected:
     double z = 3;
 };
 
-TEST_F(AbstractCrsTransformationTest, HandsItsPointsToItsTransformer) {
+TEST_F(AbstractCrsTransformationTest, PassesItsPointsToItsTransformer) {
     const BareCrs source = givenCrsOf(recorder, 25832);
     const BareCrs target = givenCrsOf(otherRecorder, 27700);
     source.transformTo(&target, x, y, z);

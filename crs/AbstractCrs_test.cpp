@@ -219,7 +219,7 @@ TEST_F(AbstractCrsTest, DerivesDimensionAndCompoundScaleFactor) {
     }
 }
 
-TEST_F(AbstractCrsTest, TellsUnknownDefaultAndConcreteApart) {
+TEST_F(AbstractCrsTest, DistinguishesUnknownDefaultAndConcrete) {
     const struct {
         Codes codes;
         bool unknown;

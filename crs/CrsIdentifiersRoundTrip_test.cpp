@@ -155,7 +155,7 @@ TEST_F(CrsIdentifiersRoundTripTest, ReadsACompoundReducedToTwoDimensionsAsItsPri
     }
 }
 
-TEST_F(CrsIdentifiersRoundTripTest, WritesWhatItReadAsTheTableSays) {
+TEST_F(CrsIdentifiersRoundTripTest, WritesWhatItReadAsInTheTable) {
     for (const NameRow& row : TestSupport::nameRowsWith("identifier")) {
         SCOPED_TRACE(row.where());
         const Crs read = creator.createFromName(row["name"], true, true);

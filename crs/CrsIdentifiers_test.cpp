@@ -262,7 +262,7 @@ TEST_F(CrsIdentifiersTest, FillsThePlaceholdersOfAUrlTemplate) {
     }
 }
 
-TEST_F(CrsIdentifiersTest, CopiesTheUrlBaseAsItStands) {
+TEST_F(CrsIdentifiersTest, CopiesTheUrlBaseUnchanged) {
     const std::string bases[] = {"", "http://host/a#b", P + "base" + S, NUL + "base" + NUL, "#"};
     for (const std::string& base : bases) EXPECT_EQ(givenWgs84().getAsURL(base, P, ""), base + "#4326");
 }

@@ -263,7 +263,7 @@ TEST_F(CrsTest, KeepsItsFlagWhenEmptiedByANullConstPointer) {
     }
 }
 
-TEST_F(CrsTest, ReleasesEvenTheOwnedCrsThatItIsToldToBorrow) {
+TEST_F(CrsTest, ReleasesEvenTheOwnedCrsThatItMustBorrow) {
     FakeCrs* const crs = newCrs();
     Crs handle(crs);
     const AbstractCrs* const sameCrs = crs;
@@ -359,7 +359,7 @@ TEST_F(CrsTest, ComparesByIdentityWithoutCopying) {
     EXPECT_FALSE(handle == NOTHING_TO_BORROW);
 }
 
-TEST_F(CrsTest, TellsAnUnknownCrsFromADefaultOne) {
+TEST_F(CrsTest, DistinguishesAnUnknownCrsFromADefaultOne) {
     const struct {
         unsigned int primary;
         unsigned int secondary;

@@ -191,7 +191,7 @@ NameExplanation explainName(const std::string& name, const std::function<bool(co
         if (syntax.property != nullptr && explanation.fault == Fault::NONE && !isAccepted(syntax.property))
             explanation = explainFault(syntax, {Fault::BAD_SYNTAX, NOT_ACCEPTED, 0, false}, name);
         if (explanation.fault == Fault::NONE) return explanation;
-        if (explanation.fault == Fault::BAD_CODE && syntax.badCodeDecides) return explanation;
+        if (explanation.fault == Fault::BAD_CODE && syntax.failsOnBadCode) return explanation;
         if (first.fault == Fault::UNKNOWN_SPELLING && explanation.fault != Fault::UNKNOWN_SPELLING) first = explanation;
     }
     return first;

@@ -46,7 +46,7 @@ struct NameFault {
     const char* reason = "";
     std::size_t position = 0;
     // The second code would begin after the end of the name; callers expect std::out_of_range.
-    bool beyondTheEnd = false;
+    bool isBeyondEnd = false;
 };
 
 using ParsedName = std::variant<NameTexts, NameFault>;
@@ -61,7 +61,7 @@ struct NameSyntax {
     ParsedName (*parse)(const std::string& name);
     std::string (*write)(const CodePair& codes);
     // Whether a name whose code is not a number is refused at once, without trying the other syntaxes.
-    bool badCodeDecides = false;
+    bool failsOnBadCode = false;
     // The configuration property that must be "true", or null if the syntax is always accepted.
     const char* property = nullptr;
 };
@@ -99,7 +99,7 @@ std::string writeSafeCurie(const CodePair& codes);
 // Throws QSHelpers::ConversionError.
 unsigned int readCode(const std::string& text);
 
-// Explains `name`. `isAccepted` tells whether the configuration sets the property of a syntax.
+// Explains `name`. `isAccepted` returns whether the configuration sets the property of a syntax.
 NameExplanation explainName(const std::string& name, const std::function<bool(const char* property)>& isAccepted);
 
 // The names under which a configured CRS is registered: its own, those made of its codes, and URNs of two kinds, with

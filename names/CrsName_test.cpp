@@ -48,7 +48,7 @@ std::string explanationOf(const NameRow& row) {
     return row["version"].empty() ? text : text + ", version " + row["version"];
 }
 
-TEST(ExplainNameTest, TellsWhatANameIsOrWhereItsFaultIs) {
+TEST(ExplainNameTest, DescribesANameOrItsFault) {
     for (const NameRow& row : nameTable()) {
         SCOPED_TRACE(row.where());
         const NameExplanation explanation = explainName(row["name"], acceptEverything);
@@ -65,7 +65,7 @@ TEST(ExplainNameTest, TellsWhatANameIsOrWhereItsFaultIs) {
     }
 }
 
-void expectReadWhereItStands(const CodeText& code, unsigned int expected, const std::string& name) {
+void expectReadInPlace(const CodeText& code, unsigned int expected, const std::string& name) {
     EXPECT_EQ(readCode(code.text), expected);
     EXPECT_EQ(name.substr(code.position, code.text.size()), code.text);
 }
@@ -77,9 +77,9 @@ TEST(ParsedNameTest, HasTheCodesWhereTheyStandInTheName) {
         const ParsedName parsed = syntaxOf(row)->parse(row["name"]);
         const NameTexts* const texts = textsOf(parsed);
         ASSERT_NE(texts, nullptr);
-        expectReadWhereItStands(texts->first, row.primaryCode(), row["name"]);
+        expectReadInPlace(texts->first, row.primaryCode(), row["name"]);
         ASSERT_EQ(texts->second.has_value(), row.secondaryCode() != 0);
-        if (texts->second) expectReadWhereItStands(*texts->second, row.secondaryCode(), row["name"]);
+        if (texts->second) expectReadInPlace(*texts->second, row.secondaryCode(), row["name"]);
         EXPECT_EQ(texts->version, row["version"]);
     }
 }
@@ -90,7 +90,7 @@ TEST(ParsedNameTest, RaisesOutOfRangeWhereTheTableDoes) {
             const ParsedName parsed = syntax.parse(row["name"]);
             const NameFault* const fault = std::get_if<NameFault>(&parsed);
             const bool raised = syntax.spelling == Spelling::EPSG_CODE && row["result"] == "std::out_of_range";
-            EXPECT_EQ(fault != nullptr && fault->beyondTheEnd, raised) << row.where() << syntax.description;
+            EXPECT_EQ(fault != nullptr && fault->isBeyondEnd, raised) << row.where() << syntax.description;
         }
     }
 }

@@ -10,19 +10,19 @@ constexpr char DEFAULT_MESSAGE[] = "No message is registered for this failure.";
 
 // Has no destructor. A destructor would run before those of the host's own objects, which may still fail, and a thread
 // that has yet to run it would keep the library loaded.
-thread_local Message handedOut("");
+thread_local Message currentMessage("");
 static_assert(std::is_trivially_destructible_v<Message>);
 
 Message* returnCopy(const char* text) {
-    handedOut = Message(text);
-    return &handedOut;
+    currentMessage = Message(text);
+    return &currentMessage;
 }
 
 bool isInsideCharacter(const std::string& text, std::size_t position) {
     return (static_cast<unsigned char>(text[position]) & 0xC0U) == 0x80U;
 }
 
-void cutTo(std::string& text, std::size_t length) {
+void truncate(std::string& text, std::size_t length) {
     if (text.size() <= length) return;
     while (length > 0 && isInsideCharacter(text, length)) --length;
     text.resize(length);
@@ -37,7 +37,7 @@ void Message::substitute(unsigned int index, const char* text) {
     for (auto at = result.find(placeholder); at != std::string::npos;
          at = result.find(placeholder, at + replacement.size()))
         result.replace(at, placeholder.size(), replacement);
-    cutTo(result, LONGEST_RENDERED);
+    truncate(result, LONGEST_RENDERED);
     rendered[result.copy(rendered, LONGEST_RENDERED)] = '\0';
     original = nullptr;
 }

@@ -23,7 +23,7 @@ TEST(MessageTest, KeepsPlaceholdersThatNobodyFilled) {
     EXPECT_STREQ(Message("a [&0] b [&7]").getMessage(), "a [&0] b [&7]");
 }
 
-TEST(MessageTest, TellsIndexesOfSeveralDigitsApart) {
+TEST(MessageTest, DistinguishesIndexesOfSeveralDigits) {
     Message message("[&1] [&12] [&2]");
     message.substitute(12, "twelve");
     EXPECT_STREQ(message.getMessage(), "[&1] twelve [&2]");
@@ -114,7 +114,7 @@ TEST_F(MessageHandlerTest, ComparesTheTextsOfKeysRatherThanTheirAddresses) {
     EXPECT_EQ(textFor(subsystem.c_str(), situation.c_str()), "The roof leaks.");
 }
 
-TEST_F(MessageHandlerTest, HandsOutAFreshTemplateEachTime) {
+TEST_F(MessageHandlerTest, ReturnsAFreshTemplateEachTime) {
     const MTE entry(1, "en", "roof", "leak", "[&0] leaks", &handler, false, false);
     handler.find("roof", "leak")->substitute(0, "it");
     EXPECT_EQ(textFor("roof", "leak"), "[&0] leaks");

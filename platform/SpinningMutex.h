@@ -20,7 +20,7 @@ public:
 
     void lock() {
         if (!held.exchange(true, std::memory_order_acquire)) return;
-        while (!lockSoon()) std::this_thread::sleep_for(SLEEP);
+        while (!lockBeforeSleep()) std::this_thread::sleep_for(SLEEP);
     }
 
     // Reads before it writes, because writing takes the cache line from the holder.
@@ -37,7 +37,7 @@ private:
     static constexpr int PAUSE_AFTER_YIELD = 64;
     static constexpr std::chrono::microseconds SLEEP{100};
 
-    bool lockSoon() {
+    bool lockBeforeSleep() {
         for (int length = 1; length <= LONGEST_PAUSE; length *= 2) {
             pause(length);
             if (try_lock()) return true;

@@ -68,7 +68,7 @@ TEST_F(AxisOrderTableTest, LoadsTheFileThatIsDelivered) {
     EXPECT_EQ(axisOrderTable.at(27700), EAST_NORTH);
 }
 
-TEST_F(AxisOrderTableTest, TrimsTheAxisOrderAndConvertsTheCodeAsItStands) {
+TEST_F(AxisOrderTableTest, TrimsTheAxisOrderAndConvertsTheCodeUntrimmed) {
     const struct {
         std::string line;
         unsigned int code;
@@ -111,7 +111,7 @@ TEST_F(AxisOrderTableTest, RefusesEveryOtherAxisOrder) {
     EXPECT_THAT(axisOrderTable, IsEmpty());
 }
 
-TEST_F(AxisOrderTableTest, RefusesACodeThatIsNoNumber) {
+TEST_F(AxisOrderTableTest, RefusesACodeThatIsNotANumber) {
     const std::string nines(1 << 20, '9');
     for (const std::string& code : {"abc"s,
                                     ""s,

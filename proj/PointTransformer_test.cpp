@@ -240,7 +240,7 @@ TEST_F(PointTransformerTest, GoesOnAfterItHasBeenMoved) {
     EXPECT_NEAR(x, 500000, 1e-6);
 }
 
-TEST_F(PointTransformerTest, SaysWhyProjCannotMakeTheOperation) {
+TEST_F(PointTransformerTest, ReportsWhyProjCannotMakeTheOperation) {
     const Proj4Crs source = crsOf(5775);
     const Proj4Crs target = crsOf(25832);
     double x = 50;

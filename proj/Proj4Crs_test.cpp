@@ -319,7 +319,7 @@ TEST_F(Proj4CrsUnitTest, IsADegreeOfTheEquatorForAGeographicCrs) {
     EXPECT_EQ(crsOf(4326).getUnitEquivalentInM(), 111319.4907931134);
 }
 
-TEST_F(Proj4CrsUnitTest, IsTheMetreForAnyOtherWhateverProjSays) {
+TEST_F(Proj4CrsUnitTest, IsTheMetreForAnyOtherWhateverItsProjUnit) {
     givenEpsg("<1> +proj=geocent +datum=WGS84 <>\n<2> +proj=lcc +lat_1=31 +lat_0=29 +units=us-ft +ellps=GRS80 <>");
     for (const unsigned int code : {1U, 2U}) {
         EXPECT_FALSE(crsOf(code).isGeographic()) << code;

@@ -105,7 +105,7 @@ TEST(CsvRowTest, LetsEveryIndexPassTheBoundWhenItIsEmpty) {
     EXPECT_FALSE(rowOf("a").isWithinBound(1));
 }
 
-TEST(CsvRowIteratorTest, HandsOutEveryTerminatedLine) {
+TEST(CsvRowIteratorTest, ReadsEveryTerminatedLine) {
     EXPECT_THAT(rowsOf("4326;ne\n3857;en\n"), ElementsAre(Cells{"4326", "ne"}, Cells{"3857", "en"}));
     EXPECT_THAT(rowsOf("a\n\nb\n"), ElementsAre(Cells{"a"}, Cells{}, Cells{"b"}));
     EXPECT_THAT(rowsOf("\n"), ElementsAre(Cells{}));

@@ -277,7 +277,7 @@ protected:
     }
 };
 
-TEST_F(EndlessLineOfInitFileTest, FindsWhatStandsBehindIt) {
+TEST_F(EndlessLineOfInitFileTest, FindsTheDefinitionsAfterIt) {
     writeEndlessLine("", "\n<1> +a <>");
     EXPECT_EQ(find("1"), " +a");
 }

@@ -76,7 +76,7 @@ TEST(ParameterListTest, KnowsNumbersThatAreNotFinite) {
         EXPECT_FALSE(ParameterList(std::string("+a=5 +k=") + value).hasInfinity()) << value;
 }
 
-TEST(ParameterListTest, TellsAParameterWithoutValueFromAMissingOne) {
+TEST(ParameterListTest, DistinguishesAParameterWithoutValueFromAMissingOne) {
     const ParameterList parameters("+south +zone=32");
     EXPECT_TRUE(parameters.has("south"));
     EXPECT_EQ(parameters.get("south"), "");

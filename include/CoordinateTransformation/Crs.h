@@ -21,7 +21,7 @@ struct NullConstruction {};
 /// An owned CRS belongs to exactly one handle; a borrowed one outlives its handles. The copy of a handle borrows the
 /// same CRS, or owns a copy of the CRS that the first one owns.
 class COORDTRANS_EXPORT Crs {
-    // A pointer to a CRS or nullptr; no class, such as a handle, that merely converts to one.
+    // Accepts pointers to a CRS and nullptr. Excludes classes that convert to a pointer, such as a handle.
     template <typename Pointer>
     using IfComparable =
         std::enable_if_t<!std::is_class_v<Pointer> && std::is_convertible_v<Pointer, const AbstractCrs*>, bool>;

@@ -87,9 +87,9 @@ protected:
     TestSupport::Point expected{};
 };
 
-// SetUp has used the grids before, so PROJ opens them only with the first point. For lists of grids that are new to it,
-// or whose names are longer than 15 characters, PROJ allocates under a lock of its own, which stays locked when memory
-// runs out.
+// SetUp has used the grids before, so PROJ opens them only when the first point arrives. For lists of grids that are
+// new to it, or whose names are longer than 15 characters, PROJ allocates under a lock of its own, which stays locked
+// when memory runs out.
 TEST_P(EndOfMemoryTest, LeavesNothingBehindThatIsHalfMade) {
     bool ranShort = true;
     long after = 0;

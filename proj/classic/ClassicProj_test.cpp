@@ -145,7 +145,7 @@ TEST(DefinitionTest, ForgetsAnEarlierErrorNumber) {
     EXPECT_EQ(*pj_get_errno_ref(), 0);
 }
 
-TEST(LongLatTest, IsToldByItsProjection) {
+TEST(LongLatTest, IsRecognisedByItsProjection) {
     for (const char* name : {"longlat", "latlong", "lonlat", "latlon"})
         EXPECT_NE(pj_is_latlong(define(std::string("+proj=") + name)), 0) << name;
     for (const char* text : {"+proj=utm +zone=32", "+proj=merc", "+proj=geocent"})

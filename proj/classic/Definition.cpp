@@ -215,21 +215,21 @@ std::string sphericalStep(const ParameterList& parameters, double radius) {
     return projectionStep(parameters.without(ELLIPSOID_KEYS)) + " +R=" + writeDouble(radius);
 }
 
-// PROJ ignores units and false easting and northing for rotated longitudes and latitudes. A plane that maps angles to
-// themselves gives the same coordinates, on an ellipsoid of the same shape with the semi-major axis 1, and PROJ applies
-// the parameters to it.
+// PROJ ignores units and false easting and northing for rotated longitudes and latitudes, but applies them in a plane.
+// The plane that maps angles to themselves has the same coordinates, on an ellipsoid of the same shape with the
+// semi-major axis 1.
 std::string rotatedPoleStep(const ParameterList& parameters, const Ellipsoid& ellipsoid) {
     return projectionStep(parameters.without(ELLIPSOID_KEYS).without({"o_proj", "z_0"})) +
            " +o_proj=affine +a=1 +b=" + writeDouble(ellipsoid.semiMinor / ellipsoid.semiMajor);
 }
 
 // The projection; for an oblique projection the one after the rotation.
-std::string projectedBy(const ParameterList& parameters) {
+std::string projectionOf(const ParameterList& parameters) {
     return parameters.get(parameters.get("proj") == "ob_tran" ? "o_proj" : "proj");
 }
 
 std::string writeStep(const ParameterList& parameters, const Definition& definition, PJ_CONTEXT* proj) {
-    const std::string projection = projectedBy(parameters);
+    const std::string projection = projectionOf(parameters);
     const Ellipsoid& ellipsoid = definition.datum.ellipsoid;
     if (definition.isLongLat) return longLatStep(parameters);
     if (definition.isGeocentric) return projectionStep(parameters.without(KEYS_WITHOUT_MEANING_IN_GEOCENTRIC));

@@ -32,7 +32,7 @@ std::string expanded(const std::string& text) {
 }
 
 // proj.org, "Geodetic datums" of PROJ 7.
-TEST(NamedDatumTest, StandsForItsShiftAndEllipsoid) {
+TEST(NamedDatumTest, HasItsShiftAndEllipsoid) {
     const struct {
         const char* name;
         const char* parameters;

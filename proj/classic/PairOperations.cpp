@@ -148,7 +148,7 @@ PJ_COORD shiftByGrid(PJ* grid, PJ_DIRECTION direction, PJ_COORD point) {
 }
 
 // The time for which a failed pair is not tried again, and the maximum number of failed pairs on record.
-constexpr std::chrono::seconds PATIENCE{1};
+constexpr std::chrono::seconds RETRY_DELAY{1};
 constexpr std::size_t MOST_FAILURES = 1024;
 
 }  // namespace
@@ -272,7 +272,7 @@ bool PairOperations::addStagesOrChangeContext(const Key& key, PairOperation& ope
 int PairOperations::recentFailure(const Key& key) {
     const auto found = failures.find(key);
     if (found == failures.end()) return 0;
-    if (now() - found->second.when < PATIENCE) return found->second.error;
+    if (now() - found->second.when < RETRY_DELAY) return found->second.error;
     failures.erase(found);
     return 0;
 }

@@ -104,7 +104,7 @@ TEST_F(PairOperationsTest, GivesUpNothingForAPairThatCannotBeMade) {
     EXPECT_TRUE(isKept(geographic, utm32));
 }
 
-TEST_F(PairOperationsTest, TellsPairsWithGeoidsApartByTheirHeights) {
+TEST_F(PairOperationsTest, DistinguishesPairsWithGeoidsByTheirHeights) {
     const Definition geoid = definitionOf("+proj=longlat +datum=WGS84 +geoidgrids=egm96_15.gtx");
     const PairOperation* const withHeights = find(geoid, utm32, true);
     ASSERT_NE(withHeights, nullptr);
@@ -187,7 +187,8 @@ TEST_F(PairOperationsTest, FailsForAPipeInPlaceOfAGrid) {
     }
 }
 
-// PROJ opens a grid that the process has used before only with the first point. If that fails, PROJ applies no shift.
+// If the process has used a grid before, PROJ opens it only when the first point arrives. If that fails, PROJ applies
+// no shift.
 TEST_F(PairOperationsTest, FailsForAGridThatHasGone) {
     const TemporaryDirectory directory;
     copyGrid(directory.file("gone.gsb"));

@@ -118,7 +118,7 @@ Descriptor* shareDescriptor(int number, const struct stat& status, std::unique_p
     return added.release();
 }
 
-void leaveDescriptor(Descriptor* descriptor) {
+void releaseDescriptor(Descriptor* descriptor) {
     const std::lock_guard<std::mutex> guard(projFilesLock);
     if (--descriptor->readers != 0) return;
     const std::unique_ptr<Descriptor> last(descriptor);
@@ -198,7 +198,7 @@ unsigned long long tellPosition(PJ_CONTEXT* /*context*/, PROJ_FILE_HANDLE* handl
 
 void closeFile(PJ_CONTEXT* /*context*/, PROJ_FILE_HANDLE* handle, void* /*user*/) {
     const std::unique_ptr<OpenFile> file(&fileOf(handle));
-    leaveDescriptor(file->descriptor);
+    releaseDescriptor(file->descriptor);
 }
 
 // The answer must be true: PROJ remembers for the whole process whether its own directory exists.
@@ -359,7 +359,8 @@ ProjectionPtr make(const Listener& listener, PJ_CONTEXT* context, const std::str
 
 bool isPointError(int error) { return error >= PROJ_ERR_COORD_TRANSFM && error < PROJ_ERR_OTHER; }
 
-// PROJ opens grids that the process has used before only with the first point. If that fails, PROJ applies no shift.
+// If the process has used a grid before, PROJ opens it only when the first point arrives. If that fails, PROJ applies
+// no shift.
 bool canOpenGrids(PJ* shift) {
     constexpr double SOUTH_POLE = -1.5707963267948966;
     proj_errno_reset(shift);

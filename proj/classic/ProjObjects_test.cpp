@@ -50,7 +50,7 @@ TEST_F(ProjObjectsTest, HasTheDirectoriesOfTheLastCallOnly) {
 
 // A new context inherits the settings of PROJ's default context. It is never released, like all contexts of the
 // library.
-PJ_CONTEXT* contextMadeWhileProjIsToTalk() {
+PJ_CONTEXT* contextWithTalkativeDefaults() {
     static PJ_CONTEXT* const context = [] {
         const int network = proj_context_is_network_enabled(nullptr);
         const PJ_LOG_LEVEL level = proj_log_level(nullptr, PJ_LOG_TRACE);
@@ -66,9 +66,9 @@ PJ_CONTEXT* contextMadeWhileProjIsToTalk() {
 TEST_F(ProjObjectsTest, SilencesProjWhateverItsDefaultsAre) {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
-    const ProjectionPtr missing(proj_create(contextMadeWhileProjIsToTalk(), "+proj=hgridshift +grids=missing.gsb"));
-    const ProjectionPtr nonsense(proj_create(contextMadeWhileProjIsToTalk(), "+proj=nonsense +ellps=none"));
-    const ProjectionPtr projection(proj_create(contextMadeWhileProjIsToTalk(), "+proj=utm +zone=32"));
+    const ProjectionPtr missing(proj_create(contextWithTalkativeDefaults(), "+proj=hgridshift +grids=missing.gsb"));
+    const ProjectionPtr nonsense(proj_create(contextWithTalkativeDefaults(), "+proj=nonsense +ellps=none"));
+    const ProjectionPtr projection(proj_create(contextWithTalkativeDefaults(), "+proj=utm +zone=32"));
     proj_trans(projection.get(), PJ_FWD, proj_coord(0, 2, 0, 0));
     const std::string errors = testing::internal::GetCapturedStderr();
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
@@ -78,13 +78,13 @@ TEST_F(ProjObjectsTest, SilencesProjWhateverItsDefaultsAre) {
 }
 
 TEST_F(ProjObjectsTest, KeepsProjOffTheNetwork) {
-    EXPECT_EQ(proj_context_is_network_enabled(contextMadeWhileProjIsToTalk()), 0);
+    EXPECT_EQ(proj_context_is_network_enabled(contextWithTalkativeDefaults()), 0);
 }
 
 // PROJ remembers results by the whole list of grids, so the list to be refused comes first.
 TEST_F(ProjObjectsTest, GivesProjItsGridsFromTheDirectoriesFirst) {
     const auto canShift = [] {
-        return ProjectionPtr(proj_create(contextMadeWhileProjIsToTalk(),
+        return ProjectionPtr(proj_create(contextWithTalkativeDefaults(),
                                          "+proj=hgridshift +grids=ntf_r93.gsb,BETA2007.gsb")) != nullptr;
     };
     first.write("ntf_r93.gsb", "no grid at all");
