@@ -1,13 +1,13 @@
-# coordtrans_limit_exports(TARGET): a shared library exports what cmake/exports.map lists. Hidden visibility does not
-# reach what the headers of the standard library and of Boost instantiate; only the linker can keep that inside. Systems
-# other than ELF know no version scripts and export what the sources say.
+# coordtrans_limit_exports(TARGET): a shared library exports only the symbols in cmake/exports.map. Hidden visibility
+# does not cover instantiations from the headers of the standard library and of Boost; only the linker can hide these.
+# Systems other than ELF have no version scripts and export what the sources mark.
 
 include(CheckLinkerFlag)
 
 set(coordtrans_limits_exports FALSE)
 if(UNIX AND NOT APPLE)
   set(coordtrans_limits_exports TRUE)
-  # Some linkers refuse a script that names what an optimiser has removed; older ones do not know the flag.
+  # Some linkers refuse a script with names that an optimiser has removed; older ones do not know the flag.
   check_linker_flag(CXX LINKER:--undefined-version COORDTRANS_LINKER_MINDS_MISSING_EXPORTS)
 endif()
 

@@ -1,5 +1,5 @@
-# How the sources of this project are compiled, by compiler. The targets are imported: a project that embeds this one
-# does not see them, and an installation does not name them.
+# The compiler flags of this project. The targets are imported: a project that embeds this one does not see them, and an
+# installation does not name them.
 
 include(CheckIPOSupported)
 include(CheckPIESupported)
@@ -17,22 +17,22 @@ if(COORDTRANS_DEVELOPER)
       "$<$<CXX_COMPILER_ID:MSVC>:/W4;/WX>")
 endif()
 
-# A sanitizer wants everything built with it.
+# A sanitizer needs everything to be built with it.
 if(COORDTRANS_SANITIZERS)
   list(JOIN COORDTRANS_SANITIZERS "," names)
   set(coordtrans_sanitizer_flags -fsanitize=${names} -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
   add_compile_options(${coordtrans_sanitizer_flags} $<$<CONFIG:Debug>:-O1>)
-  # Calls into AddressSanitizer in place of its code compile in two thirds of the time.
+  # Calls into AddressSanitizer instead of inline code compile in two thirds of the time.
   if("address" IN_LIST COORDTRANS_SANITIZERS)
     add_compile_options($<$<CXX_COMPILER_ID:GNU>:--param=asan-instrumentation-with-call-threshold=0>)
   endif()
   add_link_options(${coordtrans_sanitizer_flags})
 endif()
 
-# A memory error in the library or a tool stops the process rather than serve an attacker: bounds are checked in the
-# functions of the C library, return addresses are guarded by canaries, a large stack frame is probed page by page, the
-# processor is shown the targets of indirect calls, and the tables of the dynamic linker are read-only. That is for
-# optimised builds; a sanitizer sees more by itself.
+# A memory error in the library or a tool must stop the process rather than serve an attacker. The C library's functions
+# check bounds, canaries guard return addresses, a large stack frame is probed page by page, the targets of indirect
+# calls are marked for the processor, and the tables of the dynamic linker are read-only. Only optimised builds are
+# hardened; sanitizers find more.
 add_library(coordtrans_hardening INTERFACE IMPORTED)
 if(COORDTRANS_HARDENING AND NOT COORDTRANS_SANITIZERS)
   set(is_hardened $<AND:${coordtrans_is_gnu_like},${coordtrans_is_optimised}>)
@@ -51,8 +51,8 @@ if(COORDTRANS_HARDENING AND NOT COORDTRANS_SANITIZERS)
   check_pie_supported(OUTPUT_VARIABLE ignored LANGUAGES CXX)
 endif()
 
-# coordtrans_harden_program(PROGRAM CORE): the program and the static library that is the most of it. It lies at random
-# addresses.
+# coordtrans_harden_program(PROGRAM CORE): hardens a program and CORE, the static library with most of its code. The
+# program is loaded at random addresses.
 function(coordtrans_harden_program program core)
   target_link_libraries(${program} PRIVATE coordtrans_hardening)
   target_link_libraries(${core} PRIVATE coordtrans_hardening)
@@ -62,8 +62,8 @@ function(coordtrans_harden_program program core)
   endif()
 endfunction()
 
-# The path of a point runs through five sources; inlining across them spares a third of what the library adds to PROJ.
-# A static library stays as it is, for users with other compilers.
+# A point passes through five sources; inlining across them saves a third of the time that the library adds to PROJ. A
+# static library is not inlined, for users with other compilers.
 if(COORDTRANS_INTERPROCEDURAL AND BUILD_SHARED_LIBS)
   check_ipo_supported(RESULT coordtrans_inlines_across_sources OUTPUT ignored LANGUAGES CXX)
 endif()
@@ -79,8 +79,8 @@ function(coordtrans_inline_across_sources target)
   endif()
 endfunction()
 
-# coordtrans_inline_objects(OBJECTS): for the library alone. What else links the objects takes them as they are, since
-# optimising them again for each of forty programs takes minutes; g++ can make objects that are linked either way.
+# coordtrans_inline_objects(OBJECTS): inlines across the objects in the library alone. Optimising them again for each of
+# forty programs takes minutes, so programs link them as they are; g++ can make objects for both.
 function(coordtrans_inline_objects objects)
   coordtrans_inline_across_sources(${objects})
   if(coordtrans_inlines_across_sources)

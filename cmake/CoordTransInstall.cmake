@@ -38,9 +38,9 @@ install(
   DESTINATION ${package_dir}
   COMPONENT development)
 
-# A static library needs its dependencies at the link of a program. The shared one hides them, so that PROJ need not
-# be installed for development beside it. PROJ is named by its library, not by its own pkg-config file: `--static`
-# would ask for everything that a static PROJ needs, and PROJ is a shared library nearly everywhere.
+# A program on a static library links its dependencies too. The shared library hides them, so PROJ's development files
+# need not be installed. PROJ is named by its library instead of its pkg-config file: with `--static` that file would
+# request the dependencies of a static PROJ, and PROJ is a shared library nearly everywhere.
 if(BUILD_SHARED_LIBS)
   set(pc_cflags "")
   set(pc_private_libs "")
@@ -51,7 +51,7 @@ else()
     string(REPLACE -lstdc++ -lc++ pc_private_libs "${pc_private_libs}")
   endif()
 endif()
-# Relative to the file itself, so that an installation can be moved. A directory that is absolute stays so.
+# Relative to the file, so that an installation can be moved. An absolute directory stays absolute.
 file(RELATIVE_PATH pc_to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" pc_to_prefix "${pc_to_prefix}")
 cmake_path(APPEND pc_libdir "\${prefix}" ${CMAKE_INSTALL_LIBDIR})
@@ -70,7 +70,7 @@ install(
   COMPONENT documentation)
 install(FILES data/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/data COMPONENT documentation)
 
-# Packages are made of the whole; a project that embeds the library makes its own.
+# Only the project itself makes packages; a project that embeds the library makes its own.
 if(PROJECT_IS_TOP_LEVEL)
   include(cmake/CoordTransPackages.cmake)
 endif()

@@ -1,5 +1,5 @@
-# `cpack` makes one Debian package of each install component. Packages install to CMAKE_INSTALL_PREFIX, where the programs
-# look for the PROJ directory; configure with -DCMAKE_INSTALL_PREFIX=/usr for packages of a distribution.
+# `cpack` makes one Debian package of each install component. Packages install to CMAKE_INSTALL_PREFIX, where the
+# programs look for the PROJ directory; configure with -DCMAKE_INSTALL_PREFIX=/usr for packages of a distribution.
 
 set(
   COORDTRANS_PACKAGE_MAINTAINER "CoordinateTransformation developers <developers@coordinatetransformation.invalid>"
@@ -22,7 +22,7 @@ if(COORDTRANS_BUILD_TOOLS)
   list(APPEND CPACK_COMPONENTS_ALL tools)
 endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-# Below any revision of Debian's own packages.
+# Lower than any revision of Debian's own packages.
 set(CPACK_DEBIAN_PACKAGE_RELEASE 0upstream1)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
@@ -79,7 +79,7 @@ set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
 string(TIMESTAMP package_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/debian-changelog.in debian-changelog @ONLY)
 
-# Debian looks for terms and changes of a package in a folder of the package's name.
+# Debian expects the terms and changes of a package in a folder of the package's name.
 foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   string(TOUPPER ${component} component_name)
   set(package_documents ${CMAKE_INSTALL_DATAROOTDIR}/doc/${CPACK_DEBIAN_${component_name}_PACKAGE_NAME})
@@ -93,7 +93,7 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     ${options})
 endforeach()
 
-# The programs contain code of libraries whose terms ask that they accompany it.
+# The programs contain code of libraries whose terms must accompany it.
 foreach(package libcli11-dev libeigen3-dev nlohmann-json3-dev)
   install(
     FILES /usr/share/doc/${package}/copyright

@@ -1,5 +1,5 @@
-# The target `reference`: the public headers as a web site, reference/index.html of the build folder. Built when asked
-# for by name; there is no such target where Doxygen is missing.
+# The target `reference` makes a web site of the public headers, reference/index.html of the build folder. It is not
+# part of the default build, and without Doxygen it does not exist.
 
 find_package(Doxygen 1.9.4 QUIET)
 

@@ -23,8 +23,8 @@ endif()
 set(coordtrans_test_environment
   "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/leaks.supp:print_suppressions=0")
 
-# A test runs once: optimising it takes far longer than it saves. UndefinedBehaviorSanitizer is for the library, and so
-# are the lines in the reports of sanitizers; in the sources of tests each takes a third of the time of compiling.
+# A test runs once, so optimising it takes far longer than it saves. UndefinedBehaviorSanitizer and line numbers in the
+# reports of sanitizers are for the library only: in the sources of tests each takes a third of the compilation time.
 function(coordtrans_configure_test_source target)
   target_compile_features(${target} PRIVATE cxx_std_17)
   target_compile_options(${target} PRIVATE $<${coordtrans_is_gnu_like}:-O0>)
@@ -34,7 +34,8 @@ function(coordtrans_configure_test_source target)
   target_link_libraries(${target} PRIVATE coordtrans_developer GTest::gmock)
 endfunction()
 
-# What every test reads is compiled once: it takes half the time of compiling a test. REUSE_FROM wants the same flags.
+# The headers of all tests are compiled once, which halves the time of compiling a test. REUSE_FROM needs the same
+# flags.
 function(coordtrans_precompile_test_headers target)
   if(NOT TARGET coordtrans_test_headers)
     file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/test_headers.cpp CONTENT "")
@@ -94,7 +95,7 @@ function(coordtrans_add_test_program name)
   endif()
 endfunction()
 
-# No test can be silently off: a *_test.cpp that no program names stops the configuration.
+# Every test runs: a *_test.cpp that no program names stops the configuration.
 function(coordtrans_require_registered_tests)
   get_property(registered GLOBAL PROPERTY COORDTRANS_TEST_SOURCES)
   set(folders platform errors text names crs proj creation config examples benchmarks fuzz tests)

@@ -3,7 +3,7 @@
 # of that suite (bookworm, trixie) with the committed state of the repository, and prints how long each took. Run by hand,
 # as root; needs debootstrap and git. The system is made in a folder of its own below TMPDIR and removed at the end.
 #
-# DEBIAN_MIRROR names the mirror that the packages come from.
+# DEBIAN_MIRROR is the mirror of the packages.
 set -euo pipefail
 
 fail() {
@@ -14,7 +14,7 @@ fail() {
 [ $# -ge 1 ] || fail "usage: bare_system.sh SUITE [COMMAND...]"
 [ "$(id -u)" = 0 ] || fail "bare_system.sh must run as root: it makes a system and mounts its file systems"
 for program in debootstrap git; do command -v "$program" >/dev/null || fail "bare_system.sh needs $program"; done
-# Mounts of this process alone go with it, however it ends.
+# The process has its own mounts, which end with it.
 [ -n "${BARE_SYSTEM_HAS_OWN_MOUNTS:-}" ] || exec env BARE_SYSTEM_HAS_OWN_MOUNTS=yes unshare --mount -- "$0" "$@"
 
 repository=$(cd "$(dirname "$0")/.." && pwd)
@@ -51,7 +51,7 @@ make_system() {
     mount -t proc proc "$system/proc"
     mount -t devpts devpts "$system/dev/pts"
     mount -t tmpfs tmpfs "$system/dev/shm"
-    # A clone of a bundle: root may not clone the folder of somebody else.
+    # Cloned from a bundle, because root may not clone another user's folder.
     repository_git bundle create --quiet "$system/HEAD.bundle" HEAD
     git -c advice.detachedHead=false clone --quiet "$system/HEAD.bundle" "$system$source"
 }

@@ -7,7 +7,7 @@ foreach(file IN LISTS manual_pages changelogs)
   execute_process(COMMAND gzip -9nf ${file} COMMAND_ERROR_IS_FATAL ANY)
 endforeach()
 
-# The loader searches the folders of the system anyway.
+# The loader searches the system's folders anyway.
 if(CPACK_PACKAGING_INSTALL_PREFIX STREQUAL /usr)
   file(GLOB programs ${CPACK_TEMPORARY_DIRECTORY}/*/usr/bin/*)
   foreach(program IN LISTS programs)

@@ -1,5 +1,5 @@
-# `cpack` runs this on the packages that it has made. It gives a package with a library scripts that call ldconfig; Debian
-# wants a trigger in their place.
+# `cpack` runs this on the finished packages. It has given a package with a library scripts that call ldconfig; Debian
+# wants a trigger instead.
 
 foreach(package IN LISTS CPACK_PACKAGE_FILES)
   set(contents ${package}.contents)

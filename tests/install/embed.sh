@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# embed.sh add_subdirectory|FetchContent SHARED WORK: builds a project that holds the library's sources, runs its program
-# and installs it.
+# embed.sh add_subdirectory|FetchContent SHARED WORK: builds a project that contains the library's sources, runs its
+# program and installs it.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 work=$3

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# embedding_guest.sh WORK: an embedded library is of the kind that its project asks for and changes nothing of it.
+# embedding_guest.sh WORK: an embedded library is of the requested kind and changes nothing in its project.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 work=$1
 
-# The library's own options and what project() notes of it are named after it.
+# The library's own options and the variables that project() sets for it begin with its name.
 OWN='^(COORDTRANS_[A-Z0-9_a-z]*|CoordinateTransformation_(SOURCE_DIR|BINARY_DIR|IS_TOP_LEVEL|LIB_DEPENDS))='
 
 rm -rf "$work"

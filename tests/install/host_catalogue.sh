@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# host_catalogue.sh ON|OFF WORK: builds a host with a message catalogue of its own on the shared or static library and
-# runs it. The library then has none.
+# host_catalogue.sh ON|OFF WORK: builds and runs a host with its own message catalogue and the shared or static library,
+# which then has no catalogue.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 shared=$1

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# install.sh BUILD PREFIX: installs and compares what is there with what should be.
+# install.sh BUILD PREFIX: installs, and compares the installation with what it should contain.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 build=$1

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# moved.sh PREFIX WORK: an installation serves wherever it is moved to.
+# moved.sh PREFIX WORK: a moved installation works in its new place.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 prefix=$1

@@ -10,19 +10,19 @@ cached() { sed -n "s/^$1:[A-Z]*=//p" "$build/CMakeCache.txt"; }
 package_file() { only_file "$1_*.deb" "$work/packages"; }
 field() { dpkg-deb -f "$(package_file "$1")" "$2"; }
 
-# require_dependency PACKAGE PATTERN: one of its dependencies is exactly that.
+# require_dependency PACKAGE PATTERN: one of its dependencies matches the pattern as a whole.
 require_dependency() {
     field "$1" Depends | sed 's/, */\n/g' | grep -qxE "$2" || fail "$1 does not depend on $2: $(field "$1" Depends)"
 }
 
-# require_contents PACKAGE PATTERN: every file that it holds has such a path.
+# require_contents PACKAGE PATTERN: all its files match the pattern.
 require_contents() {
     local held
     held=$(dpkg-deb -c "$(package_file "$1")" | awk '!/^d/ { print $6 }' | grep -vE "$2" || true)
     [ -z "$held" ] || fail "$1 holds what does not belong there: $held"
 }
 
-# require_copyright PACKAGE: the terms of the library and of the data, where Debian looks for them.
+# require_copyright PACKAGE: it has the terms of the library and of the data in Debian's place.
 require_copyright() {
     local text section
     text=$(dpkg-deb --fsys-tarfile "$(package_file "$1")" | tar -xO --wildcards "*/share/doc/$1/copyright") ||
@@ -53,7 +53,7 @@ with_tools=$(cached COORDTRANS_BUILD_TOOLS)
 [ "$with_tools" != ON ] || expected+=("$tools")
 [ "$(find "$work/packages" -maxdepth 1 -name '*.deb' | wc -l)" = "${#expected[@]}" ] || fail "not ${expected[*]}"
 
-# No tag is overridden. Other systems than Debian have no lintian.
+# No tag is overridden. lintian exists only on Debian and its derivatives.
 if command -v lintian >/dev/null; then
     quietly lintian --allow-root --fail-on error,warning "$work"/packages/*.deb
 fi

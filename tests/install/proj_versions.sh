@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# proj_versions.sh WORK: a PROJ that is too old or too new stops the configuration, with both versions in the message.
+# proj_versions.sh WORK: the configuration fails with a PROJ that is too old or too new, and names both versions.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 work=$1
 
-# install_proj VERSION: as much of a PROJ as CMake looks at; PROJ's own files compare versions in the same way.
+# install_proj VERSION: installs the files of a PROJ that CMake reads. They compare versions as PROJ's own files do.
 install_proj() {
     local folder=$work/$1/lib/cmake/proj
     mkdir -p "$folder"
@@ -18,7 +18,7 @@ END
     echo 'message(FATAL_ERROR "this PROJ is taken")' >"$folder/proj-config.cmake"
 }
 
-# configure VERSION: what CMake says, in one line, with no other PROJ in reach.
+# configure VERSION: prints CMake's output in one line; no other PROJ can be found.
 configure() {
     install_proj "$1"
     { "$cmake" -S "$source_dir" -B "$work/build-$1" -DCMAKE_PREFIX_PATH="$work/$1" \
