@@ -12,7 +12,7 @@ BEGIN {
     declare("names", "NameExplanation")
     declare("crs", "AbstractCrs BBoxType CRSindicationFormatInfo CoordTransformer Crs SrsFormattingOptions")
     declare("proj", "CrsDescriptions PointTransformer Proj4Crs")
-    declare("creation", "CrsPool CrsCreator Proj4CrsCreator")
+    declare("creation", "CrsPool CrsCreator InstalledProjDirectory Proj4CrsCreator")
     declare("config", "CrsConfigData CrsConfig CoordinateTransformation")
 }
 

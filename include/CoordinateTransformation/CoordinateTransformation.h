@@ -1,8 +1,8 @@
 #pragma once
 
 /// \file
-/// Everything the library offers, save for the definition of QuarvelSrv::SrsFormattingOptions: a server has its own,
-/// and other programs include "QuarvelSrv/SrsFormattingOptions.h".
+/// Everything the library offers except the definition of QuarvelSrv::SrsFormattingOptions. A server has its own
+/// definition; other programs include "QuarvelSrv/SrsFormattingOptions.h".
 
 /// \namespace CoordinateTransformation
 /// CRS, their creation from names, their configuration, and the transformation of points.
@@ -28,6 +28,7 @@
 #include "CoordinateTransformation/CrsUnknownSyntaxOrAlias.h"
 #include "CoordinateTransformation/Export.h"
 #include "CoordinateTransformation/FatalSubsystemError.h"
+#include "CoordinateTransformation/InstalledProjDirectory.h"
 #include "CoordinateTransformation/Misconfigured.h"
 #include "CoordinateTransformation/PointTransformer.h"
 #include "CoordinateTransformation/Proj4Crs.h"

@@ -6,6 +6,6 @@ work=$1
 prefix=$2
 
 quietly "$cmake" -S "$source_dir" -B "$work" -DBUILD_SHARED_LIBS=OFF -DCOORDTRANS_BUILD_TOOLS=OFF \
-    "${as_one_source[@]}"
+    -DCMAKE_INSTALL_PREFIX="$prefix" "${as_one_source[@]}"
 quietly "$cmake" --build "$work"
 "$here/install.sh" "$work" "$prefix"

@@ -1,10 +1,12 @@
-// A server's use of the library, from outside: starts it as a server does and transforms one published point.
+// A server's use of the library, from outside: starts it as a server does and transforms one published point. The PROJ
+// directory is the argument or, without one, the installed directory, which it prints.
 
 #include <cmath>
 #include <cstdio>
 #include <exception>
 #include <memory>
 #include <sstream>
+#include <string>
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
 
@@ -23,7 +25,7 @@ constexpr double EASTING = 651409.903;
 constexpr double NORTHING = 313177.270;
 constexpr double TOLERANCE_M = 0.01;
 
-std::unique_ptr<CrsConfig> start(const char* projDirectory) {
+std::unique_ptr<CrsConfig> start(const std::string& projDirectory) {
     std::unique_ptr<CrsConfig> config(CrsConfig::createDefaultConfigOrFromEnvVar());
     config->setConfigProperty("Proj4ConfigDir", projDirectory);
     std::istringstream fragment(OFFERED);
@@ -45,9 +47,10 @@ bool meetsThePublishedPoint(const CrsConfig& config) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) return 2;
     try {
-        return meetsThePublishedPoint(*start(argv[1])) ? 0 : 1;
+        const std::string installed = CoordinateTransformation::installedProjDirectory();
+        std::printf("%s\n", installed.c_str());
+        return meetsThePublishedPoint(*start(argc > 1 ? argv[1] : installed)) ? 0 : 1;
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "%s\n", failure.what());
         return 1;
