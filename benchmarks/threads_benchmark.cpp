@@ -132,11 +132,17 @@ void registerConstruction(const PairOfCrs& pair) {
     });
 }
 
+// Returns the codes of data/proj between which points are transformed. The code of the default CRS has no name, and the
+// geocentric CRS has no point without a height.
 std::vector<std::string> readCodes() {
+    constexpr const char* DEFAULT_CRS = "0";
+    constexpr const char* GEOCENTRIC = "4978";
     std::ifstream table(COORDTRANS_SOURCE_DIR "/data/proj/epsg-axisorder.csv");
     std::vector<std::string> codes;
-    for (std::string line; std::getline(table, line);)
-        if (line != "4978;en" && line != "4978;ne") codes.push_back(line.substr(0, line.find(';')));
+    for (std::string line; std::getline(table, line);) {
+        const std::string code = line.substr(0, line.find(';'));
+        if (code != DEFAULT_CRS && code != GEOCENTRIC) codes.push_back(code);
+    }
     return codes;
 }
 
