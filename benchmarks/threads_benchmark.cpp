@@ -146,8 +146,8 @@ std::vector<std::string> readCodes() {
     return codes;
 }
 
-// A source of new pairs of the CRS in data/proj. After the last pair it starts again, long after the library has
-// released the operation of the first pair.
+// Makes transformers for pairs of CRS from data/proj, a new pair each time. After the last pair it starts again, long
+// after the library has released the operation of the first pair.
 class NewPairs {
 public:
     explicit NewPairs(const CrsConfig& config) {

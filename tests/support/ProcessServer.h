@@ -44,8 +44,8 @@ struct Point {
     double y;
 };
 
-// Transforms a point between two CRS of the PROJ directory, which may have any names that the library knows. Geographic
-// CRS have latitude first.
+// Transforms a point between two CRS of the PROJ directory. `source` and `target` are any names that the library knows.
+// Geographic CRS have latitude first.
 inline Point moved(const CrsConfig& config, const std::string& source, const std::string& target, Point point) {
     const Crs from = config.getCreator().createFromName(source, true, false);
     const Crs to = config.getCreator().createFromName(target, true, false);
