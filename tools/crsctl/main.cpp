@@ -6,14 +6,17 @@
 #include <string>
 #include <unistd.h>
 
+#include "tools/common/Process.h"
 #include "tools/crsctl/commands/CommandLine.h"
 #include "tools/crsctl/commands/ReportCommands.h"
 #include "tools/crsctl/commands/TransformCommand.h"
-#include "tools/crsctl/start/Descriptor.h"
 #include "tools/crsctl/start/Failures.h"
-#include "tools/crsctl/start/Signals.h"
 
 using namespace crsctl;
+using Tools::ignoreClosedPipes;
+using Tools::occupyStandardDescriptors;
+using Tools::writeAll;
+using Tools::WriteOutcome;
 
 namespace {
 

@@ -138,7 +138,7 @@ bool isAccepted(const RoundTrip& trip) {
 }
 
 DatumMeasurements measureWithinDatums(const CrsCreator& creator, const AbstractCrs& wgs84,
-                                      const std::vector<CrsOutcome>& outcomes, PercentBar& progress) {
+                                      const std::vector<CrsOutcome>& outcomes, Tools::ProgressBar& progress) {
     DatumSurveyor surveyor(creator, wgs84, outcomes);
     for (const CrsOutcome& outcome : outcomes) {
         if (outcome.definition) surveyor.survey(outcome);

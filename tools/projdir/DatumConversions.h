@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "tools/common/ProgressBar.h"
 #include "tools/projdir/CrsUnderTest.h"
-#include "tools/projdir/PercentBar.h"
 
 namespace ProjDir {
 
@@ -59,6 +59,6 @@ struct DatumMeasurements {
 // makes them with `creator`. Conversions for which the registry has no coordinates are left out.
 DatumMeasurements measureWithinDatums(const CoordinateTransformation::CrsCreator& creator,
                                       const CoordinateTransformation::AbstractCrs& wgs84,
-                                      const std::vector<CrsOutcome>& outcomes, PercentBar& progress);
+                                      const std::vector<CrsOutcome>& outcomes, Tools::ProgressBar& progress);
 
 }  // namespace ProjDir

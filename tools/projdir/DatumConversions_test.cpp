@@ -64,7 +64,7 @@ protected:
         static const TestSupport::TemporaryDirectory directory;
         directory.write(INIT_FILE, DEFINITIONS);
         directory.write(AXIS_ORDER_FILE, AXIS_ORDERS);
-        PercentBar progress(stderr, "Test", 2 * outcomes.size());
+        Tools::ProgressBar progress(stderr, "Test", 2 * outcomes.size());
         return verifyDirectory(directory.name(), outcomes, progress);
     }
 

@@ -66,7 +66,7 @@ protected:
 
         Generated() {
             const std::vector<RegistryCrs> list = selectCodes();
-            PercentBar progress(stderr, "Test", list.size());
+            Tools::ProgressBar progress(stderr, "Test", list.size());
             outcomes = makeAll(list, {false, true}, 2, progress);
             directory.write(INIT_FILE, writeInitFile({"v0", "2000-01-01", "0"}, outcomes));
             directory.write(AXIS_ORDER_FILE, writeAxisOrderFile(outcomes));
@@ -95,7 +95,7 @@ protected:
     }
 
     static Verification verifyAll(const std::vector<CrsOutcome>& outcomes) {
-        PercentBar progress(stderr, "Test", 2 * outcomes.size());
+        Tools::ProgressBar progress(stderr, "Test", 2 * outcomes.size());
         return verifyDirectory(generated().directory.name(), outcomes, progress);
     }
 

@@ -15,7 +15,7 @@ namespace {
 struct SharedWork {
     const std::vector<RegistryCrs>& list;
     const DefinitionOptions& options;
-    PercentBar& progress;
+    Tools::ProgressBar& progress;
     // Indices of CRS on one geodetic CRS.
     std::vector<std::vector<std::size_t>> groups;
     std::vector<CrsOutcome> outcomes;
@@ -72,7 +72,7 @@ std::vector<std::thread> startHelpers(SharedWork& work, unsigned int count) {
 }  // namespace
 
 std::vector<CrsOutcome> makeAll(const std::vector<RegistryCrs>& list, const DefinitionOptions& options,
-                                unsigned int threads, PercentBar& progress) {
+                                unsigned int threads, Tools::ProgressBar& progress) {
     SharedWork work{list, options, progress, groupByGeodeticCrs(list), std::vector<CrsOutcome>(list.size()), {},
                     {},   {},      {}};
     std::vector<std::thread> helpers = startHelpers(work, threads - 1);

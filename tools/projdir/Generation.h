@@ -2,8 +2,8 @@
 
 #include <vector>
 
+#include "tools/common/ProgressBar.h"
 #include "tools/projdir/DefinitionMaker.h"
-#include "tools/projdir/PercentBar.h"
 
 namespace ProjDir {
 
@@ -11,6 +11,6 @@ namespace ProjDir {
 //
 // REQUIRES: threads >= 1.
 std::vector<CrsOutcome> makeAll(const std::vector<RegistryCrs>& list, const DefinitionOptions& options,
-                                unsigned int threads, PercentBar& progress);
+                                unsigned int threads, Tools::ProgressBar& progress);
 
 }  // namespace ProjDir

@@ -15,7 +15,7 @@ std::string makeText(unsigned int threads) {
     const auto list =
         selectListed(readRegistry(context),
                      {{4326, ""}, {31466, ""}, {31467, ""}, {4314, ""}, {27700, ""}, {2334, ""}, {5701, ""}}, false);
-    PercentBar progress(stderr, "Test", list.size());
+    Tools::ProgressBar progress(stderr, "Test", list.size());
     const auto outcomes = makeAll(list, {}, threads, progress);
     return writeInitFile(readRegistryVersion(context), outcomes) + writeAxisOrderFile(outcomes);
 }
@@ -43,7 +43,7 @@ TEST(GenerationTest, DoesNotDependOnTheLocale) {
 TEST(GenerationTest, KeepsTheOrderOfTheList) {
     const ProjContext context;
     const auto list = selectListed(readRegistry(context), {{4258, ""}, {4326, ""}, {25832, ""}}, false);
-    PercentBar progress(stderr, "Test", list.size());
+    Tools::ProgressBar progress(stderr, "Test", list.size());
     const auto outcomes = makeAll(list, {}, 2, progress);
     ASSERT_EQ(outcomes.size(), 3U);
     for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(outcomes[i].crs.code, list[i].code);

@@ -13,7 +13,7 @@
 #include <thread>
 
 #include "QSHelpers/NumericText.h"
-#include "tools/common/Stopwatch.h"
+#include "tools/common/ProgressBar.h"
 #include "tools/projdir/CodeList.h"
 #include "tools/projdir/DirectoryText.h"
 #include "tools/projdir/Generation.h"
@@ -118,13 +118,13 @@ void publishReport(const Options& options, const std::string& text) {
 }
 
 std::vector<CrsOutcome> makeOutcomes(const Options& options, const std::vector<RegistryCrs>& list) {
-    PercentBar progress(stderr, "Definitions", list.size());
+    Tools::ProgressBar progress(stderr, "Definitions", list.size());
     return makeAll(list, {options.useGrids, options.verify, options.fit, options.worst}, countThreads(), progress);
 }
 
 Verification verifyOutcomes(const Options& options, const std::vector<CrsOutcome>& outcomes) {
     if (!options.verify) return {};
-    PercentBar progress(stderr, "Verification", 2 * outcomes.size());
+    Tools::ProgressBar progress(stderr, "Verification", 2 * outcomes.size());
     return verifyDirectory(options.directory, outcomes, progress);
 }
 

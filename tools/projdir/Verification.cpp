@@ -74,7 +74,7 @@ Agreement verifyOne(const CrsCreator& creator, const AbstractCrs& wgs84, const C
 }  // namespace
 
 Verification verifyDirectory(const std::string& directory, const std::vector<CrsOutcome>& outcomes,
-                             PercentBar& progress) {
+                             Tools::ProgressBar& progress) {
     const std::unique_ptr<CrsConfig> config = startLibrary(directory);
     const CrsCreator& creator = config->getCreator();
     const std::unique_ptr<AbstractCrs> wgs84 = createWgs84(creator);

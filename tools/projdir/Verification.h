@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "tools/common/ProgressBar.h"
 #include "tools/projdir/DatumConversions.h"
 #include "tools/projdir/DefinitionMaker.h"
-#include "tools/projdir/PercentBar.h"
 
 namespace ProjDir {
 
@@ -37,7 +37,7 @@ bool isAccepted(const Verification& verification);
 //
 // Raises the library's exceptions for a directory that it does not accept.
 Verification verifyDirectory(const std::string& directory, const std::vector<CrsOutcome>& outcomes,
-                             PercentBar& progress);
+                             Tools::ProgressBar& progress);
 
 // The bounds of the classes in which agreement is stated, in metres; the last class has none.
 constexpr std::array<double, 5> AGREEMENT_CLASSES = {0.01, 1, 2, 5, 10};

@@ -6,10 +6,12 @@
 #include <boost/property_tree/xml_parser.hpp>
 
 #include "config/Fragment.h"
+#include "tools/common/Text.h"
 #include "tools/crsctl/check/EntryAttributes.h"
-#include "tools/crsctl/text/Printable.h"
 
 namespace crsctl {
+
+using Tools::printable;
 
 using boost::property_tree::ptree;
 using boost::property_tree::xml_parser_error;

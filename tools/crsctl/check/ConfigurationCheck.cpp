@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <sstream>
 
+#include "tools/common/Text.h"
 #include "tools/crsctl/check/CheckedFragment.h"
 #include "tools/crsctl/check/NameClaims.h"
 #include "tools/crsctl/check/ObservedStart.h"
@@ -10,10 +11,11 @@
 #include "tools/crsctl/names/NameReport.h"
 #include "tools/crsctl/names/NameReportOutput.h"
 #include "tools/crsctl/start/ProjDirectory.h"
-#include "tools/crsctl/text/Printable.h"
-#include "tools/crsctl/text/Table.h"
 
 namespace crsctl {
+
+using Tools::alignedColumns;
+using Tools::printable;
 
 using CoordinateTransformation::AbstractCrs;
 using CoordinateTransformation::CrsConfig;

@@ -7,9 +7,12 @@
 
 #include "tests/support/CrsctlSession.h"
 #include "tests/support/TemporaryDirectory.h"
-#include "tools/crsctl/text/Printable.h"
+#include "tools/common/Text.h"
 
 namespace crsctl {
+
+using Tools::printable;
+
 namespace {
 
 using testing::HasSubstr;

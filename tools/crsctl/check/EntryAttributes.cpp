@@ -6,10 +6,13 @@
 
 #include "CoordinateTransformation/CrsConfigData.h"
 #include "config/Fragment.h"
-#include "tools/crsctl/points/FixedDecimals.h"
-#include "tools/crsctl/text/Printable.h"
+#include "tools/common/FixedDecimals.h"
+#include "tools/common/Text.h"
 
 namespace crsctl {
+
+using Tools::MAX_DECIMALS;
+using Tools::printable;
 
 using boost::property_tree::ptree;
 using CoordinateTransformation::AXIS_ORDER;

@@ -2,11 +2,13 @@
 
 #include <map>
 
+#include "tools/common/Text.h"
 #include "tools/crsctl/names/NameReport.h"
 #include "tools/crsctl/names/RegisteredNames.h"
-#include "tools/crsctl/text/Printable.h"
 
 namespace crsctl {
+
+using Tools::printable;
 
 using CoordinateTransformation::AbstractCrs;
 

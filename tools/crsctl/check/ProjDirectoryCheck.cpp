@@ -11,10 +11,12 @@
 #include "text/FileText.h"
 #include "text/InitFile.h"
 #include "text/ParameterList.h"
+#include "tools/common/Text.h"
 #include "tools/crsctl/check/DefinitionText.h"
-#include "tools/crsctl/text/Printable.h"
 
 namespace crsctl {
+
+using Tools::printable;
 
 using CoordinateTransformation::AXIS_ORDER_FILE;
 using CoordinateTransformation::FileText;

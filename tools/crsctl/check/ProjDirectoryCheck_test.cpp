@@ -5,9 +5,12 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/TemporaryDirectory.h"
-#include "tools/crsctl/text/Printable.h"
+#include "tools/common/Text.h"
 
 namespace crsctl {
+
+using Tools::printable;
+
 namespace {
 
 std::string inWords(const Findings& findings) {

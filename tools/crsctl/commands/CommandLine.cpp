@@ -5,15 +5,19 @@
 
 #include <CLI/CLI.hpp>
 
+#include "tools/common/FixedDecimals.h"
+#include "tools/common/Text.h"
 #include "tools/crsctl/commands/CommandTexts.h"
 #include "tools/crsctl/commands/Help.h"
 #include "tools/crsctl/commands/ManPage.h"
 #include "tools/crsctl/points/CoordinateLine.h"
-#include "tools/crsctl/points/FixedDecimals.h"
 #include "tools/crsctl/start/Failures.h"
-#include "tools/crsctl/text/Printable.h"
 
 namespace crsctl {
+
+using Tools::MAX_DECIMALS;
+using Tools::printable;
+
 namespace {
 
 constexpr unsigned int MAX_JOBS = 64;

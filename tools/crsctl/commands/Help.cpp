@@ -2,9 +2,12 @@
 
 #include <sstream>
 
-#include "tools/crsctl/text/Printable.h"
+#include "tools/common/Text.h"
 
 namespace crsctl {
+
+using Tools::padded;
+
 namespace {
 
 constexpr std::size_t WIDTH = 80;

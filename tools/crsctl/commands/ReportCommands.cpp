@@ -3,15 +3,17 @@
 #include <algorithm>
 
 #include "text/InitFile.h"
+#include "tools/common/Text.h"
 #include "tools/crsctl/check/ConfigurationCheck.h"
 #include "tools/crsctl/find/DescriptionOutput.h"
 #include "tools/crsctl/names/NameReportOutput.h"
 #include "tools/crsctl/names/RegisteredNames.h"
 #include "tools/crsctl/start/Failures.h"
 #include "tools/crsctl/start/TextFile.h"
-#include "tools/crsctl/text/Printable.h"
 
 namespace crsctl {
+
+using Tools::printable;
 
 using CoordinateTransformation::DESCRIPTION_FILE;
 

@@ -5,15 +5,18 @@
 #include <thread>
 #include <utility>
 
+#include "tools/common/Process.h"
 #include "tools/crsctl/points/BlockThreads.h"
 #include "tools/crsctl/points/BlockTransformer.h"
 #include "tools/crsctl/points/CrsPair.h"
 #include "tools/crsctl/points/StreamRun.h"
 #include "tools/crsctl/start/Failures.h"
-#include "tools/crsctl/start/Signals.h"
 #include "tools/crsctl/start/TextFile.h"
 
 namespace crsctl {
+
+using Tools::catchSignals;
+
 namespace {
 
 constexpr unsigned int MOST_JOBS = 8;

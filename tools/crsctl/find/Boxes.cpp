@@ -4,10 +4,12 @@
 #include <string_view>
 
 #include "text/NumericText.h"
+#include "tools/common/Text.h"
 #include "tools/crsctl/start/Failures.h"
-#include "tools/crsctl/text/Printable.h"
 
 namespace crsctl {
+
+using Tools::printable;
 
 using CoordinateTransformation::takeDouble;
 using CoordinateTransformation::writeDouble;

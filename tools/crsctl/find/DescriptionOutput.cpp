@@ -4,11 +4,15 @@
 #include <optional>
 
 #include "text/NumericText.h"
-#include "tools/crsctl/points/FixedDecimals.h"
-#include "tools/crsctl/text/Printable.h"
-#include "tools/crsctl/text/Table.h"
+#include "tools/common/FixedDecimals.h"
+#include "tools/common/Text.h"
 
 namespace crsctl {
+
+using Tools::alignedColumns;
+using Tools::LONGEST_FIXED_DECIMAL;
+using Tools::printable;
+using Tools::writeFixed;
 
 using CoordinateTransformation::writeDouble;
 

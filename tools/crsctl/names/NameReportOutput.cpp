@@ -3,11 +3,14 @@
 #include <vector>
 
 #include "text/NumericText.h"
+#include "tools/common/Text.h"
 #include "tools/crsctl/find/DescriptionOutput.h"
-#include "tools/crsctl/text/Printable.h"
-#include "tools/crsctl/text/Table.h"
 
 namespace crsctl {
+
+using Tools::alignedColumns;
+using Tools::printable;
+
 namespace {
 
 using TableRows = std::vector<std::vector<std::string>>;

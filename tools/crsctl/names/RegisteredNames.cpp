@@ -5,12 +5,14 @@
 
 #include "CoordinateTransformation/CrsCreator.h"
 #include "names/CrsName.h"
+#include "tools/common/Text.h"
 #include "tools/crsctl/names/NameReport.h"
 #include "tools/crsctl/start/Session.h"
-#include "tools/crsctl/text/Printable.h"
-#include "tools/crsctl/text/Table.h"
 
 namespace crsctl {
+
+using Tools::alignedColumns;
+using Tools::printable;
 
 using CoordinateTransformation::AbstractCrs;
 using CoordinateTransformation::CodePair;

@@ -3,10 +3,13 @@
 #include <system_error>
 #include <utility>
 
+#include "tools/common/Process.h"
 #include "tools/crsctl/start/Failures.h"
-#include "tools/crsctl/start/Signals.h"
 
 namespace crsctl {
+
+using Tools::leaveSignalsToOthers;
+
 namespace {
 
 // So that no thread runs out of blocks while the oldest result is written.

@@ -5,10 +5,12 @@
 #include <cstring>
 
 #include "CoordinateTransformation/TransExecException.h"
+#include "tools/common/Text.h"
 #include "tools/crsctl/points/BlockReader.h"
-#include "tools/crsctl/text/Printable.h"
 
 namespace crsctl {
+
+using Tools::printable;
 
 using CoordinateTransformation::Bounds;
 using CoordinateTransformation::TransExecException;

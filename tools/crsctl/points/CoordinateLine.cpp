@@ -7,10 +7,13 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "tools/common/Text.h"
 #include "tools/crsctl/start/Failures.h"
-#include "tools/crsctl/text/Printable.h"
 
 namespace crsctl {
+
+using Tools::printable;
+
 namespace {
 
 enum CharacterKind : unsigned char { OF_COLUMN, BLANK, SEPARATOR };

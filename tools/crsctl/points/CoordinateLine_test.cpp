@@ -10,10 +10,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tools/common/Text.h"
 #include "tools/crsctl/start/Failures.h"
-#include "tools/crsctl/text/Printable.h"
 
 namespace crsctl {
+
+using Tools::printable;
+
 namespace {
 
 using testing::ElementsAre;

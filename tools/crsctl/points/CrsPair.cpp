@@ -3,14 +3,16 @@
 #include <exception>
 
 #include "CoordinateTransformation/CrsCreator.h"
+#include "tools/common/FixedDecimals.h"
 #include "tools/crsctl/names/NameReport.h"
 #include "tools/crsctl/names/NameReportOutput.h"
 #include "tools/crsctl/names/RegisteredNames.h"
-#include "tools/crsctl/points/FixedDecimals.h"
 #include "tools/crsctl/start/Failures.h"
 #include "tools/crsctl/start/Session.h"
 
 namespace crsctl {
+
+using Tools::MAX_DECIMALS;
 
 using CoordinateTransformation::AbstractCrs;
 using CoordinateTransformation::Crs;

@@ -6,11 +6,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "tools/common/Process.h"
 #include "tools/crsctl/start/Failures.h"
-#include "tools/crsctl/start/Signals.h"
 #include "tools/crsctl/start/TextFile.h"
 
 namespace crsctl {
+
+using Tools::hasInput;
+using Tools::signalToFinish;
+using Tools::waitForInput;
+
 namespace {
 
 [[noreturn]] void fail(const std::string& name, int error) { throw SetUpError(name + ": " + std::strerror(error)); }

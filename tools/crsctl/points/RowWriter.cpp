@@ -3,10 +3,14 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "tools/crsctl/points/FixedDecimals.h"
+#include "tools/common/FixedDecimals.h"
 #include "tools/crsctl/text/Json.h"
 
 namespace crsctl {
+
+using Tools::LONGEST_FIXED_DECIMAL;
+using Tools::writeFixed;
+
 namespace {
 
 constexpr std::size_t NO_COLUMN = static_cast<std::size_t>(-1);

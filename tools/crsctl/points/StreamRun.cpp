@@ -1,26 +1,50 @@
 #include "tools/crsctl/points/StreamRun.h"
 
+#include <array>
 #include <cerrno>
+#include <cmath>
 #include <csignal>
+#include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <unistd.h>
 
+#include "tools/common/Process.h"
+#include "tools/common/Text.h"
 #include "tools/crsctl/points/BlockThreads.h"
-#include "tools/crsctl/start/Descriptor.h"
 #include "tools/crsctl/start/Failures.h"
-#include "tools/crsctl/start/Signals.h"
 
 namespace crsctl {
+
+using Tools::grouped;
+using Tools::signalToFinish;
+using Tools::writeAll;
+using Tools::WriteOutcome;
+
 namespace {
 
-// On a terminal that shows the result as well, a bar would stand in its way.
+// On a terminal that shows the result too, a bar would be in its way.
 bool isProgressWanted(const BlockReader& reader) {
-    return reader.bytesInAll().has_value() && isatty(STDERR_FILENO) != 0 && isatty(STDOUT_FILENO) == 0;
+    return reader.bytesInAll().has_value() && isatty(STDOUT_FILENO) == 0;
+}
+
+std::string rate(std::uint64_t lines, double seconds) {
+    const long long perSecond = seconds > 0 ? std::llround(static_cast<double>(lines) / seconds) : 0;
+    return grouped(static_cast<std::uint64_t>(perSecond)) + " lines/s";
 }
 
 }  // namespace
 
-StreamRun::StreamRun(BlockReader& blockReader) : reader(blockReader), progress(isProgressWanted(blockReader)) {}
+std::string summaryLine(const Counts& counts, double seconds) {
+    std::array<char, 32> elapsed{};
+    std::snprintf(elapsed.data(), elapsed.size(), "%.3f s", seconds);
+    return grouped(counts.lines) + (counts.lines == 1 ? " line: " : " lines: ") + grouped(counts.transformed) +
+           " transformed, " + grouped(counts.refused) + " refused, " + grouped(counts.passedOver) + " passed over; " +
+           elapsed.data() + ", " + rate(counts.lines, seconds);
+}
+
+StreamRun::StreamRun(BlockReader& blockReader)
+    : reader(blockReader), progress(stderr, "", blockReader.bytesInAll().value_or(0), isProgressWanted(blockReader)) {}
 
 // What was read before a failure is still to be delivered.
 Next StreamRun::nextBlock(Block& block) {
@@ -63,7 +87,7 @@ bool StreamRun::deliver(const BlockResult& result) {
     counts += result.counts;
     write(result.output.view());
     report(result.reports.view());
-    progress.update({reader.bytesConsumed(), reader.bytesInAll().value_or(0), counts.lines, stopwatch.seconds()});
+    progress.advanceTo(reader.bytesConsumed(), rate(counts.lines, stopwatch.seconds()));
     return !result.stopped && !pipeClosed;
 }
 

@@ -1,13 +1,17 @@
 #pragma once
 
-#include "tools/common/Stopwatch.h"
+#include <string>
+
+#include "tools/common/ProgressBar.h"
 #include "tools/crsctl/points/Block.h"
 #include "tools/crsctl/points/BlockReader.h"
-#include "tools/crsctl/points/ProgressBar.h"
 
 namespace crsctl {
 
 class BlockThreads;
+
+// The last line of a run: counts, seconds and rate.
+std::string summaryLine(const Counts& counts, double seconds);
 
 // Takes blocks from the reader through threads to standard output in the order of the input, and what is refused to
 // standard error. Whatever was read is answered before further input is waited for. Ends at the end of the input, at a
@@ -33,7 +37,7 @@ private:
 
     BlockReader& reader;
     Tools::Stopwatch stopwatch;
-    ProgressBar progress;
+    Tools::ProgressBar progress;
     Counts counts;
     bool pipeClosed = false;
     std::string readingFailure;

@@ -1,11 +1,8 @@
-#include "tools/crsctl/text/Printable.h"
+#include "tools/common/Text.h"
 
 #include <gtest/gtest.h>
 
-#include "tools/crsctl/text/Json.h"
-#include "tools/crsctl/text/Table.h"
-
-namespace crsctl {
+namespace Tools {
 namespace {
 
 TEST(APrintableText, HasNoControlCharacters) {
@@ -35,21 +32,13 @@ TEST(ATable, AlignsItsColumns) {
     EXPECT_EQ(alignedColumns({}), "");
 }
 
-TEST(AJsonText, SaysWhereBytesWereReplaced) {
-    EXPECT_EQ(serialisedInLine({{"a", "\xFF\n"}}), "{\"a\":\"\xEF\xBF\xBD\\n\",\"bytesReplaced\":true}");
-    EXPECT_EQ(serialised(Json{{"b", 1}, {"a", 2}}), "{\n  \"b\": 1,\n  \"a\": 2\n}\n");
-    EXPECT_EQ(serialised(Json::array({{{"a", "\xC3\xBC"}}, {{"a", {{"b", "\xFC"}}}}})),
-              "[\n  {\n    \"a\": \"\xC3\xBC\"\n  },\n  {\n    \"a\": {\n      \"b\": \"\xEF\xBF\xBD\"\n    },\n"
-              "    \"bytesReplaced\": true\n  }\n]\n");
-}
-
-TEST(AJsonText, QuotesWhatIsNotUtf8) {
-    bool replaced = false;
-    EXPECT_EQ(quotedJson("a\"b", replaced), "\"a\\\"b\"");
-    EXPECT_FALSE(replaced);
-    EXPECT_EQ(quotedJson("\xFF", replaced), "\"\xEF\xBF\xBD\"");
-    EXPECT_TRUE(replaced);
+TEST(ANumber, IsGroupedByThousands) {
+    EXPECT_EQ(grouped(0), "0");
+    EXPECT_EQ(grouped(999), "999");
+    EXPECT_EQ(grouped(1000), "1,000");
+    EXPECT_EQ(grouped(12345678), "12,345,678");
+    EXPECT_EQ(grouped(18446744073709551615U), "18,446,744,073,709,551,615");
 }
 
 }  // namespace
-}  // namespace crsctl
+}  // namespace Tools

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-namespace crsctl {
+namespace Tools {
 
 constexpr int MAX_DECIMALS = 18;
 // Enough for any finite number: sign, 309 digits, point, decimals.
@@ -13,4 +13,4 @@ constexpr std::size_t LONGEST_FIXED_DECIMAL = 332;
 // REQUIRES: `value` is finite, 0 <= decimals <= MAX_DECIMALS, LONGEST_FIXED_DECIMAL bytes at `out`.
 char* writeFixed(char* out, double value, int decimals);
 
-}  // namespace crsctl
+}  // namespace Tools

@@ -1,9 +1,11 @@
-#include "tools/crsctl/text/Printable.h"
+#include "tools/common/Text.h"
 
 #include <algorithm>
 
-namespace crsctl {
+namespace Tools {
 namespace {
+
+constexpr char GAP[] = "  ";
 
 bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
 
@@ -23,7 +25,21 @@ void appendEscaped(std::string& out, char byte) {
     }
 }
 
-// Never in the middle of a character.
+// The columns of a terminal that `text` fills: one for each character of UTF-8.
+std::size_t displayWidth(std::string_view text) {
+    return text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), isContinuation));
+}
+
+std::vector<std::size_t> columnWidths(const TableRows& rows) {
+    std::vector<std::size_t> widths;
+    for (const auto& row : rows) {
+        widths.resize(std::max(widths.size(), row.size()));
+        for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], displayWidth(row[i]));
+    }
+    return widths;
+}
+
+// Cuts between two characters.
 std::string_view cut(std::string_view text, std::size_t limit) {
     while (limit > 0 && isContinuation(text[limit])) --limit;
     return text.substr(0, limit);
@@ -43,8 +59,10 @@ std::string printable(std::string_view text, std::size_t limit) {
     return tooLong ? out + "..." : out;
 }
 
-std::size_t displayWidth(std::string_view text) {
-    return text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), isContinuation));
+std::string grouped(std::uint64_t number) {
+    std::string digits = std::to_string(number);
+    for (std::size_t position = digits.size(); position > 3;) digits.insert(position -= 3, 1, ',');
+    return digits;
 }
 
 std::string padded(std::string_view text, std::size_t width) {
@@ -52,4 +70,15 @@ std::string padded(std::string_view text, std::size_t width) {
     return std::string(text) + std::string(width > taken ? width - taken : 0, ' ');
 }
 
-}  // namespace crsctl
+std::string alignedColumns(const TableRows& rows, const std::string& indent) {
+    const std::vector<std::size_t> widths = columnWidths(rows);
+    std::string text;
+    for (const auto& row : rows) {
+        std::string line = indent;
+        for (std::size_t i = 0; i < row.size(); ++i) line += padded(row[i], widths[i]) + GAP;
+        text += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
+    }
+    return text;
+}
+
+}  // namespace Tools

@@ -1,18 +1,19 @@
-#include "tools/crsctl/start/Signals.h"
+#include "tools/common/Process.h"
 
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
 
-namespace crsctl {
+namespace Tools {
 namespace {
 
 constexpr std::array<int, 3> FINISHING_SIGNALS = {SIGINT, SIGTERM, SIGHUP};
 
 volatile std::sig_atomic_t caught = 0;
-// Written by the handler, so that a signal between the check of `caught` and the wait for input is not slept over.
+// The handler writes to it, so that a signal between the check of `caught` and poll() ends the wait too.
 std::array<int, 2> wakeUp = {-1, -1};
 
 void noteSignal(int signal) {
@@ -35,6 +36,21 @@ bool isIgnored(int signal) {
 }
 
 }  // namespace
+
+void occupyStandardDescriptors() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(descriptor, F_GETFD) < 0) open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+}
+
+WriteOutcome writeAll(int descriptor, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t count = write(descriptor, text.data(), text.size());
+        if (count >= 0) text.remove_prefix(static_cast<std::size_t>(count));
+        if (count < 0 && errno == EPIPE) return WriteOutcome::PIPE_CLOSED;
+        if (count < 0 && errno != EINTR) return WriteOutcome::FAILED;
+    }
+    return WriteOutcome::WRITTEN;
+}
 
 void ignoreClosedPipes() { setHandler(SIGPIPE, SIG_IGN, 0); }
 
@@ -63,4 +79,4 @@ void leaveSignalsToOthers() {
     pthread_sigmask(SIG_BLOCK, &finishing, nullptr);
 }
 
-}  // namespace crsctl
+}  // namespace Tools

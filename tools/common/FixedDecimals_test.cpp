@@ -1,4 +1,4 @@
-#include "tools/crsctl/points/FixedDecimals.h"
+#include "tools/common/FixedDecimals.h"
 
 #include <array>
 #include <charconv>
@@ -12,7 +12,7 @@
 
 #include <gtest/gtest.h>
 
-namespace crsctl {
+namespace Tools {
 namespace {
 
 std::string fixedText(double value, int decimals) {
@@ -106,4 +106,4 @@ TEST(FixedDecimals, AreThoseOfPrintfAtTies) {
 }
 
 }  // namespace
-}  // namespace crsctl
+}  // namespace Tools

@@ -1,4 +1,4 @@
-#include "tools/crsctl/points/FixedDecimals.h"
+#include "tools/common/FixedDecimals.h"
 
 #include <algorithm>
 #include <array>
@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace crsctl {
+namespace Tools {
 namespace {
 
 __extension__ typedef unsigned __int128 Wide;
@@ -100,4 +100,4 @@ char* writeFixed(char* out, double value, int decimals) {
     return end;
 }
 
-}  // namespace crsctl
+}  // namespace Tools
