@@ -12,6 +12,7 @@
 #include "proj/AxisOrderTable.h"
 #include "proj/SettledCrsDescriptions.h"
 #include "text/FileText.h"
+#include "text/InitFile.h"
 #include "text/NumericText.h"
 #include "text/QuotedCsv.h"
 
@@ -41,11 +42,7 @@ enum Column {
     COLUMN_COUNT
 };
 
-constexpr const char* COLUMNS[COLUMN_COUNT] = {
-    "code",       "name",     "kind",         "area",           "west",
-    "south",      "east",     "north",        "unit",           "unit_length",
-    "datum",      "datum_id", "shift_source", "shift_accuracy", "largest_distance",
-    "replaced_by"};
+static_assert(COLUMN_COUNT == DESCRIPTION_COLUMNS.size());
 
 constexpr double GREATEST_LONGITUDE = 180;
 constexpr double GREATEST_LATITUDE = 90;
@@ -56,14 +53,14 @@ struct BadLine {
 };
 
 [[noreturn]] void refuse(Column column, const std::string& cell) {
-    throw BadLine{std::string(COLUMNS[column]) + ": \"" + cell + "\" is not valid"};
+    throw BadLine{std::string(DESCRIPTION_COLUMNS[column]) + ": \"" + cell + "\" is not valid"};
 }
 
 bool isControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }
 
 std::string takeText(Column column, Cells& cells) {
     if (std::any_of(cells[column].begin(), cells[column].end(), isControl))
-        throw BadLine{std::string(COLUMNS[column]) + ": a control character is in it"};
+        throw BadLine{std::string(DESCRIPTION_COLUMNS[column]) + ": a control character is in it"};
     return std::move(cells[column]);
 }
 
@@ -148,7 +145,7 @@ CrsDescription readDescription(Cells& cells) {
 void requireHeader(QuotedCsv& reader) {
     Cells cells;
     if (!reader.readRecord(cells) && !reader.getFault().empty()) return;
-    if (!std::equal(cells.begin(), cells.end(), std::begin(COLUMNS), std::end(COLUMNS)))
+    if (!std::equal(cells.begin(), cells.end(), DESCRIPTION_COLUMNS.begin(), DESCRIPTION_COLUMNS.end()))
         throw BadLine{"the line does not hold the names of the columns, \"code,name,...\""};
 }
 

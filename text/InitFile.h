@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -20,6 +21,13 @@ constexpr char BUILT_IN_PROJ_DIRECTORY[] = "/opt/quarvelserver/share/proj4";
 constexpr char INIT_FILE[] = "epsg";
 constexpr char AXIS_ORDER_FILE[] = "epsg-axisorder.csv";
 constexpr char DESCRIPTION_FILE[] = "epsg-info.csv";
+
+// The columns of the descriptions, in their order.
+constexpr std::array<const char*, 16> DESCRIPTION_COLUMNS = {
+    "code",       "name",     "kind",         "area",           "west",
+    "south",      "east",     "north",        "unit",           "unit_length",
+    "datum",      "datum_id", "shift_source", "shift_accuracy", "largest_distance",
+    "replaced_by"};
 
 // A definition of an init file: its code, and its parameters without comments.
 struct InitFileDefinition {

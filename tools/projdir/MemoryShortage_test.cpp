@@ -13,7 +13,7 @@
 
 #include "tests/support/ProjFaults.h"
 #include "tests/support/TemporaryDirectory.h"
-#include "tools/projdir/MakeDirectory.h"
+#include "tools/projdir/Commands.h"
 #include "tools/projdir/Registry.h"
 
 namespace {

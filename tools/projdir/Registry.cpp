@@ -1,19 +1,106 @@
 #include "tools/projdir/Registry.h"
 
 #include <algorithm>
+#include <atomic>
 #include <charconv>
 #include <cstdlib>
 #include <filesystem>
 #include <map>
+#include <new>
 #include <utility>
 
-#include "tools/projdir/Database.h"
-#include "tools/projdir/Line.h"
+#include <sqlite3.h>
 
 namespace ProjDir {
 namespace {
 
 constexpr char AUTHORITY[] = "EPSG";
+
+bool has(const std::string& text, const char* part) { return text.find(part) != std::string::npos; }
+
+// PROJ puts the name of the function in front of its message. Messages of the steps of an operation, such as
+// "hgridshift: could not find required grid(s).", are about grids, which need not be installed. Some operations of a
+// sound database cannot be made either.
+bool isAboutDatabase(const std::string& message) {
+    const std::string function = message.substr(0, message.find(':'));
+    if (has(message, "SQLite") || has(function, "_database")) return true;
+    return function.rfind("proj_", 0) == 0 && (has(message, "cannot build") || has(message, "not found"));
+}
+
+// A search path replaces all others. The database is set first, as it is not on the new path.
+void hideFiles(PJ_CONTEXT* context) {
+    const std::string database = textOrEmpty(proj_context_get_database_path(context));
+    const char* const nowhere = "/nonexistent";
+    proj_context_set_search_paths(context, 1, &nowhere);
+    if (!database.empty()) proj_context_set_database_path(context, database.c_str(), nullptr, nullptr);
+}
+
+// SQLite's messages hold whole statements.
+std::string abridge(const std::string& message) {
+    constexpr std::size_t LONGEST_END = 100;
+    if (message.size() <= 2 * LONGEST_END) return message;
+    return message.substr(0, LONGEST_END) + " ... " + message.substr(message.size() - LONGEST_END);
+}
+
+// PROJ's database, read directly for relations that PROJ's interface does not list.
+class Database {
+public:
+    // The cells of a row as text. A null is an empty text.
+    using Row = std::vector<std::string>;
+
+    explicit Database(std::string databasePath) : path(std::move(databasePath)) {
+        sqlite3* opened = nullptr;
+        const int result = sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READONLY, nullptr);
+        connection.reset(opened);
+        requireSuccess(result);
+        // PROJ skips damaged pages, and does not report all of them.
+        const std::string check = query("PRAGMA quick_check(1)").at(0).at(0);
+        if (check != "ok") failAsDamaged(check);
+    }
+
+    // RegistryError when the database breaks off, std::bad_alloc when memory runs out.
+    std::vector<Row> query(const char* statement) const {
+        sqlite3_stmt* prepared = nullptr;
+        requireSuccess(sqlite3_prepare_v2(connection.get(), statement, -1, &prepared, nullptr));
+        const std::unique_ptr<sqlite3_stmt, Release> owner(prepared);
+        std::vector<Row> rows;
+        int result = sqlite3_step(prepared);
+        for (; result == SQLITE_ROW; result = sqlite3_step(prepared)) rows.push_back(readRow(prepared));
+        requireSuccess(result);
+        return rows;
+    }
+
+private:
+    struct Release {
+        void operator()(sqlite3* database) const { sqlite3_close(database); }
+        void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+    };
+
+    static Row readRow(sqlite3_stmt* statement) {
+        Row row(static_cast<std::size_t>(sqlite3_column_count(statement)));
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            const int column = static_cast<int>(i);
+            if (sqlite3_column_type(statement, column) == SQLITE_NULL) continue;
+            const auto* const text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
+            if (text == nullptr) throw std::bad_alloc();
+            row[i] = text;
+        }
+        return row;
+    }
+
+    void requireSuccess(int result) const {
+        if (result == SQLITE_NOMEM) throw std::bad_alloc();
+        if (result != SQLITE_OK && result != SQLITE_ROW && result != SQLITE_DONE)
+            failAsDamaged(sqlite3_errmsg(connection.get()));
+    }
+
+    [[noreturn]] void failAsDamaged(const std::string& reason) const {
+        throw RegistryError("PROJ's database \"" + path + "\" is damaged: " + toOneLine(abridge(reason)));
+    }
+
+    std::string path;
+    std::unique_ptr<sqlite3, Release> connection;
+};
 
 CrsKind kindOf(PJ_TYPE type) {
     switch (type) {
@@ -33,25 +120,33 @@ CrsKind kindOf(PJ_TYPE type) {
     }
 }
 
-std::optional<Area> readArea(const PROJ_CRS_INFO& info) {
-    if (info.bbox_valid == 0) return std::nullopt;
-    return Area{info.west_lon_degree, info.south_lat_degree, info.east_lon_degree, info.north_lat_degree};
-}
-
-struct ByCode {
-    bool operator()(const RegistryCrs& crs, unsigned int code) const { return crs.code < code; }
-    bool operator()(unsigned int code, const RegistryCrs& crs) const { return code < crs.code; }
-};
-
 RegistryCrs readCrs(const PROJ_CRS_INFO& info) {
     RegistryCrs crs;
-    crs.code = readRegistryCode(info.code);
+    crs.code = readCode(info.code).value_or(0);
     crs.name = textOrEmpty(info.name);
     crs.kind = kindOf(info.type);
     crs.isDeprecated = info.deprecated != 0;
-    crs.area = readArea(info);
+    if (info.bbox_valid != 0)
+        crs.area = Area{info.west_lon_degree, info.south_lat_degree, info.east_lon_degree, info.north_lat_degree};
     crs.areaName = textOrEmpty(info.area_name);
     return crs;
+}
+
+// By code. PROJ lists a CRS once for each of its areas of use; the first one counts.
+using CrsByCode = std::map<unsigned int, RegistryCrs>;
+
+CrsByCode listCrs(const ProjContext& context) {
+    const ProjPtr<PROJ_CRS_LIST_PARAMETERS> parameters(proj_get_crs_list_parameters_create());
+    parameters->allow_deprecated = 1;
+    int count = 0;
+    const ProjPtr<PROJ_CRS_INFO*> list(
+        proj_get_crs_info_list_from_database(context.get(), AUTHORITY, parameters.get(), &count));
+    CrsByCode registry;
+    for (int i = 0; i < count; ++i) {
+        RegistryCrs crs = readCrs(*list.get()[i]);
+        registry.try_emplace(crs.code, std::move(crs));
+    }
+    return registry;
 }
 
 std::string describeSearch() {
@@ -62,17 +157,13 @@ std::string describeSearch() {
     return " in " + textOrEmpty(proj_info().searchpath);
 }
 
-// Nothing beyond what the message says already, where there is no database at all.
-std::string describeFailure(const ProjContext& context) {
-    const std::string& failure = context.databaseFailure();
-    if (failure.empty() || failure.find("Cannot find proj.db") != std::string::npos) return "";
-    return ": " + toOneLine(abridge(failure));
-}
-
 std::string readMetadata(const ProjContext& context, const char* key) {
     const char* const value = proj_context_get_database_metadata(context.get(), key);
     if (value != nullptr) return value;
-    throw RegistryError("PROJ finds no usable database proj.db" + describeSearch() + describeFailure(context));
+    const std::string& failure = context.databaseFailure();
+    const bool isReason = !failure.empty() && !has(failure, "Cannot find proj.db");
+    throw RegistryError("PROJ finds no usable database proj.db" + describeSearch() +
+                        (isReason ? ": " + toOneLine(abridge(failure)) : ""));
 }
 
 std::string databasePath(const ProjContext& context) {
@@ -80,38 +171,18 @@ std::string databasePath(const ProjContext& context) {
     return path.lexically_normal().string();
 }
 
-// What PROJ lists in another way than the registry is read in. Other kinds of CRS have no definitions.
-std::vector<unsigned int> listCodes(const ProjContext& context) {
-    std::vector<unsigned int> codes;
+// Compares two of PROJ's lists, for the kinds of CRS that have definitions. A damaged database may shorten one of them.
+void requireEveryCode(const ProjContext& context, const CrsByCode& registry) {
     for (const PJ_TYPE type : {PJ_TYPE_GEODETIC_CRS, PJ_TYPE_PROJECTED_CRS}) {
         const ProjPtr<char*> list(proj_get_codes_from_database(context.get(), AUTHORITY, type, 1));
         for (char** code = list.get(); code != nullptr && *code != nullptr; ++code)
-            codes.push_back(readRegistryCode(*code));
+            if (registry.count(readCode(*code).value_or(0)) == 0)
+                throw RegistryError("PROJ's database proj.db is damaged: PROJ lists EPSG:" + std::string(*code) +
+                                    " among the codes and not among the CRS" + describeSearch());
     }
-    return codes;
 }
 
-void requireListed(const std::vector<RegistryCrs>& registry, const std::vector<unsigned int>& codes) {
-    for (const unsigned int code : codes)
-        if (!std::binary_search(registry.begin(), registry.end(), code, ByCode{}))
-            throw RegistryError("PROJ's database proj.db is damaged: PROJ lists EPSG:" + std::to_string(code) +
-                                " among the codes and not among the CRS" + describeSearch());
-}
-
-// A CRS with several areas of use stands in PROJ's list with each of them.
-void sortByCode(std::vector<RegistryCrs>& registry) {
-    std::map<unsigned int, RegistryCrs> firstOfCode;
-    for (RegistryCrs& crs : registry) firstOfCode.try_emplace(crs.code, std::move(crs));
-    registry.clear();
-    for (auto& [code, crs] : firstOfCode) registry.push_back(std::move(crs));
-}
-
-RegistryCrs* findCode(std::vector<RegistryCrs>& registry, const std::string& code) {
-    const auto found = std::lower_bound(registry.begin(), registry.end(), readRegistryCode(code), ByCode{});
-    return found == registry.end() || found->code != readRegistryCode(code) ? nullptr : &*found;
-}
-
-// Longitude rotations without an error of their own lead from a datum to the same one on Greenwich.
+// A longitude rotation without an error of its own leads from a datum to the same one on Greenwich.
 constexpr char SAME_BUT_FOR_MERIDIAN[] =
     "SELECT s.datum_auth_name || ':' || s.datum_code, t.datum_auth_name || ':' || t.datum_code, td.name"
     " FROM other_transformation o"
@@ -133,61 +204,83 @@ constexpr char BASE_OF_CRS[] =
 constexpr char HORIZONTAL_OF_CRS[] =
     "SELECT code, horiz_crs_code FROM compound_crs WHERE auth_name = 'EPSG' AND horiz_crs_auth_name = 'EPSG'";
 
-void linkDatums(const Database& database, std::vector<RegistryCrs>& registry) {
+void linkDatums(const Database& database, CrsByCode& registry) {
     std::map<std::string, Datum> onGreenwich;
-    database.query(SAME_BUT_FOR_MERIDIAN, [&](const Database::Row& row) {
-        onGreenwich[row[0]] = Datum{row[1], row[2]};
-    });
-    database.query(DATUM_OF_CRS, [&](const Database::Row& row) {
-        RegistryCrs* const crs = findCode(registry, row[0]);
-        if (crs == nullptr) return;
+    for (const Database::Row& row : database.query(SAME_BUT_FOR_MERIDIAN)) onGreenwich[row[0]] = {row[1], row[2]};
+    for (const Database::Row& row : database.query(DATUM_OF_CRS)) {
+        const auto crs = registry.find(readCode(row[0]).value_or(0));
+        if (crs == registry.end()) continue;
         const auto same = onGreenwich.find(row[1]);
-        crs->datum = same == onGreenwich.end() ? Datum{row[1], row[2]} : same->second;
-        crs->geodeticCode = crs->code;
-    });
+        crs->second.datum = same == onGreenwich.end() ? Datum{row[1], row[2]} : same->second;
+        crs->second.geodeticCode = crs->first;
+    }
 }
 
-void linkBases(const Database& database, std::vector<RegistryCrs>& registry) {
-    database.query(BASE_OF_CRS, [&](const Database::Row& row) {
-        RegistryCrs* const crs = findCode(registry, row[0]);
-        const RegistryCrs* const base = findCode(registry, row[1]);
-        if (crs == nullptr || base == nullptr) return;
-        crs->datum = base->datum;
-        crs->geodeticCode = base->code;
-    });
+// Gives each CRS of the query the datum of the one that it is based on, and returns the pairs.
+std::vector<std::pair<RegistryCrs*, const RegistryCrs*>> linkBases(const Database& database, const char* query,
+                                                                   CrsByCode& registry) {
+    std::vector<std::pair<RegistryCrs*, const RegistryCrs*>> pairs;
+    for (const Database::Row& row : database.query(query)) {
+        const auto crs = registry.find(readCode(row[0]).value_or(0));
+        const auto base = registry.find(readCode(row[1]).value_or(0));
+        if (crs == registry.end() || base == registry.end()) continue;
+        crs->second.datum = base->second.datum;
+        crs->second.geodeticCode = base->second.geodeticCode;
+        pairs.emplace_back(&crs->second, &base->second);
+    }
+    return pairs;
 }
 
-// Last, as a part brings its datum along.
-void linkHorizontalParts(const Database& database, std::vector<RegistryCrs>& registry) {
-    database.query(HORIZONTAL_OF_CRS, [&](const Database::Row& row) {
-        RegistryCrs* const crs = findCode(registry, row[0]);
-        const RegistryCrs* const part = findCode(registry, row[1]);
-        if (crs == nullptr || part == nullptr) return;
-        crs->horizontal = std::make_shared<const RegistryCrs>(*part);
-        crs->datum = part->datum;
-        crs->geodeticCode = part->geodeticCode;
-    });
-}
-
-void linkRegistry(const Database& database, std::vector<RegistryCrs>& registry) {
+// The order matters: each step copies what the one before has set.
+void linkRegistry(const Database& database, CrsByCode& registry) {
     linkDatums(database, registry);
-    linkBases(database, registry);
-    linkHorizontalParts(database, registry);
+    linkBases(database, BASE_OF_CRS, registry);
+    for (const auto& [compound, part] : linkBases(database, HORIZONTAL_OF_CRS, registry))
+        compound->horizontal = std::make_shared<const RegistryCrs>(*part);
 }
 
 }  // namespace
 
-unsigned int readRegistryCode(const std::string& text) {
-    unsigned int code = 0;
-    std::from_chars(text.data(), text.data() + text.size(), code);
-    return code;
+ProjContext::ProjContext(GridUse grids) : context(proj_context_create()) {
+    if (context == nullptr) throw std::bad_alloc();
+    proj_log_level(get(), PJ_LOG_ERROR);
+    proj_log_func(get(), this, keepMessage);
+    proj_context_set_enable_network(get(), 0);
+    if (grids == GridUse::NONE) hideFiles(get());
 }
 
-// SQL statements are longer than what is wrong with them.
-std::string abridge(const std::string& message) {
-    constexpr std::size_t LONGEST_END = 100;
-    if (message.size() <= 2 * LONGEST_END) return message;
-    return message.substr(0, LONGEST_END) + " ... " + message.substr(message.size() - LONGEST_END);
+// PROJ does not handle exceptions out of here.
+void ProjContext::keepMessage(void* self, int /*level*/, const char* text) {
+    auto& kept = *static_cast<ProjContext*>(self);
+    try {
+        kept.message = textOrEmpty(text);
+        if (kept.failure.empty() && isAboutDatabase(kept.message)) kept.failure = kept.message;
+    } catch (const std::bad_alloc&) {
+    }
+}
+
+void ProjContext::openDatabaseUnshared() const {
+    static std::atomic<std::size_t> contexts{0};
+    const std::string path = textOrEmpty(proj_context_get_database_path(get()));
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos) return;
+    const std::string otherSpelling = path.substr(0, slash) + std::string(2 + contexts++, '/') + path.substr(slash + 1);
+    proj_context_set_database_path(get(), otherSpelling.c_str(), nullptr, nullptr);
+}
+
+std::string ProjContext::takeMessage() { return std::exchange(message, std::string()); }
+
+const char* nameOfKind(CrsKind kind) {
+    constexpr const char* NAMES[] = {"geographic", "geocentric", "projected", "vertical", "compound", "other"};
+    return NAMES[static_cast<std::size_t>(kind)];
+}
+
+bool isHorizontal(CrsKind kind) {
+    return kind == CrsKind::GEOGRAPHIC || kind == CrsKind::GEOCENTRIC || kind == CrsKind::PROJECTED;
+}
+
+RegistryVersion readRegistryVersion(const ProjContext& context) {
+    return {readMetadata(context, "EPSG.VERSION"), readMetadata(context, "EPSG.DATE"), proj_info().version};
 }
 
 std::string describe(const RegistryVersion& version) {
@@ -195,45 +288,25 @@ std::string describe(const RegistryVersion& version) {
            ", from the database of PROJ " + version.proj;
 }
 
-RegistryVersion readRegistryVersion(const ProjContext& context) {
-    return {readMetadata(context, "EPSG.VERSION"), readMetadata(context, "EPSG.DATE"), proj_info().version};
-}
-
 std::vector<RegistryCrs> readRegistry(const ProjContext& context) {
     const Database database(databasePath(context));
-    database.requireSoundPages();
-    const ProjPtr<PROJ_CRS_LIST_PARAMETERS> parameters(proj_get_crs_list_parameters_create());
-    parameters->allow_deprecated = 1;
-    int count = 0;
-    const ProjPtr<PROJ_CRS_INFO*> list(
-        proj_get_crs_info_list_from_database(context.get(), AUTHORITY, parameters.get(), &count));
-    std::vector<RegistryCrs> registry;
-    registry.reserve(static_cast<std::size_t>(count));
-    for (int i = 0; i < count; ++i) registry.push_back(readCrs(*list.get()[i]));
-    sortByCode(registry);
-    const std::vector<unsigned int> codes = listCodes(context);
+    CrsByCode registry = listCrs(context);
     requireSoundDatabase(context, "the list of CRS");
     if (registry.empty()) throw RegistryError("PROJ's database proj.db has no EPSG CRS" + describeSearch());
-    requireListed(registry, codes);
+    requireEveryCode(context, registry);
+    requireSoundDatabase(context, "the list of CRS");
     linkRegistry(database, registry);
-    return registry;
+    std::vector<RegistryCrs> list;
+    list.reserve(registry.size());
+    for (auto& [code, crs] : registry) list.push_back(std::move(crs));
+    return list;
 }
 
-const char* nameOfKind(CrsKind kind) {
-    switch (kind) {
-        case CrsKind::GEOGRAPHIC:
-            return "geographic";
-        case CrsKind::GEOCENTRIC:
-            return "geocentric";
-        case CrsKind::PROJECTED:
-            return "projected";
-        case CrsKind::VERTICAL:
-            return "vertical";
-        case CrsKind::COMPOUND:
-            return "compound";
-        default:
-            return "other";
-    }
+std::optional<unsigned int> readCode(const std::string& text) {
+    unsigned int code = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), code);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return code;
 }
 
 ProjPtr<PJ> createCrs(const ProjContext& context, unsigned int code) {
@@ -249,5 +322,37 @@ void requireSoundDatabase(const ProjContext& context, const std::string& place) 
     throw RegistryError("PROJ cannot read its database \"" + databasePath(context) + "\" at " + place + ": " +
                         toOneLine(abridge(context.databaseFailure())));
 }
+
+Axis readAxis(const ProjContext& context, const PJ* crs, int index) {
+    const ProjPtr<PJ> axes(proj_crs_get_coordinate_system(context.get(), crs));
+    const char* name = nullptr;
+    const char* direction = nullptr;
+    const char* unit = nullptr;
+    double unitLength = 0;
+    if (axes != nullptr)
+        proj_cs_get_axis_info(context.get(), axes.get(), index, &name, nullptr, &direction, &unitLength, &unit, nullptr,
+                              nullptr);
+    return {textOrEmpty(name), textOrEmpty(direction), textOrEmpty(unit), unitLength};
+}
+
+std::vector<unsigned int> findReplacements(const ProjContext& context, const PJ* crs) {
+    const ProjPtr<PJ_OBJ_LIST> list(proj_get_non_deprecated(context.get(), crs));
+    std::vector<unsigned int> codes;
+    const int count = list == nullptr ? 0 : proj_list_get_count(list.get());
+    for (int i = 0; i < count; ++i) {
+        const ProjPtr<PJ> replacement(proj_list_get(context.get(), list.get(), i));
+        if (textOrEmpty(proj_get_id_auth_name(replacement.get(), 0)) == AUTHORITY)
+            codes.push_back(readCode(textOrEmpty(proj_get_id_code(replacement.get(), 0))).value_or(0));
+    }
+    return codes;
+}
+
+std::string toOneLine(std::string text) {
+    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20U || c == 0x7F; };
+    std::replace_if(text.begin(), text.end(), isControl, ' ');
+    return text;
+}
+
+std::string writeLine(const std::string& text) { return toOneLine(text) + "\n"; }
 
 }  // namespace ProjDir

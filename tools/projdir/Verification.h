@@ -1,50 +1,83 @@
 #pragma once
 
-#include <array>
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "tools/common/ProgressBar.h"
-#include "tools/projdir/DatumConversions.h"
-#include "tools/projdir/DefinitionMaker.h"
+#include "tools/projdir/Definition.h"
 
 namespace ProjDir {
 
-// How one definition agrees with PROJ's best operation to WGS 84. Distances are horizontal and in metres.
+// The agreement of one definition with PROJ's best operation to WGS 84: horizontal distances in metres.
 struct Agreement {
     const CrsOutcome* outcome = nullptr;
-    // The largest distance where PROJ knows an operation; where it knows none at all, anywhere.
+    // The largest distance where PROJ knows an operation; if it knows none in the area, the largest anywhere.
     double largest = 0;
-    // The largest distance anywhere in the area, also where PROJ takes both datums for one.
+    // The largest distance in the area, also where PROJ takes both datums for the same.
     double largestAnywhere = 0;
-    // What the library raised; empty when it moved every point.
+    // The library's exception; empty if it transformed every point.
     std::string failure;
 };
 
-// All that is measured, in the order of the outcomes.
-struct Verification {
-    std::vector<Agreement> agreements;
-    DatumMeasurements withinDatums;
+// An error in metres on the ground.
+struct Measurement {
+    // Infinite if there is no result.
+    double distance = 0;
+    // The library's exception.
+    std::string failure;
 };
 
-// False when the library refuses a definition, or when a conversion within a datum or a round trip is not exact.
+// A conversion within a datum, compared with the registry's own. It should be exact.
+struct Conversion {
+    const CrsOutcome* source = nullptr;
+    const CrsOutcome* target = nullptr;
+    Measurement measured;
+    // The error of PROJ's own inverse of the source projection at the same point.
+    double inverse = 0;
+};
+
+// The transformation of all check points of a CRS to another one and back.
+struct RoundTrip {
+    const CrsOutcome* outcome = nullptr;
+    // Through the base CRS; nothing for a CRS that is not projected, or whose base has no definition.
+    std::optional<Measurement> throughBase;
+    Measurement throughWgs84;
+    // The error of PROJ's own projection and its inverse.
+    double inverse = 0;
+};
+
+// The error in metres that a conversion or a round trip may have, in addition to that of PROJ's own inverse. Some
+// inverse formulas, such as those of equal-area projections, are less accurate.
+constexpr double EXACT = 0.001;
+// A larger error of PROJ's inverse is no excuse.
+constexpr double WORST_INVERSE = 0.1;
+
+bool isAccepted(const Conversion& conversion);
+// The way to WGS 84 rotates by small angles, and the way back by their negatives. A point may miss its start by the
+// square of the rotation times the earth's radius.
+bool isAccepted(const RoundTrip& trip);
+
+// All measurements, in the order of the outcomes.
+struct Verification {
+    std::vector<Agreement> agreements;
+    std::vector<Conversion> conversions;
+    std::vector<RoundTrip> roundTrips;
+};
+
+// False if the library refuses a definition, or if a conversion or a round trip is not exact.
 bool isAccepted(const Verification& verification);
 
-// Measures the definitions in `directory` through the library as a server uses it: every code is bound by its own
-// reader and takes its axis order from the table. Points go from each CRS to WGS 84, against the check points of the
-// outcomes, and back, and to CRS on the same datum. The library settles its directory once in a process, so this can
-// be called for one directory. `progress` takes two steps for each outcome.
+// Measures the definitions in `directory` through the library, as a server uses it: its own reader binds every code,
+// and the axis orders are those of the table.
 //
-// Raises the library's exceptions for a directory that it does not accept.
+// Each CRS is transformed to WGS 84 and compared with the check points of its outcome, and transformed back. Each
+// projected CRS is also converted to its base CRS and to its predecessor on the same one, at the centre of its area of
+// use; conversions for which the registry has no coordinates are left out.
+//
+// `advance` is called twice for each outcome. The library accepts one directory in a process. It raises its own
+// exceptions for a directory that it refuses.
 Verification verifyDirectory(const std::string& directory, const std::vector<CrsOutcome>& outcomes,
-                             Tools::ProgressBar& progress);
-
-// The bounds of the classes in which agreement is stated, in metres; the last class has none.
-constexpr std::array<double, 5> AGREEMENT_CLASSES = {0.01, 1, 2, 5, 10};
-constexpr double FAR_OFF = 10;
-
-// How many of the distances lie in each class.
-using Distribution = std::array<std::size_t, AGREEMENT_CLASSES.size() + 1>;
-Distribution countByClass(const std::vector<double>& distances);
+                             const std::function<void()>& advance);
 
 }  // namespace ProjDir

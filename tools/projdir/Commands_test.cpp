@@ -1,0 +1,521 @@
+#include "tools/projdir/Commands.h"
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/TemporaryDirectory.h"
+#include "tools/projdir/DirectoryFiles.h"
+#include "tools/projdir/Registry.h"
+
+namespace ProjDir {
+namespace {
+
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+struct Result {
+    bool isToRun = false;
+    int exitCode = 0;
+    Options options;
+    std::string output;
+    std::string error;
+};
+
+Result read(std::vector<const char*> arguments) {
+    arguments.insert(arguments.begin(), "crs-projdir");
+    Result result;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    result.isToRun = readOptions(static_cast<int>(arguments.size()), arguments.data(), result.options, result.exitCode);
+    result.output = testing::internal::GetCapturedStdout();
+    result.error = testing::internal::GetCapturedStderr();
+    return result;
+}
+
+TEST(OptionsTest, NeedsNoMoreThanADirectory) {
+    const Result result = read({"out"});
+    EXPECT_TRUE(result.isToRun);
+    EXPECT_EQ(result.options.directory, "out");
+    EXPECT_TRUE(result.options.codesFile.empty());
+    EXPECT_TRUE(result.options.reportFile.empty());
+    EXPECT_FALSE(result.options.includeDeprecated || result.options.useGrids || result.options.verify ||
+                 result.options.force);
+}
+
+TEST(OptionsTest, ReadsEveryOption) {
+    const Result result =
+        read({"--codes", "c", "--include-deprecated", "--grids", "--report", "r", "--verify", "--force", "o"});
+    EXPECT_TRUE(result.isToRun);
+    EXPECT_EQ(result.options.codesFile, "c");
+    EXPECT_EQ(result.options.reportFile, "r");
+    EXPECT_TRUE(result.options.includeDeprecated && result.options.useGrids && result.options.verify &&
+                result.options.force);
+}
+
+TEST(OptionsTest, ReadsWhatChoosesAndShifts) {
+    const Result result = read({"o", "--area", "-10.5,36,4,44", "--from-config", "x.xml", "--fit", "--worst", "250"});
+    EXPECT_TRUE(result.isToRun);
+    EXPECT_EQ(result.options.configFile, "x.xml");
+    EXPECT_TRUE(result.options.fit);
+    EXPECT_EQ(result.options.worst, 250);
+    ASSERT_TRUE(result.options.area);
+    EXPECT_EQ(result.options.area->west, -10.5);
+    EXPECT_EQ(result.options.area->south, 36);
+    EXPECT_EQ(result.options.area->east, 4);
+    EXPECT_EQ(result.options.area->north, 44);
+    EXPECT_TRUE(read({"o", "--area", "170,-50,-170,-30"}).isToRun);
+}
+
+TEST(OptionsTest, DescribesWhatTheContentDependsOn) {
+    EXPECT_THAT(describeOptions(read({"o", "--verify", "--force", "--report", "r"}).options),
+                testing::MatchesRegex("crs-projdir [0-9.]+ without options"));
+    EXPECT_THAT(describeOptions(read({"o", "--codes", "c", "--from-config", "f", "--area", "-10,36,4,44.5", "--grids",
+                                      "--fit", "--include-deprecated", "--worst", "20"})
+                                    .options),
+                testing::EndsWith(" --codes --from-config --area -10,36,4,44.5 --include-deprecated --grids --fit "
+                                  "--worst 20"));
+}
+
+TEST(OptionsTest, HelpsAndTellsItsVersion) {
+    const Result help = read({"--help"});
+    EXPECT_FALSE(help.isToRun);
+    EXPECT_EQ(help.exitCode, 0);
+    for (const char* option : {"OUTDIR", "--codes", "--from-config", "--area", "--include-deprecated", "--grids",
+                               "--fit", "--worst", "--report", "--verify", "--force"})
+        EXPECT_THAT(help.output, HasSubstr(option));
+    const Result version = read({"--version"});
+    EXPECT_EQ(version.exitCode, 0);
+    EXPECT_THAT(version.output, testing::MatchesRegex("crs-projdir [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+}
+
+std::string escapeDashes(const std::string& text) {
+    std::string escaped;
+    for (const char c : text) escaped += c == '-' ? std::string("\\-") : std::string(1, c);
+    return escaped;
+}
+
+TEST(OptionsTest, HasAManualPageWithEveryOption) {
+    std::ifstream file(COORDTRANS_SOURCE_DIR "/tools/projdir/crs-projdir.1.in");
+    std::ostringstream page;
+    page << file.rdbuf();
+    std::istringstream words(read({"--help"}).output);
+    std::set<std::string> options;
+    for (std::string word; words >> word;)
+        if (const std::size_t dashes = word.find("--"); dashes != std::string::npos)
+            options.insert(word.substr(dashes, word.find_first_of(",;", dashes) - dashes));
+    EXPECT_EQ(options.size(), 13U);
+    for (const std::string& option : options) EXPECT_THAT(page.str(), HasSubstr(escapeDashes(option)));
+}
+
+TEST(OptionsTest, RefusesWhatItDoesNotKnow) {
+    for (const std::vector<const char*>& arguments : {std::vector<const char*>{},
+                                                      {"out", "--frob"},
+                                                      {"out", "more"},
+                                                      {"out", "--codes"},
+                                                      {"out", "--worst", "-1"},
+                                                      {"out", "--worst", "far"},
+                                                      {"out", "--area", "1,2,3"},
+                                                      {"out", "--area", "1,2,3,4,5"},
+                                                      {"out", "--area", "0,50,10,40"},
+                                                      {"out", "--area", "0,40,181,50"},
+                                                      {"out", "--area", "0,-91,10,50"},
+                                                      {"out", "--area", "0,4O,10,50"},
+                                                      {"out", "--area", "0,nan,10,50"}}) {
+        const Result result = read(arguments);
+        EXPECT_FALSE(result.isToRun);
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_THAT(result.error, testing::StartsWith("crs-projdir: "));
+    }
+}
+
+struct ReadResult {
+    bool isToRun = false;
+    int exitCode = 0;
+    DiffOptions options;
+    std::string output;
+    std::string error;
+};
+
+ReadResult readDiff(std::vector<const char*> arguments) {
+    arguments.insert(arguments.begin(), {"crs-projdir", "diff"});
+    ReadResult result;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    result.isToRun =
+        readDiffOptions(static_cast<int>(arguments.size()), arguments.data(), result.options, result.exitCode);
+    result.output = testing::internal::GetCapturedStdout();
+    result.error = testing::internal::GetCapturedStderr();
+    return result;
+}
+
+TEST(DiffOptionsTest, ReadsTwoDirectoriesAndAFormat) {
+    const ReadResult plain = readDiff({"a", "b"});
+    EXPECT_TRUE(plain.isToRun);
+    EXPECT_EQ(plain.options.before + plain.options.after, "ab");
+    EXPECT_FALSE(plain.options.asJson);
+    EXPECT_TRUE(readDiff({"a", "b", "--format", "json"}).options.asJson);
+    EXPECT_TRUE(readDiff({"-q", "a", "b"}).options.quiet);
+}
+
+TEST(DiffOptionsTest, HelpsAndRefuses) {
+    const ReadResult help = readDiff({"--help"});
+    EXPECT_FALSE(help.isToRun);
+    EXPECT_EQ(help.exitCode, 0);
+    EXPECT_THAT(help.output, AllOf(HasSubstr("OLD"), HasSubstr("NEW"), HasSubstr("--format")));
+    for (const std::vector<const char*>& arguments :
+         {std::vector<const char*>{}, {"a"}, {"a", "b", "c"}, {"a", "b", "--format", "xml"}}) {
+        const ReadResult refused = readDiff(arguments);
+        EXPECT_FALSE(refused.isToRun);
+        EXPECT_EQ(refused.exitCode, 2);
+        EXPECT_THAT(refused.error, testing::StartsWith("crs-projdir diff: "));
+    }
+}
+
+// The exit code and what the program prints.
+struct Run {
+    int exitCode = 0;
+    std::string output;
+    std::string error;
+};
+
+Run run(std::vector<const char*> arguments) {
+    arguments.insert(arguments.begin(), "crs-projdir");
+    Run result;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    result.exitCode = runProgram(static_cast<int>(arguments.size()), arguments.data());
+    result.output = testing::internal::GetCapturedStdout();
+    result.error = testing::internal::GetCapturedStderr();
+    return result;
+}
+
+TEST(CommandTest, HelpIsAWordForTheHelpOfACommand) {
+    EXPECT_EQ(run({"help"}).output, run({"--help"}).output);
+    EXPECT_EQ(run({"help", "diff"}).output, run({"diff", "--help"}).output);
+    EXPECT_THAT(run({"help", "diff"}).output, AllOf(HasSubstr("OLD"), HasSubstr("NEW")));
+    EXPECT_EQ(run({"help", "diff"}).exitCode, 0);
+    EXPECT_EQ(run({"-V"}).output, run({"diff", "-V"}).output);
+}
+
+TEST(CommandTest, IsMeantByTheFirstWordAlone) {
+    EXPECT_THAT(run({"diff", "--frob"}).error, StartsWith("crs-projdir diff: "));
+    EXPECT_THAT(run({"./diff", "--frob"}).error, StartsWith("crs-projdir: "));
+    EXPECT_THAT(run({"--frob", "diff"}).error, StartsWith("crs-projdir: "));
+}
+
+RegistryCrs makeCrs(unsigned int code, bool isDeprecated, const std::optional<Area>& area) {
+    RegistryCrs crs;
+    crs.code = code;
+    crs.isDeprecated = isDeprecated;
+    crs.area = area;
+    return crs;
+}
+
+std::vector<unsigned int> selectCodes(const Options& options) {
+    std::vector<unsigned int> codes;
+    for (const RegistryCrs& crs : selectCrs(options, {makeCrs(10, false, Area{0, 0, 10, 10}),
+                                                      makeCrs(20, true, Area{20, 20, 30, 30}), makeCrs(30, false, {})}))
+        codes.push_back(crs.code);
+    return codes;
+}
+
+TEST(CrsSelectionTest, TakesDeprecatedOnesOnlyWhenAdmitted) {
+    Options options;
+    EXPECT_THAT(selectCodes(options), ElementsAre(10, 30));
+    options.includeDeprecated = true;
+    EXPECT_THAT(selectCodes(options), ElementsAre(10, 20, 30));
+}
+
+TEST(CrsSelectionTest, TakesWhatOverlaps) {
+    Options options;
+    options.area = Area{5, 5, 6, 6};
+    EXPECT_THAT(selectCodes(options), ElementsAre(10));
+    options.area = Area{-6, -6, -5, -5};
+    EXPECT_THROW(selectCodes(options), FileError);
+}
+
+class MakeDirectoryTest : public testing::Test {
+protected:
+    MakeDirectoryTest() {
+        options.directory = work.file("out");
+        options.codesFile = work.write("codes", "4326\n25832\n");
+    }
+
+    // The exit code; what was printed stays in `output` and `error`.
+    int runHere() {
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        const int exitCode = makeDirectory(options);
+        output = testing::internal::GetCapturedStdout();
+        error = testing::internal::GetCapturedStderr();
+        return exitCode;
+    }
+
+    bool isNothingMade() const { return !std::filesystem::exists(options.directory); }
+
+    // In a process of its own.
+    pid_t startProgram() const {
+        const pid_t child = fork();
+        if (child == 0) _exit(std::freopen("/dev/null", "w", stdout) == nullptr ? 1 : makeDirectory(options));
+        return child;
+    }
+
+    static int waitFor(pid_t child) {
+        int status = 0;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        return status;
+    }
+
+    template <typename Action>
+    static std::chrono::steady_clock::duration timeOf(Action action) {
+        const auto start = std::chrono::steady_clock::now();
+        action();
+        return std::chrono::steady_clock::now() - start;
+    }
+
+    std::set<std::string> listOutput() const {
+        std::set<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(options.directory))
+            names.insert(entry.path().filename().string());
+        return names;
+    }
+
+    TestSupport::TemporaryDirectory work;
+    Options options;
+    std::string output;
+    std::string error;
+};
+
+TEST_F(MakeDirectoryTest, MakesTheThreeFiles) {
+    EXPECT_EQ(runHere(), 0);
+    EXPECT_EQ(error, "");
+    EXPECT_THAT(output, HasSubstr("2 definitions"));
+    EXPECT_THAT(work.read("out/epsg"),
+                HasSubstr("# ETRS89 / UTM zone 32N; shift EPSG:1149\n<25832> +proj=utm +zone=32"));
+    EXPECT_EQ(work.read("out/epsg-axisorder.csv"), "0;en\n4326;ne\n25832;en\n");
+    EXPECT_THAT(work.read("out/epsg-info.csv"),
+                AllOf(HasSubstr("\n4326,WGS 84,geographic,"), HasSubstr(",-180,-90,180,90,degree,"),
+                      HasSubstr("\n25832,ETRS89 / UTM zone 32N,projected,")));
+    EXPECT_EQ(listOutput(), (std::set<std::string>{"epsg", "epsg-axisorder.csv", "epsg-info.csv"}));
+}
+
+// Which registry, which program, which options: the content depends on nothing else.
+TEST_F(MakeDirectoryTest, StatesItsOrigin) {
+    options.area = Area{5, 45, 15.5, 55};
+    options.fit = true;
+    EXPECT_EQ(runHere(), 0);
+    EXPECT_THAT(work.read("out/epsg"), HasSubstr(", from the database of PROJ "));
+    EXPECT_THAT(work.read("out/epsg"), HasSubstr("\n# Made by " + describeOptions(options) + "\n"));
+    EXPECT_THAT(describeOptions(options), EndsWith(" --codes --area 5,45,15.5,55 --fit"));
+}
+
+TEST_F(MakeDirectoryTest, TakesWhatAllOptionsAskFor) {
+    work.write("codes", "4326\n25832\n31467\n3031\n");
+    options.configFile = work.write("config",
+                                    "<CrsConfiguration><CRS>EPSG:31467</CRS><CRS>4326</CRS>"
+                                    "<CRS mapToEpsgCode=\"3031\">polar</CRS></CrsConfiguration>");
+    options.area = Area{5, 45, 15, 55};
+    EXPECT_EQ(runHere(), 0);
+    EXPECT_EQ(work.read("out/epsg-axisorder.csv"), "0;en\n4326;ne\n31467;ne\n");
+}
+
+TEST_F(MakeDirectoryTest, NamesAnEntryOfAConfigurationThatTheRegistryLacks) {
+    options.codesFile.clear();
+    options.configFile = work.write("config", "<CrsConfiguration><CRS>4326</CRS><CRS>999999</CRS></CrsConfiguration>");
+    EXPECT_EQ(runHere(), 1);
+    EXPECT_EQ(error,
+              "crs-projdir: " + options.configFile + ", entry EPSG:999999: the registry has no CRS EPSG:999999\n");
+    EXPECT_TRUE(isNothingMade());
+}
+
+TEST_F(MakeDirectoryTest, RefusesOptionsThatLeaveNothing) {
+    options.area = Area{-30, -89, -29, -88};
+    work.write("codes", "25832\n");
+    EXPECT_EQ(runHere(), 1);
+    EXPECT_THAT(error, HasSubstr("no CRS of the registry is what all options ask for"));
+    EXPECT_TRUE(isNothingMade());
+}
+
+// The same names and definitions with the grids and without them; the list alone tells which are there.
+TEST_F(MakeDirectoryTest, ListsTheGridFilesThatAreNeeded) {
+    work.write("codes", "31467\n27700\n");
+    options.useGrids = true;
+    EXPECT_EQ(runHere(), 0);
+    EXPECT_THAT(work.read("out/epsg"), HasSubstr("+nadgrids=de_adv_BETA2007.tif +datum_id=EPSG:6314"));
+    EXPECT_THAT(work.read("out/epsg-grids.csv"),
+                testing::MatchesRegex(
+                    "file,sha256\nde_adv_BETA2007.tif,[0-9a-f]*\nuk_os_OSTN15_NTv2_OSGBtoETRS.tif,[0-9a-f]*\n"));
+}
+
+class MakeDirectoryWithoutGridsTest : public MakeDirectoryTest {
+protected:
+    MakeDirectoryWithoutGridsTest() {
+        const std::filesystem::path database = proj_context_get_database_path(ProjContext().get());
+        std::filesystem::create_directory(work.file("proj"));
+        std::filesystem::copy_file(database, work.file("proj/proj.db"));
+    }
+
+    // In a process of its own, as PROJ keeps what it has found. An empty path leaves PROJ what it is installed with.
+    std::string makeText(const std::string& projData) {
+        const pid_t child = fork();
+        if (child == 0) {
+            if (!projData.empty()) setenv("PROJ_DATA", projData.c_str(), 1);
+            _exit(std::freopen("/dev/null", "w", stdout) == nullptr ? 1 : makeDirectory(options));
+        }
+        EXPECT_EQ(waitFor(child), 0);
+        options.force = true;
+        return work.read("out/epsg") + work.read("out/epsg-axisorder.csv") + work.read("out/epsg-info.csv");
+    }
+};
+
+TEST_F(MakeDirectoryWithoutGridsTest, MakesTheSameBytes) {
+    work.write("codes", "4326\n4314\n31467\n27572\n4267\n26741\n4272\n27200\n21781\n4269\n");
+    for (const bool useGrids : {false, true}) {
+        options.useGrids = useGrids;
+        const std::string withGrids = makeText("");
+        EXPECT_EQ(makeText(work.file("proj")), withGrids) << useGrids;
+    }
+    EXPECT_THAT(work.read("out/epsg-grids.csv"), HasSubstr("de_adv_BETA2007.tif,\n"));
+}
+
+TEST_F(MakeDirectoryTest, WritesTheReport) {
+    options.reportFile = work.file("report");
+    EXPECT_EQ(runHere(), 0);
+    EXPECT_THAT(work.read("report"), HasSubstr("     2 definitions\n"));
+}
+
+TEST_F(MakeDirectoryTest, WritesTheReportInTheFormatOfItsSuffix) {
+    for (const auto& [suffix, start] : {std::pair{".json", "{\"registry\": "}, std::pair{".html", "<!DOCTYPE html>"},
+                                        std::pair{".txt", "EPSG Geodetic Parameter Dataset"}}) {
+        options.reportFile = work.file(std::string("report") + suffix);
+        options.force = true;
+        EXPECT_EQ(runHere(), 0);
+        EXPECT_THAT(work.read(std::string("report") + suffix), StartsWith(start));
+    }
+}
+
+TEST_F(MakeDirectoryTest, PrintsNothingWhenItIsQuiet) {
+    options.quiet = true;
+    EXPECT_EQ(runHere(), 0);
+    EXPECT_EQ(output + error, "");
+    EXPECT_EQ(work.read("out/epsg-axisorder.csv"), "0;en\n4326;ne\n25832;en\n");
+    EXPECT_EQ(runHere(), 1);
+    EXPECT_NE(error, "");
+}
+
+TEST_F(MakeDirectoryTest, MakesTheSameBytesAgain) {
+    EXPECT_EQ(runHere(), 0);
+    const std::string first = work.read("out/epsg") + work.read("out/epsg-axisorder.csv");
+    options.force = true;
+    EXPECT_EQ(runHere(), 0);
+    EXPECT_EQ(work.read("out/epsg") + work.read("out/epsg-axisorder.csv"), first);
+}
+
+TEST_F(MakeDirectoryTest, OverwritesNothingUnlessForced) {
+    std::filesystem::create_directory(options.directory);
+    for (const char* name : {"out/epsg", "out/epsg-axisorder.csv", "out/epsg-info.csv"}) {
+        work.write(name, "mine");
+        EXPECT_EQ(runHere(), 1);
+        EXPECT_THAT(error, AllOf(HasSubstr(name), HasSubstr("--force")));
+        EXPECT_EQ(work.read(name), "mine");
+        std::filesystem::remove(work.file(name));
+        EXPECT_THAT(work.list(), ElementsAre("codes", "out"));
+    }
+}
+
+TEST_F(MakeDirectoryTest, OverwritesNoReportUnlessForced) {
+    options.reportFile = work.write("report", "mine");
+    EXPECT_EQ(runHere(), 1);
+    EXPECT_THAT(error, HasSubstr(options.reportFile));
+    EXPECT_EQ(work.read("report"), "mine");
+    EXPECT_TRUE(isNothingMade());
+}
+
+TEST_F(MakeDirectoryTest, NamesACodeThatIsUnknown) {
+    work.write("codes", "4326\n999999\n");
+    EXPECT_EQ(runHere(), 1);
+    EXPECT_EQ(error, "crs-projdir: " + options.codesFile + ", line 2: the registry has no CRS EPSG:999999\n");
+    EXPECT_TRUE(isNothingMade());
+}
+
+TEST_F(MakeDirectoryTest, NamesEveryListedCodeThatHasNoDefinition) {
+    work.write("codes", "4326\n5701\n7400\n");
+    EXPECT_EQ(runHere(), 1);
+    EXPECT_EQ(output, "");
+    EXPECT_THAT(error, StartsWith("crs-projdir: " + options.codesFile +
+                                  " names CRS that no definition can be made for:\n  EPSG:5701 "));
+    EXPECT_THAT(error, AllOf(HasSubstr(": a vertical CRS has no classic definition\n  EPSG:7400 "),
+                             EndsWith("know only degrees\n")));
+    EXPECT_TRUE(isNothingMade());
+}
+
+TEST_F(MakeDirectoryTest, NamesAListThatCannotBeRead) {
+    options.codesFile = work.file("none");
+    EXPECT_EQ(runHere(), 1);
+    EXPECT_THAT(error, HasSubstr(options.codesFile));
+    EXPECT_TRUE(isNothingMade());
+}
+
+TEST_F(MakeDirectoryTest, NamesADirectoryThatCannotBeMade) {
+    options.directory = work.file("codes");
+    EXPECT_EQ(runHere(), 1);
+    EXPECT_THAT(error, HasSubstr(options.directory));
+}
+
+TEST_F(MakeDirectoryTest, LeavesTheDirectoryWholeWhenTheReportDoesNotFit) {
+    options.reportFile = "/dev/full";
+    EXPECT_EQ(runHere(), 1);
+    EXPECT_EQ(error, "crs-projdir: cannot write \"/dev/full\": No space left on device\n");
+    EXPECT_EQ(work.read("out/epsg-axisorder.csv"), "0;en\n4326;ne\n25832;en\n");
+}
+
+// Wherever it is interrupted: there is no directory, or a whole one.
+TEST_F(MakeDirectoryTest, LeavesNothingHalfMadeWhenItIsInterrupted) {
+    constexpr int MOMENTS = 16;
+    work.write("codes", "4326\n25832\n27700\n31467\n2154\n28992\n31370\n4230\n");
+    const auto duration = timeOf([this] { waitFor(startProgram()); });
+    int interruptions = 0;
+    for (int i = 0; i < MOMENTS; ++i) {
+        std::filesystem::remove_all(options.directory);
+        const pid_t child = startProgram();
+        std::this_thread::sleep_for(duration * i / MOMENTS);
+        kill(child, i % 2 == 0 ? SIGINT : SIGTERM);
+        interruptions += WIFSIGNALED(waitFor(child)) ? 1 : 0;
+        EXPECT_TRUE(isNothingMade() ||
+                    listOutput() == (std::set<std::string>{"epsg", "epsg-axisorder.csv", "epsg-info.csv"}));
+    }
+    EXPECT_GT(interruptions, 0);
+}
+
+// PROJ reads the variables anew for every context.
+TEST_F(MakeDirectoryTest, NamesADatabaseThatIsMissing) {
+    const char* const before = std::getenv("PROJ_DATA");
+    const std::string kept = before == nullptr ? "" : before;
+    setenv("PROJ_DATA", work.file("nowhere").c_str(), 1);
+    EXPECT_EQ(runHere(), 1);
+    EXPECT_EQ(error,
+              "crs-projdir: PROJ finds no usable database proj.db (PROJ_DATA is \"" + work.file("nowhere") + "\")\n");
+    EXPECT_TRUE(isNothingMade());
+    if (before == nullptr)
+        unsetenv("PROJ_DATA");
+    else
+        setenv("PROJ_DATA", kept.c_str(), 1);
+}
+
+}  // namespace
+}  // namespace ProjDir
