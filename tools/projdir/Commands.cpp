@@ -37,10 +37,9 @@ constexpr char DESCRIPTION[] =
     "of the installed PROJ.";
 
 constexpr char DIFF_DESCRIPTION[] =
-    "Compares two PROJ directories: codes that were added, removed and changed, and for each changed one the largest\n"
-    "distance between its definitions over its area of use. The exit code is 0 if they are the same, 1 if they "
-    "differ,\n"
-    "2 after a failure.";
+    "Compares two PROJ directories: the codes that were added, removed and changed. For each changed code it prints\n"
+    "the largest distance between the two definitions over the area of use. The exit code is 0 if the directories\n"
+    "are the same, 1 if they differ, 2 after a failure.";
 
 constexpr char AREA_FORM[] = "an area is W,S,E,N in degrees, west and east from -180 to 180, south not above north";
 
@@ -204,8 +203,7 @@ void requireDefinitions(const Options& options, const std::vector<CrsOutcome>& o
     const std::string& list = options.codesFile.empty() ? options.configFile : options.codesFile;
     const std::string leftOut = list.empty() ? "" : writeLeftOut(outcomes);
     if (!leftOut.empty())
-        throw FileError(list + " names CRS that no definition can be made for:\n" +
-                        leftOut.substr(0, leftOut.size() - 1));
+        throw FileError(list + " names CRS without a definition:\n" + leftOut.substr(0, leftOut.size() - 1));
 }
 
 std::vector<CrsOutcome> makeOutcomes(const Options& options, const std::vector<RegistryCrs>& list) {
@@ -320,7 +318,7 @@ std::vector<RegistryCrs> selectCrs(const Options& options, const std::vector<Reg
     };
     narrow(options.codesFile, readCodeList);
     narrow(options.configFile, readConfigurationCodes);
-    if (list.empty()) throw FileError("no CRS of the registry is what all options ask for");
+    if (list.empty()) throw FileError("no CRS of the registry matches all options");
     return list;
 }
 

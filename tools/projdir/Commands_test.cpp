@@ -47,7 +47,7 @@ Result read(std::vector<const char*> arguments) {
     return result;
 }
 
-TEST(OptionsTest, NeedsNoMoreThanADirectory) {
+TEST(OptionsTest, NeedsOnlyADirectory) {
     const Result result = read({"out"});
     EXPECT_TRUE(result.isToRun);
     EXPECT_EQ(result.options.directory, "out");
@@ -67,7 +67,7 @@ TEST(OptionsTest, ReadsEveryOption) {
                 result.options.force);
 }
 
-TEST(OptionsTest, ReadsWhatChoosesAndShifts) {
+TEST(OptionsTest, ReadsTheOptionsWithValues) {
     const Result result = read({"o", "--area", "-10.5,36,4,44", "--from-config", "x.xml", "--fit", "--worst", "250"});
     EXPECT_TRUE(result.isToRun);
     EXPECT_EQ(result.options.configFile, "x.xml");
@@ -81,7 +81,7 @@ TEST(OptionsTest, ReadsWhatChoosesAndShifts) {
     EXPECT_TRUE(read({"o", "--area", "170,-50,-170,-30"}).isToRun);
 }
 
-TEST(OptionsTest, DescribesWhatTheContentDependsOn) {
+TEST(OptionsTest, DescribesTheOptionsThatAffectTheContent) {
     EXPECT_THAT(describeOptions(read({"o", "--verify", "--force", "--report", "r"}).options),
                 testing::MatchesRegex("crs-projdir [0-9.]+ without options"));
     EXPECT_THAT(describeOptions(read({"o", "--codes", "c", "--from-config", "f", "--area", "-10,36,4,44.5", "--grids",
@@ -91,7 +91,7 @@ TEST(OptionsTest, DescribesWhatTheContentDependsOn) {
                                   "--worst 20"));
 }
 
-TEST(OptionsTest, HelpsAndTellsItsVersion) {
+TEST(OptionsTest, PrintsHelpAndVersion) {
     const Result help = read({"--help"});
     EXPECT_FALSE(help.isToRun);
     EXPECT_EQ(help.exitCode, 0);
@@ -122,7 +122,7 @@ TEST(OptionsTest, HasAManualPageWithEveryOption) {
     for (const std::string& option : options) EXPECT_THAT(page.str(), HasSubstr(escapeDashes(option)));
 }
 
-TEST(OptionsTest, RefusesWhatItDoesNotKnow) {
+TEST(OptionsTest, RefusesUnknownArguments) {
     for (const std::vector<const char*>& arguments : {std::vector<const char*>{},
                                                       {"out", "--frob"},
                                                       {"out", "more"},
@@ -241,7 +241,7 @@ TEST(CrsSelectionTest, TakesDeprecatedOnesOnlyWhenAdmitted) {
     EXPECT_THAT(selectCodes(options), ElementsAre(10, 20, 30));
 }
 
-TEST(CrsSelectionTest, TakesWhatOverlaps) {
+TEST(CrsSelectionTest, SelectsByArea) {
     Options options;
     options.area = Area{5, 5, 6, 6};
     EXPECT_THAT(selectCodes(options), ElementsAre(10));
@@ -256,7 +256,7 @@ protected:
         options.codesFile = work.write("codes", "4326\n25832\n");
     }
 
-    // The exit code; what was printed stays in `output` and `error`.
+    // Returns the exit code and keeps the printed text in `output` and `error`.
     int runHere() {
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
@@ -314,7 +314,7 @@ TEST_F(MakeDirectoryTest, MakesTheThreeFiles) {
     EXPECT_EQ(listOutput(), (std::set<std::string>{"epsg", "epsg-axisorder.csv", "epsg-info.csv"}));
 }
 
-// Which registry, which program, which options: the content depends on nothing else.
+// The content depends on the registry, the program and the options alone.
 TEST_F(MakeDirectoryTest, StatesItsOrigin) {
     options.area = Area{5, 45, 15.5, 55};
     options.fit = true;
@@ -324,7 +324,7 @@ TEST_F(MakeDirectoryTest, StatesItsOrigin) {
     EXPECT_THAT(describeOptions(options), EndsWith(" --codes --area 5,45,15.5,55 --fit"));
 }
 
-TEST_F(MakeDirectoryTest, TakesWhatAllOptionsAskFor) {
+TEST_F(MakeDirectoryTest, SelectsByAllOptions) {
     work.write("codes", "4326\n25832\n31467\n3031\n");
     options.configFile = work.write("config",
                                     "<CrsConfiguration><CRS>EPSG:31467</CRS><CRS>4326</CRS>"
@@ -347,11 +347,11 @@ TEST_F(MakeDirectoryTest, RefusesOptionsThatLeaveNothing) {
     options.area = Area{-30, -89, -29, -88};
     work.write("codes", "25832\n");
     EXPECT_EQ(runHere(), 1);
-    EXPECT_THAT(error, HasSubstr("no CRS of the registry is what all options ask for"));
+    EXPECT_THAT(error, HasSubstr("no CRS of the registry matches all options"));
     EXPECT_TRUE(isNothingMade());
 }
 
-// The same names and definitions with the grids and without them; the list alone tells which are there.
+// Names and definitions do not depend on the installed grids. Only the list shows which are installed.
 TEST_F(MakeDirectoryTest, ListsTheGridFilesThatAreNeeded) {
     work.write("codes", "31467\n27700\n");
     options.useGrids = true;
@@ -370,7 +370,7 @@ protected:
         std::filesystem::copy_file(database, work.file("proj/proj.db"));
     }
 
-    // In a process of its own, as PROJ keeps what it has found. An empty path leaves PROJ what it is installed with.
+    // In a process of its own, as PROJ keeps the files that it has found. An empty path means PROJ's own data.
     std::string makeText(const std::string& projData) {
         const pid_t child = fork();
         if (child == 0) {
@@ -457,10 +457,10 @@ TEST_F(MakeDirectoryTest, NamesEveryListedCodeThatHasNoDefinition) {
     work.write("codes", "4326\n5701\n7400\n");
     EXPECT_EQ(runHere(), 1);
     EXPECT_EQ(output, "");
-    EXPECT_THAT(error, StartsWith("crs-projdir: " + options.codesFile +
-                                  " names CRS that no definition can be made for:\n  EPSG:5701 "));
+    EXPECT_THAT(error,
+                StartsWith("crs-projdir: " + options.codesFile + " names CRS without a definition:\n  EPSG:5701 "));
     EXPECT_THAT(error, AllOf(HasSubstr(": a vertical CRS has no classic definition\n  EPSG:7400 "),
-                             EndsWith("know only degrees\n")));
+                             EndsWith("are in degrees\n")));
     EXPECT_TRUE(isNothingMade());
 }
 
@@ -484,7 +484,7 @@ TEST_F(MakeDirectoryTest, LeavesTheDirectoryWholeWhenTheReportDoesNotFit) {
     EXPECT_EQ(work.read("out/epsg-axisorder.csv"), "0;en\n4326;ne\n25832;en\n");
 }
 
-// Wherever it is interrupted: there is no directory, or a whole one.
+// At any moment there is either no directory or a complete one.
 TEST_F(MakeDirectoryTest, LeavesNothingHalfMadeWhenItIsInterrupted) {
     constexpr int MOMENTS = 16;
     work.write("codes", "4326\n25832\n27700\n31467\n2154\n28992\n31370\n4230\n");
@@ -502,7 +502,7 @@ TEST_F(MakeDirectoryTest, LeavesNothingHalfMadeWhenItIsInterrupted) {
     EXPECT_GT(interruptions, 0);
 }
 
-// PROJ reads the variables anew for every context.
+// PROJ reads the variables again for every context.
 TEST_F(MakeDirectoryTest, NamesADatabaseThatIsMissing) {
     const char* const before = std::getenv("PROJ_DATA");
     const std::string kept = before == nullptr ? "" : before;

@@ -14,7 +14,7 @@ namespace {
 struct Text {
     const char* name;
     std::string operation;
-    // "+towgs84" of it; empty for none.
+    // The value of "+towgs84"; empty if there is none.
     std::string shift;
 };
 
@@ -22,7 +22,7 @@ void PrintTo(const Text& row, std::ostream* stream) { *stream << row.name; }
 
 class ReadShiftTest : public testing::TestWithParam<Text> {};
 
-TEST_P(ReadShiftTest, ReadsWhatMovesTheDatum) {
+TEST_P(ReadShiftTest, ReadsTheDatumSteps) {
     const std::optional<Helmert> shift = readShift(GetParam().operation);
     EXPECT_EQ(shift ? writeHelmert(*shift) : "", GetParam().shift);
 }
@@ -75,7 +75,7 @@ TEST(ShiftCandidatesTest, MovesThePivotOfMolodenskyBadekas) {
 }
 
 // An operation without an area of use: its centre is on the equator and the meridian of Greenwich.
-TEST(ShiftCandidatesTest, LeadsTheCentreToWhereAnExactRotationLeadsIt) {
+TEST(ShiftCandidatesTest, MovesTheCentreLikeAnExactRotation) {
     const ProjContext context;
     const std::string text = "+proj=helmert +exact +convention=position_vector +x=10 +y=20 +z=30 +rz=1000";
     const ProjPtr<PJ> operation(proj_create(context.get(), text.c_str()));
@@ -112,7 +112,7 @@ const PublishedShift* findSource(const std::vector<PublishedShift>& shifts, cons
 }
 
 // Parameters as the EPSG dataset publishes them.
-TEST(ShiftCandidatesTest, FindsWhatTheRegistryPublishes) {
+TEST(ShiftCandidatesTest, FindsThePublishedShifts) {
     const auto shifts = publishedFor(4277);
     const PublishedShift* const petroleum = findSource(shifts, "EPSG:1314");
     ASSERT_NE(petroleum, nullptr);
@@ -124,7 +124,7 @@ TEST(ShiftCandidatesTest, FindsWhatTheRegistryPublishes) {
 
 TEST(ShiftCandidatesTest, FindsShiftsOfRegionsAsWell) { EXPECT_GT(publishedFor(4230).size(), 20U); }
 
-TEST(ShiftCandidatesTest, NamesEveryTransformationOfAWay) {
+TEST(ShiftCandidatesTest, NamesEveryTransformationOfAConcatenatedOperation) {
     const auto shifts = publishedFor(4805);  // MGI (Ferro): a longitude rotation comes first
     EXPECT_NE(findSource(shifts, "EPSG:3895 + EPSG:1618"), nullptr);
 }
@@ -150,8 +150,8 @@ protected:
     const ProjContext context{GridUse::NONE};
 };
 
-// By the areas and accuracies of the registry: the east of Germany has a shift of its own that is better; over the
-// border of both the better one counts.
+// By the areas and accuracies of the registry: the east of Germany has a better shift of its own, and on the common
+// border the better one counts.
 TEST_F(ReferenceTest, TakesTheOperationOfThePlace) {
     const Reference reference = makeReference(4314);
     EXPECT_EQ(sourceAt(reference, {7, 51}), "EPSG:1777");
@@ -176,7 +176,7 @@ TEST_F(ReferenceTest, UsesNoGrid) {
         EXPECT_EQ(operation.gridShift, "") << operation.source;
 }
 
-// With all grids counted, whether or not they are installed.
+// Grids count whether or not they are installed.
 TEST_F(ReferenceTest, ChoosesGridsThatAreNotThere) {
     const Reference reference = makeReference(4314, PROJ_GRID_AVAILABILITY_IGNORED);
     const auto chosen = reference.choose({9, 51}, reference.rank({5, 47, 15, 56}));
@@ -184,7 +184,7 @@ TEST_F(ReferenceTest, ChoosesGridsThatAreNotThere) {
     EXPECT_EQ(reference.operations()[chosen].accuracy, 1);
 }
 
-TEST_F(ReferenceTest, KnowsWherePROJKnowsNothing) {
+TEST_F(ReferenceTest, KnowsTheAreasWithoutAnOperation) {
     const Reference reference = makeReference(4277);
     EXPECT_FALSE(reference.operations()[move(reference, {-2, 52})->operation].isBallpark);
     EXPECT_TRUE(reference.operations()[move(reference, {-8.95, 60.99})->operation].isBallpark);
@@ -208,7 +208,7 @@ TEST_F(ReferenceTest, CountsTheBorderAsInside) {
         EXPECT_EQ(sourceAt(reference, place), "EPSG:1777");
 }
 
-// PROJ takes both datums for one, where it has no operation.
+// Where PROJ has no operation, it takes both datums for the same.
 TEST_F(ReferenceTest, KnowsNothingBeyondTheAreasOfItsOperations) {
     const Reference reference = makeReference(4314);
     const auto moved = move(reference, {2, 51});
@@ -272,7 +272,7 @@ TEST(BestOperationTest, NamesTheInstalledFileOfAGrid) {
     EXPECT_EQ(best.used()[points[0].operation].gridShift, "BETA2007.gsb");
 }
 
-TEST(BestOperationTest, KnowsThatItKnowsNothing) {
+TEST(BestOperationTest, ReportsTheAbsenceOfAnOperation) {
     ProjContext context;
     BestOperation best(context, 4610);  // Xian 1980
     const auto points = best.sampleWithOperations({{110, 30}});
@@ -316,14 +316,14 @@ ShiftEvidence makeEvidenceToFit(const Helmert& truth) {
 
 std::vector<PublishedShift> publishNothing() { return {}; }
 
-TEST(ShiftChoiceTest, ChoosesNothingWherePROJKnowsNothing) {
+TEST(ShiftChoiceTest, ChoosesNoShiftWherePROJKnowsNone) {
     const ShiftChoice choice = chooseShift({}, publishNothing);
     EXPECT_EQ(choice.kind, ShiftKind::UNKNOWN);
     EXPECT_EQ(writeDatumShift(choice), "");
     EXPECT_EQ(describeShift(choice), "PROJ knows no shift");
 }
 
-TEST(ShiftChoiceTest, TakesWhatPROJUsesWithoutAskingTheRegistry) {
+TEST(ShiftChoiceTest, PrefersPROJsShiftWithoutListingTheRegistry) {
     ShiftEvidence evidence = makeEvidence(RIGHT);
     evidence.used = {{"EPSG:2", RIGHT}};
     const ShiftChoice choice = chooseShift(evidence, []() -> std::vector<PublishedShift> {
@@ -372,8 +372,8 @@ TEST(ShiftChoiceTest, NeverFitsSevenParametersToACorner) {
     EXPECT_EQ(chooseShift(evidence, publishNothing).fitted, FitParameters::TRANSLATION);
 }
 
-// In one point out of 81 PROJ uses something that is 200 m away. No shift can follow, so the one that is right
-// everywhere else must not give way to a compromise.
+// At one point out of 81 PROJ uses an operation that is 200 m away. No shift can follow it, so the shift that is right
+// everywhere else is better than a compromise.
 TEST(ShiftChoiceTest, KeepsAPublishedShiftInSpiteOfAStrayPoint) {
     ShiftEvidence evidence = makeEvidenceToFit(TRANSLATION);
     evidence.samples.front() = makeSample({5, 47}, movedNorth(TRANSLATION, 200));
@@ -443,7 +443,7 @@ INSTANTIATE_TEST_SUITE_P(Shifts, ShiftSanityTest,
                                          Sanity{"Scale", {Vector::Zero(), Vector::Zero(), 25.1}, false}),
                          [](const auto& row) { return std::string(row.param.name); });
 
-// Seven parameters follow it, but not as a shift between two datums does.
+// Seven parameters can follow it, but they are not plausible between two datums.
 TEST(ShiftChoiceTest, FitsThreeParametersWhereSevenWouldBeNoShift) {
     const Helmert wild{{100, 50, -20}, {60, -40, 80}, 3};
     const ShiftChoice choice = chooseShift(makeEvidenceToFit(wild), publishNothing);

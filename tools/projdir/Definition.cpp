@@ -33,6 +33,7 @@ Area requireArea(const RegistryCrs& entry) {
 template <typename PointList>
 std::vector<OperationShare> countShares(const std::vector<UsedOperation>& operations, const PointList& points) {
     std::vector<OperationShare> shares;
+    shares.reserve(operations.size());
     for (const UsedOperation& operation : operations) shares.push_back({operation, 0});
     for (const auto& point : points) ++shares[point.operation].points;
     shares.erase(std::remove_if(shares.begin(), shares.end(), [](const auto& share) { return share.points == 0; }),
@@ -82,7 +83,7 @@ public:
           projection(projContext, crs.get(), text.write(""), northFirst),
           points(sample(POINTS_PER_SIDE)),
           known(countKnown()) {
-        if (points.empty()) throw NotExpressible("PROJ itself brings no point of its area of use to WGS 84");
+        if (points.empty()) throw NotExpressible("PROJ itself transforms no point of its area of use to WGS 84");
         // Where PROJ knows an operation only in a corner of the area, few points are not representative.
         isDense = known > 0 && known < LEAST_KNOWN_POINTS;
         if (!isDense) return;
@@ -122,8 +123,8 @@ public:
 
     // Sets the shares and check points by PROJ's best operations with the installed grids. The operation at a check
     // point only matters where PROJ may know none.
-    void surveyInstalled(ProjContext& installed, CrsOutcome& outcome) const {
-        BestOperation best(installed, projection.isRegistrys() ? entry.code : entry.geodeticCode);
+    void surveyInstalled(ProjContext& withGrids, CrsOutcome& outcome) const {
+        BestOperation best(withGrids, projection.isRegistrys() ? entry.code : entry.geodeticCode);
         const auto surveyed =
             best.sampleWithOperations(sampleArea(area, isDense ? DENSE_POINTS_PER_SIDE : POINTS_PER_SIDE));
         const auto isUnknown = [&best](const ReferencePoint& point) { return best.used()[point.operation].isBallpark; };
@@ -131,7 +132,7 @@ public:
         const auto checked = sampleArea(area, isDense ? DENSE_CHECKS_PER_SIDE : CHECKS_PER_SIDE);
         outcome.shares = countShares(best.used(), surveyed);
         for (const ReferencePoint& point :
-             adaptToCrs(installed, mayBeUnknown ? best.sampleWithOperations(checked) : best.sample(checked)))
+             adaptToCrs(withGrids, mayBeUnknown ? best.sampleWithOperations(checked) : best.sample(checked)))
             outcome.checkPoints.push_back({point.crs, point.wgs84, !mayBeUnknown || !isUnknown(point)});
     }
 
@@ -174,9 +175,9 @@ private:
     }
 
     // For a CRS that PROJ cannot project, the points are those of its geodetic CRS.
-    std::vector<ReferencePoint> adaptToCrs(ProjContext& installed, std::vector<ReferencePoint> found) const {
+    std::vector<ReferencePoint> adaptToCrs(ProjContext& withGrids, std::vector<ReferencePoint> found) const {
         if (projection.isRegistrys()) return found;
-        const GeodeticAxes axes(installed, createGeodeticCrs(installed, crs.get()).get());
+        const GeodeticAxes axes(withGrids, createGeodeticCrs(withGrids, crs.get()).get());
         for (auto& [coordinates, wgs84, operation] : found) {
             const auto& [x, y, z] = coordinates;
             coordinates = projection.fromGeodetic(axes.read(proj_coord(x, y, z, HUGE_VAL)));
@@ -248,7 +249,7 @@ void DefinitionMaker::define(const RegistryCrs& crs, CrsOutcome& outcome) {
     definition.text = survey.classicText().write(writeDatumShift(definition.shift));
     // Names of the database are part of the text.
     if (!isWholeDefinition(definition.text))
-        throw NotExpressible("its definition holds a character that ends a definition");
+        throw NotExpressible("its definition has a character that ends a definition");
     if (!evidence.samples.empty() && !isGrid) outcome.largestDistance = definition.shift.residual.largest;
     if (installed)
         survey.surveyInstalled(*installed, outcome);

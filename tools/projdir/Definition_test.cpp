@@ -36,7 +36,7 @@ protected:
     }
 };
 
-// Parameters as the EPSG dataset publishes them: of the shifts of these datums PROJ takes these.
+// Parameters as the EPSG dataset publishes them. PROJ uses these shifts of the datums.
 TEST_F(DefinitionMakerTest, TakesThePublishedShiftThatPROJUses) {
     EXPECT_THAT(textOf(27700), HasSubstr("+ellps=airy +towgs84=446.448,-125.157,542.06,0.15,0.247,0.842,-20.489 "));
     EXPECT_THAT(textOf(31370),
@@ -92,7 +92,7 @@ TEST_F(DefinitionMakerTest, TakesNoGridThatDoesNotReachAllOverTheArea) {
     EXPECT_THAT(textOf(4267, {true, false}), HasSubstr("+towgs84="));
 }
 
-TEST_F(DefinitionMakerTest, StatesWhatTheRegistrySaysOfTheShift) {
+TEST_F(DefinitionMakerTest, StatesTheAccuracyOfTheShift) {
     const CrsOutcome published = make(27700);
     EXPECT_EQ(published.definition->shift.accuracy, 2);
     ASSERT_TRUE(published.largestDistance);
@@ -112,7 +112,7 @@ struct Described {
     const char* datumId;
 };
 
-// Datums and units as the registry has them; meridians do not count.
+// Datums and units of the registry. Prime meridians do not count.
 TEST_F(DefinitionMakerTest, DescribesTheCrs) {
     for (const Described& row : {Described{25832, CrsKind::PROJECTED, "metre", 1, "EPSG:6258"},
                                  Described{4275, CrsKind::GEOGRAPHIC, "degree", RADIANS_PER_DEGREE, "EPSG:6275"},
@@ -120,7 +120,7 @@ TEST_F(DefinitionMakerTest, DescribesTheCrs) {
                                  Described{32040, CrsKind::PROJECTED, "US survey foot", 12 / 39.37, "EPSG:6267"},
                                  Described{4978, CrsKind::GEOCENTRIC, "metre", 1, "EPSG:6326"},
                                  Described{7405, CrsKind::COMPOUND, "metre", 1, "EPSG:6277"},
-                                 // MGI (Ferro) is MGI, and only nearly MGI 1901.
+                                 // MGI (Ferro) is MGI. It is not MGI 1901.
                                  Described{4805, CrsKind::GEOGRAPHIC, "degree", RADIANS_PER_DEGREE, "EPSG:6312"}}) {
         const CrsOutcome outcome = make(row.code);
         EXPECT_EQ(outcome.crs.kind, row.kind) << row.code;
@@ -133,7 +133,7 @@ TEST_F(DefinitionMakerTest, DescribesTheCrs) {
     EXPECT_EQ(make(2036).replacedBy, std::vector<unsigned int>{2953});
 }
 
-// The registry's compounds, by the first parts that it gives them.
+// Compounds of the registry with their horizontal parts.
 TEST_F(DefinitionMakerTest, DefinesACompoundByItsHorizontalPart) {
     const std::pair<unsigned int, unsigned int> rows[] = {{7405, 27700}, {5555, 25832}, {7407, 32037}, {5628, 4619}};
     for (const auto& [compound, horizontal] : rows) {
@@ -154,15 +154,15 @@ TEST_F(DefinitionMakerTest, LeavesOutACrsWhoseShiftIsFarOffUnlessAllowed) {
     EXPECT_THAT(textOf(4230, options), StartsWith("left out: its best shift"));
 }
 
-// Offsets of longitude and latitude, of which there is no published equivalent; 568 m and 13 m.
-TEST_F(DefinitionMakerTest, LeavesOutWhatNoShiftComesCloseTo) {
+// Offsets of longitude and latitude by 568 m and 13 m, without a published equivalent.
+TEST_F(DefinitionMakerTest, LeavesOutACrsThatNoShiftFits) {
     EXPECT_THAT(textOf(4600), StartsWith("left out: its best shift (none) is farther than 100 m"));
     DefinitionOptions options;
     options.fit = true;
     EXPECT_THAT(textOf(4600, options), HasSubstr("+towgs84="));
 }
 
-// A corner in which PROJ uses another operation than in the rest is not reason enough.
+// PROJ uses another operation in a corner, which is not a sufficient reason.
 TEST_F(DefinitionMakerTest, KeepsACrsOfWhichASmallPartIsFarOff) {
     const CrsOutcome outcome = make(6316);
     ASSERT_TRUE(outcome.definition) << outcome.omission;
@@ -181,7 +181,7 @@ TEST_F(DefinitionMakerTest, KnowsTheAxisOrder) {
     EXPECT_FALSE(make(2053).definition->isNorthFirst);
 }
 
-TEST_F(DefinitionMakerTest, SaysWhyACrsIsLeftOut) {
+TEST_F(DefinitionMakerTest, GivesTheReasonForAnOmission) {
     EXPECT_THAT(textOf(4807), StartsWith("left out: its angular unit is the grad"));
     EXPECT_EQ(textOf(5701), "left out: a vertical CRS has no classic definition");
     EXPECT_EQ(textOf(4296), "left out: it has no area of use");

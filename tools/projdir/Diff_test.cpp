@@ -30,7 +30,7 @@ protected:
         return work.file(name);
     }
 
-    // Of EPSG:23030, whose area is that of the registry.
+    // For EPSG:23030 with its area in the registry.
     EntryChange measure(const std::string& before, const std::string& after) const {
         DirectoryDiff diff;
         diff.changed.push_back({23030, {before, "en"}, {after, "en"}, {}, {}});
@@ -104,7 +104,7 @@ TEST_F(DirectoryDiffTest, MeasuresAChangedProjection) {
     EXPECT_NEAR(measure("+proj=geocent +datum=WGS84", "+proj=geocent +datum=WGS84 +no_defs").distance.value(), 0, 1e-6);
 }
 
-// What changes on the way to other CRS of the datum alone.
+// The identifier only affects conversions to other CRS on the datum.
 TEST_F(DirectoryDiffTest, FindsNoDistanceWhereOnlyTheDatumIsNamed) {
     EXPECT_NEAR(measure(UTM_30, UTM_30 + std::string(" +datum_id=EPSG:6230")).distance.value(), 0, 1e-6);
 }
@@ -115,7 +115,7 @@ TEST_F(DirectoryDiffTest, ReportsADefinitionThatPROJRefuses) {
     EXPECT_NE(change.failure, "");
 }
 
-TEST_F(DirectoryDiffTest, MeasuresNothingWithoutAnArea) {
+TEST_F(DirectoryDiffTest, HasNoDistanceWithoutAnArea) {
     DirectoryDiff diff;
     diff.changed.push_back({1, {UTM_30, "en"}, {"+proj=longlat", "en"}, {}, {}});
     measureChanges(diff, {});

@@ -43,7 +43,7 @@ constexpr std::size_t BLOCK = std::size_t{1} << 16;
 constexpr mode_t FILE_MODE = 0666;
 
 std::string quoteCell(const std::string& text) {
-    const std::string line = toOneLine(text);
+    std::string line = toOneLine(text);
     if (line.find_first_of(",\"") == std::string::npos) return line;
     std::string quoted;
     for (const char c : line) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
@@ -122,6 +122,15 @@ ListedCode readEntry(const CrsConfig& config, const CrsConfigData& entry, const 
 }
 
 bool isBefore(const RegistryCrs& crs, unsigned int code) { return crs.code < code; }
+
+void requireUsable(const std::vector<RegistryCrs>& registry, const ListedCode& listed, bool includeDeprecated) {
+    const std::string code = CODE_PREFIX + std::to_string(listed.code);
+    const auto crs = std::lower_bound(registry.begin(), registry.end(), listed.code, isBefore);
+    if (crs == registry.end() || crs->code != listed.code)
+        throw FileError(listed.place + ": the registry has no CRS " + code);
+    if (crs->isDeprecated && !includeDeprecated)
+        throw FileError(listed.place + ": " + code + " is deprecated; --include-deprecated admits it");
+}
 
 [[noreturn]] void failToWrite(const std::string& target, int error) {
     throw FileError("cannot write \"" + target + "\": " + std::generic_category().message(error));
@@ -264,13 +273,7 @@ std::vector<ListedCode> readConfigurationCodes(const std::string& fragment, cons
 
 void requireListed(const std::vector<RegistryCrs>& registry, const std::vector<ListedCode>& codes,
                    bool includeDeprecated) {
-    for (const auto& [code, place] : codes) {
-        const std::string name = CODE_PREFIX + std::to_string(code);
-        const auto crs = std::lower_bound(registry.begin(), registry.end(), code, isBefore);
-        if (crs == registry.end() || crs->code != code) throw FileError(place + ": the registry has no CRS " + name);
-        if (crs->isDeprecated && !includeDeprecated)
-            throw FileError(place + ": " + name + " is deprecated; --include-deprecated admits it");
-    }
+    for (const ListedCode& listed : codes) requireUsable(registry, listed, includeDeprecated);
 }
 
 std::vector<RegistryCrs> selectListed(const std::vector<RegistryCrs>& list, const std::vector<ListedCode>& codes) {
@@ -297,7 +300,7 @@ OutputFile::OutputFile(const std::string& targetPath, bool mayOverwrite) : targe
     if (std::filesystem::is_directory(status)) throw FileError("\"" + targetPath + "\" is a directory");
     isDirect = std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
     if (std::filesystem::is_regular_file(status) && !mayOverwrite)
-        throw FileError("\"" + targetPath + "\" is there already; --force overwrites it");
+        throw FileError("\"" + targetPath + "\" exists already; --force overwrites it");
 }
 
 OutputFile::~OutputFile() {

@@ -66,7 +66,7 @@ constexpr char INFO_HEAD[] =
     "code,name,kind,area,west,south,east,north,unit,unit_length,datum,datum_id,shift_source,shift_accuracy,"
     "largest_distance,replaced_by\n";
 
-TEST(DirectoryTextTest, WritesWhatIsKnownOfEachCrs) {
+TEST(DirectoryTextTest, WritesTheDescriptionOfEachCrs) {
     std::vector<CrsOutcome> outcomes = makeOutcomes();
     outcomes[0].crs.area = Area{170, -5.25, -170, 10};
     outcomes[0].crs.kind = CrsKind::GEOGRAPHIC;
@@ -98,7 +98,7 @@ TEST(DirectoryTextTest, NamesTheSourceOfEveryKindOfShift) {
     }
 }
 
-// What a registry holds that somebody has tampered with.
+// A manipulated registry may hold such names.
 TEST(DirectoryTextTest, KeepsEveryNameInItsComment) {
     std::vector<CrsOutcome> outcomes = {
         makeOutcome(10, "A\n<666> +proj=merc <>\r<667>\v#\f\x1B[2J<B>", "+proj=longlat", true)};
@@ -112,7 +112,7 @@ TEST(DirectoryTextTest, KeepsEveryNameInItsComment) {
     EXPECT_EQ(writeAxisOrderFile(outcomes), "0;en\n10;ne\n");
 }
 
-TEST(DirectoryTextTest, KnowsWhatEndsADefinition) {
+TEST(DirectoryTextTest, RecognisesCharactersThatEndADefinition) {
     EXPECT_TRUE(isWholeDefinition("+proj=utm +zone=32 +nadgrids=a-b_c.gsb"));
     for (const char* text : {"+proj=utm <>", "<1>", "+proj=utm #", "+proj=utm\n", "+a=\t1"})
         EXPECT_FALSE(isWholeDefinition(text)) << text;
@@ -122,7 +122,7 @@ TEST(DirectoryTextTest, WritesALineForEveryEntry) {
     EXPECT_EQ(writeAxisOrderFile(makeOutcomes()), "0;en\n10;ne\n20;en\n");
 }
 
-TEST(DirectoryTextTest, SaysWhereNoShiftIsKnown) {
+TEST(DirectoryTextTest, MarksAreasWithoutAKnownShift) {
     std::vector<CrsOutcome> outcomes = {makeOutcome(10, "Name", "text", true)};
     const auto comment = [&] {
         const std::string text = writeInitFile(VERSION, outcomes);
@@ -141,7 +141,7 @@ TEST(DirectoryTextTest, SaysWhereNoShiftIsKnown) {
     EXPECT_EQ(comment(), "# Name");
 }
 
-// The examples of FIPS 180-2, and of a text longer than what is read at once the figure of sha256sum.
+// The examples of FIPS 180-2, and a checksum by sha256sum for a text that is longer than a block.
 TEST(GridFilesTest, ComputesChecksums) {
     const TestSupport::TemporaryDirectory work;
     EXPECT_EQ(computeSha256(work.write("abc", "abc")),
@@ -215,7 +215,7 @@ TEST(CodeListTest, ReadsTheCodesOfAConfiguration) {
               "crs.xml, entry EPSG:2056");
 }
 
-TEST(CodeListTest, RefusesWhatIsNoConfiguration) {
+TEST(CodeListTest, RefusesTextThatIsNotAConfiguration) {
     EXPECT_THROW(readConfiguration(""), FileError);
     EXPECT_THROW(readConfiguration("<CRS>nonsense</CRS>"), FileError);
     EXPECT_THROW(readConfiguration("<CRS>4326"), FileError);
@@ -301,7 +301,7 @@ private:
     rlimit before{};
 };
 
-// Rights mean nothing to the superuser, so that tests of them go on as somebody else.
+// The superuser may write everywhere, so these tests run as another user.
 class OrdinaryUser {
 public:
     OrdinaryUser() { EXPECT_TRUE(!isSuperuser || seteuid(NOBODY) == 0); }
@@ -340,7 +340,7 @@ TEST(OutputFileTest, LeavesNothingUnlessItIsPublished) {
 TEST(OutputFileTest, OverwritesOnlyWhenItMay) {
     const TestSupport::TemporaryDirectory directory;
     const std::string path = directory.write("epsg", "old");
-    EXPECT_EQ(failureOf([&] { OutputFile(path, false); }), "\"" + path + "\" is there already; --force overwrites it");
+    EXPECT_EQ(failureOf([&] { OutputFile(path, false); }), "\"" + path + "\" exists already; --force overwrites it");
     EXPECT_EQ(directory.read("epsg"), "old");
     OutputFile file(path, true);
     file.write("new");
@@ -405,8 +405,8 @@ TEST(OutputFileTest, NamesADirectoryThatIsNotThere) {
     EXPECT_THAT(failureOf([&] { file.probe(); }), HasSubstr("No such file or directory"));
 }
 
-// In a process of its own: it is to be ended.
-TEST(HeldSignalsTest, AreDeliveredWhenTheWorkIsDone) {
+// In a process of its own, as a signal ends it.
+TEST(BlockedSignalsTest, AreDeliveredWhenTheWorkIsDone) {
     const TestSupport::TemporaryDirectory directory;
     for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
         const pid_t child = fork();
@@ -435,7 +435,7 @@ TEST(OutputDirectoryTest, IsMadeAndKept) {
     EXPECT_TRUE(std::filesystem::is_directory(parent.file("made")));
 }
 
-TEST(OutputDirectoryTest, GoesAgainUnlessItIsKept) {
+TEST(OutputDirectoryTest, IsRemovedUnlessItIsKept) {
     const TestSupport::TemporaryDirectory parent;
     { const OutputDirectory directory(parent.file("made")); }
     EXPECT_THAT(parent.list(), IsEmpty());
@@ -447,7 +447,7 @@ TEST(OutputDirectoryTest, StaysWhenItWasThereBefore) {
     EXPECT_TRUE(std::filesystem::is_directory(parent.name()));
 }
 
-TEST(OutputDirectoryTest, NamesWhatStandsInItsWay) {
+TEST(OutputDirectoryTest, NamesAFileInItsPlace) {
     const TestSupport::TemporaryDirectory parent;
     const std::string path = parent.write("file", "");
     EXPECT_THAT(failureOf([&] { OutputDirectory directory(path); }),

@@ -23,7 +23,7 @@ using CoordinateTransformation::CrsConfigData;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-// The registry of PROJ 9.1.1 has some 6,400 that can be expressed; later ones have more.
+// The registry of PROJ 9.1.1 has about 6,400 expressible CRS; later ones have more.
 constexpr std::size_t LEAST_CODES = 6400;
 
 std::vector<std::string> readLines(const std::string& name) {
@@ -47,7 +47,7 @@ std::map<int, std::string> readAxisOrders() {
     return orders;
 }
 
-// As a server starts.
+// As a server does at its start.
 std::unique_ptr<CrsConfig> startLibrary(const std::vector<int>& codes) {
     std::unique_ptr<CrsConfig> config(CrsConfig::createConfigFromId("proj4"));
     config->setConfigProperty("Proj4ConfigDir", PROJ_FULL);
@@ -64,7 +64,7 @@ std::string readFirstAxis(PJ_CONTEXT* context, const PJ* crs) {
     return name;
 }
 
-// Of a compound CRS the horizontal part; any other itself.
+// The horizontal part of a compound CRS; any other CRS itself.
 ProjPtr<PJ> createHorizontal(PJ_CONTEXT* context, int code) {
     ProjPtr<PJ> crs(proj_create(context, ("EPSG:" + std::to_string(code)).c_str()));
     if (proj_get_type(crs.get()) != PJ_TYPE_COMPOUND_CRS) return crs;
@@ -78,7 +78,7 @@ bool isNorthFirst(PJ_CONTEXT* context, int code) {
     return readFirstAxis(context, crs.get()) != readFirstAxis(context, shown.get());
 }
 
-TEST(FullDirectoryTest, SaysWhichRegistryItIsMadeOf) {
+TEST(FullDirectoryTest, NamesItsRegistry) {
     EXPECT_THAT(readLines("epsg").front(), StartsWith("# EPSG Geodetic Parameter Dataset v"));
 }
 

@@ -42,7 +42,7 @@ std::vector<RegistryCrs> selectCodes() {
     return selectListed(readRegistry(context), listed);
 }
 
-// PROJ writes a classic text of it, or this program does, and its latitudes and longitudes, if it has any, are degrees.
+// PROJ or this program writes a classic text of the CRS, and its angular unit, if it has one, is the degree.
 bool isExpressible(unsigned int code) {
     const ProjContext context;
     const ProjPtr<PJ> crs = createCrs(context, code);
@@ -56,7 +56,7 @@ bool isExpressible(unsigned int code) {
            std::fabs(radiansOfUnit - std::acos(-1) / 180) < 1e-12;
 }
 
-// Made once; the library settles its directory once in a process.
+// Made once, as the library accepts one directory in a process.
 class GeneratedDirectoryTest : public testing::Test {
 protected:
     struct Generated {
@@ -113,7 +113,7 @@ TEST_F(GeneratedDirectoryTest, HasAnAxisOrderForEveryDefinition) {
     EXPECT_EQ(ordered.count(0), 1U);
 }
 
-// How many there are of these depends on the versions of PROJ and of the registry.
+// Their number depends on the versions of PROJ and of the registry.
 TEST_F(GeneratedDirectoryTest, LeavesOutOnlyWhatCannotBeExpressed) {
     for (const CrsOutcome& outcome : generated().outcomes) {
         const bool isFarOff = outcome.omission.rfind("its best shift (", 0) == 0;
@@ -124,7 +124,7 @@ TEST_F(GeneratedDirectoryTest, LeavesOutOnlyWhatCannotBeExpressed) {
     EXPECT_FALSE(find(4807).definition);
 }
 
-// As a server starts: every code configured, every one bound, every line of the table read.
+// As at the start of a server: it configures and binds every code, and reads every line of the table.
 TEST_F(GeneratedDirectoryTest, IsAcceptedWholeByTheLibrary) {
     const std::unique_ptr<CrsConfig> config(CrsConfig::createConfigFromId("proj4"));
     config->setConfigProperty("Proj4ConfigDir", generated().directory.name());
@@ -142,11 +142,11 @@ TEST_F(GeneratedDirectoryTest, IsAcceptedWholeByTheLibrary) {
     EXPECT_TRUE(std::unique_ptr<AbstractCrs>(config->getCreator().createDefault())->isGeographic());
 }
 
-// In metres. Where PROJ has one operation, or several that hardly differ, ten are far too many.
+// In metres. Where PROJ has one operation, or several similar ones, ten metres are far too many.
 TEST_F(GeneratedDirectoryTest, AgreesWithPROJ) {
     const std::map<unsigned int, double> bounds = {{27700, 3}, {28992, 3}, {31370, 3}, {31467, 4}, {2154, 3},
                                                    {25832, 3}, {3857, 3},  {21781, 3}, {2056, 3},  {4277, 3}};
-    // PROJ changes between operations of different regions there, or has a grid that bends too much.
+    // PROJ changes between operations of different regions there, or has a grid that no parameters can follow.
     const std::set<unsigned int> manifold = {2081, 2736, 2964,  3906, 4120, 4156, 4230, 4267,
                                              4272, 4618, 26718, 5513, 5514, 6204, 27200};
     for (const Agreement& agreement : verify(generated().outcomes)) {
@@ -160,8 +160,8 @@ TEST_F(GeneratedDirectoryTest, AgreesWithPROJ) {
     }
 }
 
-// PROJ as installed may use a grid instead. Between the points that the shift of 2318 was chosen at, it uses another
-// operation.
+// The installed PROJ may use a grid instead. For 2318 it uses another operation between the points for which the shift
+// was chosen.
 TEST_F(GeneratedDirectoryTest, AgreesToTheMillimetreWhereTheShiftIsPROJsOwn) {
     for (const Agreement& agreement : verify(generated().outcomes)) {
         const ShiftChoice& shift = agreement.outcome->definition->shift;
@@ -194,7 +194,7 @@ TEST_F(GeneratedDirectoryTest, NoticesACodeThatTheDirectoryLacks) {
     EXPECT_FALSE(agreement.largest < 1e300);
 }
 
-TEST_F(GeneratedDirectoryTest, TellsKnownPointsFromOthers) {
+TEST_F(GeneratedDirectoryTest, DistinguishesKnownPoints) {
     CrsOutcome partly = find(25832);
     partly.checkPoints[0].isKnown = false;
     partly.checkPoints[0].wgs84.latitude += 0.001;

@@ -39,7 +39,7 @@ struct AreaPair {
     bool overlap;
 };
 
-TEST(AreaTest, KnowsWhatOverlaps) {
+TEST(AreaTest, RecognisesOverlappingAreas) {
     const Area fiji{175, -20, -175, -10};
     for (const AreaPair& row :
          {AreaPair{{0, 0, 10, 10}, {5, 5, 15, 15}, true}, AreaPair{{0, 0, 10, 10}, {10, 10, 20, 20}, true},
@@ -52,7 +52,7 @@ TEST(AreaTest, KnowsWhatOverlaps) {
     }
 }
 
-TEST(AreaTest, MeasuresWhatTwoHaveInCommon) {
+TEST(AreaTest, MeasuresTheIntersection) {
     EXPECT_NEAR(commonExtent({0, 0, 10, 30}, {-5, -30, 5, 90}), 5 * 0.5, 1e-12);
     EXPECT_NEAR(commonExtent({175, 0, -175, 30}, {-180, -30, 180, 90}), 10 * 0.5, 1e-12);
     EXPECT_NEAR(commonExtent({-180, -30, 180, 90}, {175, 0, -175, 30}), 10 * 0.5, 1e-12);
@@ -113,9 +113,7 @@ INSTANTIATE_TEST_SUITE_P(Places, DistanceTest,
                                          PlacePair{{180, 10}, {-180, 10}, 0, 1e-8},
                                          PlacePair{{0, 90}, {120, 90}, 0, 1e-8}));
 
-TEST(GeodesyTest, DistanceOfWhatIsNoNumberIsNone) {
-    EXPECT_FALSE(distanceInMetres({0, 0}, {HUGE_VAL, HUGE_VAL}) <= 1e300);
-}
+TEST(GeodesyTest, TheDistanceOfNaNIsNaN) { EXPECT_FALSE(distanceInMetres({0, 0}, {HUGE_VAL, HUGE_VAL}) <= 1e300); }
 
 const Vector POINT{3657660.66, 255768.55, 5201382.11};
 
@@ -152,7 +150,7 @@ TEST(HelmertTest, WritesSevenValuesAsShortAsTheyAre) {
     EXPECT_EQ(writeHelmert({{-0.0, 0, 0}, {-0.0, 0, 0}, -0.0}), "0,0,0,0,0,0,0");
 }
 
-TEST(HelmertTest, RoundsToWhatCanBeToldApart) {
+TEST(HelmertTest, RoundsToTheWrittenDigits) {
     const Helmert rounded = roundForWriting({{1.00004, -2.00006, 0}, {0.1234564, -0.00000049, 0}, 3.33333333});
     EXPECT_EQ(writeHelmert(rounded), "1,-2.0001,0,0.123456,0,0,3.333333");
 }
@@ -202,7 +200,7 @@ TEST(HelmertFitTest, TranslationDoesNotRotate) {
     EXPECT_EQ(fitted.scale, 0);
 }
 
-// Many parameters do the same in a small area; whichever come out, they move its points as they should.
+// Many sets of parameters are equivalent in a small area. Any of them moves its points correctly.
 TEST(HelmertFitTest, FollowsAShiftInASmallArea) {
     const auto samples = makeSamples(SMALL, SEVEN);
     const Helmert fitted = fitHelmert(samples, FitParameters::ALL_SEVEN, THREE);

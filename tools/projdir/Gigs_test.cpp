@@ -21,7 +21,8 @@ using CoordinateTransformation::CrsConfig;
 constexpr char POINTS[] = COORDTRANS_SOURCE_DIR "/tests/golden/gigs.csv";
 constexpr std::size_t POINT_COUNT = 554;
 constexpr int ROUND_TRIPS = 1000;
-// PROJ 9.1 inverts the Lambert azimuthal equal-area projection to a third of a millimetre, which adds up.
+// The inverse of the Lambert azimuthal equal-area projection in PROJ 9.1 has an error of a third of a millimetre, which
+// adds up.
 constexpr char INEXACT_INVERSE[] = "5110";
 
 struct Point {
@@ -39,7 +40,7 @@ struct GigsPoint {
     Point to;
     double tolerance = 0;
     double roundTripTolerance = 0;
-    // Not a number where heights do not count.
+    // Not a number if heights do not count.
     double heightTolerance = 0;
 
     std::string name() const {

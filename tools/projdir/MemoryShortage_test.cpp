@@ -27,7 +27,7 @@ bool isWhereProjDoesNotSurvive() {
     return TestSupport::isWithin(TestSupport::FATAL_FUNCTION) || TestSupport::isWithin(TestSupport::TRIAL_FUNCTION);
 }
 
-// As the standard wants it: the handler is asked before the allocation fails.
+// The standard requires that the handler is called before the allocation fails.
 void* allocate(std::size_t size) {
     if (allocations++ == failing && !isWhereProjDoesNotSurvive()) {
         if (const std::new_handler handler = std::get_new_handler()) handler();
@@ -46,7 +46,7 @@ void* allocateOrNull(std::size_t size) noexcept {
     }
 }
 
-// Not inlined: the compiler would take it for a release that does not fit its allocation.
+// Not inlined, as the compiler would report a release that does not match its allocation.
 [[gnu::noinline]] void release(void* memory) { std::free(memory); }
 
 }  // namespace
@@ -98,7 +98,7 @@ protected:
         return status;
     }
 
-    // PROJ itself does not survive a failure while it lists the registry.
+    // PROJ does not survive a failure while it lists the registry.
     static long allocationsOfTheList() {
         allocations = 0;
         const ProjContext context;
@@ -144,7 +144,7 @@ TEST_F(MemoryShortageTest, EndsTheRunWhereverItComes) {
 }  // namespace
 }  // namespace ProjDir
 
-// PROJ's static destructors do not survive what its objects went through.
+// PROJ's static destructors may wait for ever after a failed allocation.
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     const int exitCode = RUN_ALL_TESTS();

@@ -113,7 +113,7 @@ void requireDegrees(const ProjContext& context, const PJ* crs) {
     const Axis axis = readAxis(context, crs);
     if (std::fabs(axis.unitLength - RADIANS_PER_DEGREE) > DEGREE_TOLERANCE)
         throw NotExpressible("its angular unit is the " + axis.unit +
-                             "; definitions of longitude and latitude know only degrees");
+                             "; definitions of longitude and latitude are in degrees");
 }
 
 bool isWgs84(const PJ* geodeticCrs) {

@@ -81,7 +81,7 @@ struct InexpressibleCrs {
 
 class InexpressibleCrsTest : public testing::TestWithParam<InexpressibleCrs> {};
 
-TEST_P(InexpressibleCrsTest, SaysWhy) {
+TEST_P(InexpressibleCrsTest, GivesTheReason) {
     try {
         makeText(GetParam().code);
         FAIL() << "accepted";
@@ -97,7 +97,7 @@ INSTANTIATE_TEST_SUITE_P(Crs, InexpressibleCrsTest,
                                          InexpressibleCrs{22300, "Tunisia Mining Grid"},
                                          InexpressibleCrs{32600, "Transverse Mercator Zoned Grid System"}));
 
-// Newer versions of PROJ have more methods; this one none will have.
+// Newer versions of PROJ have more methods. This one will not be among them.
 TEST(InexpressibleCrsTest, NamesTheMethodThatPROJDoesNotHave) {
     ProjContext context;
     const ProjPtr<PJ> crs(proj_create(context.get(), R"(PROJCRS["map",
@@ -114,14 +114,14 @@ TEST(InexpressibleCrsTest, NamesTheMethodThatPROJDoesNotHave) {
     }
 }
 
-TEST(ClassicProjectionTest, LeadsBackToLongitudeAndLatitude) {
+TEST(ClassicProjectionTest, ConvertsToLongitudeAndLatitude) {
     ProjContext context;
     const ClassicProjection utm(context, "+proj=utm +zone=32 +ellps=GRS80 +units=m +no_defs");
     EXPECT_NEAR(utm.toGeodetic({500000, 5538630.703, 0}).latitude, 50, 1e-8);
     EXPECT_NEAR(utm.toGeodetic({500000, 5538630.703, 0}).longitude, 9, 1e-12);
 }
 
-TEST(ClassicProjectionTest, LeadsThereAgain) {
+TEST(ClassicProjectionTest, ConvertsFromLongitudeAndLatitude) {
     ProjContext context;
     const ClassicProjection west(context, "+proj=lcc +lat_1=65 +lat_0=65 +lon_0=-18 +axis=wnu +ellps=intl +no_defs");
     const LonLat place = west.toGeodetic(west.fromGeodetic({-20, 64}));
@@ -219,7 +219,7 @@ TEST_F(MethodTextTest, CountsLambertConicConformalWestwards) {
     EXPECT_NEAR(faroe[1], 500000 - faroeEast, 0.001);
 }
 
-// Southing and westing of Bonne are those of its ordinary form turned round; the meridian is that of Lisbon.
+// Southing and westing of Bonne are the negative northing and easting of its ordinary form. The meridian is Lisbon's.
 TEST_F(MethodTextTest, CountsBonneSouthwardsAndWestwards) {
     const ClassicProjection bonne(
         context, "+proj=bonne +lat_1=39.6666666666667 +lon_0=1 +x_0=0 +y_0=0 +ellps=bessel +pm=lisbon +no_defs");
@@ -270,7 +270,7 @@ TEST(EllipsoidTextTest, WritesASphereByItsRadius) {
     EXPECT_EQ(writeEllipsoid({6370997, 6370997}), "+ellps=sphere");
 }
 
-// A millimetre on the ground is another figure, rounding is not.
+// A millimetre is a difference; rounding is not.
 TEST(EllipsoidTextTest, NamesOnlyTheVerySameFigure) {
     EXPECT_EQ(writeEllipsoid({6378137, 6356752.314245179}), "+ellps=WGS84");
     EXPECT_EQ(writeEllipsoid({6378137, 6356752.3142452}), "+ellps=WGS84");
@@ -294,7 +294,7 @@ TEST_P(RegistryAxisOrderTest, IsTheRegistrys) {
     EXPECT_EQ(writeAxisDirections(context, crs.get()), GetParam().directions);
 }
 
-// What PROJ's operations do with coordinates, whatever the names of axes.
+// Whether PROJ's operations exchange the coordinates, regardless of the names of the axes.
 bool exchangesCoordinates(const ProjContext& context, unsigned int code, const PJ_COORD& place) {
     const std::string name = "EPSG:" + std::to_string(code);
     const ProjPtr<PJ> plain(proj_create_crs_to_crs(context.get(), "EPSG:4326", name.c_str(), nullptr));
@@ -342,7 +342,7 @@ void PrintTo(const RegistryPoint& row, std::ostream* stream) { *stream << row.co
 
 class RegistryProjectionTest : public testing::TestWithParam<RegistryPoint> {};
 
-TEST_P(RegistryProjectionTest, LeadsToTheDatumsOwnCoordinates) {
+TEST_P(RegistryProjectionTest, ConvertsToTheDatum) {
     const ProjContext context;
     const RegistryProjection projection(context, createCrs(context, GetParam().code).get());
     const LonLat place = projection.toGeodetic(GetParam().coordinates);
@@ -350,7 +350,7 @@ TEST_P(RegistryProjectionTest, LeadsToTheDatumsOwnCoordinates) {
     EXPECT_NEAR(place.latitude, GetParam().place.latitude, GetParam().tolerance);
 }
 
-TEST_P(RegistryProjectionTest, LeadsBack) {
+TEST_P(RegistryProjectionTest, ConvertsFromTheDatum) {
     const ProjContext context;
     const RegistryProjection projection(context, createCrs(context, GetParam().code).get());
     const Coordinates coordinates = projection.fromGeodetic(projection.toGeodetic(GetParam().coordinates));
@@ -358,8 +358,8 @@ TEST_P(RegistryProjectionTest, LeadsBack) {
     EXPECT_NEAR(coordinates[1], GetParam().coordinates[1], 1e-6);
 }
 
-// UTM's own origin; the worked example of Transverse Mercator in IOGP Guidance Note 7-2 (27700); latitude and
-// longitude as they stand; 50 grads of latitude and none of longitude at the meridian of Paris.
+// UTM's origin; the worked example of Transverse Mercator in IOGP Guidance Note 7-2 (27700); latitude and longitude
+// without a conversion; 50 grads of latitude on the meridian of Paris.
 INSTANTIATE_TEST_SUITE_P(Crs, RegistryProjectionTest,
                          testing::Values(RegistryPoint{25832, {500000, 0, 0}, {9, 0}, 1e-9},
                                          RegistryPoint{27700, {577274.99, 69740.50, 0}, {0.5, 50.5}, 2e-7},

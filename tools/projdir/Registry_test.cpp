@@ -47,7 +47,7 @@ TEST(RegistryTest, ListsEveryCodeOnceInOrder) {
                                    [](const auto& a, const auto& b) { return a.code >= b.code; }) == registry.end());
 }
 
-TEST(RegistryTest, TellsTheKindsApart) {
+TEST(RegistryTest, DistinguishesTheKinds) {
     const ProjContext context;
     const auto registry = readRegistry(context);
     EXPECT_EQ(findCrs(registry, 4326).kind, CrsKind::GEOGRAPHIC);
@@ -112,8 +112,8 @@ struct Link {
     unsigned int horizontalCode;
 };
 
-// NTF (Paris), Bern 1898 (Bern) and MGI (Ferro) have the datum on Greenwich that a longitude rotation without an error
-// of its own leads to. Tokyo 1892 is on Greenwich itself; Madrid 1870 (Madrid) has no such datum.
+// An exact longitude rotation leads from NTF (Paris), Bern 1898 (Bern) and MGI (Ferro) to a datum on Greenwich. Tokyo
+// 1892 is on Greenwich itself, and Madrid 1870 (Madrid) has no such datum.
 TEST(RegistryLinksTest, LeadToDatumBaseAndHorizontalPart) {
     const ProjContext context;
     std::map<unsigned int, RegistryCrs> byCode;
@@ -142,12 +142,12 @@ std::string readDatabase() {
     return content.str();
 }
 
-// The program on a database of the test's own.
+// The program with a database of the test.
 class DatabaseTest : public testing::Test {
 protected:
     DatabaseTest() { options.codesFile = work.write("codes", "25832\n27700\n"); }
 
-    // In a process of its own: PROJ keeps the variable and the databases that it has once met.
+    // In a process of its own, as PROJ keeps the variable and every database that it has opened.
     int runOn(const std::string& database) {
         std::filesystem::remove_all(options.directory = work.file("out"));
         std::filesystem::create_directory(work.file("proj"));
@@ -200,14 +200,14 @@ TEST_F(DatabaseTest, IsNamedWhenItIsCutOff) {
     }
 }
 
-TEST_F(DatabaseTest, IsNamedWhenItIsNone) {
+TEST_F(DatabaseTest, IsNamedWhenItIsNotADatabase) {
     EXPECT_EQ(runOn("no database\n"), 1);
     EXPECT_THAT(error, AllOf(StartsWith("crs-projdir: PROJ finds no usable database proj.db"),
                              HasSubstr(work.file("proj")), HasSubstr("file is not a database")));
     EXPECT_TRUE(isNothingMade());
 }
 
-// Of equal length, so that the pages stay sound.
+// The lengths are equal, so the pages remain valid.
 std::string withNameReplaced(std::string database, const std::string& name, const std::string& by) {
     for (std::size_t at = database.find(name); at != std::string::npos; at = database.find(name, at + 1))
         database.replace(at, name.size(), by);

@@ -72,12 +72,14 @@ std::string writeDistribution(const std::vector<double>& distances) {
 
 std::string writeDistribution(const std::vector<Agreement>& agreements, double Agreement::*distance) {
     std::vector<double> distances;
+    distances.reserve(agreements.size());
     for (const Agreement& agreement : agreements) distances.push_back(agreement.*distance);
     return writeDistribution(distances);
 }
 
 std::string writeWorst(const std::vector<Agreement>& agreements, std::size_t count) {
     std::vector<const Agreement*> sorted;
+    sorted.reserve(agreements.size());
     for (const Agreement& agreement : agreements) sorted.push_back(&agreement);
     std::stable_sort(sorted.begin(), sorted.end(),
                      [](const Agreement* a, const Agreement* b) { return a->largest > b->largest; });
@@ -99,10 +101,10 @@ std::string listOperations(const std::vector<OperationShare>& shares) {
 std::string explainOne(const UsedOperation& operation) {
     if (!operation.gridShift.empty())
         return "PROJ uses the grid " + operation.gridShift + " (" + operation.source +
-               "), which no parameters follow more closely; --grids brings it in";
+               "), which no parameters follow more closely; --grids uses it";
     if (operation.shift) return "PROJ uses " + operation.source;
     return "PROJ uses " + operation.source +
-           ", which is no shift of geocentric coordinates; the definition language has no other";
+           ", which is not a shift of geocentric coordinates; the definition language has no other";
 }
 
 std::string explainMany(const std::vector<OperationShare>& shares) {
@@ -319,7 +321,7 @@ std::string writeSummary(const std::vector<CrsOutcome>& outcomes) {
 std::string writeAgreement(const std::vector<Agreement>& agreements) {
     return "Largest horizontal distance from PROJ's best operation, where PROJ knows one:\n" +
            writeDistribution(agreements, &Agreement::largest) +
-           "Anywhere in the area of use, also where PROJ knows none and takes both datums for one:\n" +
+           "Anywhere in the area of use, also where PROJ knows none and takes both datums for the same:\n" +
            writeDistribution(agreements, &Agreement::largestAnywhere) + "The worst twenty:\n" +
            writeWorst(agreements, WORST_SHOWN);
 }

@@ -44,21 +44,21 @@ std::string explanationFor(const std::vector<OperationShare>& shares, const std:
     return explain({&outcome, 20, 20, failure});
 }
 
-TEST(ReportTest, ExplainsWhatNoShiftCanFollow) {
+TEST(ReportTest, ExplainsLargeDistances) {
     EXPECT_EQ(
         explanationFor({makeShare("EPSG:1", 50), makeShare("EPSG:2", 30), makeShare("EPSG:3", 1)}),
         "PROJ changes between 3 operations in the area: EPSG:1 (50 points), EPSG:2 (30 points), EPSG:3 (1 point); "
         "only a definition of its own for each region would follow them");
     EXPECT_EQ(explanationFor({makeGridShare("EPSG:1", 81, "a.gsb")}),
-              "PROJ uses the grid a.gsb (EPSG:1), which no parameters follow more closely; --grids brings it in");
+              "PROJ uses the grid a.gsb (EPSG:1), which no parameters follow more closely; --grids uses it");
     EXPECT_EQ(explanationFor({makeOffsetShare("EPSG:1", 81)}),
-              "PROJ uses EPSG:1, which is no shift of geocentric coordinates; the definition language has no other");
+              "PROJ uses EPSG:1, which is not a shift of geocentric coordinates; the definition language has no other");
     EXPECT_THAT(explanationFor({makeGridShare("EPSG:1", 50, "a.gsb"), makeShare("EPSG:2", 31)}),
                 HasSubstr("the grid does not reach all over it"));
     EXPECT_EQ(explanationFor({makeShare("EPSG:1", 1)}, "bad"), "the library refuses it: bad");
 }
 
-TEST(ReportTest, LeavesOutWhatPROJDoesNotKnow) {
+TEST(ReportTest, LeavesOutBallparkTransformations) {
     EXPECT_EQ(explanationFor({makeBallparkShare(60), makeShare("EPSG:2", 21)}), "PROJ uses EPSG:2");
     EXPECT_EQ(explanationFor({makeBallparkShare(81)}), "PROJ knows no operation");
 }
@@ -128,7 +128,7 @@ TEST(ReportTest, NamesRoundTripsThatAreNotExact) {
                 EndsWith("  0.002 m  EPSG:1 One to its datum and back\n"));
 }
 
-TEST(ReportTest, CountsDistancesFromWhatNeedsNoGrid) {
+TEST(ReportTest, CountsDistancesWithoutGrids) {
     std::vector<CrsOutcome> outcomes(4, makeOutcome(1, "One", {}));
     outcomes[0].largestDistance = 1.5;
     outcomes[1].largestDistance = 0;
@@ -166,13 +166,13 @@ TEST(ReportTest, ListsEveryCodeBeyondTenMetresAndEveryOneLeftOut) {
     const std::string text = writeReport({"v1", "2022-08-31", "9.1.1"}, outcomes,
                                          {{{outcomes.data(), 11, 11, ""}, {&outcomes[1], 1, 99, ""}}, {}, {}});
     EXPECT_THAT(text, HasSubstr("v1 of 2022-08-31"));
-    EXPECT_THAT(text,
-                HasSubstr("\nBeyond ten metres\n\n        11.000 m  EPSG:1 Far: PROJ uses EPSG:9, which is no shift"));
+    EXPECT_THAT(
+        text, HasSubstr("\nBeyond ten metres\n\n        11.000 m  EPSG:1 Far: PROJ uses EPSG:9, which is not a shift"));
     EXPECT_THAT(text, HasSubstr("knows no operation\n\n        99.000 m  EPSG:2 Partly\n"));
     EXPECT_THAT(text, HasSubstr("\nLeft out\n\n  EPSG:3 Gone: no reason\n"));
 }
 
-TEST(ReportTest, HasALineForEachCrsWhateverItsNameHolds) {
+TEST(ReportTest, HasOneLineForEachCrsWithAnyName) {
     std::vector<CrsOutcome> outcomes = {makeOutcome(1, "Far\naway", {makeOffsetShare("EPSG:9\n", 81)}),
                                         makeOutcome(2, "Partly\rfar", {makeShare("EPSG:9", 81)}),
                                         makeOutcome(3, "Gone\n  EPSG:4 Made up", {})};
@@ -181,14 +181,14 @@ TEST(ReportTest, HasALineForEachCrsWhateverItsNameHolds) {
     const std::string text =
         writeReport({"v1\n", "2022-08-31", "9.1.1"}, outcomes,
                     {{{outcomes.data(), 11, 11, ""}, {&outcomes[1], 1, 99, "refused\nagain"}}, {}, {}});
-    EXPECT_THAT(text, HasSubstr("        11.000 m  EPSG:1 Far away: PROJ uses EPSG:9 , which is no shift"));
+    EXPECT_THAT(text, HasSubstr("        11.000 m  EPSG:1 Far away: PROJ uses EPSG:9 , which is not a shift"));
     EXPECT_THAT(text, HasSubstr("        99.000 m  EPSG:2 Partly far\n"));
     EXPECT_THAT(text, HasSubstr(": refused again\n"));
     EXPECT_THAT(text, HasSubstr("\n  EPSG:3 Gone   EPSG:4 Made up: no reason\n"));
     EXPECT_THAT(text, HasSubstr("Dataset v1  of 2022-08-31"));
 }
 
-TEST(ReportTest, SaysSoWhereThereIsNothingToList) {
+TEST(ReportTest, MarksEmptyLists) {
     const std::string text = writeReport({}, {makeOutcome(1, "Good", {})}, {});
     EXPECT_THAT(text, HasSubstr("\nLeft out\n\n  none\n"));
     EXPECT_THAT(text, Not(HasSubstr("Beyond")));
@@ -236,7 +236,7 @@ TEST(JsonReportTest, DescribesACrs) {
         "shift": {"kind": "published", "source": "EPSG:1777", "accuracy": 3.0}, "largest_distance": 2.25})"));
 }
 
-TEST(JsonReportTest, LeavesOutWhatIsNotKnown) {
+TEST(JsonReportTest, LeavesOutUnknownValues) {
     CrsOutcome outcome;
     outcome.crs.code = 4807;
     outcome.omission = "no reason";
@@ -244,7 +244,7 @@ TEST(JsonReportTest, LeavesOutWhatIsNotKnown) {
               json::parse(R"({"code": 4807, "name": "", "kind": "other", "area": {}, "left_out": "no reason"})"));
 }
 
-TEST(JsonReportTest, StatesWhatWasMeasured) {
+TEST(JsonReportTest, StatesTheMeasurements) {
     const std::vector<CrsOutcome> outcomes = {makeZone(), makeZone()};
     const Verification verification = {{{outcomes.data(), 2.5, 3.5, ""}},
                                        {{outcomes.data(), &outcomes[1], {0.0000014, ""}, 0}},
@@ -257,7 +257,7 @@ TEST(JsonReportTest, StatesWhatWasMeasured) {
     EXPECT_FALSE(report["crs"][1].contains("verification"));
 }
 
-TEST(JsonReportTest, HasNullForWhatIsNotFinite) {
+TEST(JsonReportTest, HasNullForInfiniteDistances) {
     const std::vector<CrsOutcome> outcomes = {makeZone()};
     const double nowhere = std::numeric_limits<double>::infinity();
     const json measured = readReport(
@@ -272,7 +272,7 @@ TEST(JsonReportTest, HasNullForWhatIsNotFinite) {
                                                        "within_datum": null, "within_datum_failure": "worse"})"));
 }
 
-TEST(JsonReportTest, TakesNamesThatHoldAnything) {
+TEST(JsonReportTest, AcceptsNamesWithAnyBytes) {
     CrsOutcome outcome = makeZone();
     outcome.crs.name = "\"\\\n</script>\xff";
     EXPECT_EQ(readReport({outcome})["crs"][0]["name"], "\"\\\n</script>\xEF\xBF\xBD");
@@ -300,7 +300,7 @@ TEST(HtmlReportTest, NeedsNothingFromElsewhere) {
     EXPECT_THAT(page, HasSubstr("default-src 'none'"));
 }
 
-TEST(HtmlReportTest, KeepsWhatLooksLikeMarkupInTheData) {
+TEST(HtmlReportTest, KeepsMarkupInTheData) {
     const std::string page = writeHtmlReport("{\"name\": \"</script><script>alert(1)<!--[STYLE]-->\"}");
     EXPECT_THAT(page, HasSubstr("\"\\u003c/script>\\u003cscript>alert(1)\\u003c!--[STYLE]-->\""));
     EXPECT_THAT(page, Not(HasSubstr("<script>alert")));

@@ -25,7 +25,10 @@ constexpr double NO_RESULT = std::numeric_limits<double>::infinity();
 
 double toleranceFor(double inverse) { return EXACT + std::min(inverse, WORST_INVERSE); }
 
-double orNoResult(double metres) { return std::isnan(metres) ? NO_RESULT : metres; }
+double orNoResult(double metres) {
+    if (std::isnan(metres)) return NO_RESULT;
+    return metres;
+}
 
 std::unique_ptr<CrsConfig> startLibrary(const std::string& directory) {
     std::unique_ptr<CrsConfig> config(CrsConfig::createConfigFromId("proj4"));

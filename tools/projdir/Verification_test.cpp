@@ -56,7 +56,7 @@ std::vector<CrsOutcome> makeOutcomes() {
             makeOutcome(25833, CrsKind::PROJECTED, {12, 46, 18, 84})};
 }
 
-// Made once; the library settles its directory once in a process.
+// Made once, as the library accepts one directory in a process.
 class DatumConversionsTest : public testing::Test {
 protected:
     static Verification verify(const std::vector<CrsOutcome>& outcomes) {
@@ -85,7 +85,7 @@ TEST_F(DatumConversionsTest, ComparesEachProjectedCrsWithItsBaseAndItsNeighbourO
                                     testing::Pair(23033, 23032)));
 }
 
-TEST_F(DatumConversionsTest, FindsThoseExactThatNameOneDatumWhateverTheirShifts) {
+TEST_F(DatumConversionsTest, IsExactOnOneDatumWithDifferentShifts) {
     const Verification verification = verify(outcomes);
     EXPECT_LT(find(verification, 23030, 4230).distance, 1e-6);
     EXPECT_LT(find(verification, 23031, 4230).distance, 1e-6);
@@ -103,7 +103,7 @@ TEST_F(DatumConversionsTest, NoticesAProjectionThatIsElsewhere) {
     EXPECT_NEAR(find(verify(outcomes), 23032, 4230).distance, 1, 0.01);
 }
 
-TEST_F(DatumConversionsTest, TakesACrsThatTheDirectoryLacksForAFailure) {
+TEST_F(DatumConversionsTest, ReportsACrsThatTheDirectoryLacks) {
     std::vector<CrsOutcome> more = outcomes;
     more.push_back(makeOutcome(25834, CrsKind::PROJECTED, {18, 46, 24, 84}));
     const RoundTrip trip = verify(more).roundTrips.back();
@@ -128,19 +128,19 @@ TEST_F(DatumConversionsTest, NoticesAPointThatDoesNotComeBack) {
     EXPECT_FALSE(isAccepted(verify(one).roundTrips.front()));
 }
 
-TEST(RoundTripTest, AllowsWhatRotationsThatAreTakenToBeSmallLeave) {
+TEST(RoundTripTest, AllowsTheErrorOfSmallAngles) {
     CrsOutcome outcome;
     outcome.definition = ClassicDefinition{};
     EXPECT_TRUE(isAccepted(RoundTrip{&outcome, Measurement{0.001, ""}, {0.001, ""}, 0}));
     EXPECT_FALSE(isAccepted(RoundTrip{&outcome, Measurement{0.0011, ""}, {0, ""}, 0}));
     EXPECT_FALSE(isAccepted(RoundTrip{&outcome, Measurement{0, ""}, {0.0011, ""}, 0}));
-    // A rotation of ten seconds of arc, squared, times the radius of the earth.
+    // The square of a rotation of ten arc-seconds, times the radius of the earth.
     outcome.definition->shift.helmert.rotation = {6, 0, 8};
     EXPECT_TRUE(isAccepted(RoundTrip{&outcome, Measurement{0, ""}, {0.0159, ""}, 0}));
     EXPECT_FALSE(isAccepted(RoundTrip{&outcome, Measurement{0, ""}, {0.0161, ""}, 0}));
 }
 
-TEST(RoundTripTest, AllowsWhatPROJsOwnInverseIsOff) {
+TEST(RoundTripTest, AllowsTheErrorOfPROJsInverse) {
     CrsOutcome outcome;
     outcome.definition = ClassicDefinition{};
     EXPECT_TRUE(isAccepted(RoundTrip{&outcome, Measurement{0.043, ""}, {0.043, ""}, 0.042}));
@@ -149,7 +149,7 @@ TEST(RoundTripTest, AllowsWhatPROJsOwnInverseIsOff) {
     EXPECT_FALSE(isAccepted(RoundTrip{&outcome, Measurement{0.2, ""}, {0, ""}, 0.2}));
 }
 
-TEST(ConversionTest, AllowsWhatPROJsOwnInverseIsOff) {
+TEST(ConversionTest, AllowsTheErrorOfPROJsInverse) {
     const CrsOutcome crs;
     EXPECT_TRUE(isAccepted(Conversion{&crs, &crs, {0.001, ""}, 0}));
     EXPECT_FALSE(isAccepted(Conversion{&crs, &crs, {0.0011, ""}, 0}));
