@@ -317,34 +317,29 @@ Reference::Ranking Reference::rank(const Area& area) const {
 }
 
 // As in PROJ, the stated accuracy decides; among equals the first.
-std::optional<std::size_t> Reference::choose(const LonLat& place, const Ranking& ranking,
-                                             const std::vector<std::size_t>& excluded) const {
-    std::optional<std::size_t> best;
+std::size_t Reference::choose(const LonLat& place, const Ranking& ranking, const Ranking& excluded) const {
+    std::size_t best = candidates.size();
     for (const std::size_t i : ranking) {
         const Candidate& candidate = candidates[i];
         if (!contains(candidate.area, place)) continue;
         if (std::find(excluded.begin(), excluded.end(), i) != excluded.end()) continue;
-        const bool isPreferred =
-            best && candidate.accuracy >= 0 && !candidate.isOffshore && candidate.accuracy < candidates[*best].accuracy;
-        if (!best || isPreferred) best = i;
+        const bool isFirst = best == candidates.size();
+        const bool isEligible = candidate.accuracy >= 0 && !candidate.isOffshore;
+        if (isFirst || (isEligible && candidate.accuracy < candidates[best].accuracy)) best = i;
     }
     return best;
 }
 
-std::size_t Reference::choose(const LonLat& place, const Ranking& ranking) const {
-    return choose(place, ranking, {}).value_or(candidates.size());
-}
-
 // EPSG:4326 has latitude first.
 std::optional<Reference::Move> Reference::move(const LonLat& place, const Ranking& ranking) const {
-    std::vector<std::size_t> failed;
+    Ranking failed;
     while (failed.size() < LARGEST_TRY_COUNT) {
-        const std::optional<std::size_t> best = choose(place, ranking, failed);
-        if (!best) break;
-        const PJ_XY moved = proj_trans(candidates[*best].operation.get(), PJ_FWD, axes.write(place)).xy;
+        const std::size_t best = choose(place, ranking, failed);
+        if (best == candidates.size()) break;
+        const PJ_XY moved = proj_trans(candidates[best].operation.get(), PJ_FWD, axes.write(place)).xy;
         const LonLat wgs84{moved.y, moved.x};
-        if (isFinite(wgs84)) return Move{wgs84, *best};
-        failed.push_back(*best);
+        if (isFinite(wgs84)) return Move{wgs84, best};
+        failed.push_back(best);
     }
     if (candidates.empty()) return std::nullopt;
     return Move{place, candidates.size()};
@@ -417,33 +412,22 @@ ShiftChoice chooseShift(const ShiftEvidence& evidence,
 }
 
 std::string writeDatumShift(const ShiftChoice& choice) {
-    switch (choice.kind) {
-        case ShiftKind::WGS_84:
-            return "+datum=WGS84";
-        case ShiftKind::UNKNOWN:
-            return "";
-        case ShiftKind::GRID:
-            return "+nadgrids=" + choice.source;
-        default:
-            return "+towgs84=" + writeHelmert(choice.helmert);
-    }
+    if (choice.kind == ShiftKind::WGS_84) return "+datum=WGS84";
+    if (choice.kind == ShiftKind::UNKNOWN) return "";
+    if (choice.kind == ShiftKind::GRID) return "+nadgrids=" + choice.source;
+    return "+towgs84=" + writeHelmert(choice.helmert);
 }
 
 std::string describeShift(const ShiftChoice& choice) {
-    const double largest = choice.residual.largest;
-    switch (choice.kind) {
-        case ShiftKind::WGS_84:
-            return "";
-        case ShiftKind::UNKNOWN:
-            return largest > 0 ? "no published shift" + describeResidual(choice.residual) : "PROJ knows no shift";
-        case ShiftKind::GRID:
-            return "shift by grid " + choice.source;
-        case ShiftKind::FITTED:
-            return "shift fitted, " + std::string(choice.fitted == FitParameters::ALL_SEVEN ? "7" : "3") +
-                   " parameters" + describeResidual(choice.residual);
-        default:
-            return "shift " + choice.source + (largest <= GOOD_SHIFT ? "" : describeResidual(choice.residual));
-    }
+    const std::string residual = describeResidual(choice.residual);
+    if (choice.kind == ShiftKind::WGS_84) return "";
+    if (choice.kind == ShiftKind::GRID) return "shift by grid " + choice.source;
+    if (choice.kind == ShiftKind::UNKNOWN)
+        return choice.residual.largest > 0 ? "no published shift" + residual : "PROJ knows no shift";
+    if (choice.kind == ShiftKind::PUBLISHED)
+        return "shift " + choice.source + (choice.residual.largest <= GOOD_SHIFT ? "" : residual);
+    return std::string("shift fitted, ") + (choice.fitted == FitParameters::ALL_SEVEN ? "7" : "3") + " parameters" +
+           residual;
 }
 
 }  // namespace ProjDir

@@ -71,8 +71,9 @@ public:
     // Transforms a place on the datum of the CRS; nothing where PROJ has no result. Where no operation applies, both
     // datums count as the same.
     std::optional<Move> move(const LonLat& place, const Ranking& ranking) const;
-    // The index of the operation that PROJ chooses at the place, whether or not it can compute it.
-    std::size_t choose(const LonLat& place, const Ranking& ranking) const;
+    // The index of the operation that PROJ chooses at the place among those that are not excluded, whether or not it
+    // can compute it.
+    std::size_t choose(const LonLat& place, const Ranking& ranking, const Ranking& excluded = {}) const;
 
     // The last one represents the absence of an operation.
     const std::vector<UsedOperation>& operations() const { return descriptions; }
@@ -90,8 +91,6 @@ private:
     };
 
     void addCandidate(ProjPtr<PJ> operation);
-    std::optional<std::size_t> choose(const LonLat& place, const Ranking& ranking,
-                                      const std::vector<std::size_t>& excluded) const;
     bool comesFirst(std::size_t left, std::size_t right, const Area& area) const;
 
     const ProjContext& context;

@@ -171,24 +171,21 @@ std::string writeChange(const EntryChange& change, const DiffSides& sides) {
            writeDifference("-", change.before, change.after) + writeDifference("+", change.after, change.before);
 }
 
-Json toJson(const DirectoryContent& content) {
-    return {{"directory", content.path}, {"head", content.head}, {"definitions", content.entries.size()}};
-}
-
 Json toJson(const std::vector<unsigned int>& codes, const DiffSides& sides) {
     Json json = Json::array();
     for (const unsigned int code : codes) json.push_back({{"code", code}, {"name", nameOf(code, sides)}});
     return json;
 }
 
-Json toJson(const DirectoryEntry& entry) { return {{"definition", entry.definition}, {"axis_order", entry.axisOrder}}; }
-
 Json toJson(const EntryChange& change, const DiffSides& sides) {
+    const auto writeEntry = [](const DirectoryEntry& entry) -> Json {
+        return {{"definition", entry.definition}, {"axis_order", entry.axisOrder}};
+    };
     Json json{{"code", change.code}, {"name", nameOf(change.code, sides)}};
     json["distance"] = change.distance ? Json(*change.distance) : Json();
     if (!change.failure.empty()) json["failure"] = change.failure;
-    json["old"] = toJson(change.before);
-    json["new"] = toJson(change.after);
+    json["old"] = writeEntry(change.before);
+    json["new"] = writeEntry(change.after);
     return json;
 }
 
@@ -261,7 +258,10 @@ std::string writeDiffText(const DirectoryDiff& diff, const DiffSides& sides) {
 }
 
 std::string writeDiffJson(const DirectoryDiff& diff, const DiffSides& sides) {
-    Json json{{"old", toJson(sides.before)}, {"new", toJson(sides.after)}};
+    const auto writeSide = [](const DirectoryContent& content) -> Json {
+        return {{"directory", content.path}, {"head", content.head}, {"definitions", content.entries.size()}};
+    };
+    Json json{{"old", writeSide(sides.before)}, {"new", writeSide(sides.after)}};
     json["added"] = toJson(diff.added, sides);
     json["gone"] = toJson(diff.gone, sides);
     json["changed"] = Json::array();

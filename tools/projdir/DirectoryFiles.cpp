@@ -57,16 +57,9 @@ std::string writeCells(const std::vector<std::string>& cells) {
 }
 
 std::string writeShiftSource(const ShiftChoice& shift) {
-    switch (shift.kind) {
-        case ShiftKind::PUBLISHED:
-            return shift.source;
-        case ShiftKind::FITTED:
-            return "fitted";
-        case ShiftKind::GRID:
-            return "grid " + shift.source;
-        default:
-            return "";
-    }
+    if (shift.kind == ShiftKind::FITTED) return "fitted";
+    if (shift.kind == ShiftKind::GRID) return "grid " + shift.source;
+    return shift.kind == ShiftKind::PUBLISHED ? shift.source : "";
 }
 
 std::string writeCodes(const std::vector<unsigned int>& codes) {

@@ -294,26 +294,22 @@ LonLat GeodeticAxes::read(const PJ_COORD& coordinates) const {
     return {longitude * degreesPerUnit + meridian, latitude * degreesPerUnit};
 }
 
-RegistryProjection::RegistryProjection(const ProjContext& context, const PJ* crs)
-    : axes(context, createGeodeticCrs(context, crs).get()), operation(createProjection(context, crs)) {}
-
 RegistryProjection::RegistryProjection(ProjContext& context, const PJ* crs, const std::string& definition,
                                        bool isNorthFirst)
-    : RegistryProjection(context, crs) {
-    northFirst = isNorthFirst;
+    : axes(context, createGeodeticCrs(context, crs).get()),
+      operation(createProjection(context, crs)),
+      northFirst(isNorthFirst) {
     if (operation == nullptr) classic = std::make_unique<ClassicProjection>(context, definition);
 }
 
 Coordinates RegistryProjection::fromGeodetic(const LonLat& place) const {
     if (classic != nullptr) return exchangeIf(northFirst, classic->fromGeodetic(place));
-    if (operation == nullptr) return {HUGE_VAL, HUGE_VAL, HUGE_VAL};
     const PJ_XYZ point = proj_trans(operation.get(), PJ_INV, axes.write(place)).xyz;
     return {point.x, point.y, point.z};
 }
 
 LonLat RegistryProjection::toGeodetic(const Coordinates& coordinates) const {
     if (classic != nullptr) return classic->toGeodetic(exchangeIf(northFirst, coordinates));
-    if (operation == nullptr) return {HUGE_VAL, HUGE_VAL};
     const auto& [x, y, z] = coordinates;
     return axes.read(proj_trans(operation.get(), PJ_FWD, proj_coord(x, y, z, HUGE_VAL)));
 }

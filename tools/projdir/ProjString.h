@@ -111,8 +111,6 @@ public:
     // NotExpressible when PROJ has no operation and cannot make the definition either. `isNorthFirst` is the registry's
     // axis order.
     RegistryProjection(ProjContext& context, const PJ* crs, const std::string& definition, bool isNorthFirst);
-    // Without a definition.
-    RegistryProjection(const ProjContext& context, const PJ* crs);
 
     // Not finite where PROJ has no result.
     Coordinates fromGeodetic(const LonLat& place) const;
@@ -125,7 +123,7 @@ private:
     GeodeticAxes axes;
     ProjPtr<PJ> operation;
     std::unique_ptr<ClassicProjection> classic;
-    bool northFirst = false;
+    bool northFirst;
 };
 
 }  // namespace ProjDir

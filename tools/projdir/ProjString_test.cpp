@@ -343,16 +343,16 @@ void PrintTo(const RegistryPoint& row, std::ostream* stream) { *stream << row.co
 class RegistryProjectionTest : public testing::TestWithParam<RegistryPoint> {};
 
 TEST_P(RegistryProjectionTest, ConvertsToTheDatum) {
-    const ProjContext context;
-    const RegistryProjection projection(context, createCrs(context, GetParam().code).get());
+    ProjContext context;
+    const RegistryProjection projection(context, createCrs(context, GetParam().code).get(), "", false);
     const LonLat place = projection.toGeodetic(GetParam().coordinates);
     EXPECT_NEAR(place.longitude, GetParam().place.longitude, GetParam().tolerance);
     EXPECT_NEAR(place.latitude, GetParam().place.latitude, GetParam().tolerance);
 }
 
 TEST_P(RegistryProjectionTest, ConvertsFromTheDatum) {
-    const ProjContext context;
-    const RegistryProjection projection(context, createCrs(context, GetParam().code).get());
+    ProjContext context;
+    const RegistryProjection projection(context, createCrs(context, GetParam().code).get(), "", false);
     const Coordinates coordinates = projection.fromGeodetic(projection.toGeodetic(GetParam().coordinates));
     EXPECT_NEAR(coordinates[0], GetParam().coordinates[0], 1e-6);
     EXPECT_NEAR(coordinates[1], GetParam().coordinates[1], 1e-6);

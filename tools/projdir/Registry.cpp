@@ -103,21 +103,11 @@ private:
 };
 
 CrsKind kindOf(PJ_TYPE type) {
-    switch (type) {
-        case PJ_TYPE_GEOGRAPHIC_2D_CRS:
-        case PJ_TYPE_GEOGRAPHIC_3D_CRS:
-            return CrsKind::GEOGRAPHIC;
-        case PJ_TYPE_GEOCENTRIC_CRS:
-            return CrsKind::GEOCENTRIC;
-        case PJ_TYPE_PROJECTED_CRS:
-            return CrsKind::PROJECTED;
-        case PJ_TYPE_VERTICAL_CRS:
-            return CrsKind::VERTICAL;
-        case PJ_TYPE_COMPOUND_CRS:
-            return CrsKind::COMPOUND;
-        default:
-            return CrsKind::OTHER;
-    }
+    if (type == PJ_TYPE_GEOGRAPHIC_2D_CRS || type == PJ_TYPE_GEOGRAPHIC_3D_CRS) return CrsKind::GEOGRAPHIC;
+    if (type == PJ_TYPE_GEOCENTRIC_CRS) return CrsKind::GEOCENTRIC;
+    if (type == PJ_TYPE_PROJECTED_CRS) return CrsKind::PROJECTED;
+    if (type == PJ_TYPE_VERTICAL_CRS) return CrsKind::VERTICAL;
+    return type == PJ_TYPE_COMPOUND_CRS ? CrsKind::COMPOUND : CrsKind::OTHER;
 }
 
 RegistryCrs readCrs(const PROJ_CRS_INFO& info) {
@@ -216,27 +206,17 @@ void linkDatums(const Database& database, CrsByCode& registry) {
     }
 }
 
-// Gives each CRS of the query the datum of the one that it is based on, and returns the pairs.
-std::vector<std::pair<RegistryCrs*, const RegistryCrs*>> linkBases(const Database& database, const char* query,
-                                                                   CrsByCode& registry) {
-    std::vector<std::pair<RegistryCrs*, const RegistryCrs*>> pairs;
+// Gives each CRS of the query the datum of the one that it is based on.
+void linkBases(const Database& database, const char* query, CrsByCode& registry) {
     for (const Database::Row& row : database.query(query)) {
         const auto crs = registry.find(readCode(row[0]).value_or(0));
         const auto base = registry.find(readCode(row[1]).value_or(0));
         if (crs == registry.end() || base == registry.end()) continue;
         crs->second.datum = base->second.datum;
         crs->second.geodeticCode = base->second.geodeticCode;
-        pairs.emplace_back(&crs->second, &base->second);
+        if (crs->second.kind == CrsKind::COMPOUND)
+            crs->second.horizontal = std::make_shared<const RegistryCrs>(base->second);
     }
-    return pairs;
-}
-
-// The order matters: each step copies what the one before has set.
-void linkRegistry(const Database& database, CrsByCode& registry) {
-    linkDatums(database, registry);
-    linkBases(database, BASE_OF_CRS, registry);
-    for (const auto& [compound, part] : linkBases(database, HORIZONTAL_OF_CRS, registry))
-        compound->horizontal = std::make_shared<const RegistryCrs>(*part);
 }
 
 }  // namespace
@@ -295,7 +275,10 @@ std::vector<RegistryCrs> readRegistry(const ProjContext& context) {
     if (registry.empty()) throw RegistryError("PROJ's database proj.db has no EPSG CRS" + describeSearch());
     requireEveryCode(context, registry);
     requireSoundDatabase(context, "the list of CRS");
-    linkRegistry(database, registry);
+    // In this order: each step copies what the one before has set.
+    linkDatums(database, registry);
+    linkBases(database, BASE_OF_CRS, registry);
+    linkBases(database, HORIZONTAL_OF_CRS, registry);
     std::vector<RegistryCrs> list;
     list.reserve(registry.size());
     for (auto& [code, crs] : registry) list.push_back(std::move(crs));

@@ -44,11 +44,6 @@ std::string writeDistanceLine(double distance, const std::string& name, const st
     return writeLine("  " + padLeft(writeMetres(distance), 14) + "  " + name + (reason.empty() ? "" : ": " + reason));
 }
 
-template <typename List, typename Predicate>
-std::size_t countIf(const List& list, const Predicate& predicate) {
-    return static_cast<std::size_t>(std::count_if(list.begin(), list.end(), predicate));
-}
-
 std::string nameOfClass(std::size_t index) {
     if (index == AGREEMENT_CLASSES.size()) return "beyond " + writeDouble(AGREEMENT_CLASSES.back()) + " m";
     const double bound = AGREEMENT_CLASSES[index];
@@ -301,21 +296,21 @@ std::string writeLeftOut(const std::vector<CrsOutcome>& outcomes) {
 }
 
 std::string writeSummary(const std::vector<CrsOutcome>& outcomes) {
-    const std::size_t leftOut = countIf(outcomes, [](const CrsOutcome& outcome) { return !outcome.definition; });
-    std::string text = writeCount(outcomes.size() - leftOut) + " definitions\n";
+    std::map<ShiftKind, std::size_t> counts;
+    std::size_t definitions = 0;
+    for (const CrsOutcome& outcome : outcomes) {
+        if (!outcome.definition) continue;
+        ++definitions;
+        ++counts[outcome.definition->shift.kind];
+    }
     const std::pair<ShiftKind, const char*> kinds[] = {{ShiftKind::WGS_84, "on WGS 84 itself"},
                                                        {ShiftKind::PUBLISHED, "with a published shift"},
                                                        {ShiftKind::FITTED, "with a fitted shift"},
                                                        {ShiftKind::GRID, "with a grid"},
                                                        {ShiftKind::UNKNOWN, "without a shift, as PROJ knows none"}};
-    for (const auto& row : kinds)
-        text += "  " +
-                writeCount(countIf(outcomes,
-                                   [&row](const CrsOutcome& outcome) {
-                                       return outcome.definition && outcome.definition->shift.kind == row.first;
-                                   })) +
-                " " + row.second + "\n";
-    return text + writeCount(leftOut) + " CRS left out\n";
+    std::string text = writeCount(definitions) + " definitions\n";
+    for (const auto& [kind, words] : kinds) text += "  " + writeCount(counts[kind]) + " " + words + "\n";
+    return text + writeCount(outcomes.size() - definitions) + " CRS left out\n";
 }
 
 std::string writeAgreement(const std::vector<Agreement>& agreements) {

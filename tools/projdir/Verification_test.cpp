@@ -40,8 +40,8 @@ CrsOutcome makeOutcome(unsigned int code, CrsKind kind, const Area& area) {
     outcome.crs.area = area;
     outcome.definition = ClassicDefinition{};
     outcome.definition->text = "+proj=longlat +ellps=intl";
-    const ProjContext context;
-    const RegistryProjection projection(context, createCrs(context, code).get());
+    ProjContext context;
+    const RegistryProjection projection(context, createCrs(context, code).get(), "", false);
     for (const LonLat& place : sampleArea(area, 3))
         outcome.checkPoints.push_back({projection.fromGeodetic(place), place, true});
     return outcome;
