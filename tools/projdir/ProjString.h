@@ -19,7 +19,7 @@ public:
 // "+proj=utm +zone=32".
 std::string writeParameters(const CoordinateTransformation::ParameterList& parameters);
 
-// Whether the text can stand between "<code>" and "<>": no character of it ends the definition.
+// Whether the text is valid between "<code>" and "<>": no character of it ends the definition.
 bool isWholeDefinition(const std::string& text);
 
 // Whether the first axis of the registry is northing or latitude, which PROJ exchanges with the second to show
