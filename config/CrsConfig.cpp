@@ -106,11 +106,28 @@ void CrsConfig::injectCreator(CrsCreator* crsCreator) {
 }
 
 void CrsConfig::init() {
+    beginInit();
+    for (const CrsConfigData& entry : *configuredCrs) registerEntry(entry);
+    initialised = true;
+}
+
+void CrsConfig::initReporting(const EntryObserver& observer) {
+    beginInit();
+    for (const CrsConfigData& entry : *configuredCrs) {
+        try {
+            const Crs crs = registerEntry(entry);
+            observer(entry, crs.get(), nullptr);
+        } catch (const std::exception& failure) {
+            observer(entry, nullptr, &failure);
+        }
+    }
+    initialised = true;
+}
+
+void CrsConfig::beginInit() {
     if (creator == nullptr) throw Misconfigured("No CrsCreator injected");
     creator->init();
     registeredEntries.clear();
-    for (const CrsConfigData& entry : *configuredCrs) registerEntry(entry);
-    initialised = true;
 }
 
 void CrsConfig::reinit() {
@@ -121,8 +138,8 @@ void CrsConfig::reinit() {
     init();
 }
 
-void CrsConfig::registerEntry(const CrsConfigData& entry) {
-    const Crs crs = creator->createFromName(entry.getIdentifier(), false, false);
+Crs CrsConfig::registerEntry(const CrsConfigData& entry) {
+    Crs crs = creator->createFromName(entry.getIdentifier(), false, false);
     if (crs.get() == nullptr) throw Misconfigured("The EPSG code \"" + entry.getIdentifier() + "\" is unknown");
     registeredEntries.emplace(crs->getPrimaryCode(), RegisteredEntry{crs->getSecCompoundCode(), &entry});
     configuredCodes.insert(static_cast<int>(crs->getPrimaryCode()));
@@ -130,6 +147,7 @@ void CrsConfig::registerEntry(const CrsConfigData& entry) {
     configuredCrsIdentifiers.insert(crs->getAliasOrIdentifier(false));
     if (entry.isMapped()) registerAlias(entry, crs);
     cacheLongNameAndCode(crs->copy());
+    return crs;
 }
 
 // Only requests by the alias get the alias and its axis order. The other names keep the CRS's own axis order.
@@ -153,8 +171,19 @@ void CrsConfig::cacheByName(std::unique_ptr<const AbstractCrs> crs, const std::v
 // Returns whether `crs` was registered under a name.
 bool CrsConfig::insertNames(const AbstractCrs* crs, const std::vector<std::string>& names) {
     bool taken = false;
-    for (const std::string& name : names) taken |= nameCache.emplace(name, crs).second;
+    for (const std::string& name : names) {
+        const auto [place, isNew] = nameCache.emplace(name, crs);
+        if (!isNew) continue;
+        registeredNames.push_back(place);
+        taken = true;
+    }
     return taken;
+}
+
+std::vector<std::string> CrsConfig::getRegisteredNames() const {
+    std::vector<std::string> names;
+    for (const auto& place : registeredNames) names.push_back(place->first);
+    return names;
 }
 
 const AbstractCrs* CrsConfig::own(std::unique_ptr<const AbstractCrs> crs) {
@@ -227,6 +256,7 @@ const AbstractCrs* CrsConfig::getFromCodeCache(const std::string& key, bool thro
 
 void CrsConfig::cleanCodeAndIdentifierCache() {
     codeCache.clear();
+    registeredNames.clear();
     nameCache.clear();
     for (const AbstractCrs* const crs : owned) delete crs;
     owned.clear();

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <locale>
-#include <sstream>
 
 #include "config/Fragment.h"
 
@@ -11,22 +10,10 @@ namespace {
 
 using boost::property_tree::ptree;
 
-constexpr char CRS_84[] = "CRS:84";
 constexpr char IDENTIFIER_OF_CRS_84[] = "EPSG:4326";
 
 boost::optional<std::string> readText(const ptree& element, const char* attribute) {
     return element.get_optional<std::string>(std::string("<xmlattr>.") + attribute);
-}
-
-// Reads the property tree in the classic locale, because another global locale could accept grouped digits.
-template <typename T, typename Field>
-void readAttribute(const ptree& element, const char* attribute, Field& field) {
-    std::istringstream stream(readText(element, attribute).value_or(""));
-    stream.exceptions(std::ios::badbit);
-    stream.imbue(std::locale::classic());
-    T value{};
-    boost::property_tree::customize_stream<char, std::char_traits<char>, T>::extract(stream, value);
-    if (!stream.fail() && stream.get() == std::char_traits<char>::eof()) field = value;
 }
 
 void readAxisOrder(const ptree& element, boost::optional<bool>& eastNorth) {
@@ -64,8 +51,8 @@ CrsConfigData::CrsConfigData(std::pair<const std::string, ptree> element) {
     const boost::optional<std::string> mapToEpsgCode = readText(entry, MAP_TO_EPSG_CODE);
     if (mapToEpsgCode) alias = text;
     identifier = withEpsgPrefix(mapToEpsgCode.value_or(text));
-    readAttribute<std::int32_t>(entry, NUMBER_OF_DECIMAL_PLACES, numberOfDecimalPlaces);
-    readAttribute<bool>(entry, SUPPRESS_DUPLICATE_COORDINATES, preventDoubleCoordinateOutput);
+    numberOfDecimalPlaces = readInteger(entry, NUMBER_OF_DECIMAL_PLACES);
+    preventDoubleCoordinateOutput = readBoolean(entry, SUPPRESS_DUPLICATE_COORDINATES).value_or(false);
     readAxisOrder(entry, axisOrderEastNorthOrLonLat);
 }
 

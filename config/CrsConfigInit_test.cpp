@@ -1,11 +1,13 @@
 // How a configuration gets its creator, and how it is initialised.
 
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <optional>
 #include <ostream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -252,6 +254,32 @@ TEST(EntryWithoutACodeTest, FailsWithWhatCameBeforeItsTextFormRegistered) {
     EXPECT_FALSE(server.config.isCrsConfigured("0"));
     server.destroy();
     EXPECT_EQ(server.journal.live.count(), 0U);
+}
+
+TEST(ReportingInitTest, LeavesOutAnEntryThatFailsAndReportsEach) {
+    TestConfig server;
+    server.givenConfigured({"<CRS>1</CRS>", "<CRS>nonsense</CRS>", "<CRS mapToEpsgCode='2'>B</CRS>"});
+    std::vector<std::string> reports;
+    server.config.initReporting(
+        [&reports](const CrsConfigData& entry, const AbstractCrs* crs, const std::exception* failure) {
+            reports.push_back(entry.getAliasOrIdentifier() + ": " +
+                              (crs == nullptr ? failure->what() : std::to_string(crs->getPrimaryCode())));
+        });
+    EXPECT_THAT(reports, ElementsAre("EPSG:1: 1", "NONSENSE: The EPSG code \"NONSENSE\" is unknown", "B: 2"));
+    EXPECT_TRUE(server.config.isCrsConfigured("B"));
+    EXPECT_TRUE(server.config.isCrsConfigured(1U));
+}
+
+TEST(RegisteredNamesTest, AreThoseOfTheNameCacheInTheOrderOfRegistration) {
+    TestConfig server;
+    EXPECT_THAT(server.config.getRegisteredNames(), IsEmpty());
+    server.givenConfigured({"<CRS mapToEpsgCode='2'>B</CRS>"});
+    server.config.init();
+    const std::vector<std::string> names = server.config.getRegisteredNames();
+    ASSERT_FALSE(names.empty());
+    EXPECT_EQ(names.front(), "B");
+    EXPECT_EQ(std::count(names.begin(), names.end(), "EPSG:2"), 1);
+    for (const std::string& name : names) EXPECT_TRUE(server.config.isCrsConfigured(name)) << name;
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
+#include <locale>
+#include <sstream>
 #include <streambuf>
 
 #include <boost/property_tree/xml_parser.hpp>
@@ -241,6 +243,18 @@ private:
     std::size_t lineBegin = 0;
 };
 
+// Converts as the property tree does.
+template <typename Value>
+boost::optional<Value> readAttribute(const ptree& entry, const char* attribute) {
+    std::istringstream stream(entry.get<std::string>(std::string("<xmlattr>.") + attribute, ""));
+    stream.exceptions(std::ios::badbit);
+    stream.imbue(std::locale::classic());
+    Value value{};
+    boost::property_tree::customize_stream<char, std::char_traits<char>, Value>::extract(stream, value);
+    if (stream.fail() || stream.get() != std::char_traits<char>::eof()) return boost::none;
+    return value;
+}
+
 std::optional<FragmentFault> walk(std::string_view text, std::vector<FragmentElement>* elements) {
     try {
         Walk(text, elements).run();
@@ -254,6 +268,14 @@ std::optional<FragmentFault> walk(std::string_view text, std::vector<FragmentEle
 
 bool FragmentContainer::holds(std::string_view element) const {
     return !element.empty() && std::find(entryNames.begin(), entryNames.end(), element) != entryNames.end();
+}
+
+boost::optional<int> readInteger(const ptree& entry, const char* attribute) {
+    return readAttribute<int>(entry, attribute);
+}
+
+boost::optional<bool> readBoolean(const ptree& entry, const char* attribute) {
+    return readAttribute<bool>(entry, attribute);
 }
 
 std::optional<FragmentFault> findFragmentFault(std::string_view text) { return walk(text, nullptr); }

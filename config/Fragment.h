@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include <boost/optional/optional.hpp>
 #include <boost/property_tree/ptree.hpp>
 
 namespace CoordinateTransformation {
@@ -37,6 +38,16 @@ constexpr char NUMBER_OF_DECIMAL_PLACES[] = "numberOfDecimalPlaces";
 // Every configuration has this spelling.
 constexpr char SUPPRESS_DUPLICATE_COORDINATES[] = "suppressDuplicatCoordinates";
 constexpr char AXIS_ORDER[] = "axisOrder";
+constexpr const char* ENTRY_ATTRIBUTES[] = {MAP_TO_EPSG_CODE, NUMBER_OF_DECIMAL_PLACES, SUPPRESS_DUPLICATE_COORDINATES,
+                                            AXIS_ORDER};
+
+// An entry with this text is a mapping without an attribute. Its attributes are ignored.
+constexpr char CRS_84[] = "CRS:84";
+
+// Reads an attribute of an entry in the classic locale, because another global locale could accept grouped digits.
+// Returns nothing if the attribute is missing or does not convert.
+boost::optional<int> readInteger(const boost::property_tree::ptree& entry, const char* attribute);
+boost::optional<bool> readBoolean(const boost::property_tree::ptree& entry, const char* attribute);
 
 // Lines and columns count from 1; a column is a byte.
 struct FragmentPlace {

@@ -5,8 +5,8 @@
 #include <cmath>
 
 #include "fuzz/Input.h"
-#include "tools/crsctl/points/CoordinateLine.h"
-#include "tools/crsctl/start/Failures.h"
+#include "tools/crsctl/PointLines.h"
+#include "tools/crsctl/Session.h"
 
 using namespace crsctl;
 

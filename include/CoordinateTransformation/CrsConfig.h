@@ -1,5 +1,7 @@
 #pragma once
 
+#include <exception>
+#include <functional>
 #include <list>
 #include <map>
 #include <memory>
@@ -56,6 +58,14 @@ public:
     /// with code 0; failures of the creator pass through. CRS registered before a failure stay registered.
     virtual void init();
 
+    /// Receives an entry with either the CRS that it registers, borrowed for the call, or its failure. The other pointer
+    /// is null.
+    using EntryObserver =
+        std::function<void(const CrsConfigData& entry, const AbstractCrs* crs, const std::exception* failure)>;
+    /// Initialises as `init` does, but leaves out entries that fail. Calls `observer` for each entry in insertion order.
+    /// Fails as `init` does if there is no creator or the creator cannot be initialised.
+    void initReporting(const EntryObserver& observer);
+
     /// Takes ownership of the creator. If there already is one, the new one is ignored and remains the caller's.
     void injectCreator(CrsCreator* crsCreator);
     /// The creator. REQUIRES: one has been injected.
@@ -72,6 +82,8 @@ public:
     void merge(CrsConfig& other);
     /// The entries, in insertion order.
     const std::list<CrsConfigData>* getConfiguredCrs() const { return configuredCrs; }
+    /// Every name under which `getFromNameCache` finds a CRS, in the order of registration; empty before `init`.
+    std::vector<std::string> getRegisteredNames() const;
     /// Codes, identifiers and aliases of the configured CRS; empty before `init`.
     const std::set<std::string> getConfiguredCrsIdentifiers() const { return configuredCrsIdentifiers; }
     /// The entry by which the server offers `crs`. An entry with both codes of `crs` comes before one with its primary
@@ -106,7 +118,8 @@ private:
         const CrsConfigData* data;
     };
 
-    COORDTRANS_INTERNAL void registerEntry(const CrsConfigData& entry);
+    COORDTRANS_INTERNAL void beginInit();
+    COORDTRANS_INTERNAL Crs registerEntry(const CrsConfigData& entry);
     COORDTRANS_INTERNAL void registerAlias(const CrsConfigData& entry, const Crs& crs);
     COORDTRANS_INTERNAL void cacheCrsNamedByUrn(const CodePair& codes, std::size_t kind);
     COORDTRANS_INTERNAL void cacheByName(std::unique_ptr<const AbstractCrs> crs, const std::vector<std::string>& names);
@@ -122,6 +135,8 @@ private:
     CrsByName codeCache;
     CrsByName nameCache;
     // The CRS objects in the caches.
+    // By order of registration.
+    std::vector<CrsByName::const_iterator> registeredNames;
     std::set<const AbstractCrs*> owned;
     // By primary code, in the order of the entry list.
     std::multimap<unsigned int, RegisteredEntry> registeredEntries;

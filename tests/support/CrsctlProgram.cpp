@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 #include "tests/support/TemporaryFile.h"
-#include "tools/crsctl/start/TextFile.h"
+#include "tools/crsctl/Session.h"
 
 namespace crsctl {
 namespace {

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "tests/support/TemporaryFile.h"
-#include "tools/crsctl/start/Session.h"
+#include "tools/crsctl/Session.h"
 
 namespace crsctl {
 

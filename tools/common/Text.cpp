@@ -1,6 +1,7 @@
 #include "tools/common/Text.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace Tools {
 namespace {
@@ -28,6 +29,10 @@ void appendEscaped(std::string& out, char byte) {
 // The columns of a terminal that `text` fills: one for each character of UTF-8.
 std::size_t displayWidth(std::string_view text) {
     return text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), isContinuation));
+}
+
+char inSmallLetters(char character) {
+    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
 }
 
 std::vector<std::size_t> columnWidths(const TableRows& rows) {
@@ -79,6 +84,33 @@ std::string alignedColumns(const TableRows& rows, const std::string& indent) {
         text += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
     }
     return text;
+}
+
+std::size_t editDistance(std::string_view left, std::string_view right) {
+    // The distances of the part of `left` so far from each beginning of `right`.
+    std::vector<std::size_t> distances(right.size() + 1);
+    std::iota(distances.begin(), distances.end(), std::size_t{0});
+    for (std::size_t i = 0; i < left.size(); ++i) {
+        std::size_t diagonal = distances[0]++;
+        for (std::size_t j = 0; j < right.size(); ++j) {
+            const std::size_t replaced = diagonal + (inSmallLetters(left[i]) == inSmallLetters(right[j]) ? 0 : 1);
+            diagonal = distances[j + 1];
+            distances[j + 1] = std::min({replaced, diagonal + 1, distances[j] + 1});
+        }
+    }
+    return distances.back();
+}
+
+std::optional<std::string> closest(std::string_view word, const std::vector<std::string>& known) {
+    const std::string* best = nullptr;
+    std::size_t distance = std::max(std::size_t{1}, word.size() / 3) + 1;
+    for (const std::string& candidate : known) {
+        const std::size_t found = editDistance(word, candidate);
+        if (found >= distance) continue;
+        best = &candidate;
+        distance = found;
+    }
+    return best == nullptr ? std::nullopt : std::optional(*best);
 }
 
 }  // namespace Tools

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,5 +24,13 @@ using TableRows = std::vector<std::vector<std::string>>;
 // One line for each row of cells. A column is as wide as its widest cell, columns are two blanks apart, and no line
 // ends in blanks.
 std::string alignedColumns(const TableRows& rows, const std::string& indent = "");
+
+// How many characters must be replaced, inserted or removed to make one text of the other. Capitals count as small
+// letters.
+std::size_t editDistance(std::string_view left, std::string_view right);
+
+// The known word that a mistyped one most likely means: the one at the smallest distance, the first among equals.
+// Nothing if even that differs in more than a third of the word.
+std::optional<std::string> closest(std::string_view word, const std::vector<std::string>& known);
 
 }  // namespace Tools

@@ -40,5 +40,23 @@ TEST(ANumber, IsGroupedByThousands) {
     EXPECT_EQ(grouped(18446744073709551615U), "18,446,744,073,709,551,615");
 }
 
+TEST(TheEditDistance, CountsChangesButNotCapitals) {
+    EXPECT_EQ(editDistance("", ""), 0U);
+    EXPECT_EQ(editDistance("", "abc"), 3U);
+    EXPECT_EQ(editDistance("EPSG:4326", "epsg:4326"), 0U);
+    EXPECT_EQ(editDistance("trasform", "transform"), 1U);
+    EXPECT_EQ(editDistance("kitten", "sitting"), 3U);
+}
+
+TEST(TheClosestWord, IsMeantByAMistypedOne) {
+    const std::vector<std::string> known = {"resolve", "transform", "check", "find"};
+    EXPECT_EQ(closest("trasform", known), "transform");
+    EXPECT_EQ(closest("Check", known), "check");
+    EXPECT_EQ(closest("fnid", known), std::nullopt);
+    EXPECT_EQ(closest("fin", known), "find");
+    EXPECT_EQ(closest("frob", known), std::nullopt);
+    EXPECT_EQ(closest("", {}), std::nullopt);
+}
+
 }  // namespace
 }  // namespace Tools

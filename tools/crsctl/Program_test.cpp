@@ -20,7 +20,7 @@
 #include "tests/support/CrsctlProgram.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/support/TemporaryFile.h"
-#include "tools/crsctl/start/TextFile.h"
+#include "tools/crsctl/Session.h"
 
 namespace crsctl {
 namespace {
@@ -83,7 +83,7 @@ TEST(Resolving, TellsWhatANameMeans) {
 TEST(Resolving, ReportsEveryNameThoughOneIsRefused) {
     const Outcome outcome = run({"resolve", "epsg:4326", "EPSG:25832"});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_THAT(outcome.output, HasSubstr("  try       EPSG:4326 (with the prefix in capitals)\n"));
+    EXPECT_THAT(outcome.output, HasSubstr("  try       EPSG:4326 (as an EPSG code)\n"));
     EXPECT_THAT(outcome.output, HasSubstr("\nEPSG:25832\n"));
     EXPECT_THAT(linesOf(outcome.errors),
                 ElementsAre("crsctl resolve: epsg:4326: refused with qvCrsUnavailable, unknown syntax"));

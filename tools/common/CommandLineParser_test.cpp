@@ -1,0 +1,146 @@
+#include "tools/common/CommandLineParser.h"
+
+#include <array>
+#include <cstdio>
+
+#include <CLI/CLI.hpp>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/TemporaryDirectory.h"
+
+namespace Tools {
+namespace {
+
+using testing::HasSubstr;
+
+// A program with a command "paint", which takes a colour and files.
+class AProgram : public testing::Test {
+protected:
+    AProgram() {
+        program.require_subcommand(0, 1);
+        addProgramOptions(program, "shop 1.2");
+        CLI::App& paint = addCommand(program, "paint", "Paint a wall.\n\nThe wall must be dry.");
+        paint.add_option("--colour", colour, "Colour of the wall, such as that of the neighbour's wall.")
+            ->type_name("NAME")
+            ->required();
+        paint.add_flag("--quick", "Paint once.");
+        paint.add_option("FILE", files);
+        paint.footer(helpSection("Exit codes", {{"0", "Painted."}, {"1", "Not painted."}}) +
+                     exampleSection({{"shop paint --colour red", "A red wall."}}));
+    }
+
+    std::string failureOf(const std::vector<std::string>& arguments) {
+        try {
+            parseArguments(program, arguments);
+        } catch (const UsageError& failure) {
+            return failure.what();
+        }
+        return "none";
+    }
+
+    CLI::App program{"Do what a shop does.", "shop"};
+    std::string colour;
+    std::vector<std::string> files;
+};
+
+constexpr char PAINT_HELP[] =
+    R"(usage: shop paint [OPTION...] --colour NAME [FILE...]
+
+Paint a wall.
+
+The wall must be dry.
+
+Options:
+  -h, --help              Write this help.
+  -V, --version           Write the version.
+  --colour NAME           Colour of the wall, such as that of the neighbour's
+                          wall.
+  --quick                 Paint once.
+
+Exit codes:
+  0     Painted.
+  1     Not painted.
+
+Examples:
+  # A red wall.
+  shop paint --colour red
+)";
+
+TEST_F(AProgram, ShowsTheHelpOfACommand) { EXPECT_EQ(parseArguments(program, {"help", "paint"}), PAINT_HELP); }
+
+TEST_F(AProgram, ShowsTheHelpOfACommandByItsOption) { EXPECT_EQ(parseArguments(program, {"paint", "-h"}), PAINT_HELP); }
+
+TEST_F(AProgram, ShowsItsOwnHelpWithItsCommands) {
+    const std::string help = *parseArguments(program, {"help"});
+    EXPECT_THAT(help, HasSubstr("usage: shop [OPTION...] COMMAND\n\nDo what a shop does.\n"));
+    EXPECT_THAT(help, HasSubstr("Commands:\n  help        Show the help of a command.\n"));
+    EXPECT_THAT(help, HasSubstr("  paint       Paint a wall.\n"));
+}
+
+TEST_F(AProgram, ShowsItsVersion) { EXPECT_EQ(parseArguments(program, {"-V"}), "shop 1.2\n"); }
+
+TEST_F(AProgram, ShowsItsVersionForACommandToo) {
+    EXPECT_EQ(parseArguments(program, {"paint", "--version"}), "shop 1.2\n");
+}
+
+TEST_F(AProgram, ReadsTheArgumentsOfACommand) {
+    EXPECT_EQ(parseArguments(program, {"paint", "--colour", "[red]", "[a,b]", "\x01", "-.5", ""}), std::nullopt);
+    EXPECT_EQ(colour, "[red]");
+    EXPECT_EQ(files, (std::vector<std::string>{"[a,b]", "\x01", "-.5", ""}));
+    EXPECT_EQ(fullName(program), "shop paint");
+}
+
+TEST_F(AProgram, SuggestsACommandForAMistypedOne) {
+    EXPECT_THAT(failureOf({"pant"}), HasSubstr("pant; did you mean paint?"));
+    EXPECT_THAT(failureOf({"help", "pant"}), HasSubstr("no command pant; did you mean paint?"));
+    EXPECT_THAT(failureOf({"sell"}), testing::Not(HasSubstr("did you mean")));
+}
+
+TEST_F(AProgram, SuggestsAnOptionForAMistypedOne) {
+    EXPECT_THAT(failureOf({"paint", "--colour", "red", "--quik"}), HasSubstr("--quik; did you mean --quick?"));
+}
+
+TEST_F(AProgram, RefusesAnUnknownShell) {
+    EXPECT_THAT(failureOf({"completion", "[tcsh]"}), HasSubstr("bash, zsh or fish, not \"[tcsh]\""));
+    EXPECT_THAT(failureOf({"completion"}), HasSubstr("needs a SHELL"));
+}
+
+TEST_F(AProgram, CompletesInZshAndFish) {
+    const std::string zsh = *parseArguments(program, {"completion", "zsh"});
+    EXPECT_THAT(zsh, testing::StartsWith("#compdef shop\n"));
+    EXPECT_THAT(zsh,
+                HasSubstr("'--colour[Colour of the wall, such as that of the neighbour'\\''s wall.]:NAME:_files'"));
+    const std::string fish = *parseArguments(program, {"completion", "fish"});
+    EXPECT_THAT(fish, HasSubstr("-f -n __fish_use_subcommand -a paint -d 'Paint a wall.'\n"));
+    EXPECT_THAT(fish, HasSubstr("-n '__fish_seen_subcommand_from paint' -l quick -d 'Paint once.'\n"));
+}
+
+// What bash offers for the last of the words.
+std::string offeredByBash(const std::string& script, const std::string& words, int last) {
+    const TestSupport::TemporaryDirectory directory;
+    directory.write("completion", script);
+    const std::string command = "bash -c 'source " + directory.file("completion") + "; COMP_WORDS=(" + words +
+                                "); COMP_CWORD=" + std::to_string(last) +
+                                "; _shop shop \"${COMP_WORDS[COMP_CWORD]}\"; echo \"${COMPREPLY[*]}\"'";
+    std::FILE* const output = popen(command.c_str(), "r");
+    std::array<char, 1024> buffer{};
+    std::string offered;
+    while (std::fgets(buffer.data(), buffer.size(), output) != nullptr) offered += buffer.data();
+    pclose(output);
+    return offered;
+}
+
+TEST_F(AProgram, CompletesInBash) {
+    const std::string script = *parseArguments(program, {"completion", "bash"});
+    EXPECT_EQ(offeredByBash(script, "shop pa", 1), "paint\n");
+    EXPECT_EQ(offeredByBash(script, "shop paint --q", 2), "--quick\n");
+    EXPECT_EQ(offeredByBash(script, "shop paint --quick --col", 3), "--colour\n");
+    EXPECT_EQ(offeredByBash(script, "shop paint wall", 2), "\n");
+    EXPECT_EQ(offeredByBash(script, "shop help pa", 2), "paint\n");
+    EXPECT_EQ(offeredByBash(script, "shop completion z", 2), "zsh\n");
+    EXPECT_EQ(offeredByBash(script, "shop --v", 1), "--version\n");
+}
+
+}  // namespace
+}  // namespace Tools

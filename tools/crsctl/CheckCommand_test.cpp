@@ -1,0 +1,377 @@
+#include "tools/crsctl/CheckCommand.h"
+
+#include <ostream>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/CrsctlSession.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/TemporaryFile.h"
+#include "tools/common/Text.h"
+
+namespace crsctl {
+
+using CoordinateTransformation::CrsDescriptions;
+using testing::HasSubstr;
+using Tools::printable;
+
+namespace {
+
+// One on WGS 84, one of 19 m, one far from PROJ in a part, one without a shift.
+constexpr char DESCRIPTIONS[] =
+    "code,name,kind,area,west,south,east,north,unit,unit_length,datum,datum_id,shift_source,shift_accuracy,"
+    "largest_distance,replaced_by\n"
+    "4298,Timbalai 1948,geographic,,109.31,0.85,119.61,7.67,degree,0.017,,EPSG:6298,EPSG:1228,19,1.96,\n"
+    "4326,WGS 84,geographic,,-180,-90,180,90,degree,0.017,,EPSG:6326,,,0.00,\n"
+    "6316,MGI 1901 / Balkans zone 7,projected,,19.5,40.85,22.51,46.19,metre,1,,EPSG:1031,EPSG:3962,1,1626.4,\n"
+    "7777,nowhere,projected,,,,,,metre,1,,,,,,\n";
+
+CheckedEntry entryFor(unsigned int code, std::size_t line) {
+    CheckedEntry entry;
+    entry.place.line = line;
+    entry.primary = code;
+    return entry;
+}
+
+std::string findingsFor(const std::vector<CheckedEntry>& entries, const Expectations& expected = {}) {
+    const TemporaryFile file(DESCRIPTIONS);
+    std::string list;
+    for (const Finding& finding : checkDescriptions(
+             entries, CrsDescriptions(file.path()), [](unsigned int code) { return code != 7777; }, expected)) {
+        EXPECT_EQ(finding.severity, Severity::WARNING);
+        list += std::to_string(finding.place.line) + ": " + finding.text + "\n";
+    }
+    return list;
+}
+
+Expectations expectationsOf(double accuracy, const char* area = nullptr) {
+    Expectations expected;
+    expected.accuracy = accuracy;
+    if (area != nullptr) expected.area = readBox(area);
+    return expected;
+}
+
+const std::string TIMBALAI = "3: EPSG 4298: the shift to WGS 84 (EPSG:1228) is accurate to 19 m only\n";
+
+TEST(AnEntrysShift, IsExpectedToBeAccurateToTenMetres) {
+    EXPECT_EQ(findingsFor({entryFor(4326, 2), entryFor(4298, 3)}), TIMBALAI);
+    EXPECT_EQ(findingsFor({entryFor(4298, 3)}, expectationsOf(19)), "");
+    EXPECT_EQ(findingsFor({entryFor(4298, 3)}, expectationsOf(18.9)), TIMBALAI);
+}
+
+TEST(AnEntrysShift, IsExpectedToBeNearToProj) {
+    EXPECT_EQ(findingsFor({entryFor(6316, 2)}),
+              "2: EPSG 6316: the shift to WGS 84 leads up to 1626.4 m away from PROJ's best operation in parts of the "
+              "area of use\n");
+}
+
+TEST(AnEntrysShift, IsExpectedToBeThere) {
+    EXPECT_EQ(findingsFor({entryFor(7777, 2)}),
+              "2: EPSG 7777: no shift to WGS 84 is known: coordinates are off by up to hundreds of metres in other "
+              "CRS\n");
+}
+
+TEST(AnEntrysArea, IsExpectedToCoverTheOneThatIsGiven) {
+    const Expectations expected = expectationsOf(10, "112,1,119,7");
+    EXPECT_EQ(findingsFor({entryFor(4326, 2), entryFor(4298, 3)}, expected), TIMBALAI);
+    EXPECT_EQ(findingsFor({entryFor(4298, 4)}, expectationsOf(99, "112,1,120,7")),
+              "4: EPSG 4298: the area of use (109.31,0.85,119.61,7.67) does not cover 112,1,120,7\n");
+}
+
+TEST(AnEntryThatIsNotDescribed, IsExpectedNothingOf) {
+    CheckedEntry withoutCode;
+    EXPECT_EQ(findingsFor({withoutCode, entryFor(25832, 2)}, expectationsOf(0, "0,0,1,1")), "");
+}
+
+TEST(ADefinition, HasAShiftByItsParameters) {
+    for (const char* shifted : {"+proj=longlat +datum=WGS84", "+ellps=intl +towgs84=1,2,3", "+nadgrids=@null"})
+        EXPECT_TRUE(hasShiftToWgs84(shifted)) << shifted;
+    for (const char* bare : {"", "+proj=longlat +ellps=intl", "+proj=longlat +ellps=intl +datum_id=EPSG:6314"})
+        EXPECT_FALSE(hasShiftToWgs84(bare)) << bare;
+}
+
+TEST(ACheckedConfiguration, IsHeldToTheDescriptionsOfItsDirectory) {
+    Expectations expected;
+    expected.area = readBox("6,47,15,55");
+    const ConfigurationReport report = checkConfiguration(
+        "crs.xml", "<SRSList>\n<SRS>4326</SRS>\n<SRS>EPSG:29873*EPSG:5701</SRS>\n</SRSList>", optionsFor(), expected);
+    ASSERT_EQ(report.findings.size(), 2U);
+    EXPECT_EQ(report.findings[0].text, "EPSG 29873: the shift to WGS 84 (EPSG:1228) is accurate to 19 m only");
+    EXPECT_EQ(report.findings[0].place.line, 3U);
+    EXPECT_EQ(report.findings[1].text,
+              "EPSG 29873: the area of use (109.31,0.85,119.61,7.67) does not cover 6,47,15,55");
+    EXPECT_TRUE(report.starts);
+    EXPECT_FALSE(report.hasErrors);
+}
+
+ConfigurationReport reportOf(const std::string& fragment) {
+    return checkConfiguration("crs.xml", fragment, optionsFor());
+}
+
+std::string findingsOf(const ConfigurationReport& report) {
+    std::string list;
+    for (const Finding& finding : report.findings)
+        list += std::string(finding.severity == Severity::ERROR ? "error " : "warning ") +
+                std::to_string(finding.place.line) + ": " + finding.text + "\n";
+    return list;
+}
+
+TEST(AnEntry, IsShownAsRequestsMeetIt) {
+    const ConfigurationReport report = reportOf(
+        "<CrsConfiguration>\n"
+        "<CRS>4326</CRS>\n"
+        "<CRS mapToEpsgCode='EPSG:25832*EPSG:5783' axisOrder='NE' numberOfDecimalPlaces='2' "
+        "suppressDuplicatCoordinates='true'>UTM</CRS>\n"
+        "</CrsConfiguration>");
+    EXPECT_TRUE(report.starts);
+    EXPECT_EQ(findingsOf(report), "");
+    ASSERT_EQ(report.entries.size(), 2U);
+    EXPECT_EQ(report.entries[0].name, "EPSG:4326");
+    EXPECT_EQ(report.entries[0].axisOrder, "latitude, longitude");
+    EXPECT_EQ(report.entries[0].decimals, 8);
+    EXPECT_FALSE(report.entries[0].decimalsConfigured);
+    EXPECT_FALSE(report.entries[0].suppressesDuplicates);
+    EXPECT_EQ(report.entries[1].place.line, 3U);
+    EXPECT_EQ(report.entries[1].name, "UTM");
+    EXPECT_EQ(report.entries[1].identifier, "EPSG:25832*EPSG:5783");
+    EXPECT_EQ(report.entries[1].primary, 25832U);
+    EXPECT_EQ(report.entries[1].secondary, 5783U);
+    EXPECT_EQ(report.entries[1].axisOrder, "northing, easting");
+    EXPECT_EQ(report.entries[1].decimals, 2);
+    EXPECT_TRUE(report.entries[1].suppressesDuplicates);
+}
+
+TEST(Entries, ComeInTheOrderInWhichAServerTakesThem) {
+    const ConfigurationReport report =
+        reportOf("<SRSList><SRS>3857</SRS></SRSList><CrsConfiguration><CRS>4326</CRS></CrsConfiguration>");
+    ASSERT_EQ(report.entries.size(), 2U);
+    EXPECT_EQ(report.entries[0].identifier, "EPSG:4326");
+    EXPECT_EQ(report.entries[1].identifier, "EPSG:3857");
+}
+
+struct Verdict {
+    const char* content;  // of <CrsConfiguration>, from line 2 on
+    bool starts;
+    const char* findings;
+};
+
+void PrintTo(const Verdict& tried, std::ostream* stream) { *stream << printable(tried.content); }
+
+class AConfiguration : public testing::TestWithParam<Verdict> {};
+
+TEST_P(AConfiguration, IsFoundFaultWith) {
+    const ConfigurationReport report =
+        reportOf(std::string("<CrsConfiguration>\n") + GetParam().content + "\n</CrsConfiguration>");
+    EXPECT_EQ(report.starts, GetParam().starts) << report.failure;
+    EXPECT_EQ(findingsOf(report), GetParam().findings);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    WithoutFault, AConfiguration,
+    testing::Values(Verdict{"", true, ""}, Verdict{"<!-- <CRS>1</CRS> -->", true, ""},
+                    Verdict{"<CRS>4326<!-- WGS 84 --></CRS>", true, ""},
+                    Verdict{"<CRS>4326</CRS><CRS>CRS:84</CRS>", true, ""},
+                    Verdict{"<CRS mapToEpsgCode='25832'>A</CRS><CRS mapToEpsgCode='25832'>B</CRS>", true, ""},
+                    Verdict{"<CRS suppressDuplicatCoordinates='0' numberOfDecimalPlaces='0'>4326</CRS>", true, ""},
+                    Verdict{"<CRS suppressDuplicatCoordinates='false'>4326</CRS>", true, ""}));
+
+INSTANTIATE_TEST_SUITE_P(
+    ThatDoesNotStart, AConfiguration,
+    testing::Values(
+        Verdict{"<CRS>EPSG:99999</CRS>\n<CRS>nonsense</CRS>\n<CRS>4326</CRS>", false,
+                "error 2: Failed to configure CRS 99999. Please ensure that the CRS is defined properly in the proj4 "
+                "configuration for QuarvelServer.\n"
+                "error 3: The EPSG code \"NONSENSE\" is unknown\n"},
+        Verdict{
+            "<CRS>urn:ogc:def:crs:EPSG::4326</CRS>", false,
+            "error 2: The EPSG code \"URN:OGC:DEF:CRS:EPSG::4326\" is unknown; an identifier is put in capitals, and "
+            "no URN or URL is understood that way: give the EPSG code as mapToEpsgCode and this text as the name\n"},
+        Verdict{"<CRS>27700*5701</CRS>", false,
+                "error 2: invalid string position; a compound is spelled EPSG:27700*EPSG:5701\n"},
+        Verdict{"<CRS mapToEpsgCode=''>A</CRS>", false, "error 2: The EPSG code \"\" is unknown\n"},
+        Verdict{"<CRS>crs:84</CRS>", false, "error 2: The EPSG code \"CRS:84\" is unknown\n"},
+        Verdict{"<CRS>\n4326</CRS>", false,
+                "warning 2: blanks around \"\\n4326\" are part of the identifier\n"
+                "error 2: The EPSG code \"\n4326\" is unknown\n"},
+        Verdict{"<CRS>EPSG:0</CRS>", false,
+                "error 2: Text representation of an unknown or the default SRS requested.\n"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    WithSettingsThatAreIgnored, AConfiguration,
+    testing::Values(
+        Verdict{"<CRS numberOfDecimalPlaces='abc'>4326</CRS>", true,
+                "warning 2: numberOfDecimalPlaces=\"abc\" is ignored: no integer\n"},
+        Verdict{"<CRS numberOfDecimalPlaces='-2'>4326</CRS>", true,
+                "warning 2: numberOfDecimalPlaces=\"-2\" is taken, but no such number of places can be written\n"},
+        Verdict{"<CRS suppressDuplicatCoordinates='yes'>4326</CRS>", true,
+                "warning 2: suppressDuplicatCoordinates=\"yes\" is ignored: neither true, false, 1 nor 0\n"},
+        Verdict{"<CRS suppressDuplicateCoordinates='true'>4326</CRS>", true,
+                "warning 2: attribute suppressDuplicateCoordinates is ignored: it is spelled "
+                "suppressDuplicatCoordinates\n"},
+        Verdict{"<CRS AxisOrder='EN' colour='red'>4326</CRS>", true,
+                "warning 2: attribute AxisOrder is ignored: it is spelled axisOrder\n"
+                "warning 2: attribute colour is ignored\n"},
+        Verdict{"<CRS axisOrder='en' mapToEpsgCode='4326'>A</CRS>", true,
+                "warning 2: axisOrder=\"en\" is ignored: neither EN nor NE\n"},
+        Verdict{"<CRS axisOrder='EN'>4326</CRS>", true,
+                "warning 2: axisOrder=\"EN\" has no effect: it holds under an alias only, which mapToEpsgCode makes\n"},
+        Verdict{"<CRS axisOrder='NE' mapToEpsgCode='4258'>CRS:84</CRS>", true,
+                "warning 2: attribute axisOrder is ignored: CRS:84 is understood as it stands\n"
+                "warning 2: attribute mapToEpsgCode is ignored: CRS:84 is understood as it stands\n"},
+        Verdict{"<CRS mapToEpsgCode='4326'></CRS>", true,
+                "warning 2: mapToEpsgCode without a text: the entry has no alias\n"},
+        Verdict{"<CRS> 4326</CRS>", true, "warning 2: blanks around \" 4326\" are part of the identifier\n"},
+        Verdict{"<CRS mapToEpsgCode='4326 '>A</CRS>", true,
+                "warning 2: blanks around the code in mapToEpsgCode=\"4326 \"\n"},
+        Verdict{"<CRS mapToEpsgCode='4326'> A</CRS>", true, "warning 2: blanks around \" A\" are part of the alias\n"},
+        Verdict{"<CRS>4326<b/></CRS>", true, "warning 2: elements inside an entry are ignored\n"}));
+
+INSTANTIATE_TEST_SUITE_P(WithElementsThatAreIgnored, AConfiguration,
+                         testing::Values(Verdict{"<SRS>4326</SRS>\n<crs>4326</crs>", true,
+                                                 "warning 2: ignored: entries of CrsConfiguration are called CRS\n"
+                                                 "warning 3: ignored: entries of CrsConfiguration are called CRS\n"},
+                                         Verdict{"<Group><CRS>4326</CRS></Group>\n<SRS/>", true,
+                                                 "warning 2: ignored: entries of CrsConfiguration are called CRS\n"
+                                                 "warning 3: ignored: entries of CrsConfiguration are called CRS\n"},
+                                         Verdict{"4326", true, "warning 1: text outside its entries is ignored\n"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    WithRepetitions, AConfiguration,
+    testing::Values(
+        Verdict{"<CRS>4326</CRS>\n<CRS>EPSG:4326</CRS>", true, "warning 3: dropped: repeats EPSG:4326 of line 2\n"},
+        Verdict{"<CRS>4326</CRS>\n<CRS numberOfDecimalPlaces='3'>4326</CRS>", true,
+                "warning 3: dropped: repeats EPSG:4326 of line 2, and its other settings are lost\n"},
+        Verdict{
+            "<CRS mapToEpsgCode='25832'>UTM</CRS>\n<CRS mapToEpsgCode='25833'>UTM</CRS>", true,
+            "warning 3: the name UTM is claimed twice: it answers with EPSG 25832 in the order easting, northing, from "
+            "line 2, not with EPSG 25833 in the order easting, northing\n"},
+        Verdict{"<CRS mapToEpsgCode='4326' axisOrder='EN'>EPSG:4326</CRS>", true,
+                "warning 2: the name EPSG:4326 is claimed twice: it answers with EPSG 4326 in the order longitude, "
+                "latitude, "
+                "the alias of this entry, not with EPSG 4326 in the order latitude, longitude\n"},
+        Verdict{"<CRS mapToEpsgCode='25832'>EPSG:25833</CRS>\n<CRS>25833</CRS>", true,
+                "warning 3: its identifier EPSG:25833 is an alias of an earlier entry: it offers EPSG 25832\n"}));
+
+TEST(ASecondContainer, IsIgnoredWithItsEntries) {
+    const ConfigurationReport report = reportOf(
+        "<CrsConfiguration><CRS>4326</CRS></CrsConfiguration>\n<CrsConfiguration "
+        "x='1'><CRS>1</CRS></CrsConfiguration>\n"
+        "<SRSList y='2'>\n<CRS>4326</CRS></SRSList>");
+    EXPECT_TRUE(report.starts);
+    EXPECT_EQ(findingsOf(report),
+              "warning 2: ignored with all its entries: only the first CrsConfiguration is read\n"
+              "warning 3: attribute y is ignored: a container has none\n"
+              "warning 4: ignored: entries of SRSList are called EPSGCode or SRS\n");
+    EXPECT_EQ(report.entries.size(), 1U);
+}
+
+TEST(AnUnknownContainer, IsIgnored) {
+    const ConfigurationReport report = reportOf("<Configuration><CRS>4326</CRS></Configuration>\n<SRSList/>");
+    EXPECT_TRUE(report.starts);
+    EXPECT_EQ(findingsOf(report), "warning 1: ignored: only CrsConfiguration and SRSList are read at this level\n");
+}
+
+struct Malformed {
+    std::string fragment;
+    const char* finding;  // "line:column: text"
+    const char* failure;
+};
+
+void PrintTo(const Malformed& tried, std::ostream* stream) { *stream << printable(tried.fragment); }
+
+class AMalformedFragment : public testing::TestWithParam<Malformed> {};
+
+TEST_P(AMalformedFragment, IsReportedWithItsPlace) {
+    const ConfigurationReport report = reportOf(GetParam().fragment);
+    EXPECT_FALSE(report.starts);
+    EXPECT_EQ(report.failure, GetParam().failure);
+    ASSERT_EQ(report.findings.size(), 1U);
+    const Finding& finding = report.findings.front();
+    EXPECT_EQ(finding.severity, Severity::ERROR);
+    EXPECT_EQ(std::to_string(finding.place.line) + ":" + std::to_string(finding.place.column) + ": " + finding.text,
+              std::string(GetParam().finding));
+}
+
+std::string nested(std::size_t depth) {
+    std::string elements;
+    for (std::size_t i = 0; i < depth; ++i) elements += "<a>";
+    return elements;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Faults, AMalformedFragment,
+    testing::Values(
+        Malformed{"<CrsConfiguration>\n<CRS>4326\n</CrsConfiguration>",
+                  "3:1: the fragment is malformed: end tag </CrsConfiguration> does not match <CRS> of line 2",
+                  "<unspecified file>(3): unexpected end of data"},
+        Malformed{"<SRSList>\n <SRS>4326</CRS></SRSList>",
+                  "2:11: the fragment is malformed: end tag </CRS> does not match <SRS> of line 2",
+                  "<unspecified file>(2): end tag </CRS> does not match <SRS> of line 2"},
+        Malformed{"<SRSList>\n <SRS>A&B</SRS></SRSList>",
+                  "2:8: the fragment is malformed: & without an entity; write &amp;",
+                  "<unspecified file>(2): & without an entity; write &amp;"},
+        Malformed{std::string("<SRSList/>\n\0", 12), "2:1: the fragment is malformed: a NUL byte",
+                  "<unspecified file>(2): a NUL byte"},
+        Malformed{"<SRSList>\n" + nested(300),
+                  "2:766: the fragment is malformed: elements are nested more than 256 deep",
+                  "<unspecified file>(2): elements are nested more than 256 deep"}));
+
+TEST(AProjDirectory, IsCheckedBesideTheFragment) {
+    const UnconfiguredSession settlesTheUsualDirectory;
+    const TestSupport::TemporaryDirectory directory;
+    directory.write("epsg", "<4326> +proj=longlat +datum=WGS84 <>\n<1> +proj=longlat +nadgrids=no_such_grid <>\n");
+    directory.write("epsg-axisorder.csv", "4326;ne");
+    CommonOptions options = optionsFor();
+    options.projDir = directory.name();
+    const ConfigurationReport report = checkConfiguration("crs.xml", "<SRS/>", options);
+    EXPECT_TRUE(report.hasErrors);
+    EXPECT_THAT(
+        asText(report),
+        HasSubstr("crs.xml:1:1: warning: SRS: ignored: only CrsConfiguration and SRSList are read at this level\n" +
+                  directory.name() + "/epsg:2: error: 1: the grid file no_such_grid is missing\n" + directory.name() +
+                  "/epsg-axisorder.csv:1: warning: not read, because the line end is missing: 4326;ne\n"
+                  "crs.xml: a server would start; 0 entries, 1 error, 2 warnings\n"));
+    EXPECT_TRUE(asJson(report)["findings"][0]["file"].is_null());
+    EXPECT_EQ(asJson(report)["findings"][1]["file"], directory.name() + "/epsg");
+}
+
+// An identifier that fails by itself is answered where an earlier alias has claimed it.
+TEST(AnIdentifier, IsAnsweredByAnEarlierAlias) {
+    const ConfigurationReport report =
+        reportOf("<CrsConfiguration><CRS>CRS:84</CRS>\n<CRS>crs:84</CRS></CrsConfiguration>");
+    EXPECT_TRUE(report.starts) << report.failure;
+    EXPECT_EQ(findingsOf(report),
+              "warning 2: its identifier CRS:84 is an alias of an earlier entry: it offers EPSG 4326\n");
+}
+
+TEST(TheReport, IsWrittenAsATableAndItsFindings) {
+    const std::string text = asText(reportOf("<CrsConfiguration>\n<CRS>4326</CRS>\n  <CRS>x</CRS></CrsConfiguration>"));
+    EXPECT_EQ(text,
+              "line  name       identifier  codes  axis order           decimals     duplicates\n"
+              "2     EPSG:4326  EPSG:4326   4326   latitude, longitude  8 (default)  kept\n"
+              "3     X          X           none   none                 default      kept\n"
+              "\n"
+              "crs.xml:3:3: error: CRS: The EPSG code \"X\" is unknown\n"
+              "crs.xml: a server would not start; 2 entries, 1 error, 0 warnings\n");
+}
+
+TEST(TheReport, IsWrittenAsJson) {
+    const Json json = asJson(reportOf("<CrsConfiguration>\n<CRS>4326</CRS>\n  <CRS>x</CRS></CrsConfiguration>"));
+    EXPECT_EQ(json["starts"], false);
+    EXPECT_EQ(json["failure"], "The EPSG code \"X\" is unknown");
+    EXPECT_EQ(json["entries"][0]["primaryCode"], 4326);
+    EXPECT_TRUE(json["entries"][1]["primaryCode"].is_null());
+    EXPECT_EQ(json["findings"][0]["line"], 3);
+    EXPECT_EQ(json["findings"][0]["column"], 3);
+}
+
+TEST(TheReport, IsEmptyForAnEmptyFragment) {
+    const ConfigurationReport report = reportOf("");
+    EXPECT_TRUE(report.starts) << report.failure;
+    EXPECT_EQ(asText(report), "no entries\n\ncrs.xml: a server would start; 0 entries, 0 errors, 0 warnings\n");
+}
+
+}  // namespace
+}  // namespace crsctl

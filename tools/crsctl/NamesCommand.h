@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "CoordinateTransformation/AbstractCrs.h"
+#include "tools/crsctl/Output.h"
+#include "tools/crsctl/Session.h"
+
+namespace crsctl {
+
+// The codes of a CRS: "4326", "31467*5783".
+std::string codeKeyOf(const CoordinateTransformation::AbstractCrs& crs);
+
+// A registered name, with the axis order of its CRS.
+struct RegisteredName {
+    std::string name;
+    std::string axisOrder;
+};
+
+struct NamesOfCrs {
+    std::string codeKey;
+    std::string kind;  // "geographic" or "projected"
+    std::vector<RegisteredName> names;
+};
+
+// Every name that the configuration of the session registers, by CRS, in the order of registration.
+std::vector<NamesOfCrs> registeredNames(const Session& session);
+
+CommandResult namesCommand(const CommonOptions& common);
+
+std::string asText(const std::vector<NamesOfCrs>& listed);
+Json asJson(const std::vector<NamesOfCrs>& listed);
+
+}  // namespace crsctl

@@ -1,0 +1,84 @@
+#include "tools/crsctl/NamesCommand.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/CrsctlSession.h"
+#include "tests/support/NameTable.h"
+
+namespace crsctl {
+
+using testing::UnorderedElementsAreArray;
+
+namespace {
+
+std::vector<std::string> namesOf(const NamesOfCrs& crs) {
+    std::vector<std::string> names;
+    for (const RegisteredName& name : crs.names) names.push_back(name.name);
+    return names;
+}
+
+std::string axisOrderOf(const NamesOfCrs& crs, const std::string& wanted) {
+    for (const RegisteredName& name : crs.names)
+        if (name.name == wanted) return name.axisOrder;
+    return "not answered";
+}
+
+class Listing : public testing::TestWithParam<const char*> {};
+
+TEST_P(Listing, HasEverySpellingOfACrs) {
+    const std::vector<std::string> names = TestSupport::registeredNamesInTable(GetParam());
+    const ConfiguredSession session("<CrsConfiguration><CRS>" + names.at(0) + "</CRS></CrsConfiguration>");
+    const auto listed = registeredNames(*session);
+    ASSERT_EQ(listed.size(), 1U);
+    EXPECT_EQ(listed[0].codeKey, GetParam());
+    EXPECT_THAT(namesOf(listed[0]), UnorderedElementsAreArray(names));
+}
+
+INSTANTIATE_TEST_SUITE_P(CodeKeys, Listing, testing::Values("4326", "27700*5701"));
+
+TEST(TheListOfNames, PutsAliasesToTheirCrsWithTheirOwnAxisOrder) {
+    const ConfiguredSession session(
+        "<CrsConfiguration><CRS>CRS:84</CRS><CRS>25832</CRS><CRS>4326</CRS></CrsConfiguration>");
+    const auto listed = registeredNames(*session);
+    ASSERT_EQ(listed.size(), 2U);
+    EXPECT_EQ(listed[0].codeKey, "4326");
+    EXPECT_EQ(listed[1].codeKey, "25832");
+    EXPECT_EQ(axisOrderOf(listed[0], "CRS:84"), "longitude, latitude");
+    EXPECT_EQ(axisOrderOf(listed[0], "EPSG:4326"), "latitude, longitude");
+    EXPECT_EQ(axisOrderOf(listed[1], "EPSG:25832"), "easting, northing");
+}
+
+// "EPSG:4326" answers with the alias's axis order, the text form that was registered with the CRS's own.
+TEST(TheListOfNames, FindsTheTextFormBehindAnAliasThatSpellsTheIdentifier) {
+    const ConfiguredSession session(
+        "<CrsConfiguration><CRS mapToEpsgCode='4326' axisOrder='EN'>EPSG:4326</CRS></CrsConfiguration>");
+    const auto listed = registeredNames(*session);
+    ASSERT_EQ(listed.size(), 1U);
+    EXPECT_EQ(axisOrderOf(listed[0], "EPSG:4326"), "longitude, latitude");
+    EXPECT_EQ(axisOrderOf(listed[0], "EPSG:4326;NE;1"), "latitude, longitude");
+    EXPECT_EQ(axisOrderOf(listed[0], "4326"), "latitude, longitude");
+}
+
+TEST(TheListOfNames, IsEmptyWithoutAConfiguration) {
+    const UnconfiguredSession session;
+    EXPECT_TRUE(registeredNames(session).empty());
+    EXPECT_EQ(asJson(registeredNames(session)), Json::array());
+}
+
+TEST(TheListOfNames, NamesTheKindOfACrs) {
+    const ConfiguredSession session("<CrsConfiguration><CRS>4326</CRS><CRS>25832</CRS></CrsConfiguration>");
+    EXPECT_EQ(registeredNames(*session).at(0).kind, "geographic");
+    EXPECT_EQ(registeredNames(*session).at(1).kind, "projected");
+}
+
+TEST(TheListOfNames, IsWrittenByCrs) {
+    const std::vector<NamesOfCrs> listed = {{"4326", "geographic", {{"A", "latitude, longitude"}}},
+                                            {"3857", "projected", {{"BB", "easting, northing"}}}};
+    EXPECT_EQ(asText(listed),
+              "4326, geographic\n  A  latitude, longitude\n\n3857, projected\n  BB  easting, northing\n");
+    EXPECT_EQ(asJson(listed)[1]["names"][0]["name"], "BB");
+}
+
+}  // namespace
+}  // namespace crsctl

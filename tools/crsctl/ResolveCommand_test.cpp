@@ -1,0 +1,255 @@
+#include "tools/crsctl/ResolveCommand.h"
+
+#include <fstream>
+#include <iterator>
+
+#include <gtest/gtest.h>
+
+#include "names/CrsName.h"
+#include "tests/support/CrsctlSession.h"
+#include "tests/support/NameTable.h"
+
+namespace crsctl {
+
+using TestSupport::NameRow;
+using TestSupport::nameTable;
+
+namespace {
+
+bool isUnderstood(const std::string& name) {
+    using CoordinateTransformation::NameExplanation;
+    const auto acceptNothing = [](const char* /*property*/) { return false; };
+    return CoordinateTransformation::explainName(name, acceptNothing).fault == NameExplanation::Fault::NONE;
+}
+
+TEST(ASuggestion, IsTheOneChangeThatHelps) {
+    for (const NameRow& row : TestSupport::nameRowsWith("suggestion")) {
+        SCOPED_TRACE(row.where());
+        const auto suggestion = suggest(row["name"], {}, isUnderstood);
+        EXPECT_EQ(suggestion ? suggestion->name : "none", row["suggestion"]);
+        EXPECT_FALSE(suggestion && suggestion->change.empty());
+    }
+}
+
+TEST(ASuggestion, IsMadeForNoLongName) { EXPECT_FALSE(suggest(std::string(5000, 'x'), {}, isUnderstood)); }
+
+TEST(ASuggestion, KnowsTheNamesOfTheConfiguration) {
+    const auto isConfigured = [](const std::string& name) { return name == "UTM32" || name == "CRS:84"; };
+    EXPECT_EQ(suggest("utm32", {"UTM32"}, isConfigured)->name, "UTM32");
+    EXPECT_EQ(suggest("urn:ogc:def:crs:OGC:1.3:CRS84", {"UTM32"}, isConfigured)->name, "CRS:84");
+    EXPECT_EQ(suggest("crs:84", {"CRS:84"}, isConfigured)->name, "CRS:84");
+}
+
+TEST(ASuggestion, IsMadeOnlyWhenTheServerAcceptsIt) {
+    EXPECT_FALSE(suggest("epsg:4326", {"EPSG:4326"}, [](const std::string&) { return false; }));
+}
+
+TEST(ASuggestion, SaysWhatToChange) {
+    EXPECT_EQ(suggest("epsg:4326", {}, isUnderstood)->change, "as an EPSG code");
+    EXPECT_EQ(suggest("https://www.opengis.net/def/crs/EPSG/0/4326", {}, isUnderstood)->change, "as an OGC http URL");
+    EXPECT_EQ(suggest("urn:ogc:def:crs:EPSG:4326", {}, isUnderstood)->change, "as an OGC URN");
+}
+
+constexpr char CONFIGURATION[] =
+    "<CrsConfiguration>"
+    "<CRS>4326</CRS>"
+    "<CRS>CRS:84</CRS>"
+    "<CRS mapToEpsgCode='25832'>UTM32</CRS>"
+    "<CRS mapToEpsgCode='3857'>EPSG:900913</CRS>"
+    "<CRS>EPSG:27700*EPSG:5701</CRS>"
+    "</CrsConfiguration>";
+
+// That of the table's server.
+std::string exampleConfiguration() {
+    std::ifstream file(COORDTRANS_SOURCE_DIR "/data/crs-configuration.xml");
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+std::string formOf(const NameReport& report, const std::string& key) {
+    for (const WrittenForm& form : report.crs->forms)
+        if (form.key == key) return form.text;
+    return "no such form";
+}
+
+TEST(AReport, SaysWhatACrsIs) {
+    const UnconfiguredSession session;
+    const NameReport report = reportOn("urn:ogc:def:crs:EPSG:6.12:4326", session);
+    ASSERT_TRUE(report.crs);
+    EXPECT_EQ(report.spelling, "OGC URN");
+    EXPECT_EQ(report.crs->primary, 4326U);
+    EXPECT_EQ(report.crs->secondary, 0U);
+    EXPECT_EQ(report.crs->version, "6.12");
+    EXPECT_EQ(report.crs->alias, "");
+    EXPECT_EQ(report.crs->dimension, 2U);
+    EXPECT_TRUE(report.crs->geographic);
+    EXPECT_EQ(report.crs->axisOrder, "latitude, longitude");
+    EXPECT_DOUBLE_EQ(report.crs->unitInMetres, 111319.4907931134);
+}
+
+void expectFormsOf(const NameRow& row, const NameReport& report) {
+    ASSERT_TRUE(report.crs);
+    EXPECT_EQ(formOf(report, "aliasOrIdentifier"), row.isReference() ? row["name"] : row["identifier"]);
+    for (const char* const key : {"identifier", "urn", "url", "gmlReference", "prefixAndCode", "text"})
+        EXPECT_EQ(formOf(report, key), row[key]) << key;
+}
+
+TEST(AReport, WritesTheCrsBackInEveryForm) {
+    const UnconfiguredSession session;
+    for (const NameRow& row : TestSupport::nameRowsWith("text")) {
+        SCOPED_TRACE(row.where());
+        expectFormsOf(row, reportOn(row["name"], session));
+    }
+}
+
+TEST(AReport, CannotSayWhatIsOfferedWithoutAConfiguration) {
+    const UnconfiguredSession session;
+    const NameReport report = reportOn("EPSG:25832", session);
+    EXPECT_FALSE(report.offered);
+    EXPECT_NE(asText(report).find("offered     no configuration given"), std::string::npos) << asText(report);
+    EXPECT_TRUE(asJson(report)["offered"].is_null());
+}
+
+TEST(AReport, HasTheDescriptionOfACrs) {
+    const UnconfiguredSession session;
+    const NameReport report = reportOn("EPSG:30200", session);
+    ASSERT_NE(report.description, nullptr);
+    EXPECT_NE(asText(report).find("  described as\n"
+                                  "    name       Trinidad 1903 / Trinidad Grid\n"
+                                  "    area       Trinidad and Tobago - Trinidad - onshore and offshore.\n"
+                                  "    box        -62.09,9.83,-60,11.51 (W,S,E,N)\n"
+                                  "    datum      Trinidad 1903 (EPSG:6302)\n"
+                                  "    unit       Clarke's link (0.201166195164 m)\n"
+                                  "    shift      EPSG:1296, accurate to 2 m\n"
+                                  "    from PROJ  at most 0.00 m\n"
+                                  "  written as\n"),
+              std::string::npos)
+        << asText(report);
+    const Json json = asJson(report)["description"];
+    EXPECT_EQ(json["name"], "Trinidad 1903 / Trinidad Grid");
+    EXPECT_EQ(json["box"]["west"], -62.09);
+    EXPECT_EQ(json["shiftAccuracy"], 2);
+    EXPECT_EQ(json["replacedBy"], Json::array());
+}
+
+TEST(AReport, HasTheDescriptionOfTheHorizontalPart) {
+    const UnconfiguredSession session;
+    const std::string text = asText(reportOn("EPSG:27700*EPSG:5701", session));
+    EXPECT_NE(text.find("  described as, its part 27700\n    name       OSGB36 / British National Grid\n"),
+              std::string::npos)
+        << text;
+}
+
+TEST(AReport, HasNoDescriptionOfACodeThatHasNone) {
+    const UnconfiguredSession session;
+    const NameReport report = reportOn("EPSG:0", session);
+    EXPECT_EQ(asText(report).find("described as"), std::string::npos);
+    EXPECT_TRUE(asJson(report)["description"].is_null());
+}
+
+TEST(TheOgcNamesOfWgs84, PutTheLongitudeFirstWithoutAConfiguration) {
+    const UnconfiguredSession session;
+    for (const char* name : {"CRS:84", "OGC:CRS84", "urn:ogc:def:crs:OGC:1.3:CRS84", "urn:ogc:def:crs:OGC::CRS84",
+                             "http://www.opengis.net/def/crs/OGC/1.3/CRS84"}) {
+        const NameReport report = reportOn(name, session);
+        ASSERT_TRUE(report.crs) << name;
+        EXPECT_EQ(report.crs->primary, 4326U) << name;
+        EXPECT_EQ(report.crs->axisOrder, "longitude, latitude") << name;
+        EXPECT_EQ(report.spelling, "OGC name of WGS 84, for a configuration") << name;
+        EXPECT_FALSE(report.registered) << name;
+    }
+    for (const char* name : {"crs:84", "CRS:83", "OGC:CRS84 "}) EXPECT_FALSE(reportOn(name, session).crs) << name;
+}
+
+TEST(TheOgcNamesOfWgs84, AreThoseOfTheConfigurationAlone) {
+    const ConfiguredSession session("<CrsConfiguration><CRS>4326</CRS></CrsConfiguration>");
+    EXPECT_TRUE(reportOn("CRS:84", *session).refusal);
+    EXPECT_TRUE(reportOn("OGC:CRS84", *session).refusal);
+}
+
+TEST(AReport, KeepsTheAliasOfAGmlReference) {
+    const UnconfiguredSession session;
+    const NameReport report = reportOn("epsg.xml#4326", session);
+    EXPECT_EQ(report.spelling, "GML reference");
+    EXPECT_EQ(report.crs->alias, "epsg.xml#4326");
+    EXPECT_EQ(formOf(report, "aliasOrIdentifier"), "epsg.xml#4326");
+}
+
+TEST(AReport, WritesNothingForACrsWithoutACode) {
+    const UnconfiguredSession session;
+    const NameReport report = reportOn("EPSG:0", session);
+    ASSERT_TRUE(report.crs);
+    EXPECT_EQ(formOf(report, "urn"), "");
+    EXPECT_EQ(formOf(report, "text"), "Text representation of an unknown or the default SRS requested.");
+    EXPECT_TRUE(asJson(report)["forms"]["text"].is_null());
+}
+
+// A configured name that is spelled otherwise, or not at all, is one of the configuration's own.
+std::string spellingOf(const NameRow& row) {
+    const bool wellFormed = row.isAccepted() && row.answer() != "CrsUnknownSyntaxOrAlias";
+    if (row.isRegistered() && !wellFormed) return "configured name";
+    return wellFormed || row["fault"] == "code" ? row["spelling"] : "none";
+}
+
+Reason reasonOf(const NameRow& row) {
+    if (row.answer() == "Misconfigured") return Reason::NOT_IN_EPSG_FILE;
+    if (row.answer() == "CrsNotConfigured") return Reason::NOT_OFFERED;
+    return row["fault"] == "code" ? Reason::BAD_CODE : Reason::UNKNOWN_SYNTAX;
+}
+
+void expectOffer(const NameRow& row, const NameReport& report) {
+    EXPECT_EQ(report.registered, row.isRegistered());
+    ASSERT_TRUE(report.offered);
+    EXPECT_EQ(*report.offered, row.isAnswered());
+    EXPECT_EQ(report.crs.has_value(), row.isAnswered());
+    EXPECT_EQ(report.refusal.has_value(), !row.isAnswered());
+}
+
+void expectRefusal(const NameRow& row, const Refusal& refusal) {
+    const TestSupport::NameFailure failure = TestSupport::nameFailure(row, row.answer());
+    EXPECT_EQ(refusal.serviceExceptionCode, failure.serviceExceptionCode);
+    // A NUL ends the text of what().
+    EXPECT_EQ(refusal.text, failure.text.c_str());
+    EXPECT_EQ(refusal.reason, reasonOf(row)) << wordsFor(refusal.reason);
+    if (row["suggestion"].empty()) return;
+    EXPECT_EQ(refusal.suggestion ? refusal.suggestion->name : "none", row["suggestion"]);
+}
+
+TEST(AReport, SaysOfEveryNameWhatAServerMakesOfIt) {
+    const ConfiguredSession session(exampleConfiguration());
+    for (const NameRow& row : nameTable()) {
+        SCOPED_TRACE(row.where());
+        const NameReport report = reportOn(row["name"], *session);
+        EXPECT_EQ(report.spelling, spellingOf(row));
+        expectOffer(row, report);
+        if (report.refusal) expectRefusal(row, *report.refusal);
+    }
+}
+
+TEST(AReport, TakesAMappedNameForAConfiguredOneWhateverItsSpelling) {
+    const ConfiguredSession session(CONFIGURATION);
+    EXPECT_EQ(reportOn("EPSG:900913", *session).spelling, "configured name");
+}
+
+TEST(ASuggestedName, IsOneThatTheServerOffers) {
+    const ConfiguredSession session(CONFIGURATION);
+    EXPECT_FALSE(reportOn("epsg:25833", *session).refusal->suggestion);
+    EXPECT_EQ(reportOn("utm32", *session).refusal->suggestion->name, "UTM32");
+}
+
+TEST(ARefusal, FitsIntoOneLine) {
+    const UnconfiguredSession session;
+    EXPECT_EQ(refusalInOneLine(reportOn("epsg:4326\n", session)).find('\n'), std::string::npos);
+    EXPECT_EQ(refusalInOneLine(reportOn("epsg:4326", session)),
+              "epsg:4326: qvCrsUnavailable: The requested CRS epsg:4326 is not available due to an unknown syntax or a "
+              "missing identifier mapping (unknown syntax); try EPSG:4326 (as an EPSG code)");
+}
+
+TEST(TheAxisOrder, IsSaidInWords) {
+    EXPECT_STREQ(axisOrderWords(true, false), "latitude, longitude");
+    EXPECT_STREQ(axisOrderWords(true, true), "longitude, latitude");
+    EXPECT_STREQ(axisOrderWords(false, true), "easting, northing");
+    EXPECT_STREQ(axisOrderWords(false, false), "northing, easting");
+}
+
+}  // namespace
+}  // namespace crsctl
