@@ -45,13 +45,13 @@ private:
     const CoordinateTransformation::GeographicBox* targetArea = nullptr;
 };
 
-// What becomes of a line that is refused; it is reported in any case.
+// The treatment of a refused line. It is always reported.
 enum class ErrorMode { STOP, MARK, SKIP };
 
 // How lines are read and written.
 struct LineOptions {
     RowFormat format;
-    std::string comment = "#";  // what begins a comment; empty: nothing does
+    std::string comment = "#";  // the beginning of a comment; empty: there are no comments
     ErrorMode errors = ErrorMode::MARK;
     unsigned int pointsPerEdge = 21;      // of a box
     bool exchanged = false;               // the first two ordinates of each result

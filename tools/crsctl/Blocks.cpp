@@ -35,7 +35,7 @@ int openForReading(const std::string& path) {
     return descriptor;
 }
 
-// Of standard input somebody else may have read a part.
+// Another process may have read a part of standard input.
 std::uint64_t bytesLeft(const std::string& path, const struct stat& status) {
     const auto size = static_cast<std::uint64_t>(status.st_size);
     const off_t offset = path == "-" ? lseek(STDIN_FILENO, 0, SEEK_CUR) : 0;
@@ -80,7 +80,7 @@ void InputFile::wait() const { waitForInput(descriptor); }
 namespace {
 
 constexpr std::size_t READ_SIZE = std::size_t{1} << 16U;
-// Of a line too long only so much is handed on, for the report.
+// The part of a line too long that is reported.
 constexpr std::size_t EXCERPT_SIZE = 256;
 constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 
@@ -88,7 +88,7 @@ std::string_view withoutCarriageReturn(std::string_view line) {
     return !line.empty() && line.back() == '\r' ? line.substr(0, line.size() - 1) : line;
 }
 
-// All of them have an end.
+// Every line ends in a line feed.
 std::uint64_t linesIn(std::string_view text) {
     std::uint64_t count = 0;
     for (; !text.empty(); ++count) text.remove_prefix(text.find('\n') + 1);
@@ -131,7 +131,7 @@ Next BlockReader::next(Block& block) {
         }
         if (takeLastLine(block)) return Next::BLOCK;
         nextInput();
-        // To open a pipe may mean to wait for who writes to it.
+        // Opening a pipe may wait for its writer.
         if (current < inputs.size() && !requireReadable(inputs[current])) return Next::NOT_YET;
     }
     return Next::END;

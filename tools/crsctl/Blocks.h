@@ -70,7 +70,7 @@ struct Counts {
     }
 };
 
-// What becomes of a block.
+// The result of a block.
 struct BlockResult {
     OutputBuffer output;   // for standard output
     OutputBuffer reports;  // a line for each refused line
@@ -85,7 +85,7 @@ struct BlockResult {
     }
 };
 
-// Adds what becomes of a block to a result that is empty.
+// Fills an empty result from a block.
 using ProcessBlock = std::function<void(const Block&, BlockResult&)>;
 
 // Makes sure that the input at `path` ("-": standard input) is there and may be read, without opening it: a pipe is
@@ -118,7 +118,7 @@ private:
 // The longest line that is read, without its end.
 constexpr std::size_t LONGEST_LINE = std::size_t{1} << 20U;
 
-// What comes next of the inputs.
+// The next part of the inputs.
 enum class Next { BLOCK, NOT_YET, END };
 
 // Reads inputs one after another, in blocks of whole lines, in memory that does not grow. Input from a pipe or

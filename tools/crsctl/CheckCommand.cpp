@@ -479,7 +479,7 @@ Findings checkDescriptions(const std::vector<CheckedEntry>& entries, const std::
 
 namespace {
 
-// What the server itself does: the whole fragment, one start. The failure, or nothing.
+// Starts the library with the whole fragment, as the server does. Returns the failure, or an empty text.
 std::string startFailure(const std::string& text, const std::string& projDir) {
     const std::unique_ptr<CrsConfig> config = makeConfig(projDir);
     try {
@@ -492,7 +492,7 @@ std::string startFailure(const std::string& text, const std::string& projDir) {
     return {};
 }
 
-// What helps with failures whose text alone does not tell.
+// Explains failures whose text is not enough.
 std::string advice(const std::string& identifier) {
     if (identifier.rfind("URN:", 0) == 0 || identifier.rfind("HTTP", 0) == 0)
         return "; an identifier is put in capitals, and no URN or URL is understood that way: give the EPSG code as "

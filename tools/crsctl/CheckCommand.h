@@ -49,16 +49,16 @@ struct ClaimingEntry {
 // axis order.
 Findings contestedNames(const std::vector<ClaimingEntry>& entries);
 
-// What is suspicious about the text and the attributes of one entry element.
+// Adds warnings about the text and the attributes of one entry element.
 void examineEntry(const boost::property_tree::ptree& entry, const Place& place, Findings& findings);
 
 struct CheckedEntry;
 
-// What the CRS of a configuration are expected to do.
+// The requirements on the CRS of a configuration.
 struct Expectations {
     double accuracy = 10;  // in metres
     std::optional<GeographicBox> area;
-    bool areGiven = false;  // by the person who asks
+    bool areGiven = false;  // by the user
 };
 
 // Warns of the entries whose CRS has no shift to WGS 84, as far as `hasShift` knows; whose shift is less accurate than
@@ -67,8 +67,8 @@ Findings checkDescriptions(const std::vector<CheckedEntry>& entries,
                            const CoordinateTransformation::CrsDescriptions& descriptions,
                            const std::function<bool(unsigned int code)>& hasShift, const Expectations& expected);
 
-// The same with what the settled directory, `directory`, holds. Notes that descriptions are missing which a person's
-// own expectations need.
+// The same with what the settled directory, `directory`, holds. Notes that descriptions are missing which
+// the user's own requirements need.
 Findings checkDescriptions(const std::vector<CheckedEntry>& entries, const std::string& directory,
                            const Expectations& expected);
 

@@ -34,7 +34,7 @@ double widthOf(const GeographicBox& box) {
     return width < 0 ? width + FULL_TURN : width;
 }
 
-// How far to the east `to` lies from `from`.
+// The distance eastwards from `from` to `to`, in degrees.
 double eastwards(double from, double to) {
     const double way = std::fmod(to - from, FULL_TURN);
     return way < 0 ? way + FULL_TURN : way;

@@ -23,7 +23,7 @@ std::string boxInWords(const GeographicBox& box);
 // Whether every point of `inner` is in `outer`, either of which may cross the antimeridian.
 bool covers(const GeographicBox& outer, const GeographicBox& inner);
 
-// Whether they have a point in common.
+// Whether the two boxes share a point.
 bool meet(const GeographicBox& left, const GeographicBox& right);
 
 // The part of the sphere inside, from 0 to 1.
@@ -32,7 +32,7 @@ double shareOfTheEarth(const GeographicBox& box);
 using CoordinateTransformation::CrsDescription;
 using CoordinateTransformation::CrsDescriptions;
 
-// Which CRS somebody looks for. Without anything, all.
+// The CRS to find. Without any condition, all.
 struct SearchedCrs {
     std::vector<std::string> words;
     std::optional<GeographicBox> area;
@@ -66,7 +66,7 @@ struct FoundCrs {
 // "UTM zone 32N".
 std::vector<FoundCrs> findCrs(const CrsDescriptions& descriptions, const SearchedCrs& searched);
 
-// What is known of a CRS, as a table of its own.
+// The description of a CRS as a table.
 std::string descriptionAsText(const CrsDescription& crs, const std::string& indent);
 
 Json descriptionAsJson(const CrsDescription& crs);

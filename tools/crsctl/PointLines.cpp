@@ -47,7 +47,7 @@ std::string_view withoutBlanksBehind(const char* begin, const char* end) {
 
 enum class NumberFault { NONE, NOT_A_NUMBER, OUT_OF_RANGE, NOT_FINITE };
 
-// from_chars does not tell a number too large from one too small, which is as good as zero.
+// from_chars reports numbers that are too large and too small alike; one that is too small counts as zero.
 NumberFault readNumberAtLimits(std::string_view text, double& value) {
     value = std::strtod(std::string(text).c_str(), nullptr);
     return std::isfinite(value) ? NumberFault::NONE : NumberFault::OUT_OF_RANGE;

@@ -10,7 +10,7 @@ namespace crsctl {
 
 enum class Separator { AUTOMATIC, BLANK, COMMA, SEMICOLON };
 
-// What a line holds.
+// The ordinates of a line.
 enum class Shape { POINT, BOX };
 
 // The ordinates of a point, in the axis order of the CRS: x is the first axis.
@@ -94,10 +94,10 @@ struct CoordinateLine {
 bool readCoordinates(std::string_view line, const ColumnLayout& layout, Separator separator, CoordinateLine& read,
                      std::string& reason);
 
-// Whether `text` is written as a number, of whatever size.
+// Whether `text` is a number, even one that is too large.
 bool isNumber(std::string_view text);
 
-// Whether nothing but blanks stands in the line.
+// Whether the line has only blanks.
 bool isBlank(std::string_view line);
 
 }  // namespace crsctl

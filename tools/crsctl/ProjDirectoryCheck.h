@@ -36,7 +36,7 @@ std::vector<std::string> splitAtCommas(const std::string& text);
 // Whether a parameter that takes numbers has something else, NaN and infinity included.
 bool isBrokenNumber(const std::string& key, const std::string& value);
 
-// What the files of a PROJ directory hold and a start passes over in silence. Places have no file.
+// Problems in the files of a PROJ directory that a start ignores silently. The places have no file.
 
 // "epsg-axisorder.csv": a last line that is not read because its line end is missing, and codes that stand there with
 // both axis orders.

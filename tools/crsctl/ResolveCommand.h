@@ -32,7 +32,7 @@ struct WrittenForm {
     bool refused;
 };
 
-// What a CRS says about itself.
+// The properties of a CRS.
 struct CrsFacts {
     unsigned int primary;
     unsigned int secondary;
@@ -62,7 +62,7 @@ struct Refusal {
     std::optional<Suggestion> suggestion;
 };
 
-// What a server makes of one name.
+// How a server reads one name.
 struct NameReport {
     std::string name;
     // "OGC URN", "configured name" or "none".

@@ -31,7 +31,7 @@ char textSeparator(const ColumnLayout& layout, std::size_t ordinate, char lineSe
     return layout.shape == Shape::POINT && ordinate != Z ? '\t' : ' ';
 }
 
-// What cs2cs writes for a point that it cannot transform.
+// cs2cs writes the same for a point that it cannot transform.
 const char* textMark(const ColumnLayout& layout, std::size_t ordinate) {
     return layout.shape == Shape::POINT && ordinate == Z ? "inf" : "*";
 }

@@ -10,7 +10,7 @@
 
 namespace crsctl {
 
-// What the program exits with.
+// The exit codes of the program.
 constexpr int EXIT_DONE = 0;
 constexpr int EXIT_REFUSED = 1;
 constexpr int EXIT_SET_UP = 2;
@@ -38,10 +38,10 @@ public:
     explicit SetUpError(const std::string& text) : CommandFailure(EXIT_SET_UP, text) {}
 };
 
-// The name under which "-" is spoken of.
+// The name of "-" in messages.
 constexpr char STANDARD_INPUT[] = "standard input";
 
-// What messages call the file `path`.
+// The name of the file `path` in messages.
 std::string inputName(const std::string& path);
 
 // The whole content of the file `path`, of standard input for "-"; of a text beyond any fragment as much as shows that.
@@ -63,10 +63,10 @@ std::string projDirectoryProperty(const ProjDirectoryChoice& choice);
 // The directory itself.
 std::string projDirectory(const ProjDirectoryChoice& choice);
 
-// The choice as it stands for this process.
+// The choice of this process.
 ProjDirectoryChoice projDirectoryChoice(const std::string& option);
 
-// What every command takes.
+// The options of every command.
 struct CommonOptions {
     std::string configFile;  // empty: not given
     std::string projDir;     // empty: not given

@@ -58,7 +58,7 @@ StreamRun::StreamRun(BlockReader& blockReader, bool isQuiet)
       quiet(isQuiet),
       progress(stderr, "", blockReader.bytesInAll().value_or(0), !isQuiet && isProgressWanted(blockReader)) {}
 
-// What was read before a failure is still to be delivered.
+// Delivers what was read before a failure.
 Next StreamRun::nextBlock(Block& block) {
     try {
         return pipeClosed ? Next::END : reader.next(block);
@@ -124,7 +124,7 @@ int StreamRun::finish(const std::string& exchangedHint) {
 namespace {
 
 constexpr unsigned int MOST_JOBS = 8;
-constexpr char ARGUMENTS[] = "--bounds";  // what messages call boxes that are arguments
+constexpr char ARGUMENTS[] = "--bounds";  // the name in messages of boxes that are arguments
 
 // Names of columns from the header, for those that the user has not named.
 void addHeaderNames(ColumnLayout& layout, const std::string& header, Separator separator) {
@@ -162,7 +162,7 @@ LineOptions lineOptionsFrom(const CommonOptions& common, const TransformOptions&
     return lines;
 }
 
-// Whether --bounds is followed by boxes and not by files.
+// Whether the arguments of --bounds are boxes rather than files.
 bool hasBoxesAsArguments(const TransformOptions& options) {
     return options.bounds && !options.files.empty() && isNumber(options.files.front());
 }
