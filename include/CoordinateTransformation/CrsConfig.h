@@ -58,12 +58,12 @@ public:
     /// with code 0; failures of the creator pass through. CRS registered before a failure stay registered.
     virtual void init();
 
-    /// Receives an entry with either the CRS that it registers, borrowed for the call, or its failure. The other pointer
-    /// is null.
+    /// Receives an entry with either the CRS that it registers, borrowed for the call, or its failure. The other
+    /// pointer is null.
     using EntryObserver =
         std::function<void(const CrsConfigData& entry, const AbstractCrs* crs, const std::exception* failure)>;
-    /// Initialises as `init` does, but leaves out entries that fail. Calls `observer` for each entry in insertion order.
-    /// Fails as `init` does if there is no creator or the creator cannot be initialised.
+    /// Initialises as `init` does, but leaves out entries that fail. Calls `observer` for each entry in insertion
+    /// order. Fails as `init` does if there is no creator or the creator cannot be initialised.
     void initReporting(const EntryObserver& observer);
 
     /// Takes ownership of the creator. If there already is one, the new one is ignored and remains the caller's.
