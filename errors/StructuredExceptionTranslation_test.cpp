@@ -1,5 +1,6 @@
 #include "errors/StructuredExceptionTranslation.h"
 
+#include <ostream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -14,6 +15,8 @@ struct TranslatedFault {
     unsigned int code;
     std::string text;
 };
+
+void PrintTo(const TranslatedFault& fault, std::ostream* stream) { *stream << fault.text; }
 
 class FaultTest : public testing::Test {
 protected:

@@ -1,6 +1,7 @@
 #include "names/CrsName.h"
 
 #include <algorithm>
+#include <ostream>
 #include <set>
 #include <string>
 #include <vector>
@@ -10,6 +11,9 @@
 #include "tests/support/NameTable.h"
 
 namespace CoordinateTransformation {
+
+static void PrintTo(const NameSyntax& syntax, std::ostream* stream) { *stream << syntax.example; }
+
 namespace {
 
 using namespace std::string_literals;

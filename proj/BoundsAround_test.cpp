@@ -47,6 +47,8 @@ struct Projection {
     double latitude;
 };
 
+void PrintTo(const Projection& projection, std::ostream* stream) { *stream << projection.code; }
+
 const Projection PROJECTIONS[] = {
     {25832, "+proj=utm +zone=32 +datum=WGS84 +units=m", 9, 50},
     {32601, "+proj=utm +zone=1 +datum=WGS84 +units=m", -177, 10},

@@ -32,6 +32,8 @@ struct Pair {
     bool doMeet;
 };
 
+void PrintTo(const Pair& pair, std::ostream* stream) { *stream << pair.left << " and " << pair.right; }
+
 class Boxes : public testing::TestWithParam<Pair> {};
 
 TEST_P(Boxes, CoverAndMeet) {

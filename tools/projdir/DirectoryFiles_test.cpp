@@ -1,6 +1,7 @@
 #include "tools/projdir/DirectoryFiles.h"
 
 #include <csignal>
+#include <ostream>
 #include <sstream>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -225,6 +226,8 @@ struct RefusedList {
     const char* text;
     const char* message;
 };
+
+void PrintTo(const RefusedList& list, std::ostream* stream) { *stream << list.message; }
 
 class RefusedListTest : public testing::TestWithParam<RefusedList> {};
 

@@ -1,6 +1,7 @@
 #include "tools/projdir/Geodesy.h"
 
 #include <cmath>
+#include <ostream>
 
 #include <gtest/gtest.h>
 
@@ -99,6 +100,8 @@ struct PlacePair {
     double distance;
     double tolerance;
 };
+
+void PrintTo(const PlacePair& pair, std::ostream* stream) { *stream << pair.distance << " m"; }
 
 class DistanceTest : public testing::TestWithParam<PlacePair> {};
 

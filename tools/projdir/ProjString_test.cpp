@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <optional>
+#include <ostream>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -78,6 +79,8 @@ struct InexpressibleCrs {
     unsigned int code;
     const char* reason;
 };
+
+void PrintTo(const InexpressibleCrs& crs, std::ostream* stream) { *stream << crs.code; }
 
 class InexpressibleCrsTest : public testing::TestWithParam<InexpressibleCrs> {};
 
@@ -249,6 +252,8 @@ struct NamedFigure {
     unsigned int code;
     const char* text;
 };
+
+void PrintTo(const NamedFigure& figure, std::ostream* stream) { *stream << figure.code; }
 
 class EllipsoidTextTest : public testing::TestWithParam<NamedFigure> {};
 
