@@ -252,7 +252,7 @@ std::string fishCompletion(const CLI::App& program) {
                   quotedFor(command->get_description().substr(0, command->get_description().find('\n')), FISH_QUOTE) +
                   "\n" + fishOptions(*command, seen);
         const std::string arguments = joined(argumentsOf(*command));
-        if (!arguments.empty()) script += seen + " -f -a '" + arguments + "'\n";
+        if (!arguments.empty()) script.append(seen).append(" -f -a '").append(arguments).append("'\n");
     }
     return script;
 }
