@@ -360,7 +360,8 @@ std::string helpSection(const std::string& title, const HelpTerms& terms) {
 
 std::string exampleSection(const HelpTerms& examples) {
     std::string section = "\nExamples:\n";
-    for (const auto& [command, text] : examples) section += "  # " + text + "\n  " + command + "\n";
+    for (const auto& [command, text] : examples)
+        section.append("  # ").append(text).append("\n  ").append(command).append("\n");
     return section;
 }
 

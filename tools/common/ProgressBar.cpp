@@ -53,8 +53,8 @@ bool canDrawProgress(std::FILE* output) {
     return isatty(fileno(output)) != 0 && variable("NO_COLOR").empty() && variable("TERM") != "dumb";
 }
 
-ProgressBar::ProgressBar(std::FILE* output, std::string text, std::uint64_t steps, bool isWanted)
-    : stream(output), label(std::move(text)), total(steps), isShown(isWanted && canDrawProgress(output)) {}
+ProgressBar::ProgressBar(std::FILE* output, std::string labelText, std::uint64_t stepCount, bool isWanted)
+    : stream(output), label(std::move(labelText)), total(stepCount), isShown(isWanted && canDrawProgress(output)) {}
 
 void ProgressBar::advance() {
     const std::lock_guard<std::mutex> guard(lock);

@@ -35,8 +35,8 @@ bool canDrawProgress(std::FILE* output);
 // Any thread may advance it.
 class ProgressBar {
 public:
-    // Borrows the stream. `total` is the number of steps. A bar that is not wanted is never drawn.
-    ProgressBar(std::FILE* output, std::string label, std::uint64_t total, bool isWanted = true);
+    // Borrows the stream. A bar that is not wanted is never drawn.
+    ProgressBar(std::FILE* output, std::string labelText, std::uint64_t stepCount, bool isWanted = true);
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
     ~ProgressBar() { clear(); }

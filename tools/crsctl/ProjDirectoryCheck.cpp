@@ -25,7 +25,6 @@
 namespace crsctl {
 
 using CoordinateTransformation::AXIS_ORDER_FILE;
-using CoordinateTransformation::FileText;
 using CoordinateTransformation::INIT_FILE;
 using CoordinateTransformation::InitFileDefinition;
 using CoordinateTransformation::ParameterList;

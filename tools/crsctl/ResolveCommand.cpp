@@ -20,7 +20,6 @@ using CoordinateTransformation::CodePair;
 using CoordinateTransformation::Crs;
 using CoordinateTransformation::CRS_84;
 using CoordinateTransformation::CrsDescriptions;
-using CoordinateTransformation::CRSindicationFormatInfo;
 using CoordinateTransformation::CrsNotConfigured;
 using CoordinateTransformation::CrsUnknownSyntaxOrAlias;
 using CoordinateTransformation::Misconfigured;
