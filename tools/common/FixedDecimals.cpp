@@ -13,7 +13,7 @@ namespace {
 __extension__ typedef unsigned __int128 Wide;
 
 constexpr int FRACTION_BITS = 52;
-constexpr int EXPONENT_BIAS = 1075;  // of the value taken as an integer times a power of two
+constexpr int EXPONENT_BIAS = 1075;  // of a value written as an integer times a power of two
 constexpr std::uint64_t FRACTION_MASK = (std::uint64_t{1} << FRACTION_BITS) - 1;
 constexpr int EXPONENT_MASK = 0x7FF;
 
@@ -42,8 +42,8 @@ constexpr std::array<char, 200> digitPairs() {
 
 constexpr auto DIGIT_PAIRS = digitPairs();
 
-// The magnitude times ten to the power `decimals`, rounded half to even. It is mantissa * 2^-shift with an exact
-// product below 2^113, so that all of it fits into 128 bits. False when the result does not fit into 64.
+// Sets `result` to the magnitude times 10^decimals, rounded half to even. The exact product of mantissa and power of
+// ten is below 2^113, so it fits into 128 bits. Returns false if the result does not fit into 64 bits.
 bool scaledAndRounded(std::uint64_t bits, int decimals, std::uint64_t& result) {
     const int exponent = static_cast<int>(bits >> FRACTION_BITS) & EXPONENT_MASK;
     const std::uint64_t mantissa = (bits & FRACTION_MASK) | (exponent == 0 ? 0 : FRACTION_MASK + 1);
@@ -63,14 +63,14 @@ bool scaledAndRounded(std::uint64_t bits, int decimals, std::uint64_t& result) {
     return true;
 }
 
-// Of 0 it is 1.
+// Returns the number of decimal digits; 1 for 0.
 int digitCount(std::uint64_t number) {
     const int bits = 64 - __builtin_clzll(number | 1U);
     const int least = bits * 1233 >> 12;  // times the logarithm of 2 to the base of 10
     return least + (number >= POWERS_OF_TEN[static_cast<std::size_t>(least)] ? 1 : 0);
 }
 
-// Takes the last `count` digits off `number` and writes them before `end`. Returns where they begin.
+// Removes the last `count` digits from `number` and writes them before `end`. Returns their beginning.
 char* moveDigitsBefore(char* end, std::uint64_t& number, int count) {
     for (; count > 1; count -= 2) {
         end -= 2;

@@ -13,7 +13,7 @@ namespace {
 constexpr std::array<int, 3> FINISHING_SIGNALS = {SIGINT, SIGTERM, SIGHUP};
 
 volatile std::sig_atomic_t caught = 0;
-// The handler writes to it, so that a signal between the check of `caught` and poll() ends the wait too.
+// A pipe to which the handler writes, so that a signal between the check of `caught` and poll() also ends the wait.
 std::array<int, 2> wakeUp = {-1, -1};
 
 void noteSignal(int signal) {
@@ -37,7 +37,7 @@ bool isIgnored(int signal) {
 
 }  // namespace
 
-void occupyStandardDescriptors() {
+void openMissingStandardDescriptors() {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         if (fcntl(descriptor, F_GETFD) < 0) open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
 }
@@ -60,7 +60,7 @@ void catchSignals() {
         if (!isIgnored(signal)) setHandler(signal, noteSignal, static_cast<int>(SA_RESETHAND));
 }
 
-int signalToFinish() { return caught; }
+int finishingSignal() { return caught; }
 
 void waitForInput(int descriptor) {
     std::array<pollfd, 2> watched = {pollfd{descriptor, POLLIN, 0}, pollfd{wakeUp[0], POLLIN, 0}};
@@ -72,7 +72,7 @@ bool hasInput(int descriptor) {
     return poll(&watched, 1, 0) > 0;
 }
 
-void leaveSignalsToOthers() {
+void blockFinishingSignals() {
     sigset_t finishing;
     sigemptyset(&finishing);
     for (const int signal : FINISHING_SIGNALS) sigaddset(&finishing, signal);

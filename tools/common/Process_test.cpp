@@ -61,18 +61,18 @@ TEST(Writing, ReportsAClosedPipeAndAFailure) {
     EXPECT_EQ(writeAll(-1, ""), WriteOutcome::WRITTEN);
 }
 
-TEST(StandardDescriptors, AreOccupiedWhereTheyAreClosed) {
+TEST(StandardDescriptors, AreOpenedIfTheyAreClosed) {
     EXPECT_EQ(resultInChild([] {
                   close(STDIN_FILENO);
                   close(STDOUT_FILENO);
-                  occupyStandardDescriptors();
+                  openMissingStandardDescriptors();
                   const bool isFree = dup(STDERR_FILENO) <= STDOUT_FILENO;
                   return !isFree && writeAll(STDOUT_FILENO, "text") == WriteOutcome::FAILED ? 0 : 1;
               }),
               0);
 }
 
-TEST(Input, IsThereOnceItWasWritten) {
+TEST(Input, IsAvailableAfterAWrite) {
     const Pipe pipe;
     EXPECT_FALSE(hasInput(pipe.reader()));
     writeAll(pipe.writer(), "x");
@@ -89,7 +89,7 @@ TEST_P(FinishingSignal, EndsTheWaitForInput) {
                   catchSignals();
                   std::raise(signal);
                   waitForInput(pipe.reader());
-                  return signalToFinish();
+                  return finishingSignal();
               }),
               signal);
 }
@@ -105,13 +105,13 @@ TEST_P(FinishingSignal, EndsTheProgramTheSecondTime) {
               -signal);
 }
 
-TEST_P(FinishingSignal, StaysIgnoredWhereTheParentHadItIgnored) {
+TEST_P(FinishingSignal, StaysIgnoredIfTheParentIgnoresIt) {
     const int signal = GetParam();
     EXPECT_EQ(resultInChild([signal] {
                   std::signal(signal, SIG_IGN);
                   catchSignals();
                   std::raise(signal);
-                  return signalToFinish();
+                  return finishingSignal();
               }),
               0);
 }
@@ -120,9 +120,9 @@ TEST_P(FinishingSignal, IsLeftToOtherThreads) {
     const int signal = GetParam();
     EXPECT_EQ(resultInChild([signal] {
                   catchSignals();
-                  leaveSignalsToOthers();
+                  blockFinishingSignals();
                   std::raise(signal);
-                  return signalToFinish();
+                  return finishingSignal();
               }),
               0);
 }

@@ -26,7 +26,7 @@ std::string formatted(const char* format, int first, int second) {
     return buffer.data();
 }
 
-// "0:07", "12:30", "3:05:00"; "-" before the first step.
+// Returns "0:07", "12:30" or "3:05:00"; "-" before the first step.
 std::string timeLeft(double share, double seconds) {
     if (share <= 0) return "-";
     const int left = static_cast<int>(std::lround(std::min(LONGEST_LEFT, seconds * (1 - share) / share)));

@@ -8,7 +8,7 @@
 
 namespace Tools {
 
-// Measures the seconds since it was made.
+// Measures the seconds since its construction.
 class Stopwatch {
 public:
     double seconds() const { return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(); }
@@ -17,31 +17,31 @@ private:
     std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
 };
 
-// The state of a run. A total of 0 counts as done.
+// The state of a run. A run with a total of 0 is done.
 struct Progress {
     std::uint64_t done;
     std::uint64_t total;
     double seconds;
 };
 
-// The line of a progress bar: "Work [######..................]  25 %  1,500 lines/s  0:06 left".
+// Returns the line of a progress bar: "Work [######..................]  25 %  1,500 lines/s  0:06 left".
 // The label and the note ("1,500 lines/s") may be empty.
 std::string progressLine(const std::string& label, const Progress& progress, const std::string& note);
 
-// Whether a progress bar may be drawn on `output`: it is a terminal with a cursor, and NO_COLOR is not set.
+// Returns whether a progress bar may be drawn on `output`: it is a terminal with a cursor, and NO_COLOR is not set.
 bool canDrawProgress(std::FILE* output);
 
 // A progress bar on a terminal, drawn a few times a second. On any other output it writes nothing.
 // Any thread may advance it.
 class ProgressBar {
 public:
-    // Borrows the stream. A bar that is not wanted is never drawn.
+    // The bar is never drawn unless `isWanted`. REQUIRES: `output` outlives the bar.
     ProgressBar(std::FILE* output, std::string labelText, std::uint64_t stepCount, bool isWanted = true);
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
     ~ProgressBar() { clear(); }
 
-    // One step.
+    // Adds one step.
     void advance();
     void advanceTo(std::uint64_t steps, const std::string& note);
     // Clears the line for other output; the next step may draw the bar again.

@@ -44,7 +44,7 @@ public:
     PseudoTerminal(const PseudoTerminal&) = delete;
     PseudoTerminal& operator=(const PseudoTerminal&) = delete;
 
-    // What was drawn so far.
+    // Returns the text that is drawn so far.
     std::string drawn() {
         std::fputc('$', output);
         std::fflush(output);

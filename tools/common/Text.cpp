@@ -26,7 +26,7 @@ void appendEscaped(std::string& out, char byte) {
     }
 }
 
-// The columns of a terminal that `text` fills: one for each character of UTF-8.
+// Returns the columns of `text` on a terminal: one for each character of UTF-8.
 std::size_t displayWidth(std::string_view text) {
     return text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), isContinuation));
 }
@@ -44,7 +44,7 @@ std::vector<std::size_t> columnWidths(const TableRows& rows) {
     return widths;
 }
 
-// Cuts between two characters.
+// Returns at most `limit` bytes of `text`. Does not cut inside a character of UTF-8.
 std::string_view cut(std::string_view text, std::size_t limit) {
     while (limit > 0 && isContinuation(text[limit])) --limit;
     return text.substr(0, limit);
@@ -87,7 +87,7 @@ std::string alignedColumns(const TableRows& rows, const std::string& indent) {
 }
 
 std::size_t editDistance(std::string_view left, std::string_view right) {
-    // The distances of the part of `left` so far from each beginning of `right`.
+    // The distances between the first i characters of `left` and each beginning of `right`.
     std::vector<std::size_t> distances(right.size() + 1);
     std::iota(distances.begin(), distances.end(), std::size_t{0});
     for (std::size_t i = 0; i < left.size(); ++i) {

@@ -48,7 +48,7 @@ TEST(TheEditDistance, CountsChangesButNotCapitals) {
     EXPECT_EQ(editDistance("kitten", "sitting"), 3U);
 }
 
-TEST(TheClosestWord, IsMeantByAMistypedOne) {
+TEST(TheClosestWord, IsFoundForAMistypedOne) {
     const std::vector<std::string> known = {"resolve", "transform", "check", "find"};
     EXPECT_EQ(closest("trasform", known), "transform");
     EXPECT_EQ(closest("Check", known), "check");

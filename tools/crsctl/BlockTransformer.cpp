@@ -40,7 +40,7 @@ Crs crsNamed(const std::string& name, const Session& session) {
 
 bool isUsable(const boost::optional<int>& decimals) { return decimals && *decimals >= 0 && *decimals <= MAX_DECIMALS; }
 
-// Those of the configured entry. A number of places that cannot be written counts as none.
+// Returns nothing if the entry has no decimal places, or a number of them that cannot be written.
 std::optional<int> configuredDecimals(const AbstractCrs& crs, const Session& session) {
     const CrsConfigData* const entry = session.config().getEntryFor(crs);
     if (entry == nullptr || !isUsable(entry->getNumberOfDecimalPlaces())) return std::nullopt;
@@ -95,7 +95,7 @@ Decimals CrsPair::decimals(Shape shape) const {
             horizontalDecimals};
 }
 
-std::string CrsPair::refusalOf(const CoordinateLine& point) const {
+std::string CrsPair::failureReason(const CoordinateLine& point) const {
     Ordinates moved = point.value;
     try {
         if (point.count > Z)
@@ -112,7 +112,7 @@ namespace {
 
 std::string tooLongReason() { return "the line is longer than " + std::to_string(LONGEST_LINE) + " bytes"; }
 
-// Takes the next line off `lines`; the last one may have no end of its own.
+// Removes the first line from `lines` and returns it. The last line may lack its line end.
 InputLine takeLine(std::string_view& lines, std::uint64_t number) {
     const char* const begin = lines.data();
     const auto* lineEnd = static_cast<const char*>(std::memchr(begin, '\n', lines.size()));
@@ -137,7 +137,7 @@ BlockTransformer::BlockTransformer(const CrsPair& crsPair, const LineOptions& li
     try {
         transformer.emplace(pair.source(), pair.target());
     } catch (const TransExecException& failure) {
-        noOperation = failure.what();
+        missingOperation = failure.what();
     }
 }
 
@@ -150,16 +150,16 @@ void BlockTransformer::process(const Block& block, BlockResult& result) {
     result.stopped = !goesOn || !finishRows(block, result);
 }
 
-// False when a line is refused and nothing behind it is wanted.
+// Returns false if a line is refused and the run stops there.
 bool BlockTransformer::addLine(const InputLine& line, const Block& block, BlockResult& result) {
-    if (!block.tooLong && isPassedOver(line.text)) {
+    if (!block.tooLong && isIgnored(line.text)) {
         if (!finishRows(block, result)) return false;
         ++result.counts.lines;
-        ++result.counts.passedOver;
-        writePassedOver(result.output, options.format, line);
+        ++result.counts.ignored;
+        writeIgnored(result.output, options.format, line);
         return true;
     }
-    if (waiting == MOST_ROWS && !finishRows(block, result)) return false;
+    if (waiting == MAX_ROWS && !finishRows(block, result)) return false;
     Row& row = rows[waiting];
     row.line = line;
     std::string reason;
@@ -175,12 +175,12 @@ bool BlockTransformer::addLine(const InputLine& line, const Block& block, BlockR
     return true;
 }
 
-bool BlockTransformer::isPassedOver(std::string_view line) const {
+bool BlockTransformer::isIgnored(std::string_view line) const {
     if (!options.comment.empty() && line.substr(0, options.comment.size()) == options.comment) return true;
     return isBlank(line);
 }
 
-// Transforms and writes the rows that wait. False as addLine.
+// Transforms and writes the waiting rows. Returns false in the same case as addLine.
 bool BlockTransformer::finishRows(const Block& block, BlockResult& result) {
     if (waiting == 0) return true;
     const bool isPoints = options.format.layout.shape == Shape::POINT;
@@ -207,21 +207,21 @@ void BlockTransformer::transformPoints() {
     for (std::size_t i = 0; i < waiting; ++i) results[i] = rows[i].read.value;
     double* const first = results.front().data();
     double* const heights = rows.front().read.count > Z ? first + Z : nullptr;
-    transformer->transform(waiting, first + X, first + Y, heights, MOST_ORDINATES, failed.data());
+    transformer->transform(waiting, first + X, first + Y, heights, MAX_ORDINATES, failed.data());
 }
 
-// False with a reason.
+// Returns false, and sets the reason, if the row cannot be transformed.
 bool BlockTransformer::isTransformed(std::size_t index, std::string& reason) {
     if (options.format.layout.shape == Shape::BOX) return transformBox(index, reason);
     const CoordinateLine& point = rows[index].read;
     if (!failed[index] && areFinite(results[index], point.count)) return true;
-    reason = pair.refusalOf(point);
+    reason = pair.failureReason(point);
     return false;
 }
 
 bool BlockTransformer::transformBox(std::size_t index, std::string& reason) {
     const auto& [minX, minY, maxX, maxY] = rows[index].read.value;
-    reason = noOperation;
+    reason = missingOperation;
     if (!transformer) return false;
     try {
         const Bounds bounds = transformer->transformBounds({minX, minY, maxX, maxY}, options.pointsPerEdge);

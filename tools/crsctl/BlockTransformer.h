@@ -20,46 +20,46 @@ class Session;
 // The CRS from which and to which a run transforms. Threads may share it.
 class CrsPair {
 public:
-    // InputRefused, with the server's words, when it refuses one of the names.
+    // Throws InputRefused with the server's message if the server refuses one of the names.
     CrsPair(const Session& session, const std::string& from, const std::string& to);
 
     const CoordinateTransformation::AbstractCrs& source() const { return *sourceCrs.get(); }
     const CoordinateTransformation::AbstractCrs& target() const { return *targetCrs.get(); }
 
-    // Of the target: those of its configured entry, else what suits its unit. A height above a geographic CRS is taken
-    // for metres.
+    // Returns the decimal places of the target's configured entry, or else the default for its unit. The height above
+    // a geographic CRS has the default for metres.
     Decimals decimals(Shape shape) const;
-    // Whether the point is outside the areas of use of the two CRS and would be inside with latitude and longitude
-    // exchanged. Only a source in degrees can show that.
+    // Returns whether the point is outside the area of use of either CRS, but inside both with latitude and longitude
+    // exchanged. Returns false if the source is not in degrees.
     bool looksExchanged(const Ordinates& point) const;
-    // The library's reason for a point that it cannot transform, or whose result is not finite.
-    std::string refusalOf(const CoordinateLine& point) const;
+    // Returns the reason why the point cannot be transformed: the library's message, or that the result is not finite.
+    std::string failureReason(const CoordinateLine& point) const;
 
 private:
     CoordinateTransformation::Crs sourceCrs;
     CoordinateTransformation::Crs targetCrs;
     int horizontalDecimals;
-    // Where points are expected, if the source is geographic, in degrees; null for the whole earth.
     bool isSourceInDegrees = false;
+    // The areas of use, in degrees. Null means the whole earth.
     const CoordinateTransformation::GeographicBox* sourceArea = nullptr;
     const CoordinateTransformation::GeographicBox* targetArea = nullptr;
 };
 
-// The treatment of a refused line. It is always reported.
+// The output for a refused line. Every refused line is reported.
 enum class ErrorMode { STOP, MARK, SKIP };
 
 // How lines are read and written.
 struct LineOptions {
     RowFormat format;
-    std::string comment = "#";  // the beginning of a comment; empty: there are no comments
+    std::string comment = "#";  // the text that begins a comment; if it is empty, there are no comments
     ErrorMode errors = ErrorMode::MARK;
-    unsigned int pointsPerEdge = 21;      // of a box
-    bool exchanged = false;               // the first two ordinates of each result
-    std::vector<std::string> inputNames;  // for reports
+    unsigned int pointsPerEdge = 21;      // on each edge of a box, between its corners
+    bool exchanged = false;               // whether the first two ordinates of each result are exchanged
+    std::vector<std::string> inputNames;  // for messages
 };
 
-// Transforms the points or boxes of blocks of lines. Allocates nothing for a point that is not refused. One thread at
-// a time uses it; threads may share the pair of CRS.
+// Transforms the points or boxes in blocks of lines. Does not allocate memory for a point unless it is refused. Only
+// one thread at a time may use it; threads may share the pair of CRS.
 class BlockTransformer {
 public:
     BlockTransformer(const CrsPair& crsPair, const LineOptions& lineOptions);
@@ -74,7 +74,7 @@ private:
     };
 
     bool addLine(const InputLine& line, const Block& block, BlockResult& result);
-    bool isPassedOver(std::string_view line) const;
+    bool isIgnored(std::string_view line) const;
     bool finishRows(const Block& block, BlockResult& result);
     void transformPoints();
     bool isTransformed(std::size_t index, std::string& reason);
@@ -82,19 +82,19 @@ private:
     bool refuse(const Row& row, bool isRead, const std::string& reason, const Block& block, BlockResult& result) const;
     void report(const InputLine& line, const std::string& reason, const Block& block, BlockResult& result) const;
 
-    // Of one call of the library.
-    static constexpr std::size_t MOST_ROWS = 128;
+    // One call of the library transforms at most this many rows.
+    static constexpr std::size_t MAX_ROWS = 128;
 
     const CrsPair& pair;
     LineOptions options;
-    // None, with the reason, if there is no operation between the two CRS.
+    // Empty if there is no operation between the two CRS; `missingOperation` is then the reason.
     std::optional<CoordinateTransformation::PointTransformer> transformer;
-    std::string noOperation;
-    // The first `waiting` lines wait for the call, all with the same number of ordinates.
-    std::array<Row, MOST_ROWS> rows;
+    std::string missingOperation;
+    // The first `waiting` rows are read but not transformed. All have the same number of ordinates.
+    std::array<Row, MAX_ROWS> rows;
     std::size_t waiting = 0;
-    std::array<Ordinates, MOST_ROWS> results;
-    std::array<bool, MOST_ROWS> failed;
+    std::array<Ordinates, MAX_ROWS> results;
+    std::array<bool, MAX_ROWS> failed;
 };
 
 }  // namespace crsctl

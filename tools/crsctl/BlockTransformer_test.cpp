@@ -37,7 +37,7 @@ void PrintTo(const DecimalsCase& decimals, std::ostream* stream) { *stream << de
 
 class TheDecimals : public testing::TestWithParam<DecimalsCase> {};
 
-TEST_P(TheDecimals, AreThoseOfTheEntryThatFitsBest) {
+TEST_P(TheDecimals, AreThoseOfTheBestEntry) {
     const ConfiguredSession session(CONFIGURED_DECIMALS);
     const CrsPair pair(*session, "4326", GetParam().target);
     const int horizontal = GetParam().horizontal;
@@ -55,7 +55,7 @@ INSTANTIATE_TEST_SUITE_P(Targets, TheDecimals,
                                          DecimalsCase{"epsg.xml#25832", 1, 1}, DecimalsCase{"25833", 4, 4},
                                          DecimalsCase{"25831", 3, 3}, DecimalsCase{"25830", 3, 3}));
 
-TEST(APoint, LooksExchangedWhereItWouldBeInTheAreaOfUseExchanged) {
+TEST(APoint, LooksExchangedIfOnlyItsExchangeIsInTheAreaOfUse) {
     const UnconfiguredSession session;
     const CrsPair pair(session, "EPSG:4326", "EPSG:25832");
     EXPECT_FALSE(pair.looksExchanged({53.5, 9.9}));
@@ -64,18 +64,18 @@ TEST(APoint, LooksExchangedWhereItWouldBeInTheAreaOfUseExchanged) {
     EXPECT_FALSE(CrsPair(session, "EPSG:25832", "EPSG:4326").looksExchanged({9.9, 53.5}));
 }
 
-TEST(ARefusedPoint, HasTheReasonOfTheLibrary) {
+TEST(ARefusedPoint, HasTheMessageOfTheLibrary) {
     const ConfiguredSession session(CONFIGURED_DECIMALS);
     const CrsPair pair(*session, "4326", "UTM32");
     for (const std::size_t count : {2U, 3U}) {
         const CoordinateLine noSuchLatitude{{95, 9, 0, 0}, {}, count, ' '};
-        EXPECT_EQ(pair.refusalOf(noSuchLatitude), "Invalid coordinate");
+        EXPECT_EQ(pair.failureReason(noSuchLatitude), "Invalid coordinate");
         const CoordinateLine accepted{{50, 9, 0, 0}, {}, count, ' '};
-        EXPECT_EQ(pair.refusalOf(accepted), "the result is not finite");
+        EXPECT_EQ(pair.failureReason(accepted), "the result is not finite");
     }
 }
 
-TEST(ARefusedCrs, EndsTheTransformationWithTheServersWords) {
+TEST(ARefusedCrs, EndsTheTransformationWithTheMessageOfTheServer) {
     const ConfiguredSession session(CONFIGURED_DECIMALS);
     try {
         const CrsPair pair(*session, "CRS:84", "EPSG:3857");
@@ -105,7 +105,7 @@ protected:
         return options;
     }
 
-    // Holds until the next call.
+    // The result is valid until the next call.
     const BlockResult& resultOf(const Block& block, const LineOptions& options) {
         lastResult.clear();
         BlockTransformer(pair, options).process(block, lastResult);
@@ -137,13 +137,13 @@ TEST_F(Transforming, EndsALastLineThatHasNoEnd) {
     EXPECT_EQ(resultOf("9 50").output.view(), "500000.00\t5538630.70\n");
 }
 
-TEST_F(Transforming, PassesOverBlankLinesAndComments) {
+TEST_F(Transforming, IgnoresBlankLinesAndComments) {
     const BlockResult& result = resultOf("# 9 50\n\n \t\n9 50\n");
     EXPECT_EQ(result.output.view(), "# 9 50\n\n \t\n500000.00\t5538630.70\n");
-    EXPECT_EQ(result.counts.passedOver, 3U);
+    EXPECT_EQ(result.counts.ignored, 3U);
 }
 
-TEST_F(Transforming, TakesAnotherBeginningOfCommentsOrNone) {
+TEST_F(Transforming, AcceptsAnotherCommentMarkOrNone) {
     LineOptions options = lineOptions();
     options.comment = "//";
     EXPECT_EQ(resultOf("// 9\n# 9\n", options).counts.refused, 1U);
@@ -151,7 +151,7 @@ TEST_F(Transforming, TakesAnotherBeginningOfCommentsOrNone) {
     EXPECT_EQ(resultOf("# 9\n9 50\n", options).counts.refused, 1U);
 }
 
-TEST_F(Transforming, MarksBadLinesAndGoesOn) {
+TEST_F(Transforming, MarksBadLinesAndContinues) {
     const BlockResult& result = resultOf("abc\n9 95\n9 50\n");
     EXPECT_EQ(result.output.view(), "*\t* abc\n*\t*\n500000.00\t5538630.70\n");
     EXPECT_EQ(result.counts.refused, 2U);
@@ -175,7 +175,7 @@ TEST_F(Transforming, StopsAtABadLine) {
     EXPECT_EQ(result.counts.lines, 2U);
 }
 
-TEST_F(Transforming, ReportsALineTooLongWithItsBeginning) {
+TEST_F(Transforming, ReportsTheBeginningOfAnOverlongLine) {
     const BlockResult& result = resultOf({"9 50 xxx", 12, 0, true}, lineOptions());
     EXPECT_EQ(result.reports.view(),
               "crsctl transform: points.txt:12: the line is longer than 1048576 bytes: 9 50 xxx\n");
@@ -183,7 +183,7 @@ TEST_F(Transforming, ReportsALineTooLongWithItsBeginning) {
     EXPECT_EQ(resultOf("9 50 " + std::string(LONGEST_LINE, 'x') + "\n9 50\n").counts.refused, 1U);
 }
 
-TEST_F(Transforming, ReportsInOneLineWhateverTheInput) {
+TEST_F(Transforming, ReportsEveryInputInOneLine) {
     const BlockResult& result = resultOf("\x1B[31m" + std::string(1000, 'y') + "\r\n");
     EXPECT_EQ(std::count(result.reports.view().begin(), result.reports.view().end(), '\n'), 1);
     EXPECT_EQ(result.reports.view().find('\x1B'), std::string::npos);
@@ -196,7 +196,7 @@ TEST_F(Transforming, RefusesAResultThatIsNotFinite) {
     EXPECT_EQ(result.counts.refused, 1U);
 }
 
-// More lines than one call of the library takes, heights and bad lines among them.
+// The input has more lines than one call of the library transforms, among them heights and bad lines.
 TEST_F(Transforming, KeepsTheOrderOfLines) {
     std::string lines;
     std::string expected;
@@ -211,7 +211,7 @@ TEST_F(Transforming, KeepsTheOrderOfLines) {
     EXPECT_EQ(outputOf(lines), expected);
 }
 
-TEST_F(Transforming, TakesTheDecimalsThatAreAskedFor) {
+TEST_F(Transforming, WritesTheRequestedDecimals) {
     LineOptions options = lineOptions();
     options.format.decimals.fill(0);
     EXPECT_EQ(resultOf("9 50 100\n", options).output.view(), "500000\t5538631 100\n");
@@ -232,7 +232,7 @@ TEST_P(ABox, IsWrittenWhereItsLineWas) {
               "# boxes\n" + std::string(GetParam().output) + "\n");
 }
 
-// The boxes are those around what cs2cs writes for the corners and for 21 points between them on each edge.
+// Each box contains the results of cs2cs for the corners and for 21 points between them on each edge.
 INSTANTIATE_TEST_SUITE_P(Lines, ABox,
                          testing::Values(BoxCase{"9 50 9 50", "500000.00 5538630.70 500000.00 5538630.70"},
                                          BoxCase{"9 50 9 51 the meridian",
@@ -259,7 +259,7 @@ TEST_F(Transforming, StopsAtABadBox) {
 }
 
 // The middle of the southern edge, on the central meridian, is farther south than its ends.
-TEST_F(Transforming, TakesAsManyPointsPerEdgeAsAreAskedFor) {
+TEST_F(Transforming, TransformsTheRequestedPointsPerEdge) {
     LineOptions options = lineOptions(Shape::BOX);
     options.pointsPerEdge = 0;
     EXPECT_EQ(resultOf("8 50 10 51\n", options).output.view(), "428333.55 5539109.82 571666.45 5650300.79\n");

@@ -14,9 +14,9 @@
 
 namespace crsctl {
 
+using Tools::blockFinishingSignals;
+using Tools::finishingSignal;
 using Tools::hasInput;
-using Tools::leaveSignalsToOthers;
-using Tools::signalToFinish;
 using Tools::waitForInput;
 
 namespace {
@@ -35,7 +35,7 @@ int openForReading(const std::string& path) {
     return descriptor;
 }
 
-// Another process may have read a part of standard input.
+// Another process may have read a part of standard input, so its offset counts.
 std::uint64_t bytesLeft(const std::string& path, const struct stat& status) {
     const auto size = static_cast<std::uint64_t>(status.st_size);
     const off_t offset = path == "-" ? lseek(STDIN_FILENO, 0, SEEK_CUR) : 0;
@@ -66,21 +66,21 @@ InputFile::~InputFile() {
 std::optional<std::size_t> InputFile::read(char* to, std::size_t size) {
     for (;;) {
         if (!regular) wait();
-        if (signalToFinish() != 0) return std::nullopt;
+        if (finishingSignal() != 0) return std::nullopt;
         const ssize_t count = ::read(descriptor, to, size);
         if (count >= 0) return static_cast<std::size_t>(count);
         if (errno != EINTR && errno != EAGAIN) fail(name, errno);
     }
 }
 
-bool InputFile::mustWait() const { return !regular && signalToFinish() == 0 && !hasInput(descriptor); }
+bool InputFile::mustWait() const { return !regular && finishingSignal() == 0 && !hasInput(descriptor); }
 
 void InputFile::wait() const { waitForInput(descriptor); }
 
 namespace {
 
 constexpr std::size_t READ_SIZE = std::size_t{1} << 16U;
-// The part of a line too long that is reported.
+// A report shows this many bytes of a line that is too long.
 constexpr std::size_t EXCERPT_SIZE = 256;
 constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 
@@ -123,7 +123,7 @@ Next BlockReader::next(Block& block) {
     while (current < inputs.size()) {
         if (!ensureStarted()) return Next::END;
         if (skipping) skipRestOfLine();
-        if (takeLines(block) || takeTooLongLine(block)) return Next::BLOCK;
+        if (takeLines(block) || takeOverlongLine(block)) return Next::BLOCK;
         if (!ended) {
             if (file->mustWait()) return Next::NOT_YET;
             if (!fill()) return Next::END;
@@ -137,7 +137,7 @@ Next BlockReader::next(Block& block) {
     return Next::END;
 }
 
-// False when a signal asks to finish.
+// Returns false if a signal asks the program to finish.
 bool BlockReader::ensureStarted() {
     if (started) return true;
     if (!file) file = std::make_unique<InputFile>(inputs[current]);
@@ -174,7 +174,7 @@ bool BlockReader::takeHeader() {
     return true;
 }
 
-// False when a signal asks to finish.
+// Returns false if a signal asks the program to finish.
 bool BlockReader::fill() {
     std::memmove(buffer.data(), buffer.data() + begin, end - begin);
     end -= begin;
@@ -206,7 +206,7 @@ bool BlockReader::takeLastLine(Block& block) {
     return true;
 }
 
-bool BlockReader::takeTooLongLine(Block& block) {
+bool BlockReader::takeOverlongLine(Block& block) {
     if (buffered().size() <= LONGEST_LINE) return false;
     fillBlock(block, EXCERPT_SIZE, buffered().size());
     block.tooLong = true;
@@ -237,20 +237,20 @@ void BlockReader::consume(std::size_t size) {
 
 namespace {
 
-// So that no thread runs out of blocks while the oldest result is written.
+// Threads have this many further blocks while the oldest result is written.
 constexpr std::size_t BLOCKS_AHEAD = 2;
 
 }  // namespace
 
-BlockThreads::BlockThreads(std::size_t mostThreads, MakeProcessor makeProcessor)
-    : most(mostThreads), make(std::move(makeProcessor)), jobs(mostThreads + BLOCKS_AHEAD) {}
+BlockThreads::BlockThreads(std::size_t maxThreads, MakeProcessor makeProcessor)
+    : most(maxThreads), make(std::move(makeProcessor)), jobs(maxThreads + BLOCKS_AHEAD) {}
 
 BlockThreads::~BlockThreads() {
     {
         const std::lock_guard<std::mutex> lock(mutex);
         ending = true;
     }
-    blockIsThere.notify_all();
+    blockAvailable.notify_all();
     for (std::thread& thread : threads) thread.join();
 }
 
@@ -267,7 +267,7 @@ void BlockThreads::submit(const Block& block) {
         ++submitted;
         isThreadNeeded = submitted - begun > idleThreads && threads.size() < most;
     }
-    blockIsThere.notify_one();
+    blockAvailable.notify_one();
     if (isThreadNeeded) startThread();
 }
 
@@ -282,19 +282,19 @@ void BlockThreads::startThread() {
 const BlockResult& BlockThreads::take() {
     Job& job = jobNumber(taken);
     std::unique_lock<std::mutex> lock(mutex);
-    resultIsThere.wait(lock, [&job] { return job.done; });
+    resultAvailable.wait(lock, [&job] { return job.done; });
     ++taken;
     if (job.failure) std::rethrow_exception(std::exchange(job.failure, nullptr));
     return job.result;
 }
 
 void BlockThreads::work() {
-    leaveSignalsToOthers();
+    blockFinishingSignals();
     ProcessBlock process;
     std::unique_lock<std::mutex> lock(mutex);
     for (;;) {
         ++idleThreads;
-        blockIsThere.wait(lock, [this] { return ending || begun < submitted; });
+        blockAvailable.wait(lock, [this] { return ending || begun < submitted; });
         --idleThreads;
         if (ending) return;
         Job& job = jobNumber(begun++);
@@ -302,7 +302,7 @@ void BlockThreads::work() {
         run(job, process);
         lock.lock();
         job.done = true;
-        resultIsThere.notify_one();
+        resultAvailable.notify_one();
     }
 }
 

@@ -16,10 +16,10 @@
 
 namespace crsctl {
 
-// Bytes on their way out, appended without an allocation once the buffer has found its size.
+// A buffer for output. It keeps its memory, so that appending rarely allocates.
 class OutputBuffer {
 public:
-    // Room for `size` bytes behind what is there; what was written there counts after commit().
+    // Returns room for `size` bytes after the content. commit() adds the bytes written there to the content.
     char* reserve(std::size_t size) {
         if (bytes.size() - used < size) bytes.resize(2 * bytes.size() + size);
         return bytes.data() + used;
@@ -44,12 +44,12 @@ private:
     std::size_t used = 0;
 };
 
-// Whole lines of one input, in their order.
+// Consecutive whole lines of one input.
 struct Block {
     std::string_view lines;
-    std::uint64_t firstLine = 1;  // its number within its input
-    std::uint32_t input = 0;      // which of the inputs
-    // `lines` is the beginning of a single line that is longer than a line may be.
+    std::uint64_t firstLine = 1;  // its number within the input
+    std::uint32_t input = 0;      // the index of the input
+    // Whether `lines` is only the beginning of one line, which is longer than LONGEST_LINE.
     bool tooLong = false;
 };
 
@@ -57,14 +57,14 @@ struct Counts {
     std::uint64_t lines = 0;
     std::uint64_t transformed = 0;
     std::uint64_t refused = 0;
-    std::uint64_t passedOver = 0;     // blank lines and comments
-    std::uint64_t lookExchanged = 0;  // points with latitude and longitude exchanged, probably
+    std::uint64_t ignored = 0;        // blank lines and comments
+    std::uint64_t lookExchanged = 0;  // points whose latitude and longitude look exchanged
 
     Counts& operator+=(const Counts& other) {
         lines += other.lines;
         transformed += other.transformed;
         refused += other.refused;
-        passedOver += other.passedOver;
+        ignored += other.ignored;
         lookExchanged += other.lookExchanged;
         return *this;
     }
@@ -72,10 +72,10 @@ struct Counts {
 
 // The result of a block.
 struct BlockResult {
-    OutputBuffer output;   // for standard output
-    OutputBuffer reports;  // a line for each refused line
+    OutputBuffer output;   // text for standard output
+    OutputBuffer reports;  // text for standard error, one line for each refused line
     Counts counts;
-    bool stopped = false;  // at a refused line: nothing behind it was looked at
+    bool stopped = false;  // at a refused line; the lines after it are not read
 
     void clear() {
         output.clear();
@@ -88,25 +88,26 @@ struct BlockResult {
 // Fills an empty result from a block.
 using ProcessBlock = std::function<void(const Block&, BlockResult&)>;
 
-// Makes sure that the input at `path` ("-": standard input) is there and may be read, without opening it: a pipe is
-// opened once. The bytes it holds when it is a regular file. SetUpError with the system's reason.
+// Checks that the input at `path` ("-": standard input) exists and is readable. Does not open it, because a pipe can be
+// opened only once. Returns its unread bytes if it is a regular file, otherwise nothing. Throws SetUpError with the
+// system's reason.
 std::optional<std::uint64_t> requireReadable(const std::string& path);
 
-// An input while it is read. Closes what it has opened.
+// An open input. The destructor closes it unless it is standard input.
 class InputFile {
 public:
-    // SetUpError when it cannot be opened.
+    // Throws SetUpError if the input cannot be opened.
     explicit InputFile(const std::string& path);
     ~InputFile();
     InputFile(const InputFile&) = delete;
     InputFile& operator=(const InputFile&) = delete;
 
-    // Up to `size` bytes, as soon as there are any; 0 at the end. Empty when a signal asks to finish.
-    // SetUpError when reading fails.
+    // Reads up to `size` bytes, as soon as there are any. Returns their number, 0 at the end, or nothing if a signal
+    // asks the program to finish. Throws SetUpError if reading fails.
     std::optional<std::size_t> read(char* to, std::size_t size);
-    // Whether there is neither input nor its end yet, nor a signal.
+    // Returns whether reading would wait: there is no input, no end of input and no signal.
     bool mustWait() const;
-    // Waits until that changes.
+    // Waits until mustWait() is false.
     void wait() const;
 
 private:
@@ -115,37 +116,36 @@ private:
     bool regular;
 };
 
-// The longest line that is read, without its end.
+// The length of the longest line that is read, without its line end.
 constexpr std::size_t LONGEST_LINE = std::size_t{1} << 20U;
 
-// The next part of the inputs.
+// The result of asking for the next block.
 enum class Next { BLOCK, NOT_YET, END };
 
-// Reads inputs one after another, in blocks of whole lines, in memory that does not grow. Input from a pipe or
-// a terminal is passed on as it arrives. A byte-order mark at the beginning of an input is dropped.
+// Reads inputs one after another in blocks of whole lines, in a bounded amount of memory. Returns lines from a pipe or
+// a terminal as they arrive. Drops a byte-order mark at the beginning of an input.
 class BlockReader {
 public:
-    // `paths` may hold "-" for standard input. With `headers` the first line of each input is no point.
-    // SetUpError when an input is not there or may not be read.
+    // "-" in `paths` is standard input. With `headers` the first line of each input is a header.
+    // Throws SetUpError if an input does not exist or is not readable.
     BlockReader(const std::vector<std::string>& paths, bool headers);
     // Reads `text` instead of a file.
     explicit BlockReader(std::string_view text);
 
-    // The header of the first input, without its line end; empty when there is none. Waits for it. To be asked
-    // for before the first block.
+    // Waits for the header of the first input and returns it without its line end; empty if there is none.
+    // REQUIRES: next() was not called yet.
     std::string header();
-    // The next block; its text holds until the next call. The end also when a signal asks to finish.
-    // SetUpError when an input cannot be read.
+    // Sets `block` to the next block. Its text is valid until the next call. Returns END also if a signal asks the
+    // program to finish. Throws SetUpError if an input cannot be read.
     Next next(Block& block);
-    // After NOT_YET: waits for input or a signal. Before the first block and after this, next() may still wait for the
-    // beginning of an input.
+    // After NOT_YET: waits for input or a signal. Even so, next() may wait for the beginning of an input.
     void wait() const {
         if (file) file->wait();
     }
 
-    // The bytes of all inputs, when all are regular files.
+    // Returns the bytes of all inputs if all are regular files, otherwise nothing.
     std::optional<std::uint64_t> bytesInAll() const { return totalBytes; }
-    // Of the blocks so far and what was dropped between them.
+    // Returns the bytes of the blocks so far, and of what was dropped between them.
     std::uint64_t bytesConsumed() const { return consumedBytes; }
 
 private:
@@ -157,7 +157,7 @@ private:
     bool fill();
     bool takeLines(Block& block);
     bool takeLastLine(Block& block);
-    bool takeTooLongLine(Block& block);
+    bool takeOverlongLine(Block& block);
     void skipRestOfLine();
     void fillBlock(Block& block, std::size_t size, std::size_t consumed);
     void consume(std::size_t size);
@@ -170,37 +170,37 @@ private:
 
     std::unique_ptr<InputFile> file;
     std::uint32_t current = 0;  // index of the input being read
-    bool started = false;       // what comes before the points of the current input is behind
-    bool ended = false;         // the current input has no bytes beyond those in the buffer
-    bool skipping = false;      // within the rest of a line too long
+    bool started = false;       // the byte-order mark and the header of the current input are read
+    bool ended = false;         // all bytes of the current input are read
+    bool skipping = false;      // the buffer begins inside a line that is too long
 
     std::vector<char> buffer;
     std::size_t begin = 0;
     std::size_t end = 0;
-    std::size_t searched = 0;  // there is no line end in the buffer before this position
+    std::size_t searched = 0;  // the buffer has no line end before this position
     std::uint64_t lineNumber = 1;
     std::uint64_t consumedBytes = 0;
 };
 
-// Threads that process blocks side by side. A thread starts when a block would wait otherwise, and makes its own
-// processor with its first block. Results come in the order of the blocks.
+// Threads that process blocks in parallel. A new thread starts if a block would wait otherwise; it makes its own
+// processor for its first block. Results are in the order of the blocks. One thread uses this object.
 class BlockThreads {
 public:
     using MakeProcessor = std::function<ProcessBlock()>;
 
-    BlockThreads(std::size_t mostThreads, MakeProcessor makeProcessor);
-    // Blocks that no thread has begun are dropped.
+    BlockThreads(std::size_t maxThreads, MakeProcessor makeProcessor);
+    // Drops the blocks that no thread has begun, and waits for the others.
     ~BlockThreads();
     BlockThreads(const BlockThreads&) = delete;
     BlockThreads& operator=(const BlockThreads&) = delete;
 
-    // Whether no result is due.
+    // Returns whether every result was taken.
     bool isEmpty() const { return taken == submitted; }
     bool isFull() const { return submitted - taken == jobs.size(); }
-    // Copies the block. REQUIRES: it is not full. SetUpError when the system has no thread to give.
+    // Copies the block. Throws SetUpError if the system cannot start a thread. REQUIRES: !isFull().
     void submit(const Block& block);
-    // Waits for the oldest result, which holds until the next block is submitted. Raises what its processor raised.
-    // REQUIRES: it is not empty.
+    // Waits for the oldest result and returns it. It is valid until the next block is submitted. Throws the exception
+    // that its processor threw. REQUIRES: !isEmpty().
     const BlockResult& take();
 
 private:
@@ -219,13 +219,13 @@ private:
 
     const std::size_t most;
     const MakeProcessor make;
-    // Used in a ring. A job belongs to the thread that has begun it until it is done, otherwise to the caller.
+    // A ring. A job belongs to the thread that has begun it until it is done, otherwise to the caller.
     std::vector<Job> jobs;
     std::size_t taken = 0;
 
-    std::mutex mutex;  // of what follows and of `done`
-    std::condition_variable blockIsThere;
-    std::condition_variable resultIsThere;
+    std::mutex mutex;  // guards the members from `submitted` to `ending`, and Job::done
+    std::condition_variable blockAvailable;
+    std::condition_variable resultAvailable;
     std::size_t submitted = 0;
     std::size_t begun = 0;
     std::size_t idleThreads = 0;

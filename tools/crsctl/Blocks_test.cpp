@@ -27,15 +27,15 @@ std::string failureOf(Action action) {
     return "";
 }
 
-// It may have gone since it was found to be there.
-TEST(AnInputFile, SaysWhyItCannotBeOpened) {
+// The file may be removed between the check and the opening.
+TEST(AnInputFile, ReportsWhyItCannotBeOpened) {
     EXPECT_EQ(failureOf([] { const InputFile file("/no/such/file"); }), "/no/such/file: No such file or directory");
     const TemporaryFile noDirectory("");
     const std::string path = noDirectory.path() + "/file";
     EXPECT_EQ(failureOf([&path] { const InputFile file(path); }), path + ": Not a directory");
 }
 
-TEST(AnInputFile, SaysWhyItCannotBeRead) {
+TEST(AnInputFile, ReportsWhyItCannotBeRead) {
     char byte = 0;
     EXPECT_EQ(failureOf([&byte] { InputFile("/").read(&byte, 1); }), "/: Is a directory");
 }
@@ -89,7 +89,7 @@ TEST(Reading, FindsNothingInAnEmptyInput) {
     EXPECT_THAT(linesOf("a header alone", true), ElementsAre());
 }
 
-TEST(Reading, TakesTheLastLineWithoutAnEnd) {
+TEST(Reading, AcceptsALastLineWithoutALineEnd) {
     EXPECT_THAT(linesOf("1\n2\n3"), ElementsAre(ReadLine{0, 1, "1\n"}, ReadLine{0, 2, "2\n"}, ReadLine{0, 3, "3"}));
 }
 
@@ -121,7 +121,7 @@ TEST(Reading, CountsTheLinesOfEachInput) {
     EXPECT_EQ(reader.bytesConsumed(), 8U);
 }
 
-TEST(Reading, TakesTheHeaderOffEveryInput) {
+TEST(Reading, DropsTheHeaderOfEveryInput) {
     const TemporaryFile first("\xEF\xBB\xBFlon lat\r\n1\n");
     const TemporaryFile second("longitude latitude\n2\n");
     BlockReader reader({first.path(), second.path()}, true);
@@ -129,7 +129,7 @@ TEST(Reading, TakesTheHeaderOffEveryInput) {
     EXPECT_THAT(linesOf(reader), ElementsAre(ReadLine{0, 2, "1\n"}, ReadLine{1, 2, "2\n"}));
 }
 
-// Lines of every length around those of the blocks that are read.
+// The input is 3 MB of lines with 0 to 996 characters.
 TEST(Reading, LosesNothingBetweenBlocks) {
     std::string content;
     for (int i = 0; content.size() < 3000000; ++i)
@@ -148,12 +148,12 @@ TEST(Reading, LosesNothingBetweenBlocks) {
     EXPECT_EQ(read, content);
 }
 
-TEST(Reading, TakesALineOfTheGreatestLength) {
+TEST(Reading, AcceptsTheLongestLine) {
     const std::string line = std::string(LONGEST_LINE - 1, 'x') + "\n";
     EXPECT_THAT(linesOf(line + "2\n"), ElementsAre(ReadLine{0, 1, line}, ReadLine{0, 2, "2\n"}));
 }
 
-TEST(Reading, HandsOnTheBeginningOfALineTooLong) {
+TEST(Reading, ReturnsTheBeginningOfAnOverlongLine) {
     const std::string endless(5 * LONGEST_LINE, 'x');
     const auto lines = linesOf("1\n" + endless + "\n3\n" + endless);
     ASSERT_EQ(lines.size(), 4U);
@@ -171,20 +171,20 @@ TEST(Reading, RefusesAnEndlessHeader) {
     EXPECT_THROW(reader.header(), SetUpError);
 }
 
-TEST(Reading, RefusesWhatIsNoFileBeforeAnythingIsRead) {
+TEST(Reading, RefusesADirectoryOrAMissingFileBeforeReading) {
     const TemporaryFile file("1\n");
     EXPECT_THROW(BlockReader({file.path(), "/no/such/file"}, false), SetUpError);
     EXPECT_THROW(BlockReader({file.path(), "/"}, false), SetUpError);
 }
 
-TEST(Reading, TakesATextForAFile) {
+TEST(Reading, ReadsATextInPlaceOfAFile) {
     BlockReader reader(std::string_view("1\n2\n3"));
     EXPECT_EQ(reader.bytesInAll(), 5U);
     EXPECT_EQ(reader.header(), "");
     EXPECT_THAT(linesOf(reader), ElementsAre(ReadLine{0, 1, "1\n"}, ReadLine{0, 2, "2\n"}, ReadLine{0, 3, "3"}));
 }
 
-// A line that has begun is not there yet.
+// A line is read when its line end has arrived.
 TEST(Reading, DoesNotWaitForTheRestOfALine) {
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
@@ -220,7 +220,7 @@ TEST(Reading, DoesNotKnowTheSizeOfADevice) {
     EXPECT_THAT(linesOf(reader), ElementsAre());
 }
 
-// Answers each block with its number and its own lines, and stops where one asks for it.
+// Returns the number and the lines of each block. Stops at a block that requests it.
 void echo(const Block& block, BlockResult& result) {
     result.output.append(std::to_string(block.firstLine) + ":" + std::string(block.lines));
     result.reports.append("reported");
@@ -228,7 +228,7 @@ void echo(const Block& block, BlockResult& result) {
     result.stopped = block.lines == "stop";
 }
 
-// Raises on a block of this text.
+// Throws at a block with this text.
 ProcessBlock echoUnless(const std::string& text) {
     return [text](const Block& block, BlockResult& result) {
         if (block.lines == text) throw SetUpError("no " + text);
@@ -267,7 +267,7 @@ TEST_P(NumbersOfThreads, HoldABoundedNumberOfBlocks) {
 
 INSTANTIATE_TEST_SUITE_P(Few, NumbersOfThreads, testing::Values(1U, 2U, 7U));
 
-TEST(AThread, KeepsWhatItsProcessorSays) {
+TEST(AThread, ReturnsEveryPartOfAResult) {
     BlockThreads threads(2, [] { return &echo; });
     const std::string large(3000000, 'x');
     threads.submit(blockOf(large, 2));
@@ -294,8 +294,8 @@ TEST(AThread, StartsWhenABlockWouldWait) {
     EXPECT_EQ(processors, 1);
 }
 
-// What was in order before the failure is still given.
-TEST(AFailure, IsRaisedWhereItsResultIsDue) {
+// The results before the failure are still returned.
+TEST(AFailure, IsThrownInPlaceOfItsResult) {
     BlockThreads threads(3, [] { return echoUnless("bad"); });
     for (const char* lines : {"good", "bad", "good"}) threads.submit(blockOf(lines));
     EXPECT_EQ(threads.take().output.view(), "1:good");
@@ -308,13 +308,13 @@ TEST(AFailure, IsRaisedWhereItsResultIsDue) {
     EXPECT_EQ(threads.take().output.view(), "1:good");
 }
 
-TEST(AFailure, OfAProcessorThatCannotBeMadeIsRaised) {
+TEST(AFailure, OfMakingAProcessorIsThrown) {
     BlockThreads threads(1, []() -> ProcessBlock { throw std::bad_alloc(); });
     threads.submit(blockOf("block"));
     EXPECT_THROW(threads.take(), std::bad_alloc);
 }
 
-TEST(Blocks, ThatNobodyTakesDoNoHarm) {
+TEST(Blocks, MayBeLeftUntaken) {
     BlockThreads threads(2, [] { return &echo; });
     while (!threads.isFull()) threads.submit(blockOf("block"));
 }

@@ -88,13 +88,13 @@ private:
         fragment.findings.push_back({Severity::WARNING, place, text});
     }
 
-    // The tree keeps no places, but has the elements in the order of their start tags.
+    // The tree has no places, but its elements are in the order of their start tags.
     Place placeOf(const std::string& name) {
         const FragmentElement& element = elements.at(nextElement++);
         return {element.place.line, element.place.column, name};
     }
 
-    // Passes over an element that is ignored together with all that it holds.
+    // Advances past the start tags inside an element.
     void skipChildren(const ptree& element) {
         for (const auto& [name, child] : element) {
             if (isMarkupNode(name)) continue;
@@ -114,7 +114,7 @@ private:
         }
     }
 
-    // Null, with a warning, for an element that is not read.
+    // Returns null, and warns, if the element is not read.
     const FragmentContainer* containerToRead(const std::string& name, const Place& place) {
         for (const FragmentContainer& container : FRAGMENT_CONTAINERS) {
             if (container.name != name) continue;
@@ -175,7 +175,7 @@ private:
     CheckedFragment fragment;
 };
 
-// The scanner has the better place where the tree reader itself has refused the text.
+// The place of the fault is more exact than that of the tree reader.
 CheckedFragment malformed(const xml_parser_error& failure, const std::optional<FragmentFault>& fault) {
     CheckedFragment fragment;
     fragment.wellFormed = false;
@@ -205,7 +205,7 @@ struct Claim {
     std::string axisOrder;
 };
 
-bool answersAlike(const Claim& left, const Claim& right) {
+bool haveSameAnswer(const Claim& left, const Claim& right) {
     return left.codeKey == right.codeKey && left.axisOrder == right.axisOrder;
 }
 
@@ -215,7 +215,7 @@ Claim claimOf(const ClaimingEntry& entry, bool eastNorth) {
     return {entry.place.line, codeKeyOf(*entry.crs), axisOrderWords(entry.crs->isGeographic(), eastNorth)};
 }
 
-// The identifier of the entry was an alias of an earlier one, and so it got that one's CRS.
+// Returns whether the identifier of the entry is an alias of an earlier entry. The entry then has the CRS of that one.
 bool isAnsweredByAlias(const ClaimingEntry& entry) {
     const std::string& alias = entry.crs->getAlias();
     return !alias.empty() && alias == entry.data->getIdentifier();
@@ -230,10 +230,10 @@ std::vector<std::string> namesClaimedBy(const AbstractCrs& crs) {
 
 class ClaimRegister {
 public:
-    // The first claim of a name stays, as it does in the library.
+    // The first claim of a name counts, as in the library.
     void add(const std::string& name, const Claim& claim, const Place& place) {
         const auto [first, isNew] = claims.emplace(name, claim);
-        if (isNew || answersAlike(first->second, claim)) return;
+        if (isNew || haveSameAnswer(first->second, claim)) return;
         found.push_back({Severity::WARNING, place,
                          "the name " + printable(name) + " is claimed twice: it answers with " +
                              inWords(first->second) +
@@ -243,7 +243,7 @@ public:
                              inWords(claim)});
     }
 
-    // An entry that got the CRS of an earlier alias registers nothing that is not registered already.
+    // An entry that has the CRS of an earlier alias registers no further name.
     void addEntry(const ClaimingEntry& entry) {
         const bool own = entry.crs->isAxisOrderEastNorthOrLonLat();
         if (entry.data->isMapped()) {
@@ -323,7 +323,7 @@ private:
 
     void warnOfAttributesOfCrs84() {
         for (const auto& attribute : attributes())
-            warn("attribute " + attribute.first + " is ignored: CRS:84 is understood as it stands");
+            warn("attribute " + attribute.first + " is ignored: the entry CRS:84 takes no attributes");
     }
 
     void examineText() {
@@ -335,7 +335,7 @@ private:
 
     void examineAttribute(const std::string& name, const std::string& value) {
         if (!seen.insert(name).second)
-            warn("attribute " + name + " is ignored: it stands there a second time");
+            warn("the second attribute " + name + " is ignored");
         else if (name == MAP_TO_EPSG_CODE)
             examineMapping(value);
         else if (name == NUMBER_OF_DECIMAL_PLACES)
@@ -361,9 +361,9 @@ private:
         const boost::optional<int> decimals = data.getNumberOfDecimalPlaces();
         const std::string attribute = assigned(NUMBER_OF_DECIMAL_PLACES, value);
         if (!decimals)
-            warn(attribute + " is ignored: no integer");
+            warn(attribute + " is ignored: it is not an integer");
         else if (*decimals < 0 || *decimals > MAX_DECIMALS)
-            warn(attribute + " is taken, but no such number of places can be written");
+            warn(attribute + " is out of range: 0 to " + std::to_string(MAX_DECIMALS) + " places can be written");
     }
 
     void examineSuppression(const std::string& value) {
@@ -376,7 +376,7 @@ private:
             warn(assigned(AXIS_ORDER, value) + " is ignored: neither EN nor NE");
         else if (!data.isMapped())
             warn(assigned(AXIS_ORDER, value) +
-                 " has no effect: it holds under an alias only, which mapToEpsgCode makes");
+                 " has no effect: it applies to an alias, and an entry without mapToEpsgCode has none");
     }
 
     const ptree& entry;
@@ -408,8 +408,7 @@ public:
 
     void examine(const CrsDescription& crs) {
         if (crs.shiftAccuracy && *crs.shiftAccuracy > expected.accuracy)
-            warn("the shift to WGS 84 (" + crs.shiftSource + ") is accurate to " + inMetres(*crs.shiftAccuracy) +
-                 " only");
+            warn("the shift to WGS 84 (" + crs.shiftSource + ") is accurate only to " + inMetres(*crs.shiftAccuracy));
         if (crs.largestDistance && *crs.largestDistance > expected.accuracy)
             warn("the shift to WGS 84 leads up to " + inMetres(*crs.largestDistance) +
                  " away from PROJ's best operation in parts of the area of use");
@@ -476,7 +475,7 @@ Findings checkDescriptions(const std::vector<CheckedEntry>& entries, const std::
 
 namespace {
 
-// Starts the library with the whole fragment, as the server does. Returns the failure, or an empty text.
+// Starts the library with the whole fragment, as the server does. Returns the message of the failure, or an empty text.
 std::string startFailure(const std::string& text, const std::string& projDir) {
     const std::unique_ptr<CrsConfig> config = makeConfig(projDir);
     try {
@@ -489,11 +488,11 @@ std::string startFailure(const std::string& text, const std::string& projDir) {
     return {};
 }
 
-// Explains failures whose text is not enough.
+// Returns an explanation for identifiers that are often misspelled, to follow the message of the failure.
 std::string advice(const std::string& identifier) {
     if (identifier.rfind("URN:", 0) == 0 || identifier.rfind("HTTP", 0) == 0)
-        return "; an identifier is put in capitals, and no URN or URL is understood that way: give the EPSG code as "
-               "mapToEpsgCode and this text as the name";
+        return "; identifiers are converted to capitals, and a URN or URL in capitals is unknown: "
+               "give the EPSG code as mapToEpsgCode and this text as the name";
     if (identifier.find('*') != std::string::npos && identifier.find("*EPSG:") == std::string::npos)
         return "; a compound is spelled EPSG:27700*EPSG:5701";
     return "";

@@ -24,29 +24,30 @@ struct FragmentEntry {
     Place place;
     std::string text;
     CoordinateTransformation::CrsConfigData data;
-    // The entry that this one repeats and in whose favour it is dropped.
+    // The index of the earlier entry that this one repeats. The server drops the repetition.
     std::optional<std::size_t> duplicateOf;
 };
 
-// A fragment as the server reads it, with what the reading shows.
+// A fragment as the server reads it, with the findings about its text.
 struct CheckedFragment {
     std::vector<FragmentEntry> entries;  // in the order in which the server takes them
     Findings findings;
     bool wellFormed = true;
-    std::string failure;  // with which the server refuses a malformed one
+    std::string failure;  // the message with which the server refuses a malformed fragment
 };
 
+// Returns an error among the findings for a malformed fragment.
 CheckedFragment checkFragment(const std::string& text);
 
-// An entry whose start succeeds, with the CRS that it registers.
+// An entry that the library accepts, and the CRS that it registers.
 struct ClaimingEntry {
     Place place;
     const CoordinateTransformation::CrsConfigData* data;
     const CoordinateTransformation::AbstractCrs* crs;
 };
 
-// Names that a later entry claims and does not get, because an earlier claim answers them with another CRS or another
-// axis order.
+// Returns a warning for each name that two entries register with different CRS or axis orders. The first entry keeps
+// the name. Also warns of an identifier that is an alias of an earlier entry.
 Findings contestedNames(const std::vector<ClaimingEntry>& entries);
 
 // Adds warnings about the text and the attributes of one entry element.
@@ -61,26 +62,27 @@ struct Expectations {
     bool areGiven = false;  // by the user
 };
 
-// Warns of the entries whose CRS has no shift to WGS 84, as far as `hasShift` knows; whose shift is less accurate than
-// expected, or leads farther away from PROJ's best operation; and whose area of use does not cover the expected one.
+// Returns a warning for each entry whose CRS has no shift to WGS 84 according to `hasShift`, whose shift is less
+// accurate than expected, whose shift differs from PROJ's best operation by more than the expected accuracy, or whose
+// area of use does not cover the expected area.
 Findings checkDescriptions(const std::vector<CheckedEntry>& entries,
                            const CoordinateTransformation::CrsDescriptions& descriptions,
                            const std::function<bool(unsigned int code)>& hasShift, const Expectations& expected);
 
-// The same with what the settled directory, `directory`, holds. Notes that descriptions are missing which
-// the user's own requirements need.
+// Does the same with the descriptions and definitions in the PROJ directory `directory`. Returns a note if the user has
+// given requirements and the directory has no descriptions.
 Findings checkDescriptions(const std::vector<CheckedEntry>& entries, const std::string& directory,
                            const Expectations& expected);
 
-// Whether the definition, parameter by parameter, ties its datum to WGS 84.
+// Returns whether the definition has a parameter that relates its datum to WGS 84.
 bool hasShiftToWgs84(const std::string& definition);
 
-// One entry of the configuration, as requests meet it.
+// One entry of the configuration and its effect on requests.
 struct CheckedEntry {
     Place place;
     std::string name;
     std::string identifier;
-    // Empty when the start fails for the entry.
+    // The EPSG code. Empty if the library refuses the entry; the axis order is then empty too.
     std::optional<unsigned int> primary;
     unsigned int secondary = 0;
     std::string axisOrder;
@@ -92,14 +94,14 @@ struct CheckedEntry {
 struct ConfigurationReport {
     std::string file;
     bool starts = false;
-    std::string failure;                // what the start fails for; empty when it does not
-    std::vector<CheckedEntry> entries;  // without those dropped as duplicates
+    std::string failure;                // the reason why the library does not start; empty if it starts
+    std::vector<CheckedEntry> entries;  // without duplicates
     Findings findings;
     bool hasErrors = false;
 };
 
-// Reads the fragment `text` as a server would, starts the library with it, looks through the PROJ directory and holds
-// the CRS to what is expected of them. SetUpError when the library does not even start without it.
+// Reads the fragment `text` as a server does, starts the library with it, and checks the PROJ directory and the CRS of
+// the entries. Throws SetUpError if the library does not start even without the fragment.
 ConfigurationReport checkConfiguration(const std::string& file, const std::string& text, const CommonOptions& options,
                                        const Expectations& expected = {});
 

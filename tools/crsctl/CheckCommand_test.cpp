@@ -53,34 +53,34 @@ Expectations expectationsOf(double accuracy, const char* area = nullptr) {
     return expected;
 }
 
-const std::string TIMBALAI = "3: EPSG 4298: the shift to WGS 84 (EPSG:1228) is accurate to 19 m only\n";
+const std::string TIMBALAI = "3: EPSG 4298: the shift to WGS 84 (EPSG:1228) is accurate only to 19 m\n";
 
-TEST(AnEntrysShift, IsExpectedToBeAccurateToTenMetres) {
+TEST(AnEntrysShift, MustBeAccurateToTenMetres) {
     EXPECT_EQ(findingsFor({entryFor(4326, 2), entryFor(4298, 3)}), TIMBALAI);
     EXPECT_EQ(findingsFor({entryFor(4298, 3)}, expectationsOf(19)), "");
     EXPECT_EQ(findingsFor({entryFor(4298, 3)}, expectationsOf(18.9)), TIMBALAI);
 }
 
-TEST(AnEntrysShift, IsExpectedToBeNearToProj) {
+TEST(AnEntrysShift, MustBeNearToThatOfProj) {
     EXPECT_EQ(findingsFor({entryFor(6316, 2)}),
               "2: EPSG 6316: the shift to WGS 84 leads up to 1626.4 m away from PROJ's best operation in parts of the "
               "area of use\n");
 }
 
-TEST(AnEntrysShift, IsExpectedToBeThere) {
+TEST(AnEntrysShift, IsRequired) {
     EXPECT_EQ(findingsFor({entryFor(7777, 2)}),
               "2: EPSG 7777: no shift to WGS 84 is known: coordinates are off by up to hundreds of metres in other "
               "CRS\n");
 }
 
-TEST(AnEntrysArea, IsExpectedToCoverTheOneThatIsGiven) {
+TEST(AnEntrysArea, MustCoverTheRequestedArea) {
     const Expectations expected = expectationsOf(10, "112,1,119,7");
     EXPECT_EQ(findingsFor({entryFor(4326, 2), entryFor(4298, 3)}, expected), TIMBALAI);
     EXPECT_EQ(findingsFor({entryFor(4298, 4)}, expectationsOf(99, "112,1,120,7")),
               "4: EPSG 4298: the area of use (109.31,0.85,119.61,7.67) does not cover 112,1,120,7\n");
 }
 
-TEST(AnEntryThatIsNotDescribed, IsExpectedNothingOf) {
+TEST(AnEntryWithoutADescription, HasNoFindings) {
     CheckedEntry withoutCode;
     EXPECT_EQ(findingsFor({withoutCode, entryFor(25832, 2)}, expectationsOf(0, "0,0,1,1")), "");
 }
@@ -92,13 +92,13 @@ TEST(ADefinition, HasAShiftByItsParameters) {
         EXPECT_FALSE(hasShiftToWgs84(bare)) << bare;
 }
 
-TEST(ACheckedConfiguration, IsHeldToTheDescriptionsOfItsDirectory) {
+TEST(ACheckedConfiguration, IsComparedWithTheDescriptionsOfItsDirectory) {
     Expectations expected;
     expected.area = readBox("6,47,15,55");
     const ConfigurationReport report = checkConfiguration(
         "crs.xml", "<SRSList>\n<SRS>4326</SRS>\n<SRS>EPSG:29873*EPSG:5701</SRS>\n</SRSList>", optionsFor(), expected);
     ASSERT_EQ(report.findings.size(), 2U);
-    EXPECT_EQ(report.findings[0].text, "EPSG 29873: the shift to WGS 84 (EPSG:1228) is accurate to 19 m only");
+    EXPECT_EQ(report.findings[0].text, "EPSG 29873: the shift to WGS 84 (EPSG:1228) is accurate only to 19 m");
     EXPECT_EQ(report.findings[0].place.line, 3U);
     EXPECT_EQ(report.findings[1].text,
               "EPSG 29873: the area of use (109.31,0.85,119.61,7.67) does not cover 6,47,15,55");
@@ -118,7 +118,7 @@ std::string findingsOf(const ConfigurationReport& report) {
     return list;
 }
 
-TEST(AnEntry, IsShownAsRequestsMeetIt) {
+TEST(AnEntry, IsShownWithItsEffectOnRequests) {
     const ConfigurationReport report = reportOf(
         "<CrsConfiguration>\n"
         "<CRS>4326</CRS>\n"
@@ -161,7 +161,7 @@ void PrintTo(const Verdict& tried, std::ostream* stream) { *stream << printable(
 
 class AConfiguration : public testing::TestWithParam<Verdict> {};
 
-TEST_P(AConfiguration, IsFoundFaultWith) {
+TEST_P(AConfiguration, HasTheseFindings) {
     const ConfigurationReport report =
         reportOf(std::string("<CrsConfiguration>\n") + GetParam().content + "\n</CrsConfiguration>");
     EXPECT_EQ(report.starts, GetParam().starts) << report.failure;
@@ -186,8 +186,8 @@ INSTANTIATE_TEST_SUITE_P(
                 "error 3: The EPSG code \"NONSENSE\" is unknown\n"},
         Verdict{
             "<CRS>urn:ogc:def:crs:EPSG::4326</CRS>", false,
-            "error 2: The EPSG code \"URN:OGC:DEF:CRS:EPSG::4326\" is unknown; an identifier is put in capitals, and "
-            "no URN or URL is understood that way: give the EPSG code as mapToEpsgCode and this text as the name\n"},
+            "error 2: The EPSG code \"URN:OGC:DEF:CRS:EPSG::4326\" is unknown; identifiers are converted to capitals, "
+            "and a URN or URL in capitals is unknown: give the EPSG code as mapToEpsgCode and this text as the name\n"},
         Verdict{"<CRS>27700*5701</CRS>", false,
                 "error 2: invalid string position; a compound is spelled EPSG:27700*EPSG:5701\n"},
         Verdict{"<CRS mapToEpsgCode=''>A</CRS>", false, "error 2: The EPSG code \"\" is unknown\n"},
@@ -202,9 +202,9 @@ INSTANTIATE_TEST_SUITE_P(
     WithSettingsThatAreIgnored, AConfiguration,
     testing::Values(
         Verdict{"<CRS numberOfDecimalPlaces='abc'>4326</CRS>", true,
-                "warning 2: numberOfDecimalPlaces=\"abc\" is ignored: no integer\n"},
+                "warning 2: numberOfDecimalPlaces=\"abc\" is ignored: it is not an integer\n"},
         Verdict{"<CRS numberOfDecimalPlaces='-2'>4326</CRS>", true,
-                "warning 2: numberOfDecimalPlaces=\"-2\" is taken, but no such number of places can be written\n"},
+                "warning 2: numberOfDecimalPlaces=\"-2\" is out of range: 0 to 18 places can be written\n"},
         Verdict{"<CRS suppressDuplicatCoordinates='yes'>4326</CRS>", true,
                 "warning 2: suppressDuplicatCoordinates=\"yes\" is ignored: neither true, false, 1 nor 0\n"},
         Verdict{"<CRS suppressDuplicateCoordinates='true'>4326</CRS>", true,
@@ -216,10 +216,11 @@ INSTANTIATE_TEST_SUITE_P(
         Verdict{"<CRS axisOrder='en' mapToEpsgCode='4326'>A</CRS>", true,
                 "warning 2: axisOrder=\"en\" is ignored: neither EN nor NE\n"},
         Verdict{"<CRS axisOrder='EN'>4326</CRS>", true,
-                "warning 2: axisOrder=\"EN\" has no effect: it holds under an alias only, which mapToEpsgCode makes\n"},
+                "warning 2: axisOrder=\"EN\" has no effect: it applies to an alias, and an entry without mapToEpsgCode "
+                "has none\n"},
         Verdict{"<CRS axisOrder='NE' mapToEpsgCode='4258'>CRS:84</CRS>", true,
-                "warning 2: attribute axisOrder is ignored: CRS:84 is understood as it stands\n"
-                "warning 2: attribute mapToEpsgCode is ignored: CRS:84 is understood as it stands\n"},
+                "warning 2: attribute axisOrder is ignored: the entry CRS:84 takes no attributes\n"
+                "warning 2: attribute mapToEpsgCode is ignored: the entry CRS:84 takes no attributes\n"},
         Verdict{"<CRS mapToEpsgCode='4326'></CRS>", true,
                 "warning 2: mapToEpsgCode without a text: the entry has no alias\n"},
         Verdict{"<CRS> 4326</CRS>", true, "warning 2: blanks around \" 4326\" are part of the identifier\n"},
@@ -337,7 +338,7 @@ TEST(AProjDirectory, IsCheckedBesideTheFragment) {
     EXPECT_EQ(asJson(report)["findings"][1]["file"], directory.name() + "/epsg");
 }
 
-// An identifier that fails by itself is answered where an earlier alias has claimed it.
+// The identifier fails by itself, but an earlier entry has it as its alias.
 TEST(AnIdentifier, IsAnsweredByAnEarlierAlias) {
     const ConfigurationReport report =
         reportOf("<CrsConfiguration><CRS>CRS:84</CRS>\n<CRS>crs:84</CRS></CrsConfiguration>");

@@ -114,7 +114,7 @@ std::string closingSections(const HelpTerms& examples) {
                                      "crsctl-names(1), crsctl-find(1), crs-projdir(1), cs2cs(1)"}});
 }
 
-// A validator that replaces a word by the value that it means.
+// Returns a validator that replaces a word with its value.
 template <typename Value>
 CLI::Validator oneOf(std::vector<std::pair<std::string, Value>> choices) {
     return {[choices](std::string& word) {
@@ -131,7 +131,7 @@ CLI::Validator oneOf(std::vector<std::pair<std::string, Value>> choices) {
             ""};
 }
 
-// The program and its commands accept them alike.
+// Both the program and its commands accept these options.
 void addCommonOptions(CLI::App& app, CommonOptions& common) {
     app.add_option("--config", common.configFile, "The CRS configuration of the server (\"-\": standard input).")
         ->type_name("FILE");

@@ -11,13 +11,13 @@
 
 namespace crsctl {
 
-// A command line that was understood.
+// A parsed command line.
 struct CommandRequest {
     // The name under which errors are reported: "crsctl resolve".
     std::string commandName = "crsctl";
     // Runs the command and returns the exit code of the program.
     std::function<int(const CommandRequest& request)> run;
-    std::string text;  // help, version or completion, where one of them is asked for
+    std::string text;  // the help, the version or the completion script, if it is requested
     CommonOptions common;
     std::vector<std::string> names;  // of resolve
     std::string file;                // of check
@@ -26,8 +26,7 @@ struct CommandRequest {
     TransformOptions transform;
 };
 
-// Reads the command line into `request`. SetUpError, with the name of the command in place, for one that cannot be
-// understood.
+// Reads the command line into `request`, its `commandName` first. Throws SetUpError if the command line is wrong.
 void readCommandLine(int argc, const char* const* argv, CommandRequest& request);
 
 }  // namespace crsctl

@@ -28,7 +28,7 @@ CommandRequest requestOf(const std::vector<std::string>& arguments) {
     return request;
 }
 
-TEST(ACommandLine, TakesCommonOptionsOnBothSidesOfTheCommand) {
+TEST(ACommandLine, AcceptsCommonOptionsBeforeAndAfterTheCommand) {
     for (const auto& arguments :
          {std::vector<std::string>{"--json", "--config", "c.xml", "--proj-dir", "p", "resolve", "EPSG:4326", "4258"},
           std::vector<std::string>{"resolve", "EPSG:4326", "4258", "--proj-dir", "p", "--config=c.xml", "--json"}}) {
@@ -41,14 +41,14 @@ TEST(ACommandLine, TakesCommonOptionsOnBothSidesOfTheCommand) {
     }
 }
 
-TEST(ACommandLine, TakesNamesAsTheyStand) {
+TEST(ACommandLine, KeepsNamesUnchanged) {
     EXPECT_THAT(requestOf({"resolve", "", " ", "[a,b]", "%x", "a=b"}).names,
                 ElementsAre("", " ", "[a,b]", "%x", "a=b"));
     EXPECT_THAT(requestOf({"resolve", "\x01x", "\x01[a]", "[", "]", "[]", "[[a]]"}).names,
                 ElementsAre("\x01x", "\x01[a]", "[", "]", "[]", "[[a]]"));
 }
 
-TEST(ACommandLine, TakesTheOptionsOfATransformation) {
+TEST(ACommandLine, ReadsTheOptionsOfATransformation) {
     const TransformOptions options =
         requestOf({"transform",   "--from",   "A",        "--to",      "B",  "--inverse", "--columns", "id,x,y",
                    "--separator", "comma",    "--header", "--comment", "//", "--output",  "csv",       "--decimals",
@@ -69,7 +69,7 @@ TEST(ACommandLine, TakesTheOptionsOfATransformation) {
     EXPECT_EQ(requestOf({"transform", "--from", "A", "--to", "B", "--comment", ""}).transform.comment, "");
 }
 
-TEST(ACommandLine, TakesBoxesWithNegativeNumbers) {
+TEST(ACommandLine, ReadsBoxesWithNegativeNumbers) {
     const std::vector<std::string> names = {"--from", "A", "--to", "B"};
     for (const bool namesFirst : {true, false}) {
         std::vector<std::string> arguments = {"transform", "--bounds",          "-6", "-.5",
@@ -82,7 +82,7 @@ TEST(ACommandLine, TakesBoxesWithNegativeNumbers) {
     }
 }
 
-TEST(ACommandLine, TakesWhatIsSearched) {
+TEST(ACommandLine, ReadsTheConditionsOfASearch) {
     const SearchedCrs searched =
         requestOf({"find", "utm", "32 [a]", "[b]", "--area", "-6,47,15,55", "--kind", "projected"}).searched;
     EXPECT_THAT(searched.words, ElementsAre("utm", "32 [a]", "[b]"));
@@ -93,7 +93,7 @@ TEST(ACommandLine, TakesWhatIsSearched) {
     EXPECT_FALSE(requestOf({"find", "utm"}).searched.area || requestOf({"find", "utm"}).searched.kind);
 }
 
-TEST(ACommandLine, TakesWhatIsExpectedOfAConfiguration) {
+TEST(ACommandLine, ReadsTheRequirementsOfACheck) {
     const Expectations expected = requestOf({"check", "--area=6,47,15,55", "--accuracy", "2.5", "crs.xml"}).expected;
     EXPECT_EQ(boxInWords(*expected.area), "6,47,15,55");
     EXPECT_EQ(expected.accuracy, 2.5);
@@ -117,7 +117,7 @@ void PrintTo(const BadCase& bad, std::ostream* stream) {
 
 class ABadCommandLine : public testing::TestWithParam<BadCase> {};
 
-TEST_P(ABadCommandLine, IsRefusedInOneLineThatNamesWhatIsWrong) {
+TEST_P(ABadCommandLine, IsRefusedInOneLineThatNamesTheMistake) {
     CommandRequest request;
     try {
         readArguments(GetParam().arguments, request);
@@ -179,7 +179,7 @@ TEST(Help, IsGivenForEveryCommandInTwoWays) {
     }
 }
 
-TEST(Help, FitsATerminalButForExamples) {
+TEST(Help, FitsATerminalExceptForExamples) {
     for (const char* const command : COMMANDS) {
         const std::string help = requestOf({command, "--help"}).text;
         const std::size_t synopsis = help.find('\n') + 1;
@@ -203,8 +203,8 @@ TEST(Completion, OffersEveryCommand) {
     }
 }
 
-// Every example is a command line that is understood.
-TEST(TheExamples, AreUnderstood) {
+// Every example is a valid command line.
+TEST(TheExamples, AreValid) {
     for (const char* const command : COMMANDS) {
         std::istringstream help(requestOf({"help", command}).text);
         for (std::string line; std::getline(help, line);) {

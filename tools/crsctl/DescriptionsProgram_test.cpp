@@ -1,4 +1,4 @@
-// What descriptions of CRS are for: finding CRS, and holding a configuration to what is expected of it.
+// The commands that use the descriptions of CRS: finding CRS, and checking a configuration for area and accuracy.
 
 #include <sstream>
 #include <string>
@@ -48,7 +48,7 @@ TEST(Finding, WritesJson) {
     EXPECT_TRUE(json[0]["shiftAccuracy"].is_null());
 }
 
-TEST(Finding, KeepsToWhatAConfigurationOffers) {
+TEST(Finding, ListsOnlyCrsThatTheConfigurationOffers) {
     const TemporaryFile config(CONFIGURATION);
     const Outcome outcome = run({"find", "utm", "--config", config.path()});
     EXPECT_EQ(linesOf(outcome.output).size(), 2U);
@@ -73,19 +73,19 @@ protected:
     const TestSupport::TemporaryDirectory directory;
 };
 
-TEST_F(WithoutDescriptions, NothingCanBeFound) {
+TEST_F(WithoutDescriptions, FindingFails) {
     const Outcome outcome = run({"find", "x", "--proj-dir", directory.name()});
     EXPECT_EQ(outcome.exitCode, 2);
-    EXPECT_EQ(outcome.errors, "crsctl find: the PROJ directory has no \"epsg-info.csv\", where names are looked up\n");
+    EXPECT_EQ(outcome.errors, "crsctl find: the PROJ directory has no \"epsg-info.csv\", the file that is searched\n");
 }
 
-TEST_F(WithoutDescriptions, NamesAreResolvedAllTheSame) {
+TEST_F(WithoutDescriptions, NamesAreStillResolved) {
     const Outcome outcome = run({"resolve", "EPSG:4326", "--proj-dir", directory.name()});
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.output.find("described"), std::string::npos);
 }
 
-TEST_F(WithoutDescriptions, CheckingKnowsWhatHasNoShift) {
+TEST_F(WithoutDescriptions, CheckingStillFindsMissingShifts) {
     const Outcome usual = run({"check", "-", "--proj-dir", directory.name()}, "<SRSList>\n<SRS>4139</SRS></SRSList>");
     EXPECT_EQ(usual.exitCode, 0);
     EXPECT_THAT(usual.output, HasSubstr("standard input:2:1: warning: SRS: EPSG 4139: no shift to WGS 84 is known"));
@@ -104,12 +104,12 @@ TEST(Transforming, KnowsCrs84WithoutAConfiguration) {
               "9.00000000\t50.00000000\n");
 }
 
-TEST(Checking, HoldsCrsToAreaAndAccuracy) {
+TEST(Checking, RequiresAreaAndAccuracy) {
     const std::string fragment = "<CrsConfiguration>\n<CRS>25832</CRS>\n</CrsConfiguration>";
     const Outcome outcome = run({"check", "-", "--area", "5,47,15,55", "--accuracy", "0.5"}, fragment);
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_THAT(outcome.output, HasSubstr("standard input:2:1: warning: CRS: EPSG 25832: the shift to WGS 84 "
-                                          "(EPSG:1149) is accurate to 1 m only\n"));
+                                          "(EPSG:1149) is accurate only to 1 m\n"));
     EXPECT_THAT(outcome.output,
                 HasSubstr("EPSG 25832: the area of use (6,38.76,12.01,84.33) does not cover 5,47,15,55\n"));
     EXPECT_THAT(outcome.output, HasSubstr("0 errors, 2 warnings\n"));

@@ -34,7 +34,7 @@ double widthOf(const GeographicBox& box) {
     return width < 0 ? width + FULL_TURN : width;
 }
 
-// The distance eastwards from `from` to `to`, in degrees.
+// Returns the distance eastwards from `from` to `to`, in degrees.
 double eastwards(double from, double to) {
     const double way = std::fmod(to - from, FULL_TURN);
     return way < 0 ? way + FULL_TURN : way;
@@ -68,7 +68,7 @@ GeographicBox readBox(const std::string& text) {
                         takeComma(rest) && takeNumber(rest, box.east) && takeComma(rest) &&
                         takeNumber(rest, box.north) && rest.empty();
     if (!isRead) throw SetUpError("--area " + printable(text) + ": four numbers W,S,E,N are needed");
-    if (!isOnEarth(box)) throw SetUpError("--area " + printable(text) + ": no box of longitudes and latitudes");
+    if (!isOnEarth(box)) throw SetUpError("--area " + printable(text) + ": not a box of longitudes and latitudes");
     return box;
 }
 
@@ -83,7 +83,7 @@ bool covers(const GeographicBox& outer, const GeographicBox& inner) {
            (isAround || eastwards(outer.west, inner.west) + widthOf(inner) <= widthOf(outer));
 }
 
-bool meet(const GeographicBox& left, const GeographicBox& right) {
+bool intersects(const GeographicBox& left, const GeographicBox& right) {
     return left.south <= right.north && right.south <= left.north &&
            (eastwards(left.west, right.west) <= widthOf(left) || eastwards(right.west, left.west) <= widthOf(right));
 }
@@ -109,7 +109,7 @@ std::string inSmallLetters(std::string text) {
     return text;
 }
 
-// Words are runs of letters, and runs of digits. What is neither begins a word of its own.
+// A word is a run of letters, a run of digits, or a single other character.
 bool beginsWord(std::string_view text, std::size_t at) {
     if (at == 0 || !isLetterOrDigit(text[at]) || !isLetterOrDigit(text[at - 1])) return true;
     return isDigit(text[at]) != isDigit(text[at - 1]);
@@ -132,7 +132,7 @@ std::string joined(const std::vector<std::string>& words) {
     return text;
 }
 
-// The words of all arguments, in small letters.
+// Returns the words of all arguments, in small letters.
 std::vector<std::string> wordsOf(const std::vector<std::string>& arguments) {
     std::vector<std::string> words;
     const std::string text = inSmallLetters(joined(arguments)) + " ";
@@ -144,20 +144,20 @@ std::vector<std::string> wordsOf(const std::vector<std::string>& arguments) {
     return words;
 }
 
-// Less is better.
+// A smaller rank is better. The members are in the order of their importance.
 struct Rank {
     bool isOtherCode;
     bool isDeprecated;
     bool isOtherName;
     std::size_t wordsOutsideName;
-    bool coversNot;
+    bool isInPart;
     double share;
     double otherWordsOfArea;
     std::size_t nameLength;
     unsigned int code;
 
     auto asTuple() const {
-        return std::tie(isOtherCode, isDeprecated, isOtherName, wordsOutsideName, coversNot, share, otherWordsOfArea,
+        return std::tie(isOtherCode, isDeprecated, isOtherName, wordsOutsideName, isInPart, share, otherWordsOfArea,
                         nameLength, code);
     }
 };
@@ -168,7 +168,7 @@ public:
 
     bool matches(const CrsDescription& crs) const {
         if (searched.kind && crs.kind != *searched.kind) return false;
-        if (searched.area && (!crs.box || !meet(*crs.box, *searched.area))) return false;
+        if (searched.area && (!crs.box || !intersects(*crs.box, *searched.area))) return false;
         const std::string text = inSmallLetters(crs.name + "\n" + crs.area + "\n" + crs.datum);
         return std::all_of(words.begin(), words.end(), [&crs, &text](const std::string& word) {
             return isCode(word, crs.code) || hasWord(text, word);
@@ -199,7 +199,7 @@ public:
     }
 
 private:
-    // The part of the words of the area that are not searched, from 0 to 1; 0 if no word of the area is searched.
+    // Returns the share of the words of the area that the search does not have, from 0 to 1; 0 if it has none of them.
     double otherWordsOfArea(const CrsDescription& crs) const {
         const std::vector<std::string> wordsOfArea = wordsOf({crs.area});
         const auto isSearched = [this](const std::string& wordOfArea) {
@@ -228,7 +228,7 @@ std::vector<FoundCrs> findCrs(const CrsDescriptions& descriptions, const Searche
               [](const auto& left, const auto& right) { return left.first.asTuple() < right.first.asTuple(); });
     std::vector<FoundCrs> found;
     found.reserve(ranked.size());
-    for (const auto& [rank, crs] : ranked) found.push_back({crs, !rank.coversNot});
+    for (const auto& [rank, crs] : ranked) found.push_back({crs, !rank.isInPart});
     return found;
 }
 
@@ -341,7 +341,7 @@ CommandResult findCommand(const CommonOptions& common, const SearchedCrs& search
     const CrsDescriptions& descriptions = CrsDescriptions::ofProjDirectory();
     if (descriptions.size() == 0)
         throw SetUpError("the PROJ directory has no \"" + std::string(DESCRIPTION_FILE) +
-                         "\", where names are looked up");
+                         "\", the file that is searched");
     std::vector<FoundCrs> found = findCrs(descriptions, searched);
     const auto isMissing = [&session](const FoundCrs& one) {
         return session.isConfigured() && !session.config().isCrsConfigured(one.crs->code);

@@ -13,26 +13,26 @@ namespace crsctl {
 
 using CoordinateTransformation::GeographicBox;
 
-// box = number "," number "," number "," number, in the order west, south, east, north. SetUpError, which names the
-// text, for another text, and for a box that is none on earth.
+// box = number "," number "," number "," number, in the order west, south, east, north, in degrees. Throws SetUpError,
+// which quotes the text, if it has another form or is not a box on the earth.
 GeographicBox readBox(const std::string& text);
 
-// "6,38.76,12.01,84.33", as readBox reads it.
+// Returns "6,38.76,12.01,84.33", the form that readBox reads.
 std::string boxInWords(const GeographicBox& box);
 
-// Whether every point of `inner` is in `outer`, either of which may cross the antimeridian.
+// Returns whether every point of `inner` is in `outer`. Either box may cross the antimeridian.
 bool covers(const GeographicBox& outer, const GeographicBox& inner);
 
-// Whether the two boxes share a point.
-bool meet(const GeographicBox& left, const GeographicBox& right);
+// Returns whether the two boxes share a point.
+bool intersects(const GeographicBox& left, const GeographicBox& right);
 
-// The part of the sphere inside, from 0 to 1.
+// Returns the part of the sphere inside the box, from 0 to 1.
 double shareOfTheEarth(const GeographicBox& box);
 
 using CoordinateTransformation::CrsDescription;
 using CoordinateTransformation::CrsDescriptions;
 
-// The CRS to find. Without any condition, all.
+// The conditions of a search. Without any condition every CRS is found.
 struct SearchedCrs {
     std::vector<std::string> words;
     std::optional<GeographicBox> area;
@@ -42,39 +42,39 @@ struct SearchedCrs {
 constexpr CrsDescription::Kind CRS_KINDS[] = {CrsDescription::Kind::GEOGRAPHIC, CrsDescription::Kind::GEOCENTRIC,
                                               CrsDescription::Kind::PROJECTED, CrsDescription::Kind::COMPOUND};
 
-// "geographic"
+// Returns "geographic", "geocentric", "projected" or "compound".
 const char* kindInWords(CrsDescription::Kind kind);
 
 struct FoundCrs {
     const CrsDescription* crs;
-    // Whether its area of use covers the searched one; true if none is searched.
+    // Whether the area of use covers the searched area; true if no area is searched.
     bool coversArea;
 };
 
-// The CRS that have every word in name, area, datum or code, are of the kind, and have an area of use that meets the
-// searched one. They are ranked in this order:
+// Returns the CRS that have every word in their name, area, datum or code, are of the searched kind, and have an area
+// of use that intersects the searched area. They are ranked in this order:
 //
 //   - the CRS with the searched code
 //   - CRS that are not deprecated
 //   - the CRS whose name is the words
 //   - CRS with more of the words in their names
 //   - CRS that cover the searched area, smaller areas of use first
-//   - CRS of whose description of the area the words are a larger part
+//   - CRS with fewer other words in the description of their area
 //   - shorter names, smaller codes
 //
-// A word is found where a word of the text begins with it, in capitals or small letters: "32N" and "32" are both in
+// A search word matches the beginning of a word of the text, in capitals or small letters: "32N" and "32" both match
 // "UTM zone 32N".
 std::vector<FoundCrs> findCrs(const CrsDescriptions& descriptions, const SearchedCrs& searched);
 
-// The description of a CRS as a table.
+// Returns the description of a CRS as a table.
 std::string descriptionAsText(const CrsDescription& crs, const std::string& indent);
 
 Json descriptionAsJson(const CrsDescription& crs);
 
-// SetUpError if the PROJ directory has no descriptions.
+// Throws SetUpError if the PROJ directory has no descriptions.
 CommandResult findCommand(const CommonOptions& common, const SearchedCrs& searched);
 
-// One line for each CRS.
+// Returns one line for each CRS.
 std::string asText(const std::vector<FoundCrs>& found);
 Json asJson(const std::vector<FoundCrs>& found);
 

@@ -18,7 +18,7 @@ TEST(ABox, IsReadFromFourNumbers) {
     EXPECT_EQ(boxInWords(readBox("+6,4.70e1,15.,.5e2")), "6,47,15,50");
 }
 
-TEST(ABox, IsRefusedWhenItIsNone) {
+TEST(ABox, IsRefusedUnlessItIsOnEarth) {
     for (const char* text : {"", "6", "6,47,15", "6,47,15,55,", "6,47,15,55,1", "6 47 15 55", "6, 47,15,55",
                              "6,47,x,55", "181,0,0,0", "0,-91,0,0", "0,0,0,nan", "0,0,1e999,0", "6,55,15,47"})
         EXPECT_THROW(readBox(text), SetUpError) << text;
@@ -29,20 +29,20 @@ struct Pair {
     const char* right;
     bool leftCovers;
     bool rightCovers;
-    bool doMeet;
+    bool intersect;
 };
 
 void PrintTo(const Pair& pair, std::ostream* stream) { *stream << pair.left << " and " << pair.right; }
 
 class Boxes : public testing::TestWithParam<Pair> {};
 
-TEST_P(Boxes, CoverAndMeet) {
+TEST_P(Boxes, CoverAndIntersect) {
     const GeographicBox left = readBox(GetParam().left);
     const GeographicBox right = readBox(GetParam().right);
     EXPECT_EQ(covers(left, right), GetParam().leftCovers);
     EXPECT_EQ(covers(right, left), GetParam().rightCovers);
-    EXPECT_EQ(meet(left, right), GetParam().doMeet);
-    EXPECT_EQ(meet(right, left), GetParam().doMeet);
+    EXPECT_EQ(intersects(left, right), GetParam().intersect);
+    EXPECT_EQ(intersects(right, left), GetParam().intersect);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Boxes,
@@ -146,7 +146,7 @@ INSTANTIATE_TEST_SUITE_P(
         Search{"WithoutAnArea", {"without"}, "", "", {7777}}, Search{"Nothing", {"nowhere"}, "", "", {}}),
     [](const auto& search) { return std::string(search.param.name); });
 
-TEST(ASearchInAPlace, SaysWhatCoversIt) {
+TEST(ASearchByArea, MarksCrsThatCoverOnlyAPart) {
     SearchedCrs searched;
     searched.words = {"DHDN"};
     searched.area = readBox("10,53,13,54");

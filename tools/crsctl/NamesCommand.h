@@ -9,10 +9,10 @@
 
 namespace crsctl {
 
-// The codes of a CRS: "4326", "31467*5783".
+// Returns the codes of a CRS: "4326", "31467*5783".
 std::string codeKeyOf(const CoordinateTransformation::AbstractCrs& crs);
 
-// A registered name, with the axis order of its CRS.
+// A registered name and the axis order of its CRS.
 struct RegisteredName {
     std::string name;
     std::string axisOrder;
@@ -24,7 +24,7 @@ struct NamesOfCrs {
     std::vector<RegisteredName> names;
 };
 
-// Every name that the configuration of the session registers, by CRS, in the order of registration.
+// Returns every name that the configuration of the session registers, by CRS, in the order of registration.
 std::vector<NamesOfCrs> registeredNames(const Session& session);
 
 CommandResult namesCommand(const CommonOptions& common);

@@ -37,7 +37,7 @@ TEST_P(Listing, HasEverySpellingOfACrs) {
 
 INSTANTIATE_TEST_SUITE_P(CodeKeys, Listing, testing::Values("4326", "27700*5701"));
 
-TEST(TheListOfNames, PutsAliasesToTheirCrsWithTheirOwnAxisOrder) {
+TEST(TheListOfNames, ListsAliasesUnderTheirCrsWithTheirOwnAxisOrder) {
     const ConfiguredSession session(
         "<CrsConfiguration><CRS>CRS:84</CRS><CRS>25832</CRS><CRS>4326</CRS></CrsConfiguration>");
     const auto listed = registeredNames(*session);
@@ -49,8 +49,8 @@ TEST(TheListOfNames, PutsAliasesToTheirCrsWithTheirOwnAxisOrder) {
     EXPECT_EQ(axisOrderOf(listed[1], "EPSG:25832"), "easting, northing");
 }
 
-// "EPSG:4326" answers with the alias's axis order, the text form that was registered with the CRS's own.
-TEST(TheListOfNames, FindsTheTextFormBehindAnAliasThatSpellsTheIdentifier) {
+// "EPSG:4326" has the axis order of the alias. The text form has that of the CRS itself.
+TEST(TheListOfNames, HasTheTextFormBesideAnAliasThatEqualsTheIdentifier) {
     const ConfiguredSession session(
         "<CrsConfiguration><CRS mapToEpsgCode='4326' axisOrder='EN'>EPSG:4326</CRS></CrsConfiguration>");
     const auto listed = registeredNames(*session);
@@ -72,7 +72,7 @@ TEST(TheListOfNames, NamesTheKindOfACrs) {
     EXPECT_EQ(registeredNames(*session).at(1).kind, "projected");
 }
 
-TEST(TheListOfNames, IsWrittenByCrs) {
+TEST(TheListOfNames, IsWrittenUnderEachCrs) {
     const std::vector<NamesOfCrs> listed = {{"4326", "geographic", {{"A", "latitude, longitude"}}},
                                             {"3857", "projected", {{"BB", "easting, northing"}}}};
     EXPECT_EQ(asText(listed),

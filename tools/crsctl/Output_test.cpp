@@ -5,7 +5,7 @@
 namespace crsctl {
 namespace {
 
-TEST(AJsonText, SaysWhereBytesWereReplaced) {
+TEST(AJsonText, MarksObjectsWithReplacedBytes) {
     EXPECT_EQ(serialisedInLine({{"a", "\xFF\n"}}), "{\"a\":\"\xEF\xBF\xBD\\n\",\"bytesReplaced\":true}");
     EXPECT_EQ(serialised(Json{{"b", 1}, {"a", 2}}), "{\n  \"b\": 1,\n  \"a\": 2\n}\n");
     EXPECT_EQ(serialised(Json::array({{{"a", "\xC3\xBC"}}, {{"a", {{"b", "\xFC"}}}}})),
@@ -13,7 +13,7 @@ TEST(AJsonText, SaysWhereBytesWereReplaced) {
               "    \"bytesReplaced\": true\n  }\n]\n");
 }
 
-TEST(AJsonText, QuotesWhatIsNotUtf8) {
+TEST(AJsonText, ReplacesBytesThatAreNotUtf8) {
     bool replaced = false;
     EXPECT_EQ(quotedJson("a\"b", replaced), "\"a\\\"b\"");
     EXPECT_FALSE(replaced);

@@ -47,7 +47,8 @@ std::string_view withoutBlanksBehind(const char* begin, const char* end) {
 
 enum class NumberFault { NONE, NOT_A_NUMBER, OUT_OF_RANGE, NOT_FINITE };
 
-// from_chars reports numbers that are too large and too small alike; one that is too small counts as zero.
+// from_chars reports the same error for numbers that are too large and too small. A number that is too small is read as
+// zero.
 NumberFault readNumberAtLimits(std::string_view text, double& value) {
     value = std::strtod(std::string(text).c_str(), nullptr);
     return std::isfinite(value) ? NumberFault::NONE : NumberFault::OUT_OF_RANGE;
@@ -63,8 +64,8 @@ const char* readDigits(const char* position, const char* end, std::uint64_t& num
     return position;
 }
 
-// Reads digits with or without a point, as most coordinates are, in half the time of from_chars. Of up to 15 digits
-// the integer and the power of ten are exact, so that the quotient is the nearest double. False for other texts.
+// Reads up to 15 digits with or without a point, the form of most coordinates, in half the time of from_chars. The
+// integer and the power of ten are exact, so the quotient is the nearest double. Returns false for other texts.
 bool readShortDecimal(std::string_view text, double& value) {
     const char* const end = text.data() + text.size();
     const bool negative = !text.empty() && text.front() == '-';
@@ -112,7 +113,7 @@ std::string faultInWords(NumberFault fault, const ColumnLayout& layout, std::siz
 std::string missingColumn(const ColumnLayout& layout, std::size_t index) {
     const std::size_t ordinate = layout.ordinateAt(index, layout.ordinateCount);
     const std::string name =
-        ordinate == MOST_ORDINATES ? "column " + std::to_string(index + 1) : columnName(layout, ordinate);
+        ordinate == MAX_ORDINATES ? "column " + std::to_string(index + 1) : columnName(layout, ordinate);
     return name + " is missing";
 }
 
@@ -120,8 +121,8 @@ bool occurs(const std::vector<std::string>& names, const std::string& name) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-constexpr std::array<const char*, MOST_ORDINATES> POINT_NAMES = {"x", "y", "z", ""};
-constexpr std::array<const char*, MOST_ORDINATES> BOX_NAMES = {"minx", "miny", "maxx", "maxy"};
+constexpr std::array<const char*, MAX_ORDINATES> POINT_NAMES = {"x", "y", "z", ""};
+constexpr std::array<const char*, MAX_ORDINATES> BOX_NAMES = {"minx", "miny", "maxx", "maxy"};
 
 enum class Direction { EAST, NORTH, UP };
 
@@ -138,8 +139,8 @@ std::optional<Direction> directionNamed(const std::string& name) {
     return std::nullopt;
 }
 
-// Replaces names of directions by x, y and z. False, and nothing changes, for a list that has x or y itself, or no
-// horizontal direction.
+// Replaces names of directions with x, y and z. Returns false, and changes nothing, if the list has x or y, or if it
+// has no horizontal direction.
 bool translateDirections(std::vector<std::string>& names, bool isEastFirst) {
     if (occurs(names, POINT_NAMES[X]) || occurs(names, POINT_NAMES[Y])) return false;
     std::vector<std::string> translated = names;
@@ -204,7 +205,7 @@ void ColumnLayout::nameByDirection(bool isEastFirst, bool isGeographic) {
 std::size_t ColumnLayout::ordinateAt(std::size_t columnIndex, std::size_t count) const {
     for (std::size_t ordinate = 0; ordinate < count; ++ordinate)
         if (column[ordinate] == columnIndex) return ordinate;
-    return MOST_ORDINATES;
+    return MAX_ORDINATES;
 }
 
 std::size_t ColumnLayout::lastColumn(std::size_t count) const {
@@ -278,7 +279,7 @@ bool readCoordinates(std::string_view line, const ColumnLayout& layout, Separato
             if (!optional) return false;
             break;
         }
-        if (ordinate == MOST_ORDINATES) continue;
+        if (ordinate == MAX_ORDINATES) continue;
         const NumberFault fault = readNumber(text, read.value[ordinate]);
         if (fault == NumberFault::NOT_A_NUMBER && optional) break;
         if (fault != NumberFault::NONE) reason = faultInWords(fault, layout, ordinate, text);

@@ -10,25 +10,25 @@ namespace crsctl {
 
 enum class Separator { AUTOMATIC, BLANK, COMMA, SEMICOLON };
 
-// The ordinates of a line.
+// The kind of ordinates that a line has.
 enum class Shape { POINT, BOX };
 
 // The ordinates of a point, in the axis order of the CRS: x is the first axis.
 enum Ordinate : std::size_t { X, Y, Z };
 
-// Those of a box are minx, miny, maxx and maxy.
-constexpr std::size_t MOST_ORDINATES = 4;
-using Ordinates = std::array<double, MOST_ORDINATES>;
+// A box has four ordinates: minx, miny, maxx and maxy.
+constexpr std::size_t MAX_ORDINATES = 4;
+using Ordinates = std::array<double, MAX_ORDINATES>;
 
-// Where the ordinates of a line are.
+// The columns of the ordinates in a line.
 struct ColumnLayout {
-    // A point with an optional height in the first columns, or a box.
+    // The layout without a list of columns: a point with an optional height, or a box, in the first columns.
     explicit ColumnLayout(Shape shapeOfLines);
-    // From "id,x,y,z": the names of ordinates are where these are, any other word names a column that is carried
-    // through. SetUpError unless each ordinate occurs once; a point needs no z.
+    // The layout of a list such as "id,x,y,z". A word that is not the name of an ordinate names a column that is
+    // copied. Throws SetUpError unless each ordinate occurs once; the z of a point is optional.
     //
-    // Points may be named by direction instead: lon, longitude, easting and so on, lat, latitude, northing and so on,
-    // and height. Then x is the column of the direction that comes first in the CRS: the east if `isEastFirst`.
+    // The ordinates of a point may be named by direction instead: lon, longitude, easting and so on, lat, latitude,
+    // northing and so on, and height. Then x is the column of the first axis of the CRS: the east if `isEastFirst`.
     ColumnLayout(Shape shapeOfLines, const std::string& columns, bool isEastFirst = true);
 
     // Names the ordinates of the output by their directions: "lon" and "lat", or "easting" and "northing".
@@ -36,36 +36,36 @@ struct ColumnLayout {
     void nameByDirection(bool isEastFirst, bool isGeographic);
 
     const char* ordinateName(std::size_t ordinate) const { return ordinateNames[ordinate]; }
-    // The ordinate of a column if the line has `count` of them, else MOST_ORDINATES.
+    // Returns the ordinate in a column of a line with `count` ordinates, or MAX_ORDINATES if the column has none.
     std::size_t ordinateAt(std::size_t columnIndex, std::size_t count) const;
     std::size_t lastColumn(std::size_t count) const;
-    // The least number of ordinates that a line has.
+    // Returns the least number of ordinates that a line must have.
     std::size_t leastCount() const { return heightOptional ? ordinateCount - 1 : ordinateCount; }
 
     Shape shape;
     std::size_t ordinateCount;
-    // The third column is the height where it is a number.
+    // Whether the third column is the height only if it is a number.
     bool heightOptional;
-    // Column of each ordinate, counted from 0.
-    std::array<std::size_t, MOST_ORDINATES> column = {0, 1, 2, 3};
+    // The column of each ordinate, counted from 0.
+    std::array<std::size_t, MAX_ORDINATES> column = {0, 1, 2, 3};
     // The ordinates in the order of their columns.
-    std::array<std::size_t, MOST_ORDINATES> order = {0, 1, 2, 3};
+    std::array<std::size_t, MAX_ORDINATES> order = {0, 1, 2, 3};
     bool isByDirection = false;
-    std::array<const char*, MOST_ORDINATES> ordinateNames;
-    // Names of the columns, empty where none are known.
+    std::array<const char*, MAX_ORDINATES> ordinateNames;
+    // The names of the columns; an unknown name is empty.
     std::vector<std::string> names;
 };
 
-// Walks over the columns of one line. A line's separator is what follows its first column: a comma or a semicolon,
-// blanks around it aside, else blanks and tabs. A column between commas or semicolons that begins with a quote
-// ends with the next quote that is not doubled.
+// Iterates over the columns of one line. If the first column is followed by a comma or a semicolon, perhaps after
+// blanks, this is the separator of the line; otherwise blanks and tabs separate. A column between commas or semicolons
+// that begins with a quote ends at the next quote that is not doubled.
 class ColumnScanner {
 public:
     ColumnScanner(std::string_view line, Separator separator);
 
-    // False when there is no further column. A separator at the end of a line leaves an empty column behind it.
+    // Returns false if there is no further column. After a separator at the end of the line there is an empty column.
     bool next(std::string_view& column);
-    // ' ', ',' or ';', known after the first column.
+    // Returns ' ', ',' or ';'. REQUIRES: the first column was read.
     char separator() const { return separatorChar; }
 
 private:
@@ -81,23 +81,23 @@ private:
     bool atEnd = false;
 };
 
-// The ordinates of a line, with the text that each was read from.
+// The ordinates of a line and the text of each.
 struct CoordinateLine {
     Ordinates value;
-    std::array<std::string_view, MOST_ORDINATES> text;
+    std::array<std::string_view, MAX_ORDINATES> text;
     std::size_t count;
     char separator;
 };
 
-// Reads the ordinates of `line`, which ends without a line end. False with a reason when a column is missing, no
-// number, out of range or not finite.
+// Reads the ordinates of `line`, which has no line end. Returns false, and sets the reason, if a column is missing, not
+// a number, out of range or not finite.
 bool readCoordinates(std::string_view line, const ColumnLayout& layout, Separator separator, CoordinateLine& read,
                      std::string& reason);
 
-// Whether `text` is a number, even one that is too large.
+// Returns whether `text` is a number. It may be too large for a double.
 bool isNumber(std::string_view text);
 
-// Whether the line has only blanks.
+// Returns whether the line has only blanks.
 bool isBlank(std::string_view line);
 
 }  // namespace crsctl

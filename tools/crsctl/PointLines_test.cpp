@@ -70,7 +70,7 @@ double readX(const std::string& number) {
     return read.value[X];
 }
 
-// With a point before any of the digits, or none.
+// The numbers have a point before any of their digits, or none.
 TEST(ANumber, IsReadAsTheNearestDouble) {
     std::mt19937_64 random(25832);
     for (int i = 0; i < 50000; ++i) {
@@ -137,7 +137,7 @@ bool reads(const std::string& line, const ColumnLayout& layout, CoordinateLine& 
     return readCoordinates(line, layout, Separator::AUTOMATIC, read, reason);
 }
 
-TEST(ALayout, SaysWhereTheOrdinatesStand) {
+TEST(ALayout, HasTheColumnsOfTheOrdinates) {
     CoordinateLine read;
     ASSERT_TRUE(reads("A1;9;50;100;x", ColumnLayout(Shape::POINT, "id,x,y,z"), read));
     EXPECT_EQ(read.value[X], 9);
@@ -148,13 +148,13 @@ TEST(ALayout, SaysWhereTheOrdinatesStand) {
     EXPECT_EQ(read.value[Y], 50);
 }
 
-TEST(ALayout, MakesNoHeightOfAColumnThatItDoesNotName) {
+TEST(ALayout, ReadsNoHeightUnlessItIsNamed) {
     CoordinateLine read;
     ASSERT_TRUE(reads("9 50 100", ColumnLayout(Shape::POINT, "x,y"), read));
     EXPECT_EQ(read.count, 2U);
 }
 
-TEST(ALayout, InsistsOnTheHeightItNames) {
+TEST(ALayout, RequiresTheHeightThatIsNamed) {
     CoordinateLine read;
     EXPECT_FALSE(reads("9 50", ColumnLayout(Shape::POINT, "x,y,z"), read));
     EXPECT_FALSE(reads("9 50 name", ColumnLayout(Shape::POINT, "x,y,z"), read));
@@ -167,7 +167,7 @@ TEST(ALayout, ReadsPastQuotedColumns) {
     EXPECT_EQ(read.value[Y], 50.2);
 }
 
-TEST(ALayout, TellsAMissingColumn) {
+TEST(ALayout, ReportsAMissingColumn) {
     CoordinateLine read;
     std::string reason;
     EXPECT_FALSE(readCoordinates("A1", ColumnLayout(Shape::POINT, "id,name,x,y"), Separator::AUTOMATIC, read, reason));
@@ -176,13 +176,13 @@ TEST(ALayout, TellsAMissingColumn) {
 
 class ABadLayout : public testing::TestWithParam<const char*> {};
 
-TEST_P(ABadLayout, IsAnErrorOfSetUp) { EXPECT_THROW(ColumnLayout(Shape::POINT, GetParam()), SetUpError); }
+TEST_P(ABadLayout, IsRefused) { EXPECT_THROW(ColumnLayout(Shape::POINT, GetParam()), SetUpError); }
 
 INSTANTIATE_TEST_SUITE_P(Lists, ABadLayout, testing::Values("x", "y", "x,z", "x,x,y", "x,y,z,z", "id", "X,Y", ","));
 
 struct BoxLine {
     const char* line;
-    const char* columns;  // null: as they are without a layout of the user's own
+    const char* columns;  // null: the default layout
     Ordinates box;
 };
 
@@ -217,17 +217,17 @@ TEST(ABoxLine, IsRefusedWithItsReason) {
     }
 }
 
-TEST(ABoxLayout, IsAnErrorOfSetUpWithoutEachCornerOnce) {
+TEST(ABoxLayout, IsRefusedUnlessEachCornerOccursOnce) {
     for (const char* columns : {"x,y", "minx,miny,maxx", "minx,miny,maxx,maxy,minx"})
         EXPECT_THROW(ColumnLayout(Shape::BOX, columns), SetUpError) << columns;
 }
 
-TEST(ANumber, IsWhatALineMayHoldOrIsTooLarge) {
+TEST(ANumber, IsRecognisedEvenIfItIsTooLarge) {
     for (const char* text : {"6", "-6", "-.5", "+6.5e1", "1e999", "inf"}) EXPECT_TRUE(isNumber(text)) << text;
     for (const char* text : {"", "-", "six", "6m", "./6", "6,5"}) EXPECT_FALSE(isNumber(text)) << text;
 }
 
-TEST(ASeparatorOfTheUsers, Decides) {
+TEST(AGivenSeparator, IsUsed) {
     CoordinateLine read;
     std::string reason;
     const ColumnLayout layout = ColumnLayout(Shape::POINT, "name,x,y");
@@ -245,7 +245,7 @@ std::vector<std::string> columnsOf(std::string_view line) {
     return columns;
 }
 
-TEST(Columns, AreSplitByWhatFollowsTheFirst) {
+TEST(Columns, AreSeparatedByTheCharacterAfterTheFirst) {
     EXPECT_THAT(columnsOf("a b,c d"), ElementsAre("a", "b,c", "d"));
     EXPECT_THAT(columnsOf("a,b c;d"), ElementsAre("a", "b c;d"));
     EXPECT_THAT(columnsOf("a , b,, c ,"), ElementsAre("a", "b", "", "c", ""));
@@ -256,7 +256,7 @@ TEST(Columns, AreSplitByWhatFollowsTheFirst) {
     EXPECT_THAT(columnsOf(""), ElementsAre());
 }
 
-TEST(ABlankLine, HoldsNothingButBlanks) {
+TEST(ABlankLine, HasOnlyBlanks) {
     EXPECT_TRUE(isBlank(""));
     EXPECT_TRUE(isBlank(" \t "));
     EXPECT_FALSE(isBlank(" ,"));
@@ -283,7 +283,7 @@ TEST(ALayoutByDirection, NamesTheOrdinatesOfTheOutput) {
     EXPECT_STREQ(layout.ordinateName(X), "lon");
 }
 
-TEST(ALayoutByDirection, IsNotTakenFromAListWithXOrY) {
+TEST(ALayoutByDirection, IsNotReadFromAListWithXOrY) {
     EXPECT_FALSE(ColumnLayout(Shape::POINT, "lat,x,y").isByDirection);
     EXPECT_THROW(ColumnLayout(Shape::POINT, "lon,longitude", true), SetUpError);
 }

@@ -1,4 +1,4 @@
-// The program as a person or a script meets it: arguments, descriptors, signals and exit codes.
+// The program from outside: arguments, descriptors, signals and exit codes.
 
 #include <algorithm>
 #include <csignal>
@@ -52,7 +52,7 @@ std::vector<std::string> linesOf(const std::string& text) {
     return lines;
 }
 
-// What stands between the two, wherever a line has both.
+// Returns the text between `head` and `tail` of each line that has both.
 std::vector<std::string> textsBetween(const std::string& text, const std::string& head, const std::string& tail) {
     std::vector<std::string> found;
     for (const std::string& line : linesOf(text)) {
@@ -71,7 +71,7 @@ std::string repeated(const std::string& text, std::size_t count) {
     return all;
 }
 
-TEST(Resolving, TellsWhatANameMeans) {
+TEST(Resolving, ShowsTheCrsOfAName) {
     const Outcome outcome = run({"resolve", "urn:ogc:def:crs:EPSG::25832"});
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.errors, "");
@@ -80,7 +80,7 @@ TEST(Resolving, TellsWhatANameMeans) {
     EXPECT_THAT(outcome.output, HasSubstr("  axis order  easting, northing\n"));
 }
 
-TEST(Resolving, ReportsEveryNameThoughOneIsRefused) {
+TEST(Resolving, ReportsEveryNameEvenIfOneIsRefused) {
     const Outcome outcome = run({"resolve", "epsg:4326", "EPSG:25832"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_THAT(outcome.output, HasSubstr("  try       EPSG:4326 (as an EPSG code)\n"));
@@ -99,7 +99,7 @@ TEST(Resolving, WritesJson) {
     EXPECT_EQ(json[1]["serviceExceptionCode"], "qvCrsUnavailable");
 }
 
-TEST(Checking, SaysWhetherAServerWouldStart) {
+TEST(Checking, ReportsWhetherAServerWouldStart) {
     const TemporaryFile good(CONFIGURATION);
     const Outcome accepted = run({"check", good.path()});
     EXPECT_EQ(accepted.exitCode, 0);
@@ -118,7 +118,7 @@ TEST(Checking, ReadsStandardInput) {
     EXPECT_EQ(nlohmann::json::parse(outcome.output)["file"], "standard input");
 }
 
-TEST(Checking, EndsForAFileThatDoesNot) {
+TEST(Checking, RefusesAnEndlessFile) {
     const Outcome outcome = run({"check", "/dev/zero"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_THAT(outcome.output,
@@ -127,7 +127,7 @@ TEST(Checking, EndsForAFileThatDoesNot) {
     EXPECT_EQ(outcome.errors, "crsctl check: /dev/zero: <unspecified file>(1): the fragment is larger than 256 MB\n");
 }
 
-// Started with its own PROJ directory, which would start a server and still has an error.
+// A server would start with this PROJ directory, although it has an error.
 TEST(Checking, FailsForAnErrorInTheProjDirectory) {
     const TestSupport::TemporaryDirectory directory;
     directory.write("epsg", "<1> +proj=longlat +nadgrids=no_such_grid <>\n");
@@ -138,7 +138,7 @@ TEST(Checking, FailsForAnErrorInTheProjDirectory) {
     EXPECT_EQ(outcome.errors, "crsctl check: standard input: the PROJ directory has errors\n");
 }
 
-TEST(Naming, ListsWhatTheCacheAnswers) {
+TEST(Naming, ListsTheRegisteredNames) {
     const TemporaryFile config(CONFIGURATION);
     const Outcome outcome = run({"names", "--config", config.path()});
     EXPECT_EQ(outcome.exitCode, 0);
@@ -146,7 +146,7 @@ TEST(Naming, ListsWhatTheCacheAnswers) {
     EXPECT_THAT(outcome.output, HasSubstr("  UTM32 "));
 }
 
-TEST(AWrongStart, IsSaidInOneLine) {
+TEST(AWrongStart, IsReportedInOneLine) {
     const TemporaryFile malformed("<CrsConfiguration>");
     const std::vector<std::vector<std::string>> commandLines = {{},
                                                                 {"frob"},
@@ -166,7 +166,7 @@ TEST(AWrongStart, IsSaidInOneLine) {
     }
 }
 
-// The first --proj-dir, that of the tests, is followed by another one.
+// The tests pass their own --proj-dir first. The second one counts.
 TEST(AWrongStart, NamesTheProjDirectory) {
     const TemporaryFile noDirectory("");
     const Outcome outcome = run({"names", "--proj-dir", noDirectory.path()});
@@ -174,23 +174,23 @@ TEST(AWrongStart, NamesTheProjDirectory) {
     EXPECT_EQ(outcome.errors, "crsctl names: Configured Proj4 directory \"" + noDirectory.path() + "\" not found!\n");
 }
 
-TEST(ARefusedCrs, IsSaidBeforeAnythingIsRead) {
+TEST(ARefusedCrs, IsReportedBeforeAnyInputIsRead) {
     const Outcome outcome = run({"transform", "--from", "epsg:4326", "--to", "EPSG:25832"}, POINT);
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.output, "");
     EXPECT_THAT(linesOf(outcome.errors), ElementsAre(HasSubstr("try EPSG:4326")));
 }
 
-TEST(Transforming, MovesPoints) {
+TEST(Transforming, WritesPointsInTheOtherCrs) {
     const Outcome outcome = run(TO_UTM, "50 9\n50 9 100 name\n");
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.output, "500000.000\t5538630.703\n500000.000\t5538630.703 100.000 name\n");
     EXPECT_THAT(linesOf(outcome.errors),
-                ElementsAre(MatchesRegex("crsctl transform: 2 lines: 2 transformed, 0 refused, 0 passed over; .* s, .* "
+                ElementsAre(MatchesRegex("crsctl transform: 2 lines: 2 transformed, 0 refused, 0 ignored; .* s, .* "
                                          "lines/s")));
 }
 
-TEST(Transforming, MovesThemBack) {
+TEST(Transforming, ExchangesTheCrsWithInverse) {
     const Outcome outcome = run(toUtm({"--inverse"}), "500000 5538630.702743\n");
     EXPECT_EQ(outcome.output, "50.00000000\t9.00000000\n");
 }
@@ -223,13 +223,13 @@ TEST(Transforming, DoesNothingWithEmptyInput) {
     }
 }
 
-// Every bad line is reported with its number, and nothing behind it is lost.
-TEST(Transforming, ReportsEveryBadLineAndLosesNothingBehindIt) {
+// Every bad line is reported with its number, and every line after it is transformed.
+TEST(Transforming, ReportsEveryBadLineAndTransformsTheOthers) {
     using std::string;
     const string longLine(2000000, '7');
     const string input =
         "\xEF\xBB\xBF"
-        "50 9 first\r\n"         // 1, behind a byte-order mark
+        "50 9 first\r\n"         // 1, after a byte-order mark
         "fifty nine\n"           // 2
         "\n"                     // 3
         "50\n"                   // 4
@@ -241,7 +241,7 @@ TEST(Transforming, ReportsEveryBadLineAndLosesNothingBehindIt) {
         longLine +
         " 9\n" +                                // 10
         "50 9 " + string(100000, 'x') + "\n" +  // 11, long but not too long
-        string("50 9 a\0b\n", 9) +              // 12, carried through
+        string("50 9 a\0b\n", 9) +              // 12, copied
         "95 9\r\n"                              // 13, no such latitude
         "50 9 last";                            // 14
     for (const Outcome& outcome :
@@ -254,7 +254,7 @@ TEST(Transforming, ReportsEveryBadLineAndLosesNothingBehindIt) {
         EXPECT_THAT(textsBetween(outcome.errors, "standard input:", ": "),
                     ElementsAre("2", "4", "5", "6", "7", "8", "9", "10", "13"));
         for (const string& line : linesOf(outcome.errors)) EXPECT_LT(line.size(), 400U);
-        EXPECT_THAT(outcome.errors, HasSubstr("14 lines: 4 transformed, 9 refused, 1 passed over"));
+        EXPECT_THAT(outcome.errors, HasSubstr("14 lines: 4 transformed, 9 refused, 1 ignored"));
     }
 }
 
@@ -264,7 +264,7 @@ TEST(Transforming, MarksOneLineForEachBadOne) {
     EXPECT_EQ(outcome.exitCode, 1);
 }
 
-TEST(Transforming, StopsWhereItIsTo) {
+TEST(Transforming, StopsAtABadLineOnRequest) {
     for (const char* jobs : {"1", "3"}) {
         const std::string input = repeated(POINT, 100000) + "bad\n" + repeated(POINT, 100000);
         const Outcome outcome = run(toUtm({"--errors", "stop", "--jobs", jobs}), input);
@@ -293,7 +293,7 @@ std::size_t entriesOf(const std::string& folder) {
     return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
 }
 
-// The program itself waits until somebody reads.
+// The program waits because nothing reads its output.
 TEST(Threads, WorkInOneProcess) {
     const TemporaryFile input(repeated(POINT, 400000));
     Pipe output;
@@ -307,7 +307,7 @@ TEST(Threads, WorkInOneProcess) {
     EXPECT_EQ(program.exitCode(), 1);
 }
 
-TEST(Transforming, EndsQuietlyWhenNobodyReads) {
+TEST(Transforming, EndsQuietlyIfTheOutputIsClosed) {
     for (const char* jobs : {"1", "2"}) {
         const TemporaryFile input(repeated(POINT, 400000));
         const TemporaryFile errors("");
@@ -321,7 +321,7 @@ TEST(Transforming, EndsQuietlyWhenNobodyReads) {
     }
 }
 
-TEST(Reports, EndQuietlyWhenNobodyReads) {
+TEST(Reports, EndQuietlyIfTheOutputIsClosed) {
     const TemporaryFile errors("");
     Pipe output;
     output.closeReadEnd();
@@ -331,7 +331,7 @@ TEST(Reports, EndQuietlyWhenNobodyReads) {
     EXPECT_EQ(readTextFile(errors.path()), "");
 }
 
-TEST(Transforming, FailsWhereTheOutputIsFull) {
+TEST(Transforming, FailsIfTheOutputIsFull) {
     const TemporaryFile errors("");
     for (const std::vector<std::string>& arguments : {TO_UTM, std::vector<std::string>{"resolve", "4326"}}) {
         const TemporaryFile input(POINT);
@@ -342,8 +342,8 @@ TEST(Transforming, FailsWhereTheOutputIsFull) {
     }
 }
 
-// What is asked is answered before the next question: a line at a time.
-TEST(Transforming, AnswersEachLineAsItArrives) {
+// The result of a line is written before the next line arrives.
+TEST(Transforming, TransformsEachLineAsItArrives) {
     for (const char* jobs : {"1", "4"}) {
         Pipe input;
         Pipe output;
@@ -362,8 +362,8 @@ TEST(Transforming, AnswersEachLineAsItArrives) {
     }
 }
 
-// Standard input is opened when the file before it has been answered.
-TEST(Transforming, AnswersAFileBeforeItWaitsForAPipe) {
+// The result of the first file is written before standard input is read.
+TEST(Transforming, WritesTheResultOfAFileBeforeItWaitsForAPipe) {
     const TemporaryFile file(POINT);
     Pipe input;
     Pipe output;
@@ -374,7 +374,7 @@ TEST(Transforming, AnswersAFileBeforeItWaitsForAPipe) {
     EXPECT_EQ(program.exitCode(), 0);
 }
 
-// Threads take turns at a stream as at a file.
+// Threads share a stream as they share a file.
 TEST(Transforming, KeepsTheOrderOfALongStream) {
     std::string input;
     std::string expected;
@@ -385,15 +385,15 @@ TEST(Transforming, KeepsTheOrderOfALongStream) {
     EXPECT_EQ(runOnPipe(toUtm({"--jobs", "4"}), input).output, expected);
 }
 
-// The resident memory, in KiB, that `process` has had at most.
+// Returns the peak resident memory of `process` in KiB.
 long peakMemoryOf(pid_t process) {
     const std::string status = readTextFile("/proc/" + std::to_string(process) + "/status");
     const std::vector<std::string> found = textsBetween(status, "VmHWM:", " kB");
     return found.empty() ? 0 : std::stol(found.front());
 }
 
-// Of 48 MB of further input less than a half is kept, whatever a sanitizer adds.
-TEST(Transforming, TakesNoMoreMemoryForMoreInput) {
+// The further input is 48 MB. Peak memory grows by less than half of it, even with a sanitizer.
+TEST(Transforming, UsesNoMoreMemoryForMoreInput) {
     const std::string part = repeated("50 9 100 a name\n", 10000);
     Pipe input;
     Program program(toUtm({"--jobs", "4"}), input.takeReadEnd(), openFile("/dev/null", O_WRONLY),
@@ -407,7 +407,7 @@ TEST(Transforming, TakesNoMoreMemoryForMoreInput) {
     EXPECT_EQ(program.exitCode(), 0);
 }
 
-// The grid that the definition names is not there, so that PROJ has no operation.
+// The grid of the definition is missing, so PROJ has no operation.
 TEST(ACrsWithoutAnOperation, IsReportedForEachLine) {
     const TestSupport::TemporaryDirectory directory;
     directory.write("epsg",
@@ -424,7 +424,7 @@ TEST(ACrsWithoutAnOperation, IsReportedForEachLine) {
     }
 }
 
-// `command` as a shell runs it, with the program as $0.
+// Runs the program with the arguments of `command` in a shell.
 Outcome runInShell(const std::string& command) {
     const TemporaryFile out("");
     const TemporaryFile err("");
@@ -444,13 +444,13 @@ TEST(Transforming, ReadsAConfigurationFromAPipeOnce) {
     EXPECT_EQ(linesOf(outcome.output).size(), 200000U);
 }
 
-TEST(Transforming, FailsWhereStandardInputIsClosed) {
+TEST(Transforming, FailsIfStandardInputIsClosed) {
     const Outcome outcome = runInShell("transform --from 4326 --to 25832 <&-");
     EXPECT_EQ(outcome.exitCode, 2);
     EXPECT_THAT(outcome.errors, StartsWith("crsctl transform: standard input: Bad file descriptor\n"));
 }
 
-TEST(Transforming, StaysWithoutOutputWhereTheHeaderIsMissing) {
+TEST(Transforming, WritesNoHeaderForEmptyInput) {
     EXPECT_EQ(run(toUtm({"--header"}), "").output, "");
     EXPECT_EQ(run(toUtm({"--header", "--output", "csv"}), "lat lon\n").output, "x,y\n");
 }
@@ -464,7 +464,7 @@ void PrintTo(const SignalCase& sent, std::ostream* stream) { *stream << "signal 
 
 class ASignal : public testing::TestWithParam<SignalCase> {};
 
-TEST_P(ASignal, EndsTheWaitForALineWithTheCounts) {
+TEST_P(ASignal, EndsTheWaitForALineWithTheSummary) {
     const TemporaryFile errors("");
     Pipe input;
     Pipe output;
@@ -476,7 +476,7 @@ TEST_P(ASignal, EndsTheWaitForALineWithTheCounts) {
     EXPECT_THAT(readTextFile(errors.path()), StartsWith("crsctl transform: 1 line: 1 transformed, "));
 }
 
-TEST_P(ASignal, EndsALongRunBehindAWholeLine) {
+TEST_P(ASignal, EndsALongRunAfterAWholeLine) {
     for (const char* jobs : {"1", "2"}) {
         const TemporaryFile file(repeated(POINT, 1000000));
         const TemporaryFile errors("");
@@ -503,7 +503,7 @@ TEST_P(ASignal, EndsALongRunBehindAWholeLine) {
 INSTANTIATE_TEST_SUITE_P(Signals, ASignal,
                          testing::Values(SignalCase{SIGINT, 130}, SignalCase{SIGTERM, 1}, SignalCase{SIGHUP, 1}));
 
-// Standard error is a terminal, the input a file, and the output is not shown on the terminal.
+// Standard error is a terminal, and the input is a file.
 TEST(Transforming, ShowsItsProgressOnATerminal) {
     const TemporaryFile file(repeated(POINT, 50000));
     int terminal = -1;
@@ -527,7 +527,7 @@ TEST(Transforming, ShowsNoProgressElsewhere) {
     EXPECT_THAT(run(TO_UTM, repeated(POINT, 50000)).errors, StartsWith("crsctl transform: 50,000 lines: "));
 }
 
-// As an installation has it, in a folder of its own: bin/crsctl and share/CoordinateTransformation/proj.
+// An installation in a temporary folder: bin/crsctl and share/CoordinateTransformation/proj.
 class Installation {
 public:
     Installation() {

@@ -33,7 +33,7 @@ using CoordinateTransformation::readInitFileText;
 using Tools::printable;
 
 void sortByPlace(Findings& findings) {
-    // std::stable_sort of some standard libraries calls what newer compilers warn of; a list sorts stably by itself.
+    // std::stable_sort of some standard libraries calls deprecated functions. Sorting a list is stable too.
     std::list<Finding> sorted(std::make_move_iterator(findings.begin()), std::make_move_iterator(findings.end()));
     sorted.sort([](const Finding& left, const Finding& right) {
         return std::tie(left.place.file, left.place.line, left.place.column) <
@@ -58,7 +58,7 @@ const std::set<std::string>& angleKeys() {
     return keys;
 }
 
-// A number with what PROJ takes behind it: "1/3" for a length, "10d30'E" for an angle.
+// Returns whether PROJ reads the text as a number: a length may be "1/3", an angle "10d30'E".
 bool isNumber(std::string_view text, bool isAngle) {
     std::string_view rest = text;
     const std::optional<double> number = CoordinateTransformation::takeDouble(rest);
@@ -99,7 +99,7 @@ std::string trimmed(const std::string& text, const char* characters) {
     return begin == std::string::npos ? "" : text.substr(begin, text.find_last_not_of(characters) - begin + 1);
 }
 
-// " +04326 " is 4326.
+// Returns "4326" for " +04326 ".
 std::string canonicalCode(const std::string& cell) {
     const std::string digits = trimmed(cell, " +");
     const std::size_t begin = digits.find_first_not_of('0');
@@ -147,7 +147,7 @@ private:
 
 class DefinitionExamination {
 public:
-    explicit DefinitionExamination(const std::function<bool(const std::string&)>& gridIsThere) : isThere(gridIsThere) {}
+    explicit DefinitionExamination(const std::function<bool(const std::string&)>& gridExists) : exists(gridExists) {}
 
     Findings run(const std::string& text) {
         for (const InitFileDefinition& definition : readInitFileText(text)) examine(definition);
@@ -167,7 +167,7 @@ private:
         std::size_t others = 0;
     };
 
-    // Of two definitions with one code the first counts.
+    // The first of two definitions with the same code counts.
     void examine(const InitFileDefinition& definition) {
         const ParameterList parameters(definition.text);
         const auto [first, isNew] = definitions.emplace(definition.code, First{parameters.toText(), definition.line});
@@ -175,7 +175,7 @@ private:
             for (const auto& [key, value] : parameters) examineParameter(definition, key, value);
         else if (first->second.parameters != parameters.toText())
             findings.push_back({Severity::WARNING, onLine(definition.line),
-                                "ignored: " + printable(definition.code) + " is defined otherwise in line " +
+                                "ignored: " + printable(definition.code) + " is defined differently in line " +
                                     std::to_string(first->second.line)});
     }
 
@@ -183,8 +183,9 @@ private:
         if (key == "nadgrids" || key == "geoidgrids")
             for (const std::string& grid : splitAtCommas(value)) examineGrid(definition, grid);
         if (isBrokenNumber(key, value))
-            findings.push_back({Severity::ERROR, onLine(definition.line),
-                                printable(definition.code) + ": +" + key + "=" + printable(value) + " is no number"});
+            findings.push_back(
+                {Severity::ERROR, onLine(definition.line),
+                 printable(definition.code) + ": +" + key + "=" + printable(value) + " is not a number"});
     }
 
     void examineGrid(const InitFileDefinition& definition, const std::string& listed) {
@@ -198,7 +199,7 @@ private:
 
     bool lookUp(const std::string& grid) {
         const auto known = gridCache.find(grid);
-        return known != gridCache.end() ? known->second : gridCache.emplace(grid, isThere(grid)).first->second;
+        return known != gridCache.end() ? known->second : gridCache.emplace(grid, exists(grid)).first->second;
     }
 
     void reportGrid(const std::string& grid, bool isOptional, const Users& users) {
@@ -209,14 +210,14 @@ private:
              whose + ": the grid file " + printable(grid) + " is missing" + (isOptional ? ", but not required" : "")});
     }
 
-    const std::function<bool(const std::string&)>& isThere;
+    const std::function<bool(const std::string&)>& exists;
     std::map<std::string, First> definitions;
     std::map<std::pair<std::string, bool>, Users> missingGrids;
     std::map<std::string, bool> gridCache;
     Findings findings;
 };
 
-// The library looks into its own directory first, then PROJ into those that it knows by itself.
+// Returns the directories in the order of the search: that of the library, then those that PROJ knows by itself.
 std::vector<std::string> gridDirectories(const std::string& directory) {
     std::vector<std::string> directories = {directory};
     const char* const ofProj = proj_info().searchpath;
@@ -244,8 +245,8 @@ void addOf(const std::string& path, Findings found, Findings& all) {
 
 Findings checkAxisOrders(const std::string& text) { return AxisOrderExamination().run(text); }
 
-Findings checkDefinitions(const std::string& text, const std::function<bool(const std::string& grid)>& isThere) {
-    return DefinitionExamination(isThere).run(text);
+Findings checkDefinitions(const std::string& text, const std::function<bool(const std::string& grid)>& exists) {
+    return DefinitionExamination(exists).run(text);
 }
 
 Findings checkProjDirectory(const std::string& directory) {

@@ -7,11 +7,11 @@
 
 namespace crsctl {
 
-// Error: a server does not start, or a definition cannot be used. Warning: something is ignored, dropped or not what
-// it looks like. Note: something that may be as it should.
+// Error: a server does not start, or a definition cannot be used. Warning: something is ignored, dropped or misleading.
+// Note: something that may be intended.
 enum class Severity { ERROR, WARNING, NOTE };
 
-// Where in a file: 0 where no place is known.
+// A place in a file. An unknown line or column is 0.
 struct Place {
     std::size_t line = 0;
     std::size_t column = 0;
@@ -27,26 +27,27 @@ struct Finding {
 
 using Findings = std::vector<Finding>;
 
-// Those of the fragment first, each file in its order; of one place in the order in which they were found.
+// Sorts by file, the fragment first, and then by line and column. Findings of one place keep their order.
 void sortByPlace(Findings& findings);
 
-// The parts of a text between commas.
+// Returns the parts of a text between commas.
 std::vector<std::string> splitAtCommas(const std::string& text);
 
-// Whether a parameter that takes numbers has something else, NaN and infinity included.
+// Returns whether the parameter `key` takes numbers and `value` has something else, such as NaN or infinity.
 bool isBrokenNumber(const std::string& key, const std::string& value);
 
-// Problems in the files of a PROJ directory that a start ignores silently. The places have no file.
+// Problems in the files of a PROJ directory that a start ignores silently.
 
-// "epsg-axisorder.csv": a last line that is not read because its line end is missing, and codes that stand there with
-// both axis orders.
+// Returns the problems of "epsg-axisorder.csv": a last line that is not read because its line end is missing, and codes
+// with both axis orders. The places have no file.
 Findings checkAxisOrders(const std::string& text);
 
-// "epsg": codes that are defined twice in different ways, grid files that `isThere` denies, and parameters that should
-// be numbers and are not.
-Findings checkDefinitions(const std::string& text, const std::function<bool(const std::string& grid)>& isThere);
+// Returns the problems of "epsg": codes with two different definitions, grid files that do not exist according to
+// `exists`, and parameters that must be numbers but are not. The places have no file.
+Findings checkDefinitions(const std::string& text, const std::function<bool(const std::string& grid)>& exists);
 
-// Both files of `directory`, with their paths. Grid files are looked for there and in PROJ's own directories.
+// Returns the problems of both files of `directory`. The places have the paths of the files. Grid files are looked up
+// in `directory` and in PROJ's own directories.
 Findings checkProjDirectory(const std::string& directory);
 
 }  // namespace crsctl

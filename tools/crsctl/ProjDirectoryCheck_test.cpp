@@ -18,7 +18,7 @@ namespace {
 
 using Parameters = std::vector<std::pair<std::string, std::string>>;
 
-TEST(ANumber, IsOneWhereNumbersBelong) {
+TEST(ANumericParameter, AcceptsTheFormsOfProj) {
     for (const auto& [key, value] : Parameters{{"towgs84", "1,-2.5,+3e-2,0,0,0,0"},
                                                {"x_0", "500000.0"},
                                                {"to_meter", "12/39.37"},
@@ -32,7 +32,7 @@ TEST(ANumber, IsOneWhereNumbersBelong) {
         EXPECT_FALSE(isBrokenNumber(key, value)) << key << "=" << value;
 }
 
-TEST(ANumber, IsBrokenOtherwise) {
+TEST(ANumericParameter, RefusesOtherTexts) {
     for (const auto& [key, value] : Parameters{{"towgs84", "nan"},
                                                {"towgs84", "1,2,NaN"},
                                                {"towgs84", "1,,3"},
@@ -68,7 +68,7 @@ void PrintTo(const CheckedFile& tried, std::ostream* stream) { *stream << printa
 
 class AnAxisOrderFile : public testing::TestWithParam<CheckedFile> {};
 
-TEST_P(AnAxisOrderFile, IsFoundFaultWith) { EXPECT_EQ(inWords(checkAxisOrders(GetParam().text)), GetParam().findings); }
+TEST_P(AnAxisOrderFile, HasTheseFindings) { EXPECT_EQ(inWords(checkAxisOrders(GetParam().text)), GetParam().findings); }
 
 INSTANTIATE_TEST_SUITE_P(
     Lines, AnAxisOrderFile,
@@ -81,9 +81,9 @@ INSTANTIATE_TEST_SUITE_P(
 
 class AnInitFile : public testing::TestWithParam<CheckedFile> {};
 
-TEST_P(AnInitFile, IsFoundFaultWith) {
-    const auto isThere = [](const std::string& grid) { return grid == "there.gsb"; };
-    EXPECT_EQ(inWords(checkDefinitions(GetParam().text, isThere)), GetParam().findings);
+TEST_P(AnInitFile, HasTheseFindings) {
+    const auto exists = [](const std::string& grid) { return grid == "there.gsb"; };
+    EXPECT_EQ(inWords(checkDefinitions(GetParam().text, exists)), GetParam().findings);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -92,7 +92,7 @@ INSTANTIATE_TEST_SUITE_P(
                     CheckedFile{"<1> +proj=longlat +ellps=bessel <>\n<2> +proj=longlat +ellps=bessel <>\n", ""},
                     CheckedFile{"<1> +proj=utm +zone=32 <>\n# again\n<1> +proj=utm  +zone = 32 # alike\n<>\n", ""},
                     CheckedFile{"<1> +proj=utm +zone=32 <>\n\n<1> +proj=utm +zone=33 +x_0=nan <>\n",
-                                "warning 3: ignored: 1 is defined otherwise in line 1\n"}));
+                                "warning 3: ignored: 1 is defined differently in line 1\n"}));
 
 INSTANTIATE_TEST_SUITE_P(
     Grids, AnInitFile,
@@ -109,12 +109,12 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(
     Numbers, AnInitFile,
     testing::Values(CheckedFile{"<1> +proj=longlat +towgs84=1,2,3 +lat_0=10d30'N +to_meter=1/3 +pm=paris <>\n", ""},
-                    CheckedFile{"\n<1> +proj=longlat\n+towgs84=nan <>\n", "error 2: 1: +towgs84=nan is no number\n"},
-                    CheckedFile{"<1> +zone= +lat_0=5 <>\n", "error 1: 1: +zone= is no number\n"},
+                    CheckedFile{"\n<1> +proj=longlat\n+towgs84=nan <>\n", "error 2: 1: +towgs84=nan is not a number\n"},
+                    CheckedFile{"<1> +zone= +lat_0=5 <>\n", "error 1: 1: +zone= is not a number\n"},
                     CheckedFile{"<1> +proj=utm +zone=x +k=1,5 <>\n",
-                                "error 1: 1: +zone=x is no number\nerror 1: 1: +k=1,5 is no number\n"}));
+                                "error 1: 1: +zone=x is not a number\nerror 1: 1: +k=1,5 is not a number\n"}));
 
-TEST(AProjDirectory, IsLookedThrough) {
+TEST(AProjDirectory, IsCheckedFileByFile) {
     const TestSupport::TemporaryDirectory directory;
     directory.write("here.gsb", "");
     directory.write("epsg", "<1> +proj=longlat +nadgrids=here.gsb,no_such_grid.gsb <>\n");
@@ -124,7 +124,7 @@ TEST(AProjDirectory, IsLookedThrough) {
                   directory.name() + "/epsg-axisorder.csv1: not read, because the line end is missing: 1;en\n");
 }
 
-TEST(AProjDirectory, ThatIsDeliveredHasNoFault) {
+TEST(TheDeliveredProjDirectory, HasNoFindings) {
     EXPECT_EQ(inWords(checkProjDirectory(COORDTRANS_SOURCE_DIR "/data/proj")), "");
 }
 

@@ -37,7 +37,7 @@ namespace {
 constexpr char DIGITS[] = "0123456789";
 constexpr std::size_t LONGEST_CODE = 8;
 
-// The EPSG codes that may be meant: the last two numbers of a name as a compound, then the last alone.
+// Returns the EPSG codes that a name may mean: its last two numbers as a compound, then the last number alone.
 std::vector<CodePair> codesIn(const std::string& name) {
     std::vector<unsigned int> numbers;
     for (std::size_t at = 0; (at = name.find_first_of(DIGITS, at)) != std::string::npos;) {
@@ -62,7 +62,7 @@ std::string digitsOf(std::string name) {
     return name;
 }
 
-// A configured name with other digits is another CRS, not another spelling.
+// A configured name with other digits means another CRS, so it is not a candidate.
 std::vector<Suggestion> candidatesFor(const std::string& name, const std::set<std::string>& configured) {
     std::vector<Suggestion> candidates;
     for (const CodePair& codes : codesIn(name))
@@ -74,11 +74,11 @@ std::vector<Suggestion> candidatesFor(const std::string& name, const std::set<st
     return candidates;
 }
 
-// A name that no server offers gets no suggestion.
+// A longer name gets no suggestion.
 constexpr std::size_t LONGEST_NAME = 512;
 
-// A suggestion may change as much of a name as a compound without its second "EPSG:" needs.
-std::size_t mostChanges(const std::string& name) { return std::max(std::size_t{2}, 2 * name.size() / 5); }
+// A suggestion may change enough of a name to add the second "EPSG:" of a compound.
+std::size_t maxChanges(const std::string& name) { return std::max(std::size_t{2}, 2 * name.size() / 5); }
 
 }  // namespace
 
@@ -88,7 +88,7 @@ std::optional<Suggestion> suggest(const std::string& name, const std::set<std::s
     const Suggestion crs84{"as the configured name CRS:84", CRS_84};
     if (isCrs84(name)) return name != CRS_84 && works(CRS_84) ? std::optional(crs84) : std::nullopt;
     std::optional<Suggestion> best;
-    std::size_t distance = mostChanges(name) + 1;
+    std::size_t distance = maxChanges(name) + 1;
     for (const Suggestion& candidate : candidatesFor(name, configured)) {
         const std::size_t changes = Tools::editDistance(name, candidate.name);
         if (changes >= distance || candidate.name == name || !works(candidate.name)) continue;
@@ -106,7 +106,7 @@ constexpr char CONFIGURED_NAME[] = "configured name";
 constexpr char NO_SPELLING[] = "none";
 constexpr char OGC_NAME[] = "OGC name of WGS 84, for a configuration";
 constexpr int OGC_URL_STYLE = 2;
-// In a template the control character U+0001 stands for the code.
+// A template has the control character U+0001 in place of the code.
 constexpr char TEMPLATE_OF_CODE[] = "\x01";
 constexpr char GML_BASE[] = "http://www.opengis.net/gml/srs/epsg.xml";
 
@@ -171,7 +171,7 @@ bool wouldWork(const std::string& name, const Session& session) {
     }
 }
 
-// No change of the spelling helps a name that is understood.
+// A name that is understood gets no suggestion, because another spelling does not help.
 std::optional<Suggestion> suggestionFor(const std::string& name, Reason reason, const Session& session) {
     if (reason == Reason::NOT_OFFERED || reason == Reason::NOT_IN_EPSG_FILE) return std::nullopt;
     return suggest(name, session.config().getConfiguredCrsIdentifiers(),
@@ -186,7 +186,7 @@ Refusal refusalFor(const std::string& name, const std::exception& failure, const
 
 bool isAliasOf(const AbstractCrs& crs, const std::string& name) { return crs.getAlias() == name; }
 
-// What the configuration answers under a name of its own choice is a configured name, whatever its syntax.
+// An alias is a configured name, whatever its syntax. So is a registered name with an unknown syntax.
 std::string spellingOf(const std::string& name, const AbstractCrs* registered, const NameExplanation& explanation) {
     const bool wellFormed = explanation.fault == Fault::NONE;
     if (registered != nullptr && (isAliasOf(*registered, name) || !wellFormed)) return CONFIGURED_NAME;

@@ -15,16 +15,16 @@ namespace crsctl {
 
 // A name that works in place of a refused one.
 struct Suggestion {
-    std::string change;  // how it is written: "as an EPSG code"
+    std::string change;  // the change of the spelling: "as an EPSG code"
     std::string name;
 };
 
-// The name nearest to `name` that `works` accepts: its codes in one of the spellings that the library writes, or one of
-// the names that the configuration offers. Nothing if the nearest name differs too much.
+// Returns the name nearest to `name` that `works` accepts: the codes of `name` in one of the spellings that the library
+// writes, or a name of the configuration. Returns nothing if every such name differs too much.
 std::optional<Suggestion> suggest(const std::string& name, const std::set<std::string>& configured,
                                   const std::function<bool(const std::string&)>& works);
 
-// One form in which a CRS is written back. Where the library refuses to write it, `text` is the reason.
+// One form in which the library writes a CRS. If the library refuses to write it, `text` is the reason.
 struct WrittenForm {
     std::string form;  // in words
     std::string key;   // for programs
@@ -47,16 +47,16 @@ struct CrsFacts {
 
 CrsFacts factsOf(const CoordinateTransformation::AbstractCrs& crs);
 
-// "latitude, longitude" or "easting, northing", in the order of a CRS's axis flag.
+// Returns "latitude, longitude", "northing, easting" or, if `eastNorth`, the reverse.
 const char* axisOrderWords(bool geographic, bool eastNorth);
 
-// Why a name is refused.
+// The reason why a name is refused.
 enum class Reason { UNKNOWN_SYNTAX, BAD_CODE, NOT_IN_EPSG_FILE, NOT_OFFERED, OTHER };
 
 const char* wordsFor(Reason reason);
 
 struct Refusal {
-    std::string serviceExceptionCode;  // empty when the failure has none
+    std::string serviceExceptionCode;  // empty if the failure has none
     std::string text;
     Reason reason;
     std::optional<Suggestion> suggestion;
@@ -67,36 +67,36 @@ struct NameReport {
     std::string name;
     // "OGC URN", "configured name" or "none".
     std::string spelling;
-    // The configuration itself answers: the CRS was made at start-up.
+    // Whether the configuration has registered the name at start-up.
     bool registered = false;
-    // Empty when no configuration was given, so that nobody can say.
+    // Whether the server offers the CRS. Empty if there is no configuration.
     std::optional<bool> offered;
-    // Either of the two.
+    // Exactly one of the two is set.
     std::optional<CrsFacts> crs;
     std::optional<Refusal> refusal;
-    // Of the CRS, of a compound the horizontal part; null if the PROJ directory has none.
+    // The description of the CRS, or of the horizontal part of a compound; null if the PROJ directory has none.
     const CoordinateTransformation::CrsDescription* description = nullptr;
 };
 
 NameReport reportOn(const std::string& name, const Session& session);
 
-// The report as text: the name, then a line for each finding.
+// Writes a report on each name. The exit code is EXIT_REFUSED if a name is refused.
 CommandResult resolveCommand(const CommonOptions& common, const std::vector<std::string>& names);
 
 std::string asText(const NameReport& report);
 
 Json asJson(const NameReport& report);
 
-// "25832" or "25832 and 5783".
+// Returns "25832" or "25832 and 5783".
 std::string codesInWords(unsigned int primary, unsigned int secondary);
 
-// null for a secondary code of 0.
+// Returns null for a secondary code of 0.
 Json secondaryCodeAsJson(unsigned int secondary);
 
-// That a name is refused, in one line, where the report itself says the rest.
+// Returns one line about a refused name, for standard error beside the report.
 std::string refusalNote(const NameReport& report);
 
-// Why a name is refused, in one line: service exception code, the library's text and what would help.
+// Returns one line about a refused name: service exception code, the library's message and the suggestion.
 std::string refusalInOneLine(const NameReport& report);
 
 }  // namespace crsctl

@@ -22,7 +22,7 @@ bool isUnderstood(const std::string& name) {
     return CoordinateTransformation::explainName(name, acceptNothing).fault == NameExplanation::Fault::NONE;
 }
 
-TEST(ASuggestion, IsTheOneChangeThatHelps) {
+TEST(ASuggestion, IsTheNearestAcceptedName) {
     for (const NameRow& row : TestSupport::nameRowsWith("suggestion")) {
         SCOPED_TRACE(row.where());
         const auto suggestion = suggest(row["name"], {}, isUnderstood);
@@ -31,7 +31,7 @@ TEST(ASuggestion, IsTheOneChangeThatHelps) {
     }
 }
 
-TEST(ASuggestion, IsMadeForNoLongName) { EXPECT_FALSE(suggest(std::string(5000, 'x'), {}, isUnderstood)); }
+TEST(ASuggestion, IsNotMadeForALongName) { EXPECT_FALSE(suggest(std::string(5000, 'x'), {}, isUnderstood)); }
 
 TEST(ASuggestion, KnowsTheNamesOfTheConfiguration) {
     const auto isConfigured = [](const std::string& name) { return name == "UTM32" || name == "CRS:84"; };
@@ -44,7 +44,7 @@ TEST(ASuggestion, IsMadeOnlyWhenTheServerAcceptsIt) {
     EXPECT_FALSE(suggest("epsg:4326", {"EPSG:4326"}, [](const std::string&) { return false; }));
 }
 
-TEST(ASuggestion, SaysWhatToChange) {
+TEST(ASuggestion, DescribesTheChange) {
     EXPECT_EQ(suggest("epsg:4326", {}, isUnderstood)->change, "as an EPSG code");
     EXPECT_EQ(suggest("https://www.opengis.net/def/crs/EPSG/0/4326", {}, isUnderstood)->change, "as an OGC http URL");
     EXPECT_EQ(suggest("urn:ogc:def:crs:EPSG:4326", {}, isUnderstood)->change, "as an OGC URN");
@@ -59,7 +59,7 @@ constexpr char CONFIGURATION[] =
     "<CRS>EPSG:27700*EPSG:5701</CRS>"
     "</CrsConfiguration>";
 
-// That of the table's server.
+// The configuration of the server in the table.
 std::string exampleConfiguration() {
     std::ifstream file(COORDTRANS_SOURCE_DIR "/data/crs-configuration.xml");
     return std::string(std::istreambuf_iterator<char>(file), {});
@@ -71,7 +71,7 @@ std::string formOf(const NameReport& report, const std::string& key) {
     return "no such form";
 }
 
-TEST(AReport, SaysWhatACrsIs) {
+TEST(AReport, ShowsThePropertiesOfACrs) {
     const UnconfiguredSession session;
     const NameReport report = reportOn("urn:ogc:def:crs:EPSG:6.12:4326", session);
     ASSERT_TRUE(report.crs);
@@ -93,7 +93,7 @@ void expectFormsOf(const NameRow& row, const NameReport& report) {
         EXPECT_EQ(formOf(report, key), row[key]) << key;
 }
 
-TEST(AReport, WritesTheCrsBackInEveryForm) {
+TEST(AReport, WritesTheCrsInEveryForm) {
     const UnconfiguredSession session;
     for (const NameRow& row : TestSupport::nameRowsWith("text")) {
         SCOPED_TRACE(row.where());
@@ -101,7 +101,7 @@ TEST(AReport, WritesTheCrsBackInEveryForm) {
     }
 }
 
-TEST(AReport, CannotSayWhatIsOfferedWithoutAConfiguration) {
+TEST(AReport, HasNoOfferWithoutAConfiguration) {
     const UnconfiguredSession session;
     const NameReport report = reportOn("EPSG:25832", session);
     EXPECT_FALSE(report.offered);
@@ -139,7 +139,7 @@ TEST(AReport, HasTheDescriptionOfTheHorizontalPart) {
         << text;
 }
 
-TEST(AReport, HasNoDescriptionOfACodeThatHasNone) {
+TEST(AReport, HasNoDescriptionOfACodeWithoutOne) {
     const UnconfiguredSession session;
     const NameReport report = reportOn("EPSG:0", session);
     EXPECT_EQ(asText(report).find("described as"), std::string::npos);
@@ -160,7 +160,7 @@ TEST(TheOgcNamesOfWgs84, PutTheLongitudeFirstWithoutAConfiguration) {
     for (const char* name : {"crs:84", "CRS:83", "OGC:CRS84 "}) EXPECT_FALSE(reportOn(name, session).crs) << name;
 }
 
-TEST(TheOgcNamesOfWgs84, AreThoseOfTheConfigurationAlone) {
+TEST(TheOgcNamesOfWgs84, AreOnlyThoseOfTheConfiguration) {
     const ConfiguredSession session("<CrsConfiguration><CRS>4326</CRS></CrsConfiguration>");
     EXPECT_TRUE(reportOn("CRS:84", *session).refusal);
     EXPECT_TRUE(reportOn("OGC:CRS84", *session).refusal);
@@ -183,7 +183,7 @@ TEST(AReport, WritesNothingForACrsWithoutACode) {
     EXPECT_TRUE(asJson(report)["forms"]["text"].is_null());
 }
 
-// A configured name that is spelled otherwise, or not at all, is one of the configuration's own.
+// A configured name may have the syntax of another CRS, or no known syntax.
 std::string spellingOf(const NameRow& row) {
     const bool wellFormed = row.isAccepted() && row.answer() != "CrsUnknownSyntaxOrAlias";
     if (row.isRegistered() && !wellFormed) return "configured name";
@@ -214,7 +214,7 @@ void expectRefusal(const NameRow& row, const Refusal& refusal) {
     EXPECT_EQ(refusal.suggestion ? refusal.suggestion->name : "none", row["suggestion"]);
 }
 
-TEST(AReport, SaysOfEveryNameWhatAServerMakesOfIt) {
+TEST(AReport, ShowsTheResultOfEveryName) {
     const ConfiguredSession session(exampleConfiguration());
     for (const NameRow& row : nameTable()) {
         SCOPED_TRACE(row.where());
@@ -225,7 +225,7 @@ TEST(AReport, SaysOfEveryNameWhatAServerMakesOfIt) {
     }
 }
 
-TEST(AReport, TakesAMappedNameForAConfiguredOneWhateverItsSpelling) {
+TEST(AReport, ShowsAMappedNameAsConfiguredWhateverItsSpelling) {
     const ConfiguredSession session(CONFIGURATION);
     EXPECT_EQ(reportOn("EPSG:900913", *session).spelling, "configured name");
 }
@@ -244,7 +244,7 @@ TEST(ARefusal, FitsIntoOneLine) {
               "missing identifier mapping (unknown syntax); try EPSG:4326 (as an EPSG code)");
 }
 
-TEST(TheAxisOrder, IsSaidInWords) {
+TEST(TheAxisOrder, IsWrittenInWords) {
     EXPECT_STREQ(axisOrderWords(true, false), "latitude, longitude");
     EXPECT_STREQ(axisOrderWords(true, true), "longitude, latitude");
     EXPECT_STREQ(axisOrderWords(false, true), "easting, northing");

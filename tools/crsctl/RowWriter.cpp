@@ -31,7 +31,7 @@ char textSeparator(const ColumnLayout& layout, std::size_t ordinate, char lineSe
     return layout.shape == Shape::POINT && ordinate != Z ? '\t' : ' ';
 }
 
-// cs2cs writes the same for a point that it cannot transform.
+// cs2cs writes these marks for a point that it cannot transform.
 const char* textMark(const ColumnLayout& layout, std::size_t ordinate) {
     return layout.shape == Shape::POINT && ordinate == Z ? "inf" : "*";
 }
@@ -39,7 +39,7 @@ const char* textMark(const ColumnLayout& layout, std::size_t ordinate) {
 template <typename WriteOrdinate>
 void writeTextRow(OutputBuffer& out, const ColumnLayout& layout, const InputLine& line, const CoordinateLine& read,
                   WriteOrdinate write) {
-    // Blanks before the first column go.
+    // Blanks before the first column are dropped.
     const std::size_t first = layout.order[0];
     const char* copied = layout.column[first] == 0 ? read.text[first].data() : line.text.data();
     std::size_t columnBefore = NO_COLUMN;
@@ -70,7 +70,7 @@ void writeTextMark(OutputBuffer& out, const ColumnLayout& layout, const InputLin
 
 bool needsQuotes(std::string_view value) { return value.find_first_of(",\"\r\n") != std::string_view::npos; }
 
-// A value that came quoted out of a separated line.
+// Returns whether the value has quotes around it in a line with commas or semicolons.
 bool isQuoted(std::string_view value, char separator) {
     return separator != ' ' && value.size() > 1 && value.front() == '"' && value.back() == '"';
 }
@@ -88,7 +88,7 @@ void appendCsvValue(OutputBuffer& out, std::string_view value, char separator) {
     out.append('"');
 }
 
-// A row has as many columns as the line, and at least those of its ordinates.
+// A row has the columns of the line, and in any case those of the ordinates.
 template <typename WriteOrdinate>
 void writeCsvRow(OutputBuffer& out, const RowFormat& format, std::string_view line, std::size_t count,
                  WriteOrdinate write) {
@@ -100,7 +100,7 @@ void writeCsvRow(OutputBuffer& out, const RowFormat& format, std::string_view li
         if (!present && index > last) break;
         if (index > 0) out.append(',');
         const std::size_t ordinate = format.layout.ordinateAt(index, count);
-        if (ordinate != MOST_ORDINATES)
+        if (ordinate != MAX_ORDINATES)
             write(ordinate);
         else if (present)
             appendCsvValue(out, value, columns.separator());
@@ -108,7 +108,7 @@ void writeCsvRow(OutputBuffer& out, const RowFormat& format, std::string_view li
     out.append('\n');
 }
 
-// The value of a column: quotes around it belong to the separated line.
+// Returns the value of a column without the quotes around it.
 std::string unquoted(std::string_view value, char separator) {
     if (!isQuoted(value, separator)) return std::string(value);
     std::string plain;
@@ -121,12 +121,12 @@ std::string unquoted(std::string_view value, char separator) {
 
 bool isReservedKey(const ColumnLayout& layout, const std::string& name) {
     if (name == "rest" || name == BYTES_REPLACED) return true;
-    for (std::size_t ordinate = 0; ordinate < MOST_ORDINATES; ++ordinate)
+    for (std::size_t ordinate = 0; ordinate < MAX_ORDINATES; ++ordinate)
         if (name == layout.ordinateName(ordinate)) return true;
     return false;
 }
 
-// Of two columns of one name the second has none: an object has a key once.
+// Of two columns with the same name only the first has a key, because an object has each key once.
 bool hasKey(const ColumnLayout& layout, std::size_t column) {
     if (column >= layout.names.size()) return false;
     const auto name = layout.names.begin() + static_cast<std::ptrdiff_t>(column);
@@ -139,7 +139,7 @@ void appendCarriedColumns(OutputBuffer& out, const RowFormat& format, std::strin
     std::string rest;
     bool replaced = false;
     for (std::size_t index = 0; columns.next(value); ++index) {
-        if (format.layout.ordinateAt(index, count) != MOST_ORDINATES) continue;
+        if (format.layout.ordinateAt(index, count) != MAX_ORDINATES) continue;
         const std::string text = quotedJson(unquoted(value, columns.separator()), replaced);
         if (hasKey(format.layout, index))
             out.append("," + quotedJson(format.layout.names[index], replaced) + ":" + text);
@@ -207,7 +207,7 @@ void writeMark(OutputBuffer& out, const RowFormat& format, const InputLine& line
     }
 }
 
-void writePassedOver(OutputBuffer& out, const RowFormat& format, const InputLine& line) {
+void writeIgnored(OutputBuffer& out, const RowFormat& format, const InputLine& line) {
     if (format.output == OutputFormat::TEXT) appendLine(out, line);
 }
 

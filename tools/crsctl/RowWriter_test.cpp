@@ -12,7 +12,7 @@ public:
     Rows(OutputFormat output, const ColumnLayout& layout, Separator separator = Separator::AUTOMATIC)
         : format{output, layout, separator, PLACES} {}
 
-    // The row of a line whose ordinates have become 1, 2, 3 and 4.
+    // Returns the row of a line with the results 1, 2, 3 and 4.
     std::string of(const std::string& line, const char* lineEnd = "\n") {
         OutputBuffer out;
         writeRow(out, format, {line, lineEnd, 1}, read(line), {1, 2, 3, 4});
@@ -37,9 +37,9 @@ public:
         return std::string(out.view());
     }
 
-    std::string passedOver(const std::string& line) const {
+    std::string ignored(const std::string& line) const {
         OutputBuffer out;
-        writePassedOver(out, format, {line, "\n", 1});
+        writeIgnored(out, format, {line, "\n", 1});
         return std::string(out.view());
     }
 
@@ -69,7 +69,7 @@ TEST(ATextRow, KeepsTheSeparatorOfTheLine) {
     EXPECT_EQ(rows.of("9; 50 ;100;a b"), "1.00;2.00;3.0;a b\n");
 }
 
-TEST(ATextRow, LeavesCarriedColumnsWhereTheyAre) {
+TEST(ATextRow, KeepsOtherColumnsInPlace) {
     EXPECT_EQ(Rows(OutputFormat::TEXT, ColumnLayout(Shape::POINT, "id,x,y")).of("A1;9;50;foo"), "A1;1.00;2.00;foo\n");
     EXPECT_EQ(Rows(OutputFormat::TEXT, ColumnLayout(Shape::POINT, "x,name,y")).of("9 foo 50"), "1.00 foo 2.00\n");
     EXPECT_EQ(Rows(OutputFormat::TEXT, ColumnLayout(Shape::POINT, "y,x,z")).of("50 9 100"), "2.00\t1.00 3.0\n");
@@ -84,10 +84,10 @@ TEST(ATextRow, IsMarkedAsCs2csDoes) {
     EXPECT_EQ(rows.markOfUnreadable("abc"), "*\t* abc\n");
 }
 
-TEST(ATextRow, LetsBlankLinesCommentsAndHeaderPass) {
+TEST(ATextRow, CopiesBlankLinesCommentsAndHeader) {
     Rows rows(OutputFormat::TEXT, ColumnLayout(Shape::POINT));
-    EXPECT_EQ(rows.passedOver("# a comment"), "# a comment\n");
-    EXPECT_EQ(rows.passedOver(""), "\n");
+    EXPECT_EQ(rows.ignored("# a comment"), "# a comment\n");
+    EXPECT_EQ(rows.ignored(""), "\n");
     EXPECT_EQ(rows.headerOf("lon lat"), "lon lat\n");
 }
 
@@ -99,7 +99,7 @@ TEST(ACsvRow, HasTheColumnsOfTheLine) {
     EXPECT_EQ(Rows(OutputFormat::CSV, ColumnLayout(Shape::POINT, "id,x,y")).of("A1 9 50 foo"), "A1,1.00,2.00,foo\n");
 }
 
-TEST(ACsvRow, QuotesWhatNeedsIt) {
+TEST(ACsvRow, QuotesValuesThatNeedIt) {
     Rows rows(OutputFormat::CSV, ColumnLayout(Shape::POINT));
     EXPECT_EQ(rows.of("9;50;a,b"), "1.00,2.00,\"a,b\"\n");
     EXPECT_EQ(rows.of("9;50;say \"x\""), "1.00,2.00,\"say \"\"x\"\"\"\n");
@@ -117,10 +117,10 @@ TEST(ACsvRow, NamesTheOrdinatesInTheHeader) {
     EXPECT_EQ(Rows(OutputFormat::CSV, ColumnLayout(Shape::POINT)).headerOf("lon lat name"), "x,y,name\n");
     EXPECT_EQ(Rows(OutputFormat::CSV, ColumnLayout(Shape::POINT, "id,x,y,z")).headerOf("no;lat;lon;h;name"),
               "no,x,y,z,name\n");
-    EXPECT_EQ(Rows(OutputFormat::CSV, ColumnLayout(Shape::POINT)).passedOver("# a comment"), "");
+    EXPECT_EQ(Rows(OutputFormat::CSV, ColumnLayout(Shape::POINT)).ignored("# a comment"), "");
 }
 
-TEST(AJsonRow, HasOrdinatesAndCarriedColumns) {
+TEST(AJsonRow, HasOrdinatesAndOtherColumns) {
     Rows rows(OutputFormat::JSON, ColumnLayout(Shape::POINT));
     EXPECT_EQ(rows.of("9 50"), "{\"x\":1.00,\"y\":2.00}\n");
     EXPECT_EQ(rows.of("9 50 100 foo bar"), "{\"x\":1.00,\"y\":2.00,\"z\":3.0,\"rest\":[\"foo\",\"bar\"]}\n");
@@ -133,7 +133,7 @@ TEST(AJsonRow, HasEachKeyOnce) {
               "{\"x\":1.00,\"y\":2.00,\"a\":\"1\",\"rest\":[\"2\",\"3\"]}\n");
 }
 
-TEST(AJsonRow, TakesQuotesOffAndEscapesTheRest) {
+TEST(AJsonRow, RemovesQuotesAndEscapesTheRest) {
     Rows rows(OutputFormat::JSON, ColumnLayout(Shape::POINT));
     EXPECT_EQ(rows.of("9,50,\"a \"\"b\"\", c\""), "{\"x\":1.00,\"y\":2.00,\"rest\":[\"a \\\"b\\\", c\"]}\n");
     EXPECT_EQ(rows.of("9 50 \x01"), "{\"x\":1.00,\"y\":2.00,\"rest\":[\"\\u0001\"]}\n");
@@ -142,7 +142,7 @@ TEST(AJsonRow, TakesQuotesOffAndEscapesTheRest) {
 }
 
 // In Latin-1, "M\xFCnchen".
-TEST(AJsonRow, SaysWhereBytesWereReplaced) {
+TEST(AJsonRow, IsMarkedIfBytesAreReplaced) {
     EXPECT_EQ(Rows(OutputFormat::JSON, ColumnLayout(Shape::POINT)).of("9 50 M\xFCnchen"),
               "{\"x\":1.00,\"y\":2.00,\"rest\":[\"M\xEF\xBF\xBDnchen\"],\"bytesReplaced\":true}\n");
     EXPECT_EQ(Rows(OutputFormat::JSON, ColumnLayout(Shape::POINT,
@@ -166,7 +166,7 @@ TEST(ABoxRow, HasItsFourOrdinatesInEveryFormat) {
               "{\"minx\":1.00,\"miny\":2.00,\"maxx\":3.0,\"maxy\":4,\"rest\":[\"Europe\"]}\n");
 }
 
-TEST(ABoxRow, HasTheOrdinatesWhereTheLayoutHasThem) {
+TEST(ABoxRow, HasTheOrdinatesInTheColumnsOfTheLayout) {
     const ColumnLayout layout(Shape::BOX, "id,minx,maxx,miny,maxy,x");
     EXPECT_EQ(Rows(OutputFormat::TEXT, layout).of("E1 6 15 47 55 7"), "E1 1.00 3.0 2.00 4 7\n");
     EXPECT_EQ(Rows(OutputFormat::CSV, layout).of("E1 6 15 47 55 7"), "E1,1.00,3.0,2.00,4,7\n");
@@ -183,15 +183,15 @@ TEST(ABoxRow, HasAMarkForEveryOrdinate) {
     EXPECT_EQ(Rows(OutputFormat::CSV, box).markOfUnreadable("6"), "*,*,*,*\n");
 }
 
-TEST(AJsonRow, LeavesAColumnWithoutANameToTheRest) {
+TEST(AJsonRow, HasUnnamedColumnsInTheRest) {
     EXPECT_EQ(Rows(OutputFormat::JSON, ColumnLayout(Shape::BOX, "minx,miny,maxx,maxy,")).of("6 47 15 55 a"),
               "{\"minx\":1.00,\"miny\":2.00,\"maxx\":3.0,\"maxy\":4,\"rest\":[\"a\"]}\n");
 }
 
-TEST(AJsonRow, SaysWhatIsWrong) {
+TEST(AJsonRow, HasTheErrorOfARefusedLine) {
     EXPECT_EQ(Rows(OutputFormat::JSON, ColumnLayout(Shape::POINT)).markOfUnreadable("abc"),
               "{\"line\":7,\"error\":\"the reason\",\"input\":\"abc\"}\n");
-    EXPECT_EQ(Rows(OutputFormat::JSON, ColumnLayout(Shape::POINT)).passedOver("# a comment"), "");
+    EXPECT_EQ(Rows(OutputFormat::JSON, ColumnLayout(Shape::POINT)).ignored("# a comment"), "");
     EXPECT_EQ(Rows(OutputFormat::JSON, ColumnLayout(Shape::POINT)).headerOf("lon lat"), "");
 }
 

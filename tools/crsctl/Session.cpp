@@ -70,7 +70,8 @@ bool isDirectory(const char* path) {
     return std::filesystem::is_directory(path, ignored);
 }
 
-// Beside the program, so that an installation can be moved; a program that is not installed has none there.
+// Returns the directory beside the program if it exists, so that an installation can be moved; otherwise the one
+// that was configured for the installation.
 std::string installedDirectory() {
     std::error_code failure;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", failure);
@@ -113,7 +114,7 @@ void initialise(CrsConfig& config, const std::string& place) {
 constexpr const char* CRS84_NAMES[] = {"CRS:84", "OGC:CRS84", "urn:ogc:def:crs:OGC:1.3:CRS84",
                                        "urn:ogc:def:crs:OGC::CRS84", "http://www.opengis.net/def/crs/OGC/1.3/CRS84"};
 
-// What a server's configuration would hold.
+// Returns the fragment with which a server would map these names.
 std::string crs84Configuration() {
     std::string text = "<CrsConfiguration>";
     for (const char* const name : CRS84_NAMES)
@@ -147,7 +148,8 @@ std::unique_ptr<CrsConfig> makeConfig(const std::string& projDirOption) {
     }
 }
 
-// A start without entries comes first, so that a bad PROJ directory is not blamed on the configuration file.
+// The library starts without entries first, so that the message of a bad PROJ directory does not name the
+// configuration.
 Session::Session(const CommonOptions& options)
     : projDir(options.projDir), crsConfig(makeConfig(options.projDir)), configured(!options.configFile.empty()) {
     initialise(*crsConfig, "");

@@ -16,7 +16,7 @@ constexpr int EXIT_REFUSED = 1;
 constexpr int EXIT_SET_UP = 2;
 constexpr int EXIT_INTERRUPTED = 130;
 
-// A failure that ends the command: one line of text that names the input, and the exit code.
+// A failure that ends the command. It has an exit code and a message of one line that names the input.
 class CommandFailure : public std::runtime_error {
 public:
     CommandFailure(int code, const std::string& text) : std::runtime_error(text), exitCode(code) {}
@@ -26,7 +26,7 @@ private:
     int exitCode;
 };
 
-// The server would have refused the input.
+// The server would refuse the input.
 class InputRefused : public CommandFailure {
 public:
     explicit InputRefused(const std::string& text) : CommandFailure(EXIT_REFUSED, text) {}
@@ -44,26 +44,26 @@ constexpr char STANDARD_INPUT[] = "standard input";
 // The name of the file `path` in messages.
 std::string inputName(const std::string& path);
 
-// The whole content of the file `path`, of standard input for "-"; of a text beyond any fragment as much as shows that.
-// SetUpError with the system's reason.
+// Returns the content of the file `path`, or of standard input for "-". Stops reading beyond LARGEST_FRAGMENT bytes.
+// Throws SetUpError with the system's reason.
 std::string readTextFile(const std::string& path);
 
-// Where the PROJ directory may come from.
+// The possible sources of the PROJ directory.
 struct ProjDirectoryChoice {
-    std::string option;          // --proj-dir, empty when not given
-    std::string environment;     // the environment variable, empty when not set
-    bool builtInExists = false;  // the library's own directory is there
+    std::string option;          // the value of --proj-dir; empty if it is not given
+    std::string environment;     // the environment variable; empty if it is not set
+    bool builtInExists = false;  // whether the library's default directory exists
     std::string installed;       // the directory that was installed with the library
 };
 
-// What to set the library's property to. Empty where the library finds the directory by itself: through the
-// environment, or its built-in directory.
+// Returns the value of the library's property for the PROJ directory. It is empty if the library finds the directory by
+// itself, from the environment or as its built-in directory.
 std::string projDirectoryProperty(const ProjDirectoryChoice& choice);
 
-// The directory itself.
+// Returns the directory itself.
 std::string projDirectory(const ProjDirectoryChoice& choice);
 
-// The choice of this process.
+// Returns the sources in the environment of this process.
 ProjDirectoryChoice projDirectoryChoice(const std::string& option);
 
 // The options of every command.
@@ -74,27 +74,27 @@ struct CommonOptions {
     bool quiet = false;  // no progress, summary or hints
 };
 
-// A configuration of the library with its creator and its PROJ directory, not initialised. SetUpError when the
-// environment names a subsystem that does not exist.
+// Returns a configuration of the library with its creator and its PROJ directory. It is not initialised. Throws
+// SetUpError if the environment names a subsystem that does not exist.
 std::unique_ptr<CoordinateTransformation::CrsConfig> makeConfig(const std::string& projDirOption);
 
-// Whether the text is one of the OGC's names for WGS 84 with the longitude first. The library knows them only where a
-// configuration maps them.
+// Returns whether the text is one of the OGC names of WGS 84 with the longitude first. The library knows these names
+// only if a configuration maps them.
 bool isCrs84(const std::string& name);
 
-// The library, started as the server starts it: with the configuration of `options`, or without any entry.
-// SetUpError, which names the file or directory, when it does not start.
+// The library, started as a server starts it: with the configuration of `options`, or without any entry. The
+// constructor throws SetUpError, which names the file or directory, if the library does not start.
 class Session {
 public:
     explicit Session(const CommonOptions& options);
 
     const CoordinateTransformation::CrsConfig& config() const { return *crsConfig; }
     const CoordinateTransformation::CrsCreator& creator() const { return crsConfig->getCreator(); }
-    // Whether a configuration was given, so that it can be said what the server offers.
+    // Returns whether there is a configuration. Only a configuration shows which CRS the server offers.
     bool isConfigured() const { return configured; }
 
-    // As that of the creator, with the check of what is offered if there is a configuration. Without one, what isCrs84
-    // knows is WGS 84 with the longitude first.
+    // Calls CrsCreator::createFromName. With a configuration, the CRS must be offered. Without one, the names of
+    // isCrs84 mean WGS 84 with the longitude first.
     CoordinateTransformation::Crs createFromName(const std::string& name, bool throwIfMissing) const;
 
 private:
@@ -103,7 +103,7 @@ private:
     std::string projDir;
     std::unique_ptr<CoordinateTransformation::CrsConfig> crsConfig;
     bool configured;
-    // Made when it is needed: it does not start if the PROJ directory lacks 4326.
+    // Made on the first use, because it fails if the PROJ directory lacks 4326.
     mutable std::unique_ptr<CoordinateTransformation::CrsConfig> crs84Config;
 };
 

@@ -34,7 +34,7 @@ INSTANTIATE_TEST_SUITE_P(Choices, TheProjDirectory,
                                          MadeChoice{{"", "", true, "installed"}, "", "/opt/quarvelserver/share/proj4"},
                                          MadeChoice{{"", "", false, "installed"}, "installed", "installed"}));
 
-TEST(TheChoice, LooksIntoTheEnvironment) {
+TEST(TheChoice, ReadsTheEnvironment) {
     setenv("QUARVELSRV_PROJ4_CONF_DIR", "/from/the/environment", 1);
     EXPECT_EQ(projDirectoryChoice("given").environment, "/from/the/environment");
     unsetenv("QUARVELSRV_PROJ4_CONF_DIR");
@@ -60,7 +60,7 @@ TEST(AStart, NamesTheConfigurationThatFails) {
     EXPECT_EQ(failureOf(optionsFor(malformed.path())).rfind(malformed.path() + ":2: ", 0), 0U);
 }
 
-TEST(AStart, FailsForASubsystemThatThereIsNone) {
+TEST(AStart, FailsForAnUnknownSubsystem) {
     setenv("USE_COORD_TRANSFORMATION_SUBSYSTEM", "other", 1);
     EXPECT_EQ(failureOf(optionsFor()), "The coordinate transformation subsystem other is unknown and not available!");
     unsetenv("USE_COORD_TRANSFORMATION_SUBSYSTEM");
@@ -71,7 +71,7 @@ TEST(AStart, KnowsWhetherThereIsAConfiguration) {
     EXPECT_TRUE(ConfiguredSession("")->isConfigured());
 }
 
-TEST(ATextFile, IsReadAsItStands) {
+TEST(ATextFile, IsReadUnchanged) {
     const std::string content("a\0b\r\n\xFF", 6);
     EXPECT_EQ(readTextFile(TemporaryFile(content).path()), content);
     EXPECT_THROW(readTextFile("/"), SetUpError);

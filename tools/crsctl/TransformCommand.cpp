@@ -24,8 +24,8 @@
 namespace crsctl {
 
 using Tools::catchSignals;
+using Tools::finishingSignal;
 using Tools::grouped;
-using Tools::signalToFinish;
 using Tools::writeAll;
 using Tools::WriteOutcome;
 
@@ -33,7 +33,7 @@ namespace {
 
 constexpr char COMMAND_NAME[] = "crsctl transform";
 
-// On a terminal that shows the result too, a bar would be in its way.
+// If standard output is a terminal, a bar would mix with the results.
 bool isProgressWanted(const BlockReader& reader) {
     return reader.bytesInAll().has_value() && isatty(STDOUT_FILENO) == 0;
 }
@@ -49,7 +49,7 @@ std::string summaryLine(const Counts& counts, double seconds) {
     std::array<char, 32> elapsed{};
     std::snprintf(elapsed.data(), elapsed.size(), "%.3f s", seconds);
     return grouped(counts.lines) + (counts.lines == 1 ? " line: " : " lines: ") + grouped(counts.transformed) +
-           " transformed, " + grouped(counts.refused) + " refused, " + grouped(counts.passedOver) + " passed over; " +
+           " transformed, " + grouped(counts.refused) + " refused, " + grouped(counts.ignored) + " ignored; " +
            elapsed.data() + ", " + rate(counts.lines, seconds);
 }
 
@@ -58,7 +58,7 @@ StreamRun::StreamRun(BlockReader& blockReader, bool isQuiet)
       quiet(isQuiet),
       progress(stderr, "", blockReader.bytesInAll().value_or(0), !isQuiet && isProgressWanted(blockReader)) {}
 
-// Delivers what was read before a failure.
+// A failure is kept until the results of the blocks before it are written.
 Next StreamRun::nextBlock(Block& block) {
     try {
         return pipeClosed ? Next::END : reader.next(block);
@@ -68,7 +68,7 @@ Next StreamRun::nextBlock(Block& block) {
     }
 }
 
-// A result is waited for only when no further block fits, so that all threads are at work in the meantime.
+// Waits for a result only if no further block fits or no input is available, so that all threads stay busy.
 void StreamRun::process(BlockThreads& threads) {
     Block block;
     for (;;) {
@@ -116,17 +116,17 @@ int StreamRun::finish(const std::string& exchangedHint) {
     if (!quiet && isExchanged) printError(COMMAND_NAME, exchangedHint);
     if (!quiet) printError(COMMAND_NAME, summaryLine(counts, stopwatch.seconds()));
     if (!readingFailure.empty()) return EXIT_SET_UP;
-    const int signal = signalToFinish();
+    const int signal = finishingSignal();
     if (signal == SIGINT) return EXIT_INTERRUPTED;
     return signal != 0 || pipeClosed || counts.refused != 0 ? EXIT_REFUSED : EXIT_DONE;
 }
 
 namespace {
 
-constexpr unsigned int MOST_JOBS = 8;
-constexpr char ARGUMENTS[] = "--bounds";  // the name in messages of boxes that are arguments
+constexpr unsigned int MAX_DEFAULT_JOBS = 8;
+constexpr char ARGUMENTS[] = "--bounds";  // the name of the input in messages if boxes are arguments
 
-// Names of columns from the header, for those that the user has not named.
+// Takes names from the header for the columns that the user has not named.
 void addHeaderNames(ColumnLayout& layout, const std::string& header, Separator separator) {
     ColumnScanner columns(header, separator);
     std::string_view name;
@@ -137,7 +137,7 @@ void addHeaderNames(ColumnLayout& layout, const std::string& header, Separator s
     }
 }
 
-// Columns that are named by direction keep their directions in the output.
+// Columns that are named by direction have the same directions in the output.
 ColumnLayout layoutFrom(const TransformOptions& options, const CrsPair& pair, bool& exchanged) {
     const Shape shape = options.bounds ? Shape::BOX : Shape::POINT;
     if (options.columns.empty()) return ColumnLayout(shape);
@@ -162,16 +162,16 @@ LineOptions lineOptionsFrom(const CommonOptions& common, const TransformOptions&
     return lines;
 }
 
-// Whether the arguments of --bounds are boxes rather than files.
+// Returns whether the arguments of --bounds are boxes rather than files.
 bool hasBoxesAsArguments(const TransformOptions& options) {
     return options.bounds && !options.files.empty() && isNumber(options.files.front());
 }
 
-// One box a line.
+// Returns one box a line.
 std::string boxLines(const std::vector<std::string>& numbers) {
-    if (numbers.size() % MOST_ORDINATES != 0) throw SetUpError("--bounds: a box has four numbers");
+    if (numbers.size() % MAX_ORDINATES != 0) throw SetUpError("--bounds: a box has four numbers");
     std::string lines;
-    for (std::size_t i = 0; i < numbers.size(); ++i) lines += numbers[i] + ((i + 1) % MOST_ORDINATES == 0 ? "\n" : " ");
+    for (std::size_t i = 0; i < numbers.size(); ++i) lines += numbers[i] + ((i + 1) % MAX_ORDINATES == 0 ? "\n" : " ");
     return lines;
 }
 
@@ -186,7 +186,7 @@ BlockReader openInput(const TransformOptions& options, LineOptions& lines) {
 }
 
 unsigned int jobsFor(const TransformOptions& options) {
-    return options.jobs > 0 ? options.jobs : std::clamp(std::thread::hardware_concurrency(), 1U, MOST_JOBS);
+    return options.jobs > 0 ? options.jobs : std::clamp(std::thread::hardware_concurrency(), 1U, MAX_DEFAULT_JOBS);
 }
 
 ProcessBlock makeProcessor(const CrsPair& pair, const LineOptions& lines) {

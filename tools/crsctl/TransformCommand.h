@@ -11,29 +11,29 @@
 
 namespace crsctl {
 
-// The last line of a run: counts, seconds and rate.
+// Returns the last line of a run: counts, seconds and rate.
 std::string summaryLine(const Counts& counts, double seconds);
 
-// Takes blocks from the reader through threads to standard output in the order of the input, and what is refused to
-// standard error. Whatever was read is answered before further input is waited for. Ends at the end of the input, at a
-// refused line that is to stop it, on a signal and when nobody reads any more.
+// Passes the blocks of a reader through threads. Writes the results to standard output in the order of the input, and
+// reports refused lines on standard error. Writes all results before it waits for further input. The run ends at the
+// end of the input, at a refused line with ErrorMode::STOP, at a signal, and if the reader of the output has ended.
 class StreamRun {
 public:
-    // A quiet run writes neither progress nor a summary.
+    // A quiet run writes no progress, no summary and no hint.
     StreamRun(BlockReader& blockReader, bool isQuiet);
 
-    // An input that cannot be read ends the run behind what was read before it; SetUpError when writing fails.
+    // If an input cannot be read, the run ends after the lines before the failure. Throws SetUpError if writing fails.
     void process(BlockThreads& threads);
     // Writes `text` to standard output before any block.
     void write(std::string_view text);
 
-    // Writes to standard error what ended the run early, the hint if most points look exchanged, and the summary.
+    // Writes to standard error the failure of an input, the hint if most points look exchanged, and the summary.
     // Returns the exit code of the run.
     int finish(const std::string& exchangedHint);
 
 private:
     Next nextBlock(Block& block);
-    // Whether the run goes on.
+    // Writes a result. Returns whether the run continues.
     bool deliver(const BlockResult& result);
     bool deliverAll(BlockThreads& threads);
     void report(std::string_view reports);
@@ -65,7 +65,7 @@ struct TransformOptions {
     std::vector<std::string> files;  // or the numbers of boxes
 };
 
-// Runs the transformation to its end; the exit code.
+// Runs the transformation to its end and returns the exit code.
 int transformCommand(const CommonOptions& common, TransformOptions options);
 
 }  // namespace crsctl

@@ -10,10 +10,9 @@ TEST(TheSummary, CountsEveryLine) {
     counts.lines = 1002;
     counts.transformed = 999;
     counts.refused = 1;
-    counts.passedOver = 2;
-    EXPECT_EQ(summaryLine(counts, 0.5),
-              "1,002 lines: 999 transformed, 1 refused, 2 passed over; 0.500 s, 2,004 lines/s");
-    EXPECT_EQ(summaryLine({1, 1, 0, 0}, 0), "1 line: 1 transformed, 0 refused, 0 passed over; 0.000 s, 0 lines/s");
+    counts.ignored = 2;
+    EXPECT_EQ(summaryLine(counts, 0.5), "1,002 lines: 999 transformed, 1 refused, 2 ignored; 0.500 s, 2,004 lines/s");
+    EXPECT_EQ(summaryLine({1, 1, 0, 0}, 0), "1 line: 1 transformed, 0 refused, 0 ignored; 0.000 s, 0 lines/s");
 }
 
 }  // namespace

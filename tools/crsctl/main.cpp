@@ -7,7 +7,7 @@
 #include "tools/crsctl/Output.h"
 
 int main(int argc, char** argv) {
-    Tools::occupyStandardDescriptors();
+    Tools::openMissingStandardDescriptors();
     Tools::ignoreClosedPipes();
     crsctl::CommandRequest request;
     try {
