@@ -144,7 +144,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadCase{{"find"}, "crsctl find", "TEXT"}, BadCase{{"find", "--kind", "projected"}, "crsctl find", "TEXT"},
         BadCase{{"find", "--kind", "vertical", "x"}, "crsctl find", "vertical is not one of geographic"},
         BadCase{{"find", "--area", "[1,2,3,4]", "x"}, "crsctl find", "--area [1,2,3,4]: four numbers"},
-        BadCase{{"find", "--area", "9,55,10,50"}, "crsctl find", "--area 9,55,10,50: no box"},
+        BadCase{{"find", "--area", "9,55,10,50"}, "crsctl find", "--area 9,55,10,50: not a box"},
         BadCase{{"names", "x"}, "crsctl names", "x"}, BadCase{{"help", "frob"}, "crsctl", "frob"},
         BadCase{{"[frob]"}, "crsctl", "[frob]"}, BadCase{{"names", "[a]", "[b]"}, "crsctl names", "[a]"},
         BadCase{{"help", "fin"}, "crsctl", "no command fin; did you mean find?"},

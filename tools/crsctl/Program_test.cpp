@@ -503,19 +503,25 @@ TEST_P(ASignal, EndsALongRunAfterAWholeLine) {
 INSTANTIATE_TEST_SUITE_P(Signals, ASignal,
                          testing::Values(SignalCase{SIGINT, 130}, SignalCase{SIGTERM, 1}, SignalCase{SIGHUP, 1}));
 
-// Standard error is a terminal, and the input is a file.
-TEST(Transforming, ShowsItsProgressOnATerminal) {
+// Returns the text that the program shows on a terminal as standard error. The input is a file.
+std::string shownOnTerminal(const std::vector<std::string>& options) {
     const TemporaryFile file(repeated(POINT, 50000));
     int terminal = -1;
     int programEnd = -1;
-    ASSERT_EQ(openpty(&terminal, &programEnd, nullptr, nullptr, nullptr), 0);
-    Program program(toUtm({"--jobs", "1", file.path()}), openFile("/dev/null", O_RDONLY),
-                    openFile("/dev/null", O_WRONLY), programEnd);
+    if (openpty(&terminal, &programEnd, nullptr, nullptr, nullptr) != 0) return "no terminal";
+    std::vector<std::string> arguments = toUtm(options);
+    arguments.push_back(file.path());
+    Program program(arguments, openFile("/dev/null", O_RDONLY), openFile("/dev/null", O_WRONLY), programEnd);
     std::string shown;
     char character = 0;
     while (read(terminal, &character, 1) == 1) shown += character;
     close(terminal);
     EXPECT_EQ(program.exitCode(), 0);
+    return shown;
+}
+
+TEST(Transforming, ShowsItsProgressOnATerminal) {
+    const std::string shown = shownOnTerminal({"--jobs", "1"});
     EXPECT_THAT(shown, HasSubstr("\r\x1B[K["));
     EXPECT_THAT(shown, HasSubstr(" % "));
     EXPECT_THAT(shown, HasSubstr(" lines/s  "));
@@ -525,6 +531,38 @@ TEST(Transforming, ShowsItsProgressOnATerminal) {
 
 TEST(Transforming, ShowsNoProgressElsewhere) {
     EXPECT_THAT(run(TO_UTM, repeated(POINT, 50000)).errors, StartsWith("crsctl transform: 50,000 lines: "));
+}
+
+constexpr char EXCHANGED_POINTS[] = "9 50\n9 51\n9 52\n";
+
+TEST(ManyExchangedPoints, GetAHintBeforeTheSummary) {
+    EXPECT_THAT(
+        linesOf(run(TO_UTM, EXCHANGED_POINTS).errors),
+        ElementsAre("crsctl transform: hint: latitude and longitude look exchanged; the axis order of the input "
+                    "is latitude, longitude (--columns lon,lat reads the other order)",
+                    StartsWith("crsctl transform: 3 lines: ")));
+    EXPECT_THAT(run({"transform", "--from", "CRS:84", "--to", "EPSG:25832"}, "50 9\n").errors,
+                HasSubstr("is longitude, latitude (--columns lat,lon reads the other order)\n"));
+}
+
+TEST(FewExchangedPoints, GetNoHint) {
+    EXPECT_THAT(linesOf(run(TO_UTM, "9 50\n50 9\n").errors), ElementsAre(StartsWith("crsctl transform: 2 lines: ")));
+    EXPECT_THAT(linesOf(run(toUtm({"--columns", "lon,lat"}), EXCHANGED_POINTS).errors),
+                ElementsAre(StartsWith("crsctl transform: 3 lines: ")));
+}
+
+TEST(AQuietRun, WritesOnlyErrors) {
+    EXPECT_EQ(run(toUtm({"--quiet"}), EXCHANGED_POINTS).errors, "");
+    const Outcome outcome = run(toUtm({"-q"}), EXCHANGED_POINTS + std::string("bad\n"));
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(linesOf(outcome.errors), ElementsAre(StartsWith("crsctl transform: standard input:4: ")));
+}
+
+TEST(AQuietRun, ShowsNoProgress) { EXPECT_EQ(shownOnTerminal({"--quiet", "--jobs", "1"}), ""); }
+
+TEST(AQuietRun, OmitsTheNoteOfNames) {
+    EXPECT_EQ(run({"names"}).errors, "crsctl names: without --config no name is registered\n");
+    EXPECT_EQ(run({"names", "--quiet"}).errors, "");
 }
 
 // An installation in a temporary folder: bin/crsctl and share/CoordinateTransformation/proj.
