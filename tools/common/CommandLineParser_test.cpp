@@ -24,7 +24,7 @@ protected:
         paint.add_option("--colour", colour, "Colour of the wall, such as that of the neighbour's wall.")
             ->type_name("NAME")
             ->required();
-        paint.add_flag("--quick", "Paint once.");
+        paint.add_flag("--quick")->description("Paint once.");
         paint.add_option("FILE", files);
         paint.footer(helpSection("Exit codes", {{"0", "Painted."}, {"1", "Not painted."}}) +
                      exampleSection({{"shop paint --colour red", "A red wall."}}));
