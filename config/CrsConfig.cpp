@@ -49,6 +49,13 @@ int rankOf(const CrsConfigData& entry, unsigned int secondaryCode, const Abstrac
     return fit;
 }
 
+// Another value would exchange the coordinates of every response unnoticed.
+void requireKnownOrder(const std::string& convention) {
+    if (!convention.empty() && convention != REGISTRY_ORDER && convention != ESTABLISHED_ORDER)
+        throw Misconfigured(std::string("The property ") + AXIS_ORDER_PROPERTY + " is \"" + convention + "\", not \"" +
+                            REGISTRY_ORDER + "\" or \"" + ESTABLISHED_ORDER + "\"");
+}
+
 }  // namespace
 
 // The key that two entries must not share: see CrsConfigData::sameIdentifierOrAliases.
@@ -126,6 +133,7 @@ void CrsConfig::initReporting(const EntryObserver& observer) {
 
 void CrsConfig::beginInit() {
     if (creator == nullptr) throw Misconfigured("No CrsCreator injected");
+    requireKnownOrder(getConfigProperty(AXIS_ORDER_PROPERTY));
     creator->init();
     registeredEntries.clear();
 }
@@ -145,9 +153,24 @@ Crs CrsConfig::registerEntry(const CrsConfigData& entry) {
     configuredCodes.insert(static_cast<int>(crs->getPrimaryCode()));
     configuredCrsIdentifiers.insert(convertNumericToText(crs->getPrimaryCode()));
     configuredCrsIdentifiers.insert(crs->getAliasOrIdentifier(false));
+    // An alias that an earlier entry registered under this identifier keeps its order.
+    if (isEstablishedOrder() && crs->getAlias().empty()) crs.mod()->setEpsgStandardAxisOrder();
     if (entry.isMapped()) registerAlias(entry, crs);
+    if (isEstablishedOrder()) registerEastNorth(crs);
     cacheLongNameAndCode(crs->copy());
     return crs;
+}
+
+bool CrsConfig::isEstablishedOrder() const { return getConfigProperty(AXIS_ORDER_PROPERTY) == ESTABLISHED_ORDER; }
+
+// Registers the names that put easting or longitude first by convention. The other names keep the order of the
+// registry.
+void CrsConfig::registerEastNorth(const Crs& crs) {
+    if (crs->isAxisOrderEastNorthOrLonLat()) return;
+    std::unique_ptr<AbstractCrs> eastNorth(crs->copy());
+    eastNorth->setAxisOrderEastNorthOrLonLat(true);
+    const std::vector<std::string> names = {eastNorth->getAliasOrIdentifier(false), eastNorth->getAsText()};
+    cacheByName(std::move(eastNorth), names);
 }
 
 // Only requests by the alias get the alias and its axis order. The other names keep the CRS's own axis order.
@@ -157,6 +180,8 @@ void CrsConfig::registerAlias(const CrsConfigData& entry, const Crs& crs) {
     mapped->setAlias(entry.getAlias());
     if (const boost::optional<bool> eastNorth = entry.getAxisOrderEastNorthOrLonLat())
         mapped->setAxisOrderEastNorthOrLonLat(*eastNorth);
+    else if (isEstablishedOrder() && isEastNorthIfEstablished(entry.getAlias()))
+        mapped->setAxisOrderEastNorthOrLonLat(true);
     const std::string name = mapped->getAliasOrIdentifier(true);
     configuredCrsIdentifiers.insert(name);
     cacheByName(KeptCrs(mapped->copy()), {name});

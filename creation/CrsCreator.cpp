@@ -90,9 +90,14 @@ Crs CrsCreator::createFromName(const std::string& name, bool throwOnFailure, boo
 }
 
 AbstractCrs* CrsCreator::recognise(const std::string& name) const {
-    for (const NameSyntax& syntax : NAME_SYNTAXES)
-        if (syntax.property == nullptr || isSyntaxAccepted(syntax.property))
-            if (AbstractCrs* const crs = createAs(syntax, name)) return crs;
+    for (const NameSyntax& syntax : NAME_SYNTAXES) {
+        if (syntax.property != nullptr && !isSyntaxAccepted(syntax.property)) continue;
+        OwnedCrs crs(createAs(syntax, name));
+        if (crs == nullptr) continue;
+        if (isEastNorthIfEstablished(syntax.spelling, name) && isEstablishedOrder())
+            crs->setAxisOrderEastNorthOrLonLat(true);
+        return crs.release();
+    }
     return nullptr;
 }
 
@@ -119,7 +124,16 @@ NameExplanation CrsCreator::explainName(const std::string& name) const {
                                                  [this](const char* property) { return isSyntaxAccepted(property); });
 }
 
+Crs CrsCreator::createInOrderOf(const std::string& name, const AbstractCrs& crs) const {
+    Crs ordered(crs.copy());
+    const Crs named = createFromName(name, false, false);
+    if (named.get() != nullptr) ordered.mod()->setAxisOrderEastNorthOrLonLat(named->isAxisOrderEastNorthOrLonLat());
+    return ordered;
+}
+
 bool CrsCreator::isSyntaxAccepted(const std::string& /*property*/) const { return false; }
+
+bool CrsCreator::isEstablishedOrder() const { return false; }
 
 AbstractCrs* CrsCreator::createFromURN(const std::string& name) const {
     const std::optional<std::size_t> body = skipOgcUrnHead(name);

@@ -10,6 +10,7 @@
 #include "CoordinateTransformation/Misconfigured.h"
 #include "CoordinateTransformation/Proj4Crs.h"
 #include "QSHelpers/FileNotFoundException.h"
+#include "names/CrsName.h"
 #include "platform/ErrnoGuard.h"
 #include "proj/AxisOrderTable.h"
 #include "proj/Proj4Transformer.h"
@@ -116,6 +117,10 @@ bool Proj4CrsCreator::isCrsAllowed(const AbstractCrs* crs) const {
 
 bool Proj4CrsCreator::isSyntaxAccepted(const std::string& property) const {
     return config->getConfigProperty(property) == "true";
+}
+
+bool Proj4CrsCreator::isEstablishedOrder() const {
+    return config->getConfigProperty(AXIS_ORDER_PROPERTY) == ESTABLISHED_ORDER;
 }
 
 }  // namespace CoordinateTransformation

@@ -119,6 +119,11 @@ constexpr std::array<NameSyntax, 6> NAME_SYNTAXES = {{
     {Spelling::SAFE_CURIE, "a safe CURIE", "[EPSG:4326]", parseSafeCurie, writeSafeCurie, false, SAFE_CURIES_PROPERTY},
 }};
 
+bool isEastNorthIfEstablished(Spelling spelling, const std::string& name) {
+    return spelling == Spelling::GML_REFERENCE ||
+           (spelling == Spelling::EPSG_CODE && startsWith(name, EPSG_PREFIX, EPSG_PREFIX_LENGTH));
+}
+
 namespace {
 
 // The codes of a name, or the fault of the first one that is not a code.
@@ -134,6 +139,12 @@ std::variant<CodePair, NameFault> readCodes(const NameTexts& texts) {
     } catch (const QSHelpers::ConversionError&) {
         return NameFault{Fault::BAD_CODE, NOT_A_CODE, code->position, false};
     }
+}
+
+bool isReadAs(const NameSyntax& syntax, const std::string& name) {
+    const ParsedName parsed = syntax.parse(name);
+    const NameTexts* const texts = std::get_if<NameTexts>(&parsed);
+    return texts != nullptr && std::holds_alternative<CodePair>(readCodes(*texts));
 }
 
 // An explanation goes into a log and must fit one line.
@@ -195,6 +206,12 @@ NameExplanation explainName(const std::string& name, const std::function<bool(co
         if (first.fault == Fault::UNKNOWN_SPELLING && explanation.fault != Fault::UNKNOWN_SPELLING) first = explanation;
     }
     return first;
+}
+
+bool isEastNorthIfEstablished(const std::string& name) {
+    const auto* const syntax = std::find_if(NAME_SYNTAXES.begin(), NAME_SYNTAXES.end(),
+                                            [&name](const NameSyntax& it) { return isReadAs(it, name); });
+    return syntax != NAME_SYNTAXES.end() && isEastNorthIfEstablished(syntax->spelling, name);
 }
 
 std::vector<std::string> registeredCodeNames(const CodePair& codes) {

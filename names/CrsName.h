@@ -66,6 +66,16 @@ struct NameSyntax {
     const char* property = nullptr;
 };
 
+// The configuration property that chooses the axis order of names, and its values. An empty value means REGISTRY_ORDER.
+constexpr char AXIS_ORDER_PROPERTY[] = "AxisOrderConvention";
+constexpr char REGISTRY_ORDER[] = "registry";
+constexpr char ESTABLISHED_ORDER[] = "established";
+
+// Returns whether ESTABLISHED_ORDER puts easting or longitude first under `name`, which the syntax of `spelling` reads.
+bool isEastNorthIfEstablished(Spelling spelling, const std::string& name);
+// Does the same for any text. Returns false for a text that is not a name.
+bool isEastNorthIfEstablished(const std::string& name);
+
 // In the order of recognition: the first syntax that reads a name decides.
 extern const std::array<NameSyntax, 6> NAME_SYNTAXES;
 

@@ -54,7 +54,8 @@ public:
     const AbstractCrs* getFromCodeCache(const std::string& key, bool throwIfMissing) const override;
     virtual ~CrsConfig();
     /// Initialises the creator, resolves every entry and fills the caches. Throws Misconfigured when there is no
-    /// creator or no recogniser accepts the identifier of an entry, and QSHelpers::UnexpectedException for an entry
+    /// creator, the property "AxisOrderConvention" has an unknown value or no recogniser accepts the identifier of an
+    /// entry, and QSHelpers::UnexpectedException for an entry
     /// with code 0; failures of the creator pass through. CRS registered before a failure stay registered.
     virtual void init();
 
@@ -120,6 +121,8 @@ private:
 
     COORDTRANS_INTERNAL void beginInit();
     COORDTRANS_INTERNAL Crs registerEntry(const CrsConfigData& entry);
+    COORDTRANS_INTERNAL bool isEstablishedOrder() const;
+    COORDTRANS_INTERNAL void registerEastNorth(const Crs& crs);
     COORDTRANS_INTERNAL void registerAlias(const CrsConfigData& entry, const Crs& crs);
     COORDTRANS_INTERNAL void cacheCrsNamedByUrn(const CodePair& codes, std::size_t kind);
     COORDTRANS_INTERNAL void cacheByName(std::unique_ptr<const AbstractCrs> crs, const std::vector<std::string>& names);
@@ -134,9 +137,9 @@ private:
     std::set<std::string> configuredCrsIdentifiers;
     CrsByName codeCache;
     CrsByName nameCache;
-    // The CRS objects in the caches.
-    // By order of registration.
+    // In the order of registration.
     std::vector<CrsByName::const_iterator> registeredNames;
+    // The CRS objects in the caches.
     std::set<const AbstractCrs*> owned;
     // By primary code, in the order of the entry list.
     std::multimap<unsigned int, RegisteredEntry> registeredEntries;

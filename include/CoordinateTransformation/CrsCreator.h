@@ -70,6 +70,11 @@ public:
     /// Reads "http:", the OGC definitions host and the rest as createFromOgcUrn does, simple or compound.
     virtual AbstractCrs* createFromURL(const std::string& name) const;
 
+    /// Returns a copy of `crs` with the axis order that clients expect under `name`, the text in which a response names
+    /// it: the order of createFromName(name). Leaves the order unchanged if `name` is not the name of a CRS, such as a
+    /// reference with a template of the server's own. Throws as createFromName does.
+    Crs createInOrderOf(const std::string& name, const AbstractCrs& crs) const;
+
     /// Explains `name` for a log: its spelling and codes, or the fault and its place. Makes no CRS and does not search
     /// the pool: a configured alias has no spelling, and a well-formed name may name a CRS that does not exist. The
     /// fault is that of the first spelling that the text resembles.
@@ -86,6 +91,9 @@ protected:
     /// Whether names in a spelling that depends on the configuration property `property` are accepted. False unless a
     /// concrete creator reads a configuration.
     virtual bool isSyntaxAccepted(const std::string& property) const;
+    /// Whether createFromName puts easting or longitude first in a new CRS that it makes of "EPSG:4326" or of a GML
+    /// reference. False unless a concrete creator reads a configuration.
+    virtual bool isEstablishedOrder() const;
 
 private:
     COORDTRANS_INTERNAL AbstractCrs* recognise(const std::string& name) const;

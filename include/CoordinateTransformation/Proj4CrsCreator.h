@@ -45,6 +45,8 @@ protected:
     bool isCrsAllowed(const AbstractCrs* crs) const override;
     /// Whether the configuration property is "true".
     bool isSyntaxAccepted(const std::string& property) const override;
+    /// Whether the configuration property "AxisOrderConvention" is "established".
+    bool isEstablishedOrder() const override;
 
 private:
     const CoordTransformer* transformer;
