@@ -25,7 +25,8 @@ struct EntryIndex;
 /// The server's configuration of the CRS it offers. After `init` it is also the pool of ready CRS objects, found by
 /// every name that a request may use.
 ///
-/// Threads: one thread builds, configures and initialises it. Afterwards any number of threads may look CRS up.
+/// Threads: one thread builds, configures and initialises it. Afterwards any number of threads may look CRS up. While
+/// threads use one configuration, another may be built and initialised, but not the first one of the process.
 /// `configure`, `addCrsConfigData`, `setConfigProperty`, `merge` and a repeated `init` need the configuration to
 /// themselves.
 ///

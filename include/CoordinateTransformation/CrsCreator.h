@@ -46,7 +46,7 @@ public:
     /// and the dimension of its codes.
     virtual AbstractCrs* createFromCode(unsigned int primary, unsigned int secondary, bool standardAxisOrder) const = 0;
     /// Prepares the creator before it makes its first CRS. CrsConfig::init calls it, also when the configuration is
-    /// initialised again. Runs on one thread while no other operation runs.
+    /// initialised again. Runs on one thread while no other operation of the creator runs.
     virtual void init() = 0;
     /// Makes a default CRS.
     virtual AbstractCrs* createDefault() const = 0;

@@ -13,7 +13,8 @@ class CrsConfig;
 /// The creator whose CRS objects are bound to PROJ. Its pool is the configuration that owns it, and it offers the CRS
 /// of that configuration.
 ///
-/// Threads: `init` runs on one thread before any CRS is made; the const operations may run concurrently.
+/// Threads: the `init` that settles the PROJ directory runs alone in the process, any other one before the creator
+/// makes a CRS; the const operations may run concurrently.
 ///
 /// Borrows the configuration and the process-wide transformer.
 class COORDTRANS_EXPORT Proj4CrsCreator : public CrsCreator {

@@ -1,6 +1,10 @@
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <future>
+#include <memory>
+#include <mutex>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -122,6 +126,73 @@ TEST(ThreadsTest, GetTheSameFailures) {
             }
         });
     for (std::thread& thread : threads) thread.join();
+}
+
+// A server that reads its configuration again while it works. A request keeps the configuration with which it began.
+class ReloadingServer {
+public:
+    ReloadingServer() : current(makeConfig(0)) {}
+
+    std::shared_ptr<const CrsConfig> config() const {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return current;
+    }
+
+    void reload(unsigned int decimals) {
+        std::shared_ptr<const CrsConfig> next = makeConfig(decimals);
+        const std::lock_guard<std::mutex> lock(mutex);
+        current.swap(next);
+    }
+
+private:
+    static std::shared_ptr<const CrsConfig> makeConfig(unsigned int decimals) {
+        std::shared_ptr<CrsConfig> config(CrsConfig::createConfigFromId("proj4"));
+        config->setConfigProperty("Proj4ConfigDir", COORDTRANS_SOURCE_DIR "/data/proj");
+        if (decimals % 2 != 0) config->setConfigProperty("AxisOrderConvention", "established");
+        std::istringstream document("<SRSList><SRS>4326</SRS><SRS mapToEpsgCode='25832' numberOfDecimalPlaces='" +
+                                    std::to_string(decimals) + "'>UTM32</SRS></SRSList>");
+        config->configure(document);
+        config->init();
+        return config;
+    }
+
+    mutable std::mutex mutex;
+    std::shared_ptr<const CrsConfig> current;
+};
+
+void serveOnce(const ReloadingServer& server) {
+    const std::shared_ptr<const CrsConfig> config = server.config();
+    const CrsCreator& creator = config->getCreator();
+    const Crs utm = creator.createFromName("UTM32", true, true);
+    const bool isEstablished = config->getConfigProperty("AxisOrderConvention") == "established";
+    for (const char* const name : {"EPSG:4326", "epsg.xml#4326", "urn:ogc:def:crs:EPSG::4326"}) {
+        const Crs geographic = creator.createFromName(name, true, true);
+        const bool isEastFirst = isEstablished && std::string(name).rfind("urn", 0) != 0;
+        double x = 500000;
+        double y = 5538630.7027;
+        utm->transformTo(geographic.get(), x, y);
+        EXPECT_NEAR(isEastFirst ? x : y, 9, 1e-8) << name;
+        EXPECT_NEAR(isEastFirst ? y : x, 50, 1e-8) << name;
+    }
+}
+
+TEST(ReloadTest, SwapsConfigurationsWhileRequestsRun) {
+    ReloadingServer server;
+    std::atomic<bool> ended = false;
+    std::vector<std::thread> requests;
+    for (int i = 0; i < THREADS; ++i)
+        requests.emplace_back([&server, &ended] {
+            do serveOnce(server);
+            while (!ended);
+        });
+    std::vector<std::thread> reloads;
+    for (unsigned int first : {1U, 2U})
+        reloads.emplace_back([&server, first] {
+            for (unsigned int decimals = first; decimals < ROUNDS; decimals += 3) server.reload(decimals);
+        });
+    for (std::thread& thread : reloads) thread.join();
+    ended = true;
+    for (std::thread& thread : requests) thread.join();
 }
 
 }  // namespace
