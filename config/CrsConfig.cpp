@@ -153,8 +153,7 @@ Crs CrsConfig::registerEntry(const CrsConfigData& entry) {
     configuredCodes.insert(static_cast<int>(crs->getPrimaryCode()));
     configuredCrsIdentifiers.insert(convertNumericToText(crs->getPrimaryCode()));
     configuredCrsIdentifiers.insert(crs->getAliasOrIdentifier(false));
-    // An alias that an earlier entry registered under this identifier keeps its order.
-    if (isEstablishedOrder() && crs->getAlias().empty()) crs.mod()->setEpsgStandardAxisOrder();
+    if (isEstablishedOrder()) crs.mod()->setEpsgStandardAxisOrder();
     if (entry.isMapped()) registerAlias(entry, crs);
     if (isEstablishedOrder()) registerEastNorth(crs);
     cacheLongNameAndCode(crs->copy());

@@ -160,6 +160,12 @@ TEST(AxisOrderConventionTest, KeepsTheTextFormAsItIs) {
     }
 }
 
+TEST(AxisOrderConventionTest, SharesOneObjectWhereBothOrdersAreTheSame) {
+    const ConfigPtr config = initialised("established", ENTRIES);
+    EXPECT_EQ(config->getFromNameCache("EPSG:25832", true), config->getFromNameCache("25832", true));
+    EXPECT_NE(config->getFromNameCache("EPSG:4326", true), config->getFromNameCache("4326", true));
+}
+
 // An alias is a name like any other; its attribute is an exception that somebody has asked for.
 TEST(AxisOrderConventionTest, HoldsForAnAliasThatIsSuchAName) {
     const std::string name = "http://www.opengis.net/gml/srs/epsg.xml#31467";
