@@ -75,6 +75,7 @@ constexpr NameOrders NAMES[] = {
     {"epsg.xml#4326", "NE", "EN"},
     {"4326", "NE", "NE"},
     {"31467*5783", "NE", "NE"},
+    {"04326", "NE", "NE"},  // not registered
     {"[EPSG:4326]", "NE", "NE"},
     {"urn:EPSG:geographicCRS:4326", "NE", "NE"},
     {"urn:ogc:def:crs:EPSG::4326", "NE", "NE"},
