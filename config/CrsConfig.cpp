@@ -23,14 +23,6 @@ using KeptCrs = std::unique_ptr<const AbstractCrs>;
 constexpr char SUBSYSTEM_VARIABLE[] = "USE_COORD_TRANSFORMATION_SUBSYSTEM";
 constexpr char PROJ4_SUBSYSTEM[] = "proj4";
 
-// Adds the entries of the first top-level element with the container's name.
-void addEntries(CrsConfig& config, const ptree& document, const FragmentContainer& container) {
-    const auto found = document.get_child_optional(container.name);
-    if (!found) return;
-    for (const ptree::value_type& child : *found)
-        if (container.holds(child.first)) config.addCrsConfigData(CrsConfigData(child));
-}
-
 const AbstractCrs* find(const std::map<std::string, const AbstractCrs*>& cache, const std::string& key,
                         bool throwIfMissing) {
     const auto entry = cache.find(key);
@@ -90,8 +82,10 @@ CrsConfig* CrsConfig::createConfigFromId(const std::string& id) {
 }
 
 void CrsConfig::configure(std::istringstream& document) {
-    const ptree tree = readFragment(document);
-    for (const FragmentContainer& container : FRAGMENT_CONTAINERS) addEntries(*this, tree, container);
+    const auto addEntry = [this](FragmentRole role, const ptree::value_type& element, const FragmentContainer*) {
+        if (role == FragmentRole::ENTRY) addCrsConfigData(CrsConfigData(element));
+    };
+    visitFragment(readFragment(document), addEntry);
 }
 
 bool CrsConfig::addCrsConfigData(const CrsConfigData& entry) {

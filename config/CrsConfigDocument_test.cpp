@@ -259,14 +259,14 @@ std::string nested(std::size_t depth) {
 
 INSTANTIATE_TEST_SUITE_P(
     Documents, RefusedDocumentTest,
-    testing::Values(Refused{"wrong end tag", "<SRSList>\n<SRS>4326</CRS>\n</SRSList>",
-                            "end tag </CRS> does not match <SRS> of line 2", 2},
-                    Refused{"bare ampersand", "<SRSList>\n\n<SRS mapToEpsgCode='4&6'>A</SRS></SRSList>",
-                            "& without an entity; write &amp;", 3},
-                    Refused{"text behind a NUL byte",
-                            "<SRSList>\n<SRS>1</SRS></SRSList>" + std::string("\0<SRS>2</SRS>", 13), "a NUL byte", 2},
-                    Refused{"elements beyond any stack", "\n" + nested(100000),
-                            "elements are nested more than 256 deep", 2}));
+    testing::Values(
+        Refused{"wrong end tag", "<SRSList>\n<SRS>4326</CRS>\n</SRSList>",
+                "end tag </CRS> does not match <SRS> of line 2", 2},
+        Refused{"bare ampersand", "<SRSList>\n\n<SRS mapToEpsgCode='4&6'>A</SRS></SRSList>",
+                "an & does not begin an entity; write &amp;", 3},
+        Refused{"text behind a NUL byte", "<SRSList>\n<SRS>1</SRS></SRSList>" + std::string("\0<SRS>2</SRS>", 13),
+                "the text has a NUL byte", 2},
+        Refused{"elements beyond any stack", "\n" + nested(100000), "elements are nested more than 256 deep", 2}));
 
 INSTANTIATE_TEST_SUITE_P(
     WellFormed, DocumentTest,

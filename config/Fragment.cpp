@@ -22,10 +22,10 @@ constexpr std::string_view XML_WHITE_SPACE = " \t\r\n";
 constexpr std::string_view ENDS_OF_ELEMENT_NAME = " \t\r\n/>?";
 constexpr std::string_view ENDS_OF_ATTRIBUTE_NAME = " \t\r\n/<>=?!";
 
-constexpr std::size_t LONGEST_QUOTE = 40;
+constexpr std::size_t MAX_QUOTE_LENGTH = 40;
 
 std::string quote(std::string_view name) {
-    return std::string(name.substr(0, LONGEST_QUOTE)) + (name.size() > LONGEST_QUOTE ? "..." : "");
+    return std::string(name.substr(0, MAX_QUOTE_LENGTH)) + (name.size() > MAX_QUOTE_LENGTH ? "..." : "");
 }
 
 bool startsWith(std::string_view text, std::string_view head) { return text.substr(0, head.size()) == head; }
@@ -77,11 +77,11 @@ public:
         : text(walked.substr(0, walked.find('\0'))), whole(walked), elements(startTags) {}
 
     void run() {
-        if (whole.size() > LARGEST_FRAGMENT) stopTreeReader("the fragment is larger than 256 MB", 0);
+        if (whole.size() > MAX_FRAGMENT_SIZE) stopTreeReader("the fragment is larger than 256 MB", 0);
         if (isUtf16(whole)) stop("the text is UTF-16; it must be UTF-8", 0);
         if (startsWith(text, "\xEF\xBB\xBF")) at = 3;
         while (at < text.size()) walkNext();
-        if (text.size() < whole.size()) stop("a NUL byte", at);
+        if (text.size() < whole.size()) stop("the text has a NUL byte", at);
         if (!open.empty()) stop("the text ends inside <" + quote(open.back().name) + "> of line " + openLine(), at);
     }
 
@@ -107,7 +107,7 @@ private:
 
     void walkBlanks() {
         at = std::min(text.find_first_not_of(XML_WHITE_SPACE, at), text.size());
-        if (at < text.size() && text[at] != '<') stop("text outside of any element", at);
+        if (at < text.size() && text[at] != '<') stop("the text begins outside of an element", at);
     }
 
     void walkMarkup() {
@@ -130,7 +130,7 @@ private:
 
     void skip(std::size_t head, std::string_view end, const std::string& what) {
         const std::size_t found = text.find(end, std::min(at + head, text.size()));
-        if (found == std::string_view::npos) stop(what + " without its end", at);
+        if (found == std::string_view::npos) stop(what + " does not end", at);
         at = found + end.size();
     }
 
@@ -144,7 +144,7 @@ private:
             at = i + 1;
             return;
         }
-        stop("a document type without its end", at);
+        stop("a document type does not end", at);
     }
 
     std::string_view takeUpTo(std::string_view ends) {
@@ -157,18 +157,18 @@ private:
     void skipWhiteSpace() { at = std::min(text.find_first_not_of(XML_WHITE_SPACE, at), text.size()); }
 
     void expect(std::string_view expected, std::size_t tag) {
-        if (!isAt(expected)) stop("a tag without its " + std::string(expected), tag);
+        if (!isAt(expected)) stop("a tag has no " + std::string(expected), tag);
         at += expected.size();
     }
 
     void walkStartTag() {
         const std::size_t tag = at++;
         const std::string_view name = takeUpTo(ENDS_OF_ELEMENT_NAME);
-        if (name.empty()) stop("a tag without a name", tag);
+        if (name.empty()) stop("a tag has no name", tag);
         const FragmentElement element{name, placeOf(tag)};
         if (elements != nullptr) elements->push_back(element);
-        if (open.size() == DEEPEST_NESTING)
-            stopTreeReader("elements are nested more than " + std::to_string(DEEPEST_NESTING) + " deep", tag);
+        if (open.size() == MAX_NESTING)
+            stopTreeReader("elements are nested more than " + std::to_string(MAX_NESTING) + " deep", tag);
         skipWhiteSpace();
         while (at < text.size() && ENDS_OF_ATTRIBUTE_NAME.find(text[at]) == std::string_view::npos) walkAttribute();
         const bool isEmpty = isAt("/");
@@ -180,13 +180,13 @@ private:
         const std::size_t attribute = at;
         const std::string name = quote(takeUpTo(ENDS_OF_ATTRIBUTE_NAME));
         skipWhiteSpace();
-        if (!isAt("=")) stop("attribute " + name + " without a value", attribute);
+        if (!isAt("=")) stop("attribute " + name + " has no value", attribute);
         ++at;
         skipWhiteSpace();
         if (!isAt("\"") && !isAt("'")) stop("the value of attribute " + name + " is not quoted", attribute);
         const char mark = text[at++];
         const std::size_t end = text.find(mark, at);
-        if (end == std::string_view::npos) stop("the value of attribute " + name + " without its end", attribute);
+        if (end == std::string_view::npos) stop("the value of attribute " + name + " does not end", attribute);
         walkText(end);
         at = end + 1;
         skipWhiteSpace();
@@ -215,12 +215,12 @@ private:
     void checkReference(std::string_view reference) {
         const std::size_t end = reference.find_first_of("; \t\r\n&<", 1);
         if (end == std::string_view::npos || reference[end] != ';' || end == 1)
-            stop("& without an entity; write &amp;", at);
+            stop("an & does not begin an entity; write &amp;", at);
         const std::string_view name = reference.substr(1, end - 1);
         const std::string written = "&" + quote(name) + ";";
-        if (name[0] == '#' && !refersToCharacter(name)) stop(written + " is no character", at);
+        if (name[0] == '#' && !refersToCharacter(name)) stop(written + " is not a character", at);
         if (name[0] != '#' && !isEntity(name))
-            stop(written + " is no entity that is known; known are amp, lt, gt, quot and apos", at);
+            stop(written + " is not a known entity; these are amp, lt, gt, quot and apos", at);
     }
 
     // Positions are requested in ascending order, so lines are counted only once.
@@ -255,6 +255,32 @@ boost::optional<Value> readAttribute(const ptree& entry, const char* attribute) 
     return value;
 }
 
+bool isContainer(const ptree::value_type& element) {
+    return std::any_of(std::begin(FRAGMENT_CONTAINERS), std::end(FRAGMENT_CONTAINERS),
+                       [&element](const FragmentContainer& container) { return element.first == container.name; });
+}
+
+void visitContainer(const ptree::value_type& element, const FragmentContainer& container,
+                    const FragmentVisitor& visit) {
+    visit(FragmentRole::CONTAINER, element, &container);
+    for (const ptree::value_type& child : element.second)
+        if (isElement(child))
+            visit(container.holds(child.first) ? FragmentRole::ENTRY : FragmentRole::UNKNOWN_ENTRY, child, &container);
+}
+
+// Visits the children of the first container only.
+void visitContainers(const ptree& fragment, const FragmentContainer& container, const FragmentVisitor& visit) {
+    bool isFirst = true;
+    for (const ptree::value_type& element : fragment) {
+        if (element.first != container.name) continue;
+        if (isFirst)
+            visitContainer(element, container, visit);
+        else
+            visit(FragmentRole::REPEATED_CONTAINER, element, &container);
+        isFirst = false;
+    }
+}
+
 std::optional<FragmentFault> walk(std::string_view text, std::vector<FragmentElement>* elements) {
     try {
         Walk(text, elements).run();
@@ -276,6 +302,14 @@ boost::optional<int> readInteger(const ptree& entry, const char* attribute) {
 
 boost::optional<bool> readBoolean(const ptree& entry, const char* attribute) {
     return readAttribute<bool>(entry, attribute);
+}
+
+bool isElement(const ptree::value_type& node) { return node.first != "<xmlattr>" && node.first != "<xmlcomment>"; }
+
+void visitFragment(const ptree& fragment, const FragmentVisitor& visit) {
+    for (const FragmentContainer& container : FRAGMENT_CONTAINERS) visitContainers(fragment, container, visit);
+    for (const ptree::value_type& element : fragment)
+        if (isElement(element) && !isContainer(element)) visit(FragmentRole::UNKNOWN_CONTAINER, element, nullptr);
 }
 
 std::optional<FragmentFault> findFragmentFault(std::string_view text) { return walk(text, nullptr); }
@@ -303,7 +337,7 @@ xml_parser_error errorOf(const FragmentFault& fault) { return {fault.message, ""
 }  // namespace
 
 ptree readFragment(std::istream& stream) {
-    const std::string text = readUpTo(*stream.rdbuf(), LARGEST_FRAGMENT + 1);
+    const std::string text = readUpTo(*stream.rdbuf(), MAX_FRAGMENT_SIZE + 1);
     if (!stream.good()) throw xml_parser_error("read error", "", 0);
     return readFragmentText(text);
 }

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <functional>
 #include <istream>
 #include <optional>
 #include <string>
@@ -14,10 +15,10 @@
 namespace CoordinateTransformation {
 
 // The tree reader recurses for each level of elements. This many levels fit a stack of 256 kB.
-constexpr std::size_t DEEPEST_NESTING = 256;
+constexpr std::size_t MAX_NESTING = 256;
 
 // The largest fragment that is read, 256 MB. Every valid fragment is smaller.
-constexpr std::size_t LARGEST_FRAGMENT = std::size_t{256} << 20;
+constexpr std::size_t MAX_FRAGMENT_SIZE = std::size_t{256} << 20;
 
 // A top-level element of the fragment and the names of its entries.
 struct FragmentContainer {
@@ -40,6 +41,26 @@ constexpr char SUPPRESS_DUPLICATE_COORDINATES[] = "suppressDuplicatCoordinates";
 constexpr char AXIS_ORDER[] = "axisOrder";
 constexpr const char* ENTRY_ATTRIBUTES[] = {MAP_TO_EPSG_CODE, NUMBER_OF_DECIMAL_PLACES, SUPPRESS_DUPLICATE_COORDINATES,
                                             AXIS_ORDER};
+
+// The elements of a fragment that its reader comes to.
+enum class FragmentRole {
+    CONTAINER,           // is read
+    ENTRY,               // a child of a container, is read
+    REPEATED_CONTAINER,  // is ignored, because only the first container of a name is read
+    UNKNOWN_CONTAINER,   // is ignored
+    UNKNOWN_ENTRY        // a child of a container, is ignored
+};
+
+// Receives an element, and the container that it is or is in; null for an unknown one.
+using FragmentVisitor = std::function<void(FragmentRole role, const boost::property_tree::ptree::value_type& element,
+                                           const FragmentContainer* container)>;
+
+// Visits the top-level elements of a fragment and the children of its containers in the order of reading: each
+// container of FRAGMENT_CONTAINERS with its children, then the unknown ones.
+void visitFragment(const boost::property_tree::ptree& fragment, const FragmentVisitor& visit);
+
+// Whether a node of the tree is an element. Attributes and comments are nodes too.
+bool isElement(const boost::property_tree::ptree::value_type& node);
 
 // An entry with this text is a mapping without an attribute. Its attributes are ignored.
 constexpr char CRS_84[] = "CRS:84";
@@ -72,7 +93,7 @@ struct FragmentElement {
 // The first fault of a text; nothing for a fragment. Markup is parsed exactly as the property tree's reader does it, so
 // that both find the same elements. The following are faults, although that reader accepts them:
 //
-//   - more than DEEPEST_NESTING elements inside each other, more than LARGEST_FRAGMENT bytes, a NUL byte, UTF-16
+//   - more than MAX_NESTING elements inside each other, more than MAX_FRAGMENT_SIZE bytes, a NUL byte, UTF-16
 //   - an end tag whose name differs from that of its start tag
 //   - in text and attribute values an "&" that begins neither one of the five entities of XML nor a reference to a
 //     character of XML; that reader does not replace entities of a document type, so they are unknown

@@ -48,55 +48,60 @@ INSTANTIATE_TEST_SUITE_P(WithoutFault, FragmentTest,
                                          Case{"<!----><?x?><!x><![CDATA[]]>", "none"},
                                          Case{"<a>&#x10FFFF;&#xD7FF;&#9;</a>", "none"}));
 
-INSTANTIATE_TEST_SUITE_P(
-    WithBrokenMarkup, FragmentTest,
-    testing::Values(Case{"<a>\n<b>", "2:4: the text ends inside <b> of line 2"}, Case{"<", "1:1: a tag without a name"},
-                    Case{"</a>", "1:1: a tag without a name"}, Case{"<a><></a>", "1:4: a tag without a name"},
-                    Case{"4326<a/>", "1:1: text outside of any element"},
-                    Case{"<a/>\n 4326", "2:2: text outside of any element"}, Case{"<a", "1:1: a tag without its >"},
-                    Case{"<a/ >", "1:1: a tag without its />"}, Case{"<a></a", "1:4: a tag without its >"},
-                    Case{"<a></a b>", "1:4: a tag without its >"}, Case{"<a b>", "1:4: attribute b without a value"},
-                    Case{"<a b=1/>", "1:4: the value of attribute b is not quoted"},
-                    Case{"<a\nb='1/>", "2:1: the value of attribute b without its end"},
-                    Case{"<a><!-- </a>", "1:4: a comment without its end"},
-                    Case{"<a><![CDATA[</a>", "1:4: a CDATA section without its end"},
-                    Case{"<?xml", "1:1: an instruction without its end"},
-                    Case{"<!DOCTYPE a [<b>", "1:1: a document type without its end"},
-                    Case{"<!x", "1:1: a declaration without its end"}));
+INSTANTIATE_TEST_SUITE_P(WithBrokenMarkup, FragmentTest,
+                         testing::Values(Case{"<a>\n<b>", "2:4: the text ends inside <b> of line 2"},
+                                         Case{"<", "1:1: a tag has no name"}, Case{"</a>", "1:1: a tag has no name"},
+                                         Case{"<a><></a>", "1:4: a tag has no name"},
+                                         Case{"4326<a/>", "1:1: the text begins outside of an element"},
+                                         Case{"<a/>\n 4326", "2:2: the text begins outside of an element"},
+                                         Case{"<a", "1:1: a tag has no >"}, Case{"<a/ >", "1:1: a tag has no />"},
+                                         Case{"<a></a", "1:4: a tag has no >"},
+                                         Case{"<a></a b>", "1:4: a tag has no >"},
+                                         Case{"<a b>", "1:4: attribute b has no value"},
+                                         Case{"<a b=1/>", "1:4: the value of attribute b is not quoted"},
+                                         Case{"<a\nb='1/>", "2:1: the value of attribute b does not end"},
+                                         Case{"<a><!-- </a>", "1:4: a comment does not end"},
+                                         Case{"<a><![CDATA[</a>", "1:4: a CDATA section does not end"},
+                                         Case{"<?xml", "1:1: an instruction does not end"},
+                                         Case{"<!DOCTYPE a [<b>", "1:1: a document type does not end"},
+                                         Case{"<!x", "1:1: a declaration does not end"}));
 
 INSTANTIATE_TEST_SUITE_P(
     ThatIsReadInPartOtherwise, FragmentTest,
-    testing::Values(
-        Case{"<a>\n <b></a></b>", "2:5: end tag </a> does not match <b> of line 2"},
-        Case{"<a></A>", "1:4: end tag </A> does not match <a> of line 1"},
-        Case{"<a></>", "1:4: end tag </> does not match <a> of line 1"},
-        Case{"<a></" + std::string(50, 'x') + ">",
-             "1:4: end tag </xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...> does not match <a> of line 1"},
-        Case{"<a>&b c;</a>", "1:4: & without an entity; write &amp;"},
-        Case{"<a>&amp</a>", "1:4: & without an entity; write &amp;"},
-        Case{"<a>b&</a>", "1:5: & without an entity; write &amp;"},
-        Case{"<a>?b=1&c=2</a>", "1:8: & without an entity; write &amp;"},
-        Case{"<a\n b=\"&x;\"/>", "2:5: &x; is no entity that is known; known are amp, lt, gt, quot and apos"},
-        Case{"<a>&;</a>", "1:4: & without an entity; write &amp;"},
-        Case{"<a>&AMP;</a>", "1:4: &AMP; is no entity that is known; known are amp, lt, gt, quot and apos"},
-        Case{"<a b='&amp;' c='&b'/>", "1:17: & without an entity; write &amp;"},
-        Case{"<!DOCTYPE a [<!ENTITY x 'y'>]><a>&x;</a>",
-             "1:34: &x; is no entity that is known; known are amp, lt, gt, quot and apos"},
-        Case{"<a>&#0;</a>", "1:4: &#0; is no character"}, Case{"<a>&#;</a>", "1:4: &#; is no character"},
-        Case{"<a>&#4A;</a>", "1:4: &#4A; is no character"},
-        Case{"<a>&#x10000000000000041;</a>", "1:4: &#x10000000000000041; is no character"},
-        Case{"<a>&#1;</a>", "1:4: &#1; is no character"}, Case{"<a>&#xD800;</a>", "1:4: &#xD800; is no character"},
-        Case{"<a>&#x110000;</a>", "1:4: &#x110000; is no character"},
-        Case{"<a>&#xFFFE;</a>", "1:4: &#xFFFE; is no character"}, Case{"<a>&#x;</a>", "1:4: &#x; is no character"},
-        Case{"<a>&#X41;</a>", "1:4: &#X41; is no character"}, Case{std::string("<a/>\n\0<b/>", 10), "2:1: a NUL byte"},
-        Case{std::string(1, '\0'), "1:1: a NUL byte"},
-        Case{std::string("\n\0 \0<\0a\0", 8), "1:1: the text is UTF-16; it must be UTF-8"},
-        Case{std::string("\0\n\0 \0<\0a", 8), "1:1: the text is UTF-16; it must be UTF-8"},
-        Case{std::string("<a>\0</a>", 8), "1:4: a NUL byte"},
-        Case{std::string("<\0a\0/\0>\0", 8), "1:1: the text is UTF-16; it must be UTF-8"},
-        Case{std::string("\0<\0a\0/\0>", 8), "1:1: the text is UTF-16; it must be UTF-8"},
-        Case{"\xFF\xFE<", "1:1: the text is UTF-16; it must be UTF-8"},
-        Case{"\xFE\xFF", "1:1: the text is UTF-16; it must be UTF-8"}));
+    testing::Values(Case{"<a>\n <b></a></b>", "2:5: end tag </a> does not match <b> of line 2"},
+                    Case{"<a></A>", "1:4: end tag </A> does not match <a> of line 1"},
+                    Case{"<a></>", "1:4: end tag </> does not match <a> of line 1"},
+                    Case{"<a></" + std::string(50, 'x') + ">",
+                         "1:4: end tag </xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...> does not match <a> of line 1"},
+                    Case{"<a>&b c;</a>", "1:4: an & does not begin an entity; write &amp;"},
+                    Case{"<a>&amp</a>", "1:4: an & does not begin an entity; write &amp;"},
+                    Case{"<a>b&</a>", "1:5: an & does not begin an entity; write &amp;"},
+                    Case{"<a>?b=1&c=2</a>", "1:8: an & does not begin an entity; write &amp;"},
+                    Case{"<a\n b=\"&x;\"/>", "2:5: &x; is not a known entity; these are amp, lt, gt, quot and apos"},
+                    Case{"<a>&;</a>", "1:4: an & does not begin an entity; write &amp;"},
+                    Case{"<a>&AMP;</a>", "1:4: &AMP; is not a known entity; these are amp, lt, gt, quot and apos"},
+                    Case{"<a b='&amp;' c='&b'/>", "1:17: an & does not begin an entity; write &amp;"},
+                    Case{"<!DOCTYPE a [<!ENTITY x 'y'>]><a>&x;</a>",
+                         "1:34: &x; is not a known entity; these are amp, lt, gt, quot and apos"},
+                    Case{"<a>&#0;</a>", "1:4: &#0; is not a character"},
+                    Case{"<a>&#;</a>", "1:4: &#; is not a character"},
+                    Case{"<a>&#4A;</a>", "1:4: &#4A; is not a character"},
+                    Case{"<a>&#x10000000000000041;</a>", "1:4: &#x10000000000000041; is not a character"},
+                    Case{"<a>&#1;</a>", "1:4: &#1; is not a character"},
+                    Case{"<a>&#xD800;</a>", "1:4: &#xD800; is not a character"},
+                    Case{"<a>&#x110000;</a>", "1:4: &#x110000; is not a character"},
+                    Case{"<a>&#xFFFE;</a>", "1:4: &#xFFFE; is not a character"},
+                    Case{"<a>&#x;</a>", "1:4: &#x; is not a character"},
+                    Case{"<a>&#X41;</a>", "1:4: &#X41; is not a character"},
+                    Case{std::string("<a/>\n\0<b/>", 10), "2:1: the text has a NUL byte"},
+                    Case{std::string(1, '\0'), "1:1: the text has a NUL byte"},
+                    Case{std::string("\n\0 \0<\0a\0", 8), "1:1: the text is UTF-16; it must be UTF-8"},
+                    Case{std::string("\0\n\0 \0<\0a", 8), "1:1: the text is UTF-16; it must be UTF-8"},
+                    Case{std::string("<a>\0</a>", 8), "1:4: the text has a NUL byte"},
+                    Case{std::string("<\0a\0/\0>\0", 8), "1:1: the text is UTF-16; it must be UTF-8"},
+                    Case{std::string("\0<\0a\0/\0>", 8), "1:1: the text is UTF-16; it must be UTF-8"},
+                    Case{"\xFF\xFE<", "1:1: the text is UTF-16; it must be UTF-8"},
+                    Case{"\xFE\xFF", "1:1: the text is UTF-16; it must be UTF-8"}));
 
 std::string startTags(std::size_t count) {
     std::string tags;
@@ -113,7 +118,7 @@ TEST(FragmentBoundTest, IsOfNesting) {
 }
 
 TEST(FragmentBoundTest, IsOfLength) {
-    std::string text = "<!--" + std::string(LARGEST_FRAGMENT - 7, 'x') + "-->";
+    std::string text = "<!--" + std::string(MAX_FRAGMENT_SIZE - 7, 'x') + "-->";
     EXPECT_EQ(faultOf(text), "none");
     text += ' ';
     EXPECT_EQ(faultOf(text), "1:1: the fragment is larger than 256 MB");
@@ -132,6 +137,48 @@ TEST(FragmentElementsTest, AreNoneInsideOtherMarkup) {
 
 TEST(FragmentElementsTest, EndWithTheFirstFault) {
     EXPECT_THAT(elementsIn("<a><b></a><c/>"), ElementsAre("a 1:1", "b 1:4"));
+}
+
+std::string roleName(FragmentRole role) {
+    constexpr const char* NAMES[] = {"container", "entry", "repeated container", "unknown container", "unknown entry"};
+    return NAMES[static_cast<int>(role)];
+}
+
+std::vector<std::string> visitsTo(const std::string& text) {
+    std::vector<std::string> visits;
+    visitFragment(readFragmentText(text), [&visits](FragmentRole role, const auto& element, const auto* container) {
+        visits.push_back(roleName(role) + " " + element.first + element.second.data() + " of " +
+                         (container == nullptr ? "none" : container->name));
+    });
+    return visits;
+}
+
+TEST(FragmentVisitTest, GoesToContainersAndTheirChildren) {
+    EXPECT_THAT(visitsTo("<CrsConfiguration><CRS>1</CRS><SRS>2</SRS><CRS>3</CRS></CrsConfiguration>"),
+                ElementsAre("container CrsConfiguration of CrsConfiguration", "entry CRS1 of CrsConfiguration",
+                            "unknown entry SRS2 of CrsConfiguration", "entry CRS3 of CrsConfiguration"));
+    EXPECT_THAT(visitsTo("<SRSList><SRS>1</SRS><EPSGCode>2</EPSGCode><CRS>3</CRS></SRSList>"),
+                ElementsAre("container SRSList of SRSList", "entry SRS1 of SRSList", "entry EPSGCode2 of SRSList",
+                            "unknown entry CRS3 of SRSList"));
+}
+
+TEST(FragmentVisitTest, GoesInTheOrderOfReading) {
+    EXPECT_THAT(visitsTo("<a/><SRSList/><CrsConfiguration/><b/>"),
+                ElementsAre("container CrsConfiguration of CrsConfiguration", "container SRSList of SRSList",
+                            "unknown container a of none", "unknown container b of none"));
+}
+
+TEST(FragmentVisitTest, GoesOnlyIntoTheFirstContainerOfAName) {
+    EXPECT_THAT(visitsTo("<SRSList/><SRSList><SRS>1</SRS></SRSList><SRSList/>"),
+                ElementsAre("container SRSList of SRSList", "repeated container SRSList of SRSList",
+                            "repeated container SRSList of SRSList"));
+}
+
+TEST(FragmentVisitTest, GoesNeitherIntoEntriesNorToOtherNodes) {
+    EXPECT_THAT(
+        visitsTo("<!-- a --><SRSList b='c'><!-- d --><SRS e='f'><SRS>1</SRS></SRS></SRSList><g><CRS>2</CRS></g>"),
+        ElementsAre("container SRSList of SRSList", "entry SRS of SRSList", "unknown container g of none"));
+    EXPECT_THAT(visitsTo(""), ElementsAre());
 }
 
 // Delivers `text` again and again. Breaks off after `times` times, unless that is 0.

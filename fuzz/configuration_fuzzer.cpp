@@ -12,11 +12,11 @@ using boost::property_tree::ptree;
 namespace {
 
 void collectElements(const ptree& tree, std::size_t depth, std::vector<std::string>& names) {
-    Fuzz::require(depth <= DEEPEST_NESTING);
-    for (const auto& [name, child] : tree) {
-        if (name == "<xmlattr>" || name == "<xmlcomment>") continue;
-        names.push_back(name);
-        collectElements(child, depth + 1, names);
+    Fuzz::require(depth <= MAX_NESTING);
+    for (const ptree::value_type& node : tree) {
+        if (!isElement(node)) continue;
+        names.push_back(node.first);
+        collectElements(node.second, depth + 1, names);
     }
 }
 

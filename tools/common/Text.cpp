@@ -31,7 +31,7 @@ std::size_t displayWidth(std::string_view text) {
     return text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), isContinuation));
 }
 
-char inSmallLetters(char character) {
+char smallLetter(char character) {
     return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
 }
 
@@ -86,6 +86,11 @@ std::string alignedColumns(const TableRows& rows, const std::string& indent) {
     return text;
 }
 
+std::string smallLetters(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), smallLetter);
+    return text;
+}
+
 std::size_t editDistance(std::string_view left, std::string_view right) {
     // The distances between the first i characters of `left` and each beginning of `right`.
     std::vector<std::size_t> distances(right.size() + 1);
@@ -93,7 +98,7 @@ std::size_t editDistance(std::string_view left, std::string_view right) {
     for (std::size_t i = 0; i < left.size(); ++i) {
         std::size_t diagonal = distances[0]++;
         for (std::size_t j = 0; j < right.size(); ++j) {
-            const std::size_t replaced = diagonal + (inSmallLetters(left[i]) == inSmallLetters(right[j]) ? 0 : 1);
+            const std::size_t replaced = diagonal + (smallLetter(left[i]) == smallLetter(right[j]) ? 0 : 1);
             diagonal = distances[j + 1];
             distances[j + 1] = std::min({replaced, diagonal + 1, distances[j] + 1});
         }

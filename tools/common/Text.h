@@ -25,6 +25,9 @@ using TableRows = std::vector<std::vector<std::string>>;
 // line ends in blanks.
 std::string alignedColumns(const TableRows& rows, const std::string& indent = "");
 
+// Returns the text with its capitals A to Z as small letters.
+std::string smallLetters(std::string text);
+
 // Returns the number of characters that must be replaced, inserted or removed to turn one text into the other. Capitals
 // and small letters are equal.
 std::size_t editDistance(std::string_view left, std::string_view right);

@@ -210,7 +210,7 @@ void addFind(CLI::App& program, CommandRequest& request) {
     CLI::Option* const area = addArea(
         app, request, "A box of longitudes and latitudes in degrees; W is greater than E across the antimeridian.");
     std::vector<std::pair<std::string, CrsDescription::Kind>> kinds;
-    for (const CrsDescription::Kind kind : CRS_KINDS) kinds.emplace_back(kindInWords(kind), kind);
+    for (const CrsDescription::Kind kind : CRS_KINDS) kinds.emplace_back(kindName(kind), kind);
     app.add_option_function<CrsDescription::Kind>(
            "--kind", [&request](const CrsDescription::Kind& kind) { request.searched.kind = kind; },
            "Only CRS of this kind: geographic, geocentric, projected or compound.")

@@ -87,15 +87,15 @@ TEST(ACommandLine, ReadsTheConditionsOfASearch) {
         requestOf({"find", "utm", "32 [a]", "[b]", "--area", "-6,47,15,55", "--kind", "projected"}).searched;
     EXPECT_THAT(searched.words, ElementsAre("utm", "32 [a]", "[b]"));
     ASSERT_TRUE(searched.area);
-    EXPECT_EQ(boxInWords(*searched.area), "-6,47,15,55");
+    EXPECT_EQ(boxText(*searched.area), "-6,47,15,55");
     EXPECT_EQ(searched.kind, CrsDescription::Kind::PROJECTED);
-    EXPECT_EQ(boxInWords(*requestOf({"find", "--area", "-.5,1,.5,2"}).searched.area), "-0.5,1,0.5,2");
+    EXPECT_EQ(boxText(*requestOf({"find", "--area", "-.5,1,.5,2"}).searched.area), "-0.5,1,0.5,2");
     EXPECT_FALSE(requestOf({"find", "utm"}).searched.area || requestOf({"find", "utm"}).searched.kind);
 }
 
 TEST(ACommandLine, ReadsTheRequirementsOfACheck) {
     const Expectations expected = requestOf({"check", "--area=6,47,15,55", "--accuracy", "2.5", "crs.xml"}).expected;
-    EXPECT_EQ(boxInWords(*expected.area), "6,47,15,55");
+    EXPECT_EQ(boxText(*expected.area), "6,47,15,55");
     EXPECT_EQ(expected.accuracy, 2.5);
     EXPECT_TRUE(expected.areGiven);
     const Expectations usual = requestOf({"check", "crs.xml"}).expected;

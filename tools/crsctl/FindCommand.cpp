@@ -4,7 +4,7 @@
 #include <array>
 #include <cctype>
 #include <cmath>
-#include <optional>
+#include <sstream>
 #include <string_view>
 #include <tuple>
 #include <utility>
@@ -13,17 +13,12 @@
 #include "text/NumericText.h"
 #include "tools/common/FixedDecimals.h"
 #include "tools/common/Text.h"
-#include "tools/crsctl/Session.h"
 
 namespace crsctl {
 
-using CoordinateTransformation::DESCRIPTION_FILE;
-using CoordinateTransformation::takeDouble;
 using CoordinateTransformation::writeDouble;
-using Tools::alignedColumns;
-using Tools::LONGEST_FIXED_DECIMAL;
 using Tools::printable;
-using Tools::writeFixed;
+using Tools::smallLetters;
 
 namespace {
 
@@ -40,39 +35,33 @@ double eastwards(double from, double to) {
     return way < 0 ? way + FULL_TURN : way;
 }
 
-bool isWithin(double value, double limit) { return value >= -limit && value <= limit; }
-
 bool isOnEarth(const GeographicBox& box) {
-    return isWithin(box.west, 180) && isWithin(box.east, 180) && isWithin(box.south, 90) && isWithin(box.north, 90) &&
-           box.south <= box.north;
+    return std::abs(box.west) <= 180 && std::abs(box.east) <= 180 && std::abs(box.south) <= 90 &&
+           std::abs(box.north) <= 90 && box.south <= box.north;
 }
 
-bool takeNumber(std::string_view& text, double& number) {
-    const auto taken = takeDouble(text);
-    number = taken.value_or(0);
-    return taken.has_value();
-}
-
-bool takeComma(std::string_view& text) {
-    if (text.empty() || text.front() != ',') return false;
-    text.remove_prefix(1);
-    return true;
+[[noreturn]] void refuseBox(const std::string& text, const char* reason) {
+    throw SetUpError("--area " + printable(text) + ": " + reason);
 }
 
 }  // namespace
 
 GeographicBox readBox(const std::string& text) {
-    std::string_view rest = text;
+    const std::string sides = text + ",";
+    std::string_view rest = sides;
     GeographicBox box{};
-    const bool isRead = takeNumber(rest, box.west) && takeComma(rest) && takeNumber(rest, box.south) &&
-                        takeComma(rest) && takeNumber(rest, box.east) && takeComma(rest) &&
-                        takeNumber(rest, box.north) && rest.empty();
-    if (!isRead) throw SetUpError("--area " + printable(text) + ": four numbers W,S,E,N are needed");
-    if (!isOnEarth(box)) throw SetUpError("--area " + printable(text) + ": not a box of longitudes and latitudes");
+    for (double* const side : {&box.west, &box.south, &box.east, &box.north}) {
+        const std::optional<double> number = CoordinateTransformation::takeDouble(rest);
+        if (!number || rest.empty() || rest.front() != ',') refuseBox(text, "four numbers W,S,E,N are needed");
+        *side = *number;
+        rest.remove_prefix(1);
+    }
+    if (!rest.empty()) refuseBox(text, "four numbers W,S,E,N are needed");
+    if (!isOnEarth(box)) refuseBox(text, "not a box of longitudes and latitudes");
     return box;
 }
 
-std::string boxInWords(const GeographicBox& box) {
+std::string boxText(const GeographicBox& box) {
     return writeDouble(box.west) + "," + writeDouble(box.south) + "," + writeDouble(box.east) + "," +
            writeDouble(box.north);
 }
@@ -97,17 +86,11 @@ namespace {
 
 constexpr std::string_view CODE_PREFIX = "epsg:";
 
-using Kind = CrsDescription::Kind;
+using Words = std::vector<std::string>;
 
 bool isLetterOrDigit(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || (c & '\x80') != 0; }
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
-std::string inSmallLetters(std::string text) {
-    for (char& c : text)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return text;
-}
 
 // A word is a run of letters, a run of digits, or a single other character.
 bool beginsWord(std::string_view text, std::size_t at) {
@@ -126,41 +109,23 @@ bool isCode(std::string_view word, unsigned int code) {
     return word == std::to_string(code);
 }
 
-std::string joined(const std::vector<std::string>& words) {
+std::string joined(const Words& words) {
     std::string text;
     for (const std::string& word : words) text += (text.empty() ? "" : " ") + word;
     return text;
 }
 
 // Returns the words of all arguments, in small letters.
-std::vector<std::string> wordsOf(const std::vector<std::string>& arguments) {
-    std::vector<std::string> words;
-    const std::string text = inSmallLetters(joined(arguments)) + " ";
-    std::size_t begin = 0;
-    for (std::size_t end = text.find(' '); end != std::string::npos; end = text.find(' ', begin)) {
-        if (end > begin) words.push_back(text.substr(begin, end - begin));
-        begin = end + 1;
-    }
+Words wordsOf(const Words& arguments) {
+    std::istringstream text(smallLetters(joined(arguments)));
+    Words words;
+    for (std::string word; std::getline(text, word, ' ');)
+        if (!word.empty()) words.push_back(word);
     return words;
 }
 
-// A smaller rank is better. The members are in the order of their importance.
-struct Rank {
-    bool isOtherCode;
-    bool isDeprecated;
-    bool isOtherName;
-    std::size_t wordsOutsideName;
-    bool isInPart;
-    double share;
-    double otherWordsOfArea;
-    std::size_t nameLength;
-    unsigned int code;
-
-    auto asTuple() const {
-        return std::tie(isOtherCode, isDeprecated, isOtherName, wordsOutsideName, isInPart, share, otherWordsOfArea,
-                        nameLength, code);
-    }
-};
+// The criteria of findCrs in their order. A smaller rank is better.
+using Rank = std::tuple<bool, bool, bool, std::size_t, bool, double, double, std::size_t, unsigned int>;
 
 class Matcher {
 public:
@@ -169,10 +134,7 @@ public:
     bool matches(const CrsDescription& crs) const {
         if (searched.kind && crs.kind != *searched.kind) return false;
         if (searched.area && (!crs.box || !intersects(*crs.box, *searched.area))) return false;
-        const std::string text = inSmallLetters(crs.name + "\n" + crs.area + "\n" + crs.datum);
-        return std::all_of(words.begin(), words.end(), [&crs, &text](const std::string& word) {
-            return isCode(word, crs.code) || hasWord(text, word);
-        });
+        return wordsIn(crs.name + "\n" + crs.area + "\n" + crs.datum, crs.code) == words.size();
     }
 
     bool coversArea(const CrsDescription& crs) const {
@@ -180,40 +142,43 @@ public:
     }
 
     Rank rankOf(const CrsDescription& crs) const {
-        const std::string crsName = inSmallLetters(crs.name);
-        const auto isInName = [&crs, &crsName](const std::string& word) {
-            return isCode(word, crs.code) || hasWord(crsName, word);
-        };
-        const auto inName = std::count_if(words.begin(), words.end(), isInName);
         const bool hasCode =
             std::any_of(words.begin(), words.end(), [&crs](const std::string& word) { return isCode(word, crs.code); });
+        const double share = searched.area && crs.box ? shareOfTheEarth(*crs.box) : 0;
         return {!hasCode,
                 !crs.replacedBy.empty(),
-                crsName != name,
-                words.size() - static_cast<std::size_t>(inName),
+                smallLetters(crs.name) != name,
+                words.size() - wordsIn(crs.name, crs.code),
                 !coversArea(crs),
-                searched.area && crs.box ? shareOfTheEarth(*crs.box) : 0,
+                share,
                 otherWordsOfArea(crs),
                 crs.name.size(),
                 crs.code};
     }
 
 private:
+    // Returns the number of search words that the text has or that are the code.
+    std::size_t wordsIn(const std::string& text, unsigned int code) const {
+        const std::string small = smallLetters(text);
+        return static_cast<std::size_t>(std::count_if(
+            words.begin(), words.end(),
+            [&small, code](const std::string& word) { return isCode(word, code) || hasWord(small, word); }));
+    }
+
     // Returns the share of the words of the area that the search does not have, from 0 to 1; 0 if it has none of them.
     double otherWordsOfArea(const CrsDescription& crs) const {
-        const std::vector<std::string> wordsOfArea = wordsOf({crs.area});
-        const auto isSearched = [this](const std::string& wordOfArea) {
-            return std::any_of(words.begin(), words.end(),
-                               [&wordOfArea](const std::string& word) { return hasWord(wordOfArea, word); });
+        const Words wordsOfArea = wordsOf({crs.area});
+        const auto isOther = [this](const std::string& wordOfArea) {
+            return std::none_of(words.begin(), words.end(),
+                                [&wordOfArea](const std::string& word) { return hasWord(wordOfArea, word); });
         };
-        const auto others = wordsOfArea.size() -
-                            static_cast<std::size_t>(std::count_if(wordsOfArea.begin(), wordsOfArea.end(), isSearched));
-        if (others == wordsOfArea.size()) return 0;
-        return static_cast<double>(others) / static_cast<double>(wordsOfArea.size());
+        const auto all = static_cast<double>(wordsOfArea.size());
+        const auto others = static_cast<double>(std::count_if(wordsOfArea.begin(), wordsOfArea.end(), isOther));
+        return others == all ? 0 : others / all;
     }
 
     const SearchedCrs& searched;
-    std::vector<std::string> words;
+    Words words;
     std::string name;
 };
 
@@ -224,89 +189,78 @@ std::vector<FoundCrs> findCrs(const CrsDescriptions& descriptions, const Searche
     std::vector<std::pair<Rank, const CrsDescription*>> ranked;
     for (const CrsDescription& crs : descriptions)
         if (matcher.matches(crs)) ranked.emplace_back(matcher.rankOf(crs), &crs);
-    std::sort(ranked.begin(), ranked.end(),
-              [](const auto& left, const auto& right) { return left.first.asTuple() < right.first.asTuple(); });
+    std::sort(ranked.begin(), ranked.end());
     std::vector<FoundCrs> found;
     found.reserve(ranked.size());
-    for (const auto& [rank, crs] : ranked) found.push_back({crs, !rank.isInPart});
+    for (const auto& [rank, crs] : ranked) found.push_back({crs, matcher.coversArea(*crs)});
     return found;
 }
 
-const char* kindInWords(Kind kind) {
-    switch (kind) {
-        case Kind::GEOGRAPHIC:
-            return "geographic";
-        case Kind::GEOCENTRIC:
-            return "geocentric";
-        case Kind::PROJECTED:
-            return "projected";
-        case Kind::COMPOUND:
-            break;
-    }
-    return "compound";
+const char* kindName(CrsDescription::Kind kind) {
+    constexpr std::array NAMES = {"geographic", "geocentric", "projected", "compound"};
+    return NAMES.at(static_cast<std::size_t>(kind));
 }
 
 namespace {
 
-constexpr std::size_t LONGEST_CELL = 1000;
-constexpr std::size_t LONGEST_AREA = 60;
+constexpr std::size_t MAX_AREA_LENGTH = 60;
 
 std::string metres(double length) { return writeDouble(length) + " m"; }
 
 std::string centimetres(double length) {
-    std::array<char, LONGEST_FIXED_DECIMAL> text{};
-    return std::string(text.data(), writeFixed(text.data(), length, 2)) + " m";
+    std::array<char, Tools::LONGEST_FIXED_DECIMAL> text{};
+    return std::string(text.data(), Tools::writeFixed(text.data(), length, 2)) + " m";
 }
 
-std::string describedUnit(const CrsDescription& crs) {
-    if (crs.kind == CrsDescription::Kind::GEOGRAPHIC || crs.unitLength == 1) return printable(crs.unit);
-    return printable(crs.unit) + " (" + metres(crs.unitLength) + ")";
+std::string unitText(const CrsDescription& crs) {
+    const bool needsLength = crs.kind != CrsDescription::Kind::GEOGRAPHIC && crs.unitLength != 1;
+    return printable(crs.unit) + (needsLength ? " (" + metres(crs.unitLength) + ")" : "");
 }
 
-std::string shiftInWords(const CrsDescription& crs) {
+std::string shiftText(const CrsDescription& crs) {
     if (crs.shiftSource.empty()) return "none";
     return printable(crs.shiftSource) + ", " +
            (crs.shiftAccuracy ? "accurate to " + metres(*crs.shiftAccuracy) : "of unknown accuracy");
 }
 
-std::string codesInOneLine(const std::vector<unsigned int>& codes) {
-    std::string text;
-    for (const unsigned int code : codes) text += (text.empty() ? "" : " ") + std::to_string(code);
-    return text;
+std::string codesText(const std::vector<unsigned int>& codes) {
+    Words texts;
+    for (const unsigned int code : codes) texts.push_back(std::to_string(code));
+    return joined(texts);
 }
 
-Json orNull(const std::optional<double>& number) { return number ? Json(*number) : Json(); }
-
-Json boxAsJson(const std::optional<GeographicBox>& box) {
-    if (!box) return {};
-    return {{"west", box->west}, {"south", box->south}, {"east", box->east}, {"north", box->north}};
+Json boxAsJson(const GeographicBox& box) {
+    return {{"west", box.west}, {"south", box.south}, {"east", box.east}, {"north", box.north}};
 }
 
-std::string nameInTable(const CrsDescription& crs) {
-    const std::string name = printable(crs.name);
-    return crs.replacedBy.empty() ? name : name + " (replaced by " + codesInOneLine(crs.replacedBy) + ")";
+std::vector<std::string> tableRow(const FoundCrs& found) {
+    const CrsDescription& crs = *found.crs;
+    const std::string replacement = crs.replacedBy.empty() ? "" : " (replaced by " + codesText(crs.replacedBy) + ")";
+    return {std::to_string(crs.code), kindName(crs.kind), crs.shiftAccuracy ? metres(*crs.shiftAccuracy) : "",
+            printable(crs.name) + replacement,
+            (found.coversArea ? "" : "(in part) ") + printable(crs.area, MAX_AREA_LENGTH)};
 }
 
 }  // namespace
 
 std::string descriptionAsText(const CrsDescription& crs, const std::string& indent) {
-    std::vector<std::vector<std::string>> rows = {{"name", printable(crs.name)}};
-    if (!crs.area.empty()) rows.push_back({"area", printable(crs.area, LONGEST_CELL)});
-    if (crs.box) rows.push_back({"box", boxInWords(*crs.box) + " (W,S,E,N)"});
+    Tools::TableRows rows = {{"name", printable(crs.name)}};
+    if (!crs.area.empty()) rows.push_back({"area", printable(crs.area, MAX_TEXT_LENGTH)});
+    if (crs.box) rows.push_back({"box", boxText(*crs.box) + " (W,S,E,N)"});
     rows.push_back({"datum", printable(crs.datum) + (crs.datumId.empty() ? "" : " (" + printable(crs.datumId) + ")")});
-    rows.push_back({"unit", describedUnit(crs)});
-    rows.push_back({"shift", shiftInWords(crs)});
+    rows.push_back({"unit", unitText(crs)});
+    rows.push_back({"shift", shiftText(crs)});
     if (crs.largestDistance) rows.push_back({"from PROJ", "at most " + centimetres(*crs.largestDistance)});
-    if (!crs.replacedBy.empty()) rows.push_back({"replaced by", codesInOneLine(crs.replacedBy)});
-    return alignedColumns(rows, indent);
+    if (!crs.replacedBy.empty()) rows.push_back({"replaced by", codesText(crs.replacedBy)});
+    return Tools::alignedColumns(rows, indent);
 }
 
 Json descriptionAsJson(const CrsDescription& crs) {
     return {{"code", crs.code},
             {"name", crs.name},
-            {"kind", kindInWords(crs.kind)},
+            {"kind", kindName(crs.kind)},
             {"area", crs.area},
-            {"box", boxAsJson(crs.box)},
+            {"box", crs.box ? boxAsJson(*crs.box) : Json()},
             {"unit", crs.unit},
             {"unitLength", crs.unitLength},
             {"datum", crs.datum},
@@ -319,12 +273,9 @@ Json descriptionAsJson(const CrsDescription& crs) {
 
 std::string asText(const std::vector<FoundCrs>& found) {
     if (found.empty()) return "";
-    std::vector<std::vector<std::string>> rows = {{"code", "kind", "accuracy", "name", "area"}};
-    for (const auto& [crs, coversArea] : found)
-        rows.push_back({std::to_string(crs->code), kindInWords(crs->kind),
-                        crs->shiftAccuracy ? metres(*crs->shiftAccuracy) : "", nameInTable(*crs),
-                        (coversArea ? "" : "(in part) ") + printable(crs->area, LONGEST_AREA)});
-    return alignedColumns(rows);
+    Tools::TableRows rows = {{"code", "kind", "accuracy", "name", "area"}};
+    for (const FoundCrs& crs : found) rows.push_back(tableRow(crs));
+    return Tools::alignedColumns(rows);
 }
 
 Json asJson(const std::vector<FoundCrs>& found) {
@@ -340,7 +291,7 @@ CommandResult findCommand(const CommonOptions& common, const SearchedCrs& search
     const Session session(common);
     const CrsDescriptions& descriptions = CrsDescriptions::ofProjDirectory();
     if (descriptions.size() == 0)
-        throw SetUpError("the PROJ directory has no \"" + std::string(DESCRIPTION_FILE) +
+        throw SetUpError(std::string("the PROJ directory has no \"") + CoordinateTransformation::DESCRIPTION_FILE +
                          "\", the file that is searched");
     std::vector<FoundCrs> found = findCrs(descriptions, searched);
     const auto isMissing = [&session](const FoundCrs& one) {

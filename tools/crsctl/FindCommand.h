@@ -18,7 +18,7 @@ using CoordinateTransformation::GeographicBox;
 GeographicBox readBox(const std::string& text);
 
 // Returns "6,38.76,12.01,84.33", the form that readBox reads.
-std::string boxInWords(const GeographicBox& box);
+std::string boxText(const GeographicBox& box);
 
 // Returns whether every point of `inner` is in `outer`. Either box may cross the antimeridian.
 bool covers(const GeographicBox& outer, const GeographicBox& inner);
@@ -43,7 +43,7 @@ constexpr CrsDescription::Kind CRS_KINDS[] = {CrsDescription::Kind::GEOGRAPHIC, 
                                               CrsDescription::Kind::PROJECTED, CrsDescription::Kind::COMPOUND};
 
 // Returns "geographic", "geocentric", "projected" or "compound".
-const char* kindInWords(CrsDescription::Kind kind);
+const char* kindName(CrsDescription::Kind kind);
 
 struct FoundCrs {
     const CrsDescription* crs;
@@ -58,8 +58,9 @@ struct FoundCrs {
 //   - CRS that are not deprecated
 //   - the CRS whose name is the words
 //   - CRS with more of the words in their names
-//   - CRS that cover the searched area, smaller areas of use first
-//   - CRS with fewer other words in the description of their area
+//   - CRS that cover the searched area, then smaller areas of use
+//   - CRS with a smaller share of other words in the description of their area; CRS whose description has none of the
+//     search words count as if all words were searched
 //   - shorter names, smaller codes
 //
 // A search word matches the beginning of a word of the text, in capitals or small letters: "32N" and "32" both match

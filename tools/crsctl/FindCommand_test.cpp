@@ -14,8 +14,8 @@ namespace {
 
 TEST(ABox, IsReadFromFourNumbers) {
     for (const char* text : {"6,47,15,55", "-180,-90,180,90", "176.81,-20.81,-178.15,-12.42", "-0.5,0,0,0"})
-        EXPECT_EQ(boxInWords(readBox(text)), text);
-    EXPECT_EQ(boxInWords(readBox("+6,4.70e1,15.,.5e2")), "6,47,15,50");
+        EXPECT_EQ(boxText(readBox(text)), text);
+    EXPECT_EQ(boxText(readBox("+6,4.70e1,15.,.5e2")), "6,47,15,50");
 }
 
 TEST(ABox, IsRefusedUnlessItIsOnEarth) {
@@ -85,6 +85,9 @@ constexpr char LINES[] =
     "4978,WGS 84,geocentric,World,-180,-90,180,90,metre,1,WGS 1984,EPSG:6326,,,,\n"
     "5555,ETRS89 / UTM zone 32N + DHHN92,compound,Germany,6,47.27,12,55.47,metre,1,ETRS89,EPSG:6258,,,,\n"
     "7777,Zone without an area,projected,,,,,,metre,1,,,,,,\n"
+    "8001,Way of the longer name,geographic,Atlantis; Atlantis East; Atlantis West,,,,,degree,0.017,,,,,,\n"
+    "8002,Sea of a name,geographic,Atlantis Sea,,,,,degree,0.017,,,,,,\n"
+    "8003,Lemuria of the longest name,geographic,Lemuria; Sea,,,,,degree,0.017,Atlantis 1900,,,,,\n"
     "25832,ETRS89 / UTM zone 32N,projected,Europe; Germany,6,38.76,12.01,84.33,metre,1,ETRS89,EPSG:6258,,,,\n"
     "31467,DHDN / 3-degree Gauss-Kruger zone 3,projected,Germany,7.5,47.27,10.51,55.09,metre,1,DHDN,EPSG:6314,,,,\n"
     "32600,WGS 84 / UTM zone,projected,Germany,6,47,12,55,metre,1,WGS 1984,EPSG:6326,,,,32632\n"
@@ -112,7 +115,7 @@ TEST_P(ASearch, FindsTheBestFirst) {
     searched.words = GetParam().words;
     if (*GetParam().area != '\0') searched.area = readBox(GetParam().area);
     for (const CrsDescription::Kind kind : CRS_KINDS)
-        if (kindInWords(kind) == std::string(GetParam().kind)) searched.kind = kind;
+        if (kindName(kind) == std::string(GetParam().kind)) searched.kind = kind;
     const CrsDescriptions all = descriptions();
     std::vector<unsigned int> codes;
     for (const FoundCrs& found : findCrs(all, searched)) codes.push_back(found.crs->code);
@@ -136,6 +139,7 @@ INSTANTIATE_TEST_SUITE_P(
         Search{"ByNameBeforeArea", {"fiji", "map"}, "", "", {3460}},
         Search{"ByDatum", {"hauptdreiecksnetz"}, "", "", {4314}}, Search{"ByEveryWord", {"utm", "finland"}, "", "", {}},
         Search{"ByAWordOfTheArea", {"germany", "zone", "3"}, "", "", {5555, 31467, 25832, 32632, 3045}},
+        Search{"ByTheShareOfOtherWordsOfTheArea", {"atlantis", "of"}, "", "", {8003, 8001, 8002}},
         Search{"DeprecatedLast", {"WGS", "UTM"}, "", "", {32632, 32600}},
         Search{"ByKind", {"wgs"}, "", "geocentric", {4978}}, Search{"ByKindAlone", {}, "", "compound", {5555}},
         Search{"ByPlace", {}, HAMBURG, "projected", {31467, 25832, 3045, 32632, 3857, 32600}},

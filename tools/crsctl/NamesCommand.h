@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "CoordinateTransformation/AbstractCrs.h"
+#include "CoordinateTransformation/CrsConfig.h"
 #include "tools/crsctl/Output.h"
 #include "tools/crsctl/Session.h"
 
@@ -15,17 +16,21 @@ std::string codeKeyOf(const CoordinateTransformation::AbstractCrs& crs);
 // A registered name and the axis order of its CRS.
 struct RegisteredName {
     std::string name;
-    std::string axisOrder;
+    const char* axisOrder;
 };
+
+inline void to_json(Json& json, const RegisteredName& name) {
+    json = {{"name", name.name}, {"axisOrder", name.axisOrder}};
+}
 
 struct NamesOfCrs {
     std::string codeKey;
-    std::string kind;  // "geographic" or "projected"
+    const char* kind;  // "geographic" or "projected"
     std::vector<RegisteredName> names;
 };
 
-// Returns every name that the configuration of the session registers, by CRS, in the order of registration.
-std::vector<NamesOfCrs> registeredNames(const Session& session);
+// Returns every name that the configuration registers, by CRS, in the order of registration.
+std::vector<NamesOfCrs> registeredNames(const CoordinateTransformation::CrsConfig& config);
 
 CommandResult namesCommand(const CommonOptions& common);
 

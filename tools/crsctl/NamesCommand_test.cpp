@@ -29,7 +29,7 @@ class Listing : public testing::TestWithParam<const char*> {};
 TEST_P(Listing, HasEverySpellingOfACrs) {
     const std::vector<std::string> names = TestSupport::registeredNamesInTable(GetParam());
     const ConfiguredSession session("<CrsConfiguration><CRS>" + names.at(0) + "</CRS></CrsConfiguration>");
-    const auto listed = registeredNames(*session);
+    const auto listed = registeredNames(session->config());
     ASSERT_EQ(listed.size(), 1U);
     EXPECT_EQ(listed[0].codeKey, GetParam());
     EXPECT_THAT(namesOf(listed[0]), UnorderedElementsAreArray(names));
@@ -40,7 +40,7 @@ INSTANTIATE_TEST_SUITE_P(CodeKeys, Listing, testing::Values("4326", "27700*5701"
 TEST(TheListOfNames, ListsAliasesUnderTheirCrsWithTheirOwnAxisOrder) {
     const ConfiguredSession session(
         "<CrsConfiguration><CRS>CRS:84</CRS><CRS>25832</CRS><CRS>4326</CRS></CrsConfiguration>");
-    const auto listed = registeredNames(*session);
+    const auto listed = registeredNames(session->config());
     ASSERT_EQ(listed.size(), 2U);
     EXPECT_EQ(listed[0].codeKey, "4326");
     EXPECT_EQ(listed[1].codeKey, "25832");
@@ -53,7 +53,7 @@ TEST(TheListOfNames, ListsAliasesUnderTheirCrsWithTheirOwnAxisOrder) {
 TEST(TheListOfNames, HasTheTextFormBesideAnAliasThatEqualsTheIdentifier) {
     const ConfiguredSession session(
         "<CrsConfiguration><CRS mapToEpsgCode='4326' axisOrder='EN'>EPSG:4326</CRS></CrsConfiguration>");
-    const auto listed = registeredNames(*session);
+    const auto listed = registeredNames(session->config());
     ASSERT_EQ(listed.size(), 1U);
     EXPECT_EQ(axisOrderOf(listed[0], "EPSG:4326"), "longitude, latitude");
     EXPECT_EQ(axisOrderOf(listed[0], "EPSG:4326;NE;1"), "latitude, longitude");
@@ -62,14 +62,14 @@ TEST(TheListOfNames, HasTheTextFormBesideAnAliasThatEqualsTheIdentifier) {
 
 TEST(TheListOfNames, IsEmptyWithoutAConfiguration) {
     const UnconfiguredSession session;
-    EXPECT_TRUE(registeredNames(session).empty());
-    EXPECT_EQ(asJson(registeredNames(session)), Json::array());
+    EXPECT_TRUE(registeredNames(session.config()).empty());
+    EXPECT_EQ(asJson(registeredNames(session.config())), Json::array());
 }
 
 TEST(TheListOfNames, NamesTheKindOfACrs) {
     const ConfiguredSession session("<CrsConfiguration><CRS>4326</CRS><CRS>25832</CRS></CrsConfiguration>");
-    EXPECT_EQ(registeredNames(*session).at(0).kind, "geographic");
-    EXPECT_EQ(registeredNames(*session).at(1).kind, "projected");
+    EXPECT_STREQ(registeredNames(session->config()).at(0).kind, "geographic");
+    EXPECT_STREQ(registeredNames(session->config()).at(1).kind, "projected");
 }
 
 TEST(TheListOfNames, IsWrittenUnderEachCrs) {

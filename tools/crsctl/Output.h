@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -7,6 +9,9 @@
 #include <nlohmann/json.hpp>
 
 namespace crsctl {
+
+// The greatest length of a text of the user or of the library in a table or message.
+constexpr std::size_t MAX_TEXT_LENGTH = 1000;
 
 // The output of a command and the exit code of the program.
 struct CommandResult {
@@ -23,6 +28,16 @@ void printError(const std::string& commandName, const std::string& text);
 
 // Keeps the keys in the order of their insertion.
 using Json = nlohmann::ordered_json;
+
+// Returns null in place of nothing, of 0 and of an empty text.
+template <typename Value>
+Json orNull(const Value& value) {
+    return value == Value() ? Json() : Json(value);
+}
+template <typename Value>
+Json orNull(const std::optional<Value>& value) {
+    return value ? Json(*value) : Json();
+}
 
 // An object has this key, with the value true, if one of its texts is not UTF-8. Bytes that are not UTF-8 are written
 // as U+FFFD.

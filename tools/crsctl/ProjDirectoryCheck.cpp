@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <iterator>
 #include <list>
 #include <map>
 #include <optional>
@@ -12,7 +11,6 @@
 #include <string_view>
 #include <tuple>
 #include <utility>
-#include <vector>
 
 #include <proj.h>
 
@@ -24,39 +22,28 @@
 
 namespace crsctl {
 
-using CoordinateTransformation::AXIS_ORDER_FILE;
-using CoordinateTransformation::INIT_FILE;
 using CoordinateTransformation::InitFileDefinition;
 using CoordinateTransformation::ParameterList;
-using CoordinateTransformation::readFile;
-using CoordinateTransformation::readInitFileText;
 using Tools::printable;
 
 void sortByPlace(Findings& findings) {
     // std::stable_sort of some standard libraries calls deprecated functions. Sorting a list is stable too.
-    std::list<Finding> sorted(std::make_move_iterator(findings.begin()), std::make_move_iterator(findings.end()));
+    std::list<Finding> sorted(findings.begin(), findings.end());
     sorted.sort([](const Finding& left, const Finding& right) {
         return std::tie(left.place.file, left.place.line, left.place.column) <
                std::tie(right.place.file, right.place.line, right.place.column);
     });
-    findings.assign(std::make_move_iterator(sorted.begin()), std::make_move_iterator(sorted.end()));
+    findings.assign(sorted.begin(), sorted.end());
 }
 
 namespace {
 
-const std::set<std::string>& numberKeys() {
-    static const std::set<std::string> keys = {"a",   "b",   "rf",  "f",        "es",        "e",       "R",      "k",
-                                               "k_0", "x_0", "y_0", "to_meter", "vto_meter", "zone",    "h",      "z_0",
-                                               "W",   "M",   "n",   "m",        "q",         "towgs84", "R_lat_a"};
-    return keys;
-}
-
-const std::set<std::string>& angleKeys() {
-    static const std::set<std::string> keys = {"lat_0", "lat_1", "lat_2",   "lat_ts",   "lat_b", "lon_0",
+const std::set<std::string_view> NUMBER_KEYS = {"a",   "b",   "rf",       "f",         "es",     "e", "R",   "k", "k_0",
+                                                "x_0", "y_0", "to_meter", "vto_meter", "zone",   "h", "z_0", "W", "M",
+                                                "n",   "m",   "q",        "towgs84",   "R_lat_a"};
+const std::set<std::string_view> ANGLE_KEYS = {"lat_0", "lat_1", "lat_2",   "lat_ts",   "lat_b", "lon_0",
                                                "lon_1", "lon_2", "lonc",    "lon_wrap", "alpha", "gamma",
                                                "azi",   "theta", "o_lat_p", "o_lon_p"};
-    return keys;
-}
 
 // Returns whether PROJ reads the text as a number: a length may be "1/3", an angle "10d30'E".
 bool isNumber(std::string_view text, bool isAngle) {
@@ -68,8 +55,6 @@ bool isNumber(std::string_view text, bool isAngle) {
     return rest.front() == '/' && isNumber(rest.substr(1), false);
 }
 
-}  // namespace
-
 std::vector<std::string> splitAtCommas(const std::string& text) {
     std::vector<std::string> parts;
     std::istringstream stream(text);
@@ -77,9 +62,11 @@ std::vector<std::string> splitAtCommas(const std::string& text) {
     return parts;
 }
 
+}  // namespace
+
 bool isBrokenNumber(const std::string& key, const std::string& value) {
-    const bool isAngle = angleKeys().count(key) != 0;
-    if (!isAngle && numberKeys().count(key) == 0) return false;
+    const bool isAngle = ANGLE_KEYS.count(key) != 0;
+    if (!isAngle && NUMBER_KEYS.count(key) == 0) return false;
     if (value.empty()) return true;
     const std::vector<std::string> numbers = key == "towgs84" ? splitAtCommas(value) : std::vector<std::string>{value};
     return !std::all_of(numbers.begin(), numbers.end(),
@@ -87,12 +74,6 @@ bool isBrokenNumber(const std::string& key, const std::string& value) {
 }
 
 namespace {
-
-Place onLine(std::size_t line) {
-    Place place;
-    place.line = line;
-    return place;
-}
 
 std::string trimmed(const std::string& text, const char* characters) {
     const std::size_t begin = text.find_first_not_of(characters);
@@ -106,113 +87,64 @@ std::string canonicalCode(const std::string& cell) {
     return begin == std::string::npos ? "0" : digits.substr(begin);
 }
 
-class AxisOrderExamination {
+class DefinitionCheck {
 public:
-    Findings run(const std::string& text) {
-        std::size_t begin = 0;
-        for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', begin)) {
-            examineLine(text.substr(begin, end - begin), ++line);
-            begin = end + 1;
-        }
-        if (begin < text.size())
-            warn(line + 1, "not read, because the line end is missing: " + printable(text.substr(begin)));
-        return std::move(findings);
-    }
-
-private:
-    struct AxisOrder {
-        std::string order;
-        std::size_t line;
-    };
-
-    void warn(std::size_t place, const std::string& text) {
-        findings.push_back({Severity::WARNING, onLine(place), text});
-    }
-
-    void examineLine(const std::string& row, std::size_t place) {
-        const std::size_t separator = row.find(';');
-        if (separator == std::string::npos) return;
-        const std::string code = canonicalCode(row.substr(0, separator));
-        const std::string order = trimmed(row.substr(separator + 1), "; \t\r\n");
-        const auto [first, isNew] = orders.emplace(code, AxisOrder{order, place});
-        if (!isNew && first->second.order != order)
-            warn(place, "ignored: " + printable(code) + " has the axis order " + printable(first->second.order) +
-                            " of line " + std::to_string(first->second.line));
-    }
-
-    std::size_t line = 0;
-    std::map<std::string, AxisOrder> orders;
-    Findings findings;
-};
-
-class DefinitionExamination {
-public:
-    explicit DefinitionExamination(const std::function<bool(const std::string&)>& gridExists) : exists(gridExists) {}
+    explicit DefinitionCheck(const std::function<bool(const std::string&)>& gridExists) : exists(gridExists) {}
 
     Findings run(const std::string& text) {
-        for (const InitFileDefinition& definition : readInitFileText(text)) examine(definition);
+        const std::vector<InitFileDefinition> definitions = CoordinateTransformation::readInitFileText(text);
+        for (const InitFileDefinition& definition : definitions) check(definition);
         for (const auto& [grid, users] : missingGrids) reportGrid(grid.first, grid.second, users);
         sortByPlace(findings);
         return std::move(findings);
     }
 
 private:
-    struct First {
-        std::string parameters;
-        std::size_t line;
-    };
-    struct Users {
-        std::string firstCode;
-        std::size_t firstLine;
-        std::size_t others = 0;
-    };
+    using Definitions = std::vector<const InitFileDefinition*>;
+
+    void add(Severity severity, const InitFileDefinition& definition, const std::string& text) {
+        findings.push_back({severity, {definition.line}, text});
+    }
 
     // The first of two definitions with the same code counts.
-    void examine(const InitFileDefinition& definition) {
+    void check(const InitFileDefinition& definition) {
         const ParameterList parameters(definition.text);
-        const auto [first, isNew] = definitions.emplace(definition.code, First{parameters.toText(), definition.line});
+        const auto [first, isNew] = firstOf.emplace(definition.code, &definition);
         if (isNew)
-            for (const auto& [key, value] : parameters) examineParameter(definition, key, value);
-        else if (first->second.parameters != parameters.toText())
-            findings.push_back({Severity::WARNING, onLine(definition.line),
-                                "ignored: " + printable(definition.code) + " is defined differently in line " +
-                                    std::to_string(first->second.line)});
+            for (const auto& [key, value] : parameters) checkParameter(definition, key, value);
+        else if (ParameterList(first->second->text).toText() != parameters.toText())
+            add(Severity::WARNING, definition,
+                "ignored: " + printable(definition.code) + " is defined differently in line " +
+                    std::to_string(first->second->line));
     }
 
-    void examineParameter(const InitFileDefinition& definition, const std::string& key, const std::string& value) {
+    void checkParameter(const InitFileDefinition& definition, const std::string& key, const std::string& value) {
         if (key == "nadgrids" || key == "geoidgrids")
-            for (const std::string& grid : splitAtCommas(value)) examineGrid(definition, grid);
+            for (const std::string& grid : splitAtCommas(value)) checkGrid(definition, grid);
         if (isBrokenNumber(key, value))
-            findings.push_back(
-                {Severity::ERROR, onLine(definition.line),
-                 printable(definition.code) + ": +" + key + "=" + printable(value) + " is not a number"});
+            add(Severity::ERROR, definition,
+                printable(definition.code) + ": +" + key + "=" + printable(value) + " is not a number");
     }
 
-    void examineGrid(const InitFileDefinition& definition, const std::string& listed) {
+    void checkGrid(const InitFileDefinition& definition, const std::string& listed) {
         const bool isOptional = listed.rfind('@', 0) == 0;
         const std::string grid = listed.substr(isOptional ? 1 : 0);
-        if (grid.empty() || grid == "null" || lookUp(grid)) return;
-        const auto [users, isNew] =
-            missingGrids.emplace(std::pair(grid, isOptional), Users{definition.code, definition.line});
-        if (!isNew) ++users->second.others;
+        if (grid.empty() || grid == "null") return;
+        const auto [known, isNew] = gridCache.emplace(grid, false);
+        if (isNew) known->second = exists(grid);
+        if (!known->second) missingGrids[{grid, isOptional}].push_back(&definition);
     }
 
-    bool lookUp(const std::string& grid) {
-        const auto known = gridCache.find(grid);
-        return known != gridCache.end() ? known->second : gridCache.emplace(grid, exists(grid)).first->second;
-    }
-
-    void reportGrid(const std::string& grid, bool isOptional, const Users& users) {
-        const std::string whose =
-            printable(users.firstCode) + (users.others == 0 ? "" : " and " + std::to_string(users.others) + " more");
-        findings.push_back(
-            {isOptional ? Severity::NOTE : Severity::ERROR, onLine(users.firstLine),
-             whose + ": the grid file " + printable(grid) + " is missing" + (isOptional ? ", but not required" : "")});
+    void reportGrid(const std::string& grid, bool isOptional, const Definitions& users) {
+        const std::string more = users.size() == 1 ? "" : " and " + std::to_string(users.size() - 1) + " more";
+        add(isOptional ? Severity::NOTE : Severity::ERROR, *users.front(),
+            printable(users.front()->code) + more + ": the grid file " + printable(grid) + " is missing" +
+                (isOptional ? ", but not required" : ""));
     }
 
     const std::function<bool(const std::string&)>& exists;
-    std::map<std::string, First> definitions;
-    std::map<std::pair<std::string, bool>, Users> missingGrids;
+    std::map<std::string, const InitFileDefinition*> firstOf;          // by code
+    std::map<std::pair<std::string, bool>, Definitions> missingGrids;  // by name, and whether it is optional
     std::map<std::string, bool> gridCache;
     Findings findings;
 };
@@ -234,31 +166,48 @@ bool isFileInAny(const std::vector<std::string>& directories, const std::string&
     return false;
 }
 
-void addOf(const std::string& path, Findings found, Findings& all) {
-    for (Finding& finding : found) {
-        finding.place.file = path;
-        all.push_back(std::move(finding));
-    }
-}
-
 }  // namespace
 
-Findings checkAxisOrders(const std::string& text) { return AxisOrderExamination().run(text); }
+Findings checkAxisOrders(const std::string& text) {
+    std::map<std::string, std::pair<std::string, std::size_t>> orders;  // axis order and line by code
+    Findings findings;
+    std::istringstream rows(text);
+    std::size_t line = 0;
+    const auto warn = [&](const std::string& finding) { findings.push_back({Severity::WARNING, {line}, finding}); };
+    for (std::string row; std::getline(rows, row);) {
+        ++line;
+        const std::size_t separator = row.find(';');
+        if (rows.eof()) warn("not read, because the line end is missing: " + printable(row));
+        if (rows.eof() || separator == std::string::npos) continue;
+        const std::string code = canonicalCode(row.substr(0, separator));
+        const std::string order = trimmed(row.substr(separator + 1), "; \t\r\n");
+        const auto [first, isNew] = orders.emplace(code, std::pair(order, line));
+        const auto& [firstOrder, firstLine] = first->second;
+        if (firstOrder != order)
+            warn("ignored: " + printable(code) + " has the axis order " + printable(firstOrder) + " of line " +
+                 std::to_string(firstLine));
+    }
+    return findings;
+}
 
 Findings checkDefinitions(const std::string& text, const std::function<bool(const std::string& grid)>& exists) {
-    return DefinitionExamination(exists).run(text);
+    return DefinitionCheck(exists).run(text);
 }
 
 Findings checkProjDirectory(const std::string& directory) {
-    const std::string definitions = (std::filesystem::path(directory) / INIT_FILE).string();
-    const std::string axisOrders = (std::filesystem::path(directory) / AXIS_ORDER_FILE).string();
     const std::vector<std::string> directories = gridDirectories(directory);
+    const auto exists = [&directories](const std::string& grid) { return isFileInAny(directories, grid); };
     Findings findings;
-    addOf(definitions,
-          checkDefinitions(readFile(definitions).content,
-                           [&directories](const std::string& grid) { return isFileInAny(directories, grid); }),
-          findings);
-    addOf(axisOrders, checkAxisOrders(readFile(axisOrders).content), findings);
+    const auto addFindings = [&](const char* name, const std::function<Findings(const std::string&)>& check) {
+        const std::string path = (std::filesystem::path(directory) / name).string();
+        for (Finding& finding : check(CoordinateTransformation::readFile(path).content)) {
+            finding.place.file = path;
+            findings.push_back(std::move(finding));
+        }
+    };
+    addFindings(CoordinateTransformation::INIT_FILE,
+                [&exists](const std::string& text) { return checkDefinitions(text, exists); });
+    addFindings(CoordinateTransformation::AXIS_ORDER_FILE, checkAxisOrders);
     return findings;
 }
 

@@ -30,9 +30,6 @@ using Findings = std::vector<Finding>;
 // Sorts by file, the fragment first, and then by line and column. Findings of one place keep their order.
 void sortByPlace(Findings& findings);
 
-// Returns the parts of a text between commas.
-std::vector<std::string> splitAtCommas(const std::string& text);
-
 // Returns whether the parameter `key` takes numbers and `value` has something else, such as NaN or infinity.
 bool isBrokenNumber(const std::string& key, const std::string& value);
 

@@ -1,8 +1,9 @@
 #include "tools/crsctl/ResolveCommand.h"
 
 #include <algorithm>
+#include <array>
 #include <exception>
-#include <vector>
+#include <utility>
 
 #include "CoordinateTransformation/CoordinateTransformation.h"
 #include "QuarvelSrv/SrsFormattingOptions.h"
@@ -11,50 +12,30 @@
 #include "text/NumericText.h"
 #include "tools/common/Text.h"
 #include "tools/crsctl/FindCommand.h"
-#include "tools/crsctl/Session.h"
 
 namespace crsctl {
 
-using CoordinateTransformation::AbstractCrs;
-using CoordinateTransformation::CodePair;
-using CoordinateTransformation::Crs;
-using CoordinateTransformation::CRS_84;
-using CoordinateTransformation::CrsDescriptions;
-using CoordinateTransformation::CrsNotConfigured;
-using CoordinateTransformation::CrsUnknownSyntaxOrAlias;
-using CoordinateTransformation::Misconfigured;
-using CoordinateTransformation::NAME_SYNTAXES;
-using CoordinateTransformation::NameExplanation;
-using CoordinateTransformation::NameSyntax;
-using CoordinateTransformation::readCode;
-using CoordinateTransformation::TransformationException;
+using namespace CoordinateTransformation;
 using QuarvelSrv::SrsFormattingOptions;
-using Tools::alignedColumns;
 using Tools::printable;
 
 namespace {
 
 constexpr char DIGITS[] = "0123456789";
-constexpr std::size_t LONGEST_CODE = 8;
+constexpr std::size_t MAX_CODE_LENGTH = 8;
 
 // Returns the EPSG codes that a name may mean: its last two numbers as a compound, then the last number alone.
 std::vector<CodePair> codesIn(const std::string& name) {
     std::vector<unsigned int> numbers;
     for (std::size_t at = 0; (at = name.find_first_of(DIGITS, at)) != std::string::npos;) {
         const std::size_t end = std::min(name.find_first_not_of(DIGITS, at), name.size());
-        if (end - at <= LONGEST_CODE) numbers.push_back(readCode(name.substr(at, end - at)));
+        if (end - at <= MAX_CODE_LENGTH) numbers.push_back(readCode(name.substr(at, end - at)));
         at = end;
     }
     std::vector<CodePair> codes;
     if (numbers.size() > 1) codes.push_back({numbers[numbers.size() - 2], numbers.back()});
     if (!numbers.empty()) codes.push_back({numbers.back(), 0});
     return codes;
-}
-
-std::string inSmallLetters(std::string text) {
-    for (char& character : text)
-        if (character >= 'A' && character <= 'Z') character = static_cast<char>(character - 'A' + 'a');
-    return text;
 }
 
 std::string digitsOf(std::string name) {
@@ -68,14 +49,14 @@ std::vector<Suggestion> candidatesFor(const std::string& name, const std::set<st
     for (const CodePair& codes : codesIn(name))
         for (const NameSyntax& syntax : NAME_SYNTAXES)
             candidates.push_back({std::string("as ") + syntax.description, syntax.write(codes)});
-    candidates.push_back({"in small letters", inSmallLetters(name)});
+    candidates.push_back({"in small letters", Tools::smallLetters(name)});
     for (const std::string& known : configured)
         if (digitsOf(known) == digitsOf(name)) candidates.push_back({"as the configuration spells it", known});
     return candidates;
 }
 
 // A longer name gets no suggestion.
-constexpr std::size_t LONGEST_NAME = 512;
+constexpr std::size_t MAX_NAME_LENGTH = 512;
 
 // A suggestion may change enough of a name to add the second "EPSG:" of a compound.
 std::size_t maxChanges(const std::string& name) { return std::max(std::size_t{2}, 2 * name.size() / 5); }
@@ -84,7 +65,7 @@ std::size_t maxChanges(const std::string& name) { return std::max(std::size_t{2}
 
 std::optional<Suggestion> suggest(const std::string& name, const std::set<std::string>& configured,
                                   const std::function<bool(const std::string&)>& works) {
-    if (name.size() > LONGEST_NAME) return std::nullopt;
+    if (name.size() > MAX_NAME_LENGTH) return std::nullopt;
     const Suggestion crs84{"as the configured name CRS:84", CRS_84};
     if (isCrs84(name)) return name != CRS_84 && works(CRS_84) ? std::optional(crs84) : std::nullopt;
     std::optional<Suggestion> best;
@@ -105,7 +86,8 @@ using Fault = NameExplanation::Fault;
 constexpr char CONFIGURED_NAME[] = "configured name";
 constexpr char NO_SPELLING[] = "none";
 constexpr char OGC_NAME[] = "OGC name of WGS 84, for a configuration";
-constexpr int OGC_URL_STYLE = 2;
+const SrsFormattingOptions AS_OGC_URL{"", "", 2};
+const SrsFormattingOptions WITH_PREFIX{"", "EPSG:", 0};
 // A template has the control character U+0001 in place of the code.
 constexpr char TEMPLATE_OF_CODE[] = "\x01";
 constexpr char GML_BASE[] = "http://www.opengis.net/gml/srs/epsg.xml";
@@ -120,32 +102,13 @@ constexpr FormWriter FORMS[] = {
     {"identifier", "identifier", [](const AbstractCrs& crs) { return crs.getAliasOrIdentifier(false); }},
     {"alias or identifier", "aliasOrIdentifier", [](const AbstractCrs& crs) { return crs.getAliasOrIdentifier(true); }},
     {"OGC URN", "urn", [](const AbstractCrs& crs) { return crs.getAliasOrAsOgcURN(nullptr, false); }},
-    {"OGC http URL", "url",
-     [](const AbstractCrs& crs) {
-         const SrsFormattingOptions options{"", "", OGC_URL_STYLE};
-         return crs.getAliasOrAsOgcURN(&options, false);
-     }},
+    {"OGC http URL", "url", [](const AbstractCrs& crs) { return crs.getAliasOrAsOgcURN(&AS_OGC_URL, false); }},
     {"GML reference", "gmlReference",
      [](const AbstractCrs& crs) { return crs.getAsURL(GML_BASE, TEMPLATE_OF_CODE, TEMPLATE_OF_CODE); }},
     {"prefix and code", "prefixAndCode",
-     [](const AbstractCrs& crs) {
-         const SrsFormattingOptions options{"", "EPSG:", 0};
-         return crs.getAliasOrAsOgcURN(&options, false);
-     }},
+     [](const AbstractCrs& crs) { return crs.getAliasOrAsOgcURN(&WITH_PREFIX, false); }},
     {"text form", "text", [](const AbstractCrs& crs) { return crs.getAsText(); }},
 };
-
-WrittenForm written(const FormWriter& writer, const AbstractCrs& crs) {
-    try {
-        return {writer.form, writer.key, writer.write(crs), false};
-    } catch (const std::exception& failure) {
-        return {writer.form, writer.key, failure.what(), true};
-    }
-}
-
-Reason reasonForMisconfigured(const NameExplanation& explanation) {
-    return explanation.fault == Fault::NONE ? Reason::NOT_IN_EPSG_FILE : Reason::OTHER;
-}
 
 std::string serviceExceptionCodeOf(const std::exception& failure) {
     if (const auto* own = dynamic_cast<const TransformationException*>(&failure)) return own->getServiceExceptionCode();
@@ -158,8 +121,8 @@ Reason reasonOf(const std::exception& failure, const NameExplanation& explanatio
     if (dynamic_cast<const CrsNotConfigured*>(&failure) != nullptr) return Reason::NOT_OFFERED;
     if (explanation.fault == Fault::BAD_CODE) return Reason::BAD_CODE;
     if (dynamic_cast<const CrsUnknownSyntaxOrAlias*>(&failure) != nullptr) return Reason::UNKNOWN_SYNTAX;
-    if (dynamic_cast<const Misconfigured*>(&failure) != nullptr) return reasonForMisconfigured(explanation);
-    return Reason::OTHER;
+    const bool isMisconfigured = dynamic_cast<const Misconfigured*>(&failure) != nullptr;
+    return isMisconfigured && explanation.fault == Fault::NONE ? Reason::NOT_IN_EPSG_FILE : Reason::OTHER;
 }
 
 bool wouldWork(const std::string& name, const Session& session) {
@@ -178,57 +141,47 @@ std::optional<Suggestion> suggestionFor(const std::string& name, Reason reason, 
                    [&session](const std::string& candidate) { return wouldWork(candidate, session); });
 }
 
-Refusal refusalFor(const std::string& name, const std::exception& failure, const NameExplanation& explanation,
-                   const Session& session) {
-    const Reason reason = reasonOf(failure, explanation);
-    return {serviceExceptionCodeOf(failure), failure.what(), reason, suggestionFor(name, reason, session)};
-}
-
-bool isAliasOf(const AbstractCrs& crs, const std::string& name) { return crs.getAlias() == name; }
-
 // An alias is a configured name, whatever its syntax. So is a registered name with an unknown syntax.
 std::string spellingOf(const std::string& name, const AbstractCrs* registered, const NameExplanation& explanation) {
     const bool wellFormed = explanation.fault == Fault::NONE;
-    if (registered != nullptr && (isAliasOf(*registered, name) || !wellFormed)) return CONFIGURED_NAME;
+    if (registered != nullptr && (registered->getAlias() == name || !wellFormed)) return CONFIGURED_NAME;
     return wellFormed || explanation.fault == Fault::BAD_CODE ? explanation.spelling : NO_SPELLING;
 }
 
 }  // namespace
 
-const char* axisOrderWords(bool geographic, bool eastNorth) {
+const char* axisOrderText(bool geographic, bool eastNorth) {
     if (geographic) return eastNorth ? "longitude, latitude" : "latitude, longitude";
     return eastNorth ? "easting, northing" : "northing, easting";
 }
 
-const char* wordsFor(Reason reason) {
-    switch (reason) {
-        case Reason::UNKNOWN_SYNTAX:
-            return "unknown syntax";
-        case Reason::BAD_CODE:
-            return "bad code";
-        case Reason::NOT_IN_EPSG_FILE:
-            return "not in the \"epsg\" file";
-        case Reason::NOT_OFFERED:
-            return "known, but not offered";
-        case Reason::OTHER:
-            break;
-    }
-    return "other";
+const char* axisOrderText(const AbstractCrs& crs) {
+    return axisOrderText(crs.isGeographic(), crs.isAxisOrderEastNorthOrLonLat());
 }
 
-CrsFacts factsOf(const AbstractCrs& crs) {
-    const bool geographic = crs.isGeographic();
-    CrsFacts facts{crs.getPrimaryCode(),
-                   crs.getSecCompoundCode(),
-                   crs.getEpsgVersion(),
-                   crs.getAlias(),
-                   crs.getDim(),
-                   geographic,
-                   axisOrderWords(geographic, crs.isAxisOrderEastNorthOrLonLat()),
-                   crs.getUnitEquivalentInM(),
-                   {}};
-    for (const FormWriter& writer : FORMS) facts.forms.push_back(written(writer, crs));
-    return facts;
+const char* kindName(const AbstractCrs& crs) { return crs.isGeographic() ? "geographic" : "projected"; }
+
+std::string codesText(const AbstractCrs& crs) {
+    const unsigned int secondary = crs.getSecCompoundCode();
+    return std::to_string(crs.getPrimaryCode()) + (secondary == 0 ? "" : " and " + std::to_string(secondary));
+}
+
+const char* reasonText(Reason reason) {
+    constexpr std::array TEXTS = {"unknown syntax", "bad code", "not in the \"epsg\" file", "known, but not offered",
+                                  "other"};
+    return TEXTS.at(static_cast<std::size_t>(reason));
+}
+
+std::vector<WrittenForm> writtenForms(const AbstractCrs& crs) {
+    std::vector<WrittenForm> forms;
+    for (const FormWriter& writer : FORMS) {
+        try {
+            forms.push_back({writer.form, writer.key, writer.write(crs), false});
+        } catch (const std::exception& failure) {
+            forms.push_back({writer.form, writer.key, failure.what(), true});
+        }
+    }
+    return forms;
 }
 
 NameReport reportOn(const std::string& name, const Session& session) {
@@ -240,138 +193,122 @@ NameReport reportOn(const std::string& name, const Session& session) {
     report.registered = registered != nullptr;
     if (session.isConfigured()) report.offered = false;
     try {
-        const Crs crs = session.createFromName(name, true);
-        report.crs = factsOf(*crs.get());
-        report.description = CrsDescriptions::ofProjDirectory().find(crs.get()->getPrimaryCode());
+        report.crs = session.createFromName(name, true);
+        report.description = CrsDescriptions::ofProjDirectory().find(report.crs->getPrimaryCode());
         if (session.isConfigured()) report.offered = true;
     } catch (const std::exception& failure) {
-        report.refusal = refusalFor(name, failure, explanation, session);
+        const Reason reason = reasonOf(failure, explanation);
+        report.refusal = {serviceExceptionCodeOf(failure), failure.what(), reason,
+                          suggestionFor(name, reason, session)};
     }
     return report;
 }
 
 namespace {
 
-using TableRows = std::vector<std::vector<std::string>>;
+std::string orNone(const std::string& text) { return text.empty() ? "none" : printable(text, MAX_TEXT_LENGTH); }
 
-constexpr std::size_t LONGEST_TEXT = 1000;
-
-std::string orNone(const std::string& text) { return text.empty() ? "none" : printable(text, LONGEST_TEXT); }
-
-std::string unitInWords(const CrsFacts& facts) {
-    return CoordinateTransformation::writeDouble(facts.unitInMetres) + " m" + (facts.geographic ? " (a degree)" : "");
-}
-
-std::string offerInWords(const NameReport& report) {
+std::string offerText(const NameReport& report) {
     if (!report.offered) return "no configuration given";
     if (!*report.offered) return "no";
     return report.registered ? "yes, registered under this name" : "yes, made on request";
 }
 
-std::string suggestionInWords(const Suggestion& suggestion) {
+std::string suggestionText(const Suggestion& suggestion) {
     return printable(suggestion.name) + " (" + suggestion.change + ")";
 }
 
-void addFacts(TableRows& rows, const CrsFacts& facts) {
-    rows.push_back({"codes", codesInWords(facts.primary, facts.secondary)});
-    rows.push_back({"version", orNone(facts.version)});
-    rows.push_back({"alias", orNone(facts.alias)});
-    rows.push_back({"dimension", std::to_string(facts.dimension)});
-    rows.push_back({"kind", facts.geographic ? "geographic" : "projected"});
-    rows.push_back({"axis order", facts.axisOrder});
-    rows.push_back({"unit", unitInWords(facts)});
+Tools::TableRows rowsOf(const AbstractCrs& crs) {
+    return {{"codes", codesText(crs)},
+            {"version", orNone(crs.getEpsgVersion())},
+            {"alias", orNone(crs.getAlias())},
+            {"dimension", std::to_string(crs.getDim())},
+            {"kind", kindName(crs)},
+            {"axis order", axisOrderText(crs)},
+            {"unit", writeDouble(crs.getUnitEquivalentInM()) + " m" + (crs.isGeographic() ? " (a degree)" : "")}};
 }
 
-void addRefusal(TableRows& rows, const Refusal& refusal) {
-    rows.push_back(
-        {"refused", refusal.serviceExceptionCode.empty() ? "no service exception code" : refusal.serviceExceptionCode});
-    rows.push_back({"text", printable(refusal.text, LONGEST_TEXT)});
-    rows.push_back({"reason", wordsFor(refusal.reason)});
-    if (refusal.suggestion) rows.push_back({"try", suggestionInWords(*refusal.suggestion)});
+Tools::TableRows rowsOf(const Refusal& refusal) {
+    const std::string& code = refusal.serviceExceptionCode;
+    Tools::TableRows rows = {{"refused", code.empty() ? "no service exception code" : code},
+                             {"text", printable(refusal.text, MAX_TEXT_LENGTH)},
+                             {"reason", reasonText(refusal.reason)}};
+    if (refusal.suggestion) rows.push_back({"try", suggestionText(*refusal.suggestion)});
+    return rows;
 }
 
-std::string formsAsText(const CrsFacts& facts) {
-    TableRows rows;
-    for (const WrittenForm& form : facts.forms)
+std::string formsAsText(const AbstractCrs& crs) {
+    Tools::TableRows rows;
+    for (const WrittenForm& form : writtenForms(crs))
         rows.push_back({form.form, form.refused ? "(" + form.text + ")" : orNone(form.text)});
-    return "  written as\n" + alignedColumns(rows, "    ");
+    return "  written as\n" + Tools::alignedColumns(rows, "    ");
 }
 
-std::string descriptionOf(const NameReport& report) {
-    const std::string part = report.crs->secondary == 0 ? "" : ", its part " + std::to_string(report.crs->primary);
+std::string describedPart(const NameReport& report) {
+    const AbstractCrs& crs = *report.crs.get();
+    const std::string part = crs.getSecCompoundCode() == 0 ? "" : ", its part " + std::to_string(crs.getPrimaryCode());
     return "  described as" + part + "\n" + descriptionAsText(*report.description, "    ");
 }
 
-Json formsAsJson(const CrsFacts& facts) {
+Json asJson(const AbstractCrs& crs) {
     Json forms = Json::object();
-    for (const WrittenForm& form : facts.forms) forms[form.key] = form.refused ? Json() : Json(form.text);
-    return forms;
+    for (const WrittenForm& form : writtenForms(crs)) forms[form.key] = form.refused ? Json() : Json(form.text);
+    return {{"primaryCode", crs.getPrimaryCode()},
+            {"secondaryCode", orNull(crs.getSecCompoundCode())},
+            {"version", crs.getEpsgVersion()},
+            {"alias", crs.getAlias()},
+            {"dimension", crs.getDim()},
+            {"kind", kindName(crs)},
+            {"axisOrder", axisOrderText(crs)},
+            {"unitInMetres", crs.getUnitEquivalentInM()},
+            {"forms", forms}};
 }
 
-void addFacts(Json& json, const CrsFacts& facts) {
-    json["primaryCode"] = facts.primary;
-    json["secondaryCode"] = secondaryCodeAsJson(facts.secondary);
-    json["version"] = facts.version;
-    json["alias"] = facts.alias;
-    json["dimension"] = facts.dimension;
-    json["kind"] = facts.geographic ? "geographic" : "projected";
-    json["axisOrder"] = facts.axisOrder;
-    json["unitInMetres"] = facts.unitInMetres;
-    json["forms"] = formsAsJson(facts);
-}
+Json asJson(const Suggestion& suggestion) { return {{"name", suggestion.name}, {"change", suggestion.change}}; }
 
-void addRefusal(Json& json, const Refusal& refusal) {
-    json["serviceExceptionCode"] = refusal.serviceExceptionCode.empty() ? Json() : Json(refusal.serviceExceptionCode);
-    json["text"] = refusal.text;
-    json["reason"] = wordsFor(refusal.reason);
-    json["suggestion"] = Json();
-    if (refusal.suggestion)
-        json["suggestion"] = {{"name", refusal.suggestion->name}, {"change", refusal.suggestion->change}};
+Json asJson(const Refusal& refusal) {
+    return {{"serviceExceptionCode", orNull(refusal.serviceExceptionCode)},
+            {"text", refusal.text},
+            {"reason", reasonText(refusal.reason)},
+            {"suggestion", refusal.suggestion ? asJson(*refusal.suggestion) : Json()}};
 }
 
 }  // namespace
 
-std::string codesInWords(unsigned int primary, unsigned int secondary) {
-    return std::to_string(primary) + (secondary == 0 ? "" : " and " + std::to_string(secondary));
-}
-
-Json secondaryCodeAsJson(unsigned int secondary) { return secondary == 0 ? Json() : Json(secondary); }
-
 std::string asText(const NameReport& report) {
-    TableRows rows{{"spelling", report.spelling}};
-    if (report.crs) addFacts(rows, *report.crs);
-    if (report.refusal) addRefusal(rows, *report.refusal);
-    rows.push_back({"offered", offerInWords(report)});
-    std::string text = printable(report.name, LONGEST_TEXT) + "\n" + alignedColumns(rows, "  ");
-    if (report.description != nullptr) text += descriptionOf(report);
-    return report.crs ? text + formsAsText(*report.crs) : text;
+    Tools::TableRows rows{{"spelling", report.spelling}};
+    const Tools::TableRows answer = report.refusal ? rowsOf(*report.refusal) : rowsOf(*report.crs.get());
+    rows.insert(rows.end(), answer.begin(), answer.end());
+    rows.push_back({"offered", offerText(report)});
+    std::string text = printable(report.name, MAX_TEXT_LENGTH) + "\n" + Tools::alignedColumns(rows, "  ");
+    if (report.description != nullptr) text += describedPart(report);
+    return report.refusal ? text : text + formsAsText(*report.crs.get());
 }
 
 Json asJson(const NameReport& report) {
-    Json json = {{"name", report.name}, {"accepted", report.crs.has_value()}, {"spelling", report.spelling}};
-    json["offered"] = report.offered ? Json(*report.offered) : Json();
-    json["registered"] = report.registered;
-    if (report.crs) addFacts(json, *report.crs);
-    if (report.crs)
+    Json json = {{"name", report.name},
+                 {"accepted", !report.refusal},
+                 {"spelling", report.spelling},
+                 {"offered", orNull(report.offered)},
+                 {"registered", report.registered}};
+    json.update(report.refusal ? asJson(*report.refusal) : asJson(*report.crs.get()));
+    if (!report.refusal)
         json["description"] = report.description == nullptr ? Json() : descriptionAsJson(*report.description);
-    if (report.refusal) addRefusal(json, *report.refusal);
     return json;
 }
 
 std::string refusalNote(const NameReport& report) {
-    const Refusal& refusal = *report.refusal;
-    return printable(report.name) + ": refused" +
-           (refusal.serviceExceptionCode.empty() ? "" : " with " + refusal.serviceExceptionCode) + ", " +
-           wordsFor(refusal.reason);
+    const std::string& code = report.refusal->serviceExceptionCode;
+    return printable(report.name) + ": refused" + (code.empty() ? "" : " with " + code) + ", " +
+           reasonText(report.refusal->reason);
 }
 
 std::string refusalInOneLine(const NameReport& report) {
     const Refusal& refusal = *report.refusal;
-    std::string line = printable(report.name) + ": ";
-    if (!refusal.serviceExceptionCode.empty()) line += refusal.serviceExceptionCode + ": ";
-    line += printable(refusal.text, LONGEST_TEXT) + " (" + wordsFor(refusal.reason) + ")";
-    if (refusal.suggestion) line += "; try " + suggestionInWords(*refusal.suggestion);
-    return line;
+    const std::string& code = refusal.serviceExceptionCode;
+    return printable(report.name) + ": " + (code.empty() ? "" : code + ": ") +
+           printable(refusal.text, MAX_TEXT_LENGTH) + " (" + reasonText(refusal.reason) + ")" +
+           (refusal.suggestion ? "; try " + suggestionText(*refusal.suggestion) : "");
 }
 
 CommandResult resolveCommand(const CommonOptions& common, const std::vector<std::string>& names) {

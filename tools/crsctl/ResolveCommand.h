@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "CoordinateTransformation/AbstractCrs.h"
+#include "CoordinateTransformation/Crs.h"
 #include "CoordinateTransformation/CrsDescriptions.h"
 #include "tools/crsctl/Output.h"
 #include "tools/crsctl/Session.h"
@@ -26,34 +27,28 @@ std::optional<Suggestion> suggest(const std::string& name, const std::set<std::s
 
 // One form in which the library writes a CRS. If the library refuses to write it, `text` is the reason.
 struct WrittenForm {
-    std::string form;  // in words
-    std::string key;   // for programs
+    const char* form;  // in words
+    const char* key;   // for programs
     std::string text;
     bool refused;
 };
 
-// The properties of a CRS.
-struct CrsFacts {
-    unsigned int primary;
-    unsigned int secondary;
-    std::string version;
-    std::string alias;
-    unsigned int dimension;
-    bool geographic;
-    std::string axisOrder;
-    double unitInMetres;
-    std::vector<WrittenForm> forms;
-};
-
-CrsFacts factsOf(const CoordinateTransformation::AbstractCrs& crs);
+std::vector<WrittenForm> writtenForms(const CoordinateTransformation::AbstractCrs& crs);
 
 // Returns "latitude, longitude", "northing, easting" or, if `eastNorth`, the reverse.
-const char* axisOrderWords(bool geographic, bool eastNorth);
+const char* axisOrderText(bool geographic, bool eastNorth);
+const char* axisOrderText(const CoordinateTransformation::AbstractCrs& crs);
+
+// Returns "geographic" or "projected".
+const char* kindName(const CoordinateTransformation::AbstractCrs& crs);
+
+// Returns "25832" or "25832 and 5783".
+std::string codesText(const CoordinateTransformation::AbstractCrs& crs);
 
 // The reason why a name is refused.
 enum class Reason { UNKNOWN_SYNTAX, BAD_CODE, NOT_IN_EPSG_FILE, NOT_OFFERED, OTHER };
 
-const char* wordsFor(Reason reason);
+const char* reasonText(Reason reason);
 
 struct Refusal {
     std::string serviceExceptionCode;  // empty if the failure has none
@@ -71,8 +66,8 @@ struct NameReport {
     bool registered = false;
     // Whether the server offers the CRS. Empty if there is no configuration.
     std::optional<bool> offered;
-    // Exactly one of the two is set.
-    std::optional<CrsFacts> crs;
+    // Empty if the name is refused. Valid while the session lives.
+    CoordinateTransformation::Crs crs = CoordinateTransformation::NullConstruction();
     std::optional<Refusal> refusal;
     // The description of the CRS, or of the horizontal part of a compound; null if the PROJ directory has none.
     const CoordinateTransformation::CrsDescription* description = nullptr;
@@ -86,12 +81,6 @@ CommandResult resolveCommand(const CommonOptions& common, const std::vector<std:
 std::string asText(const NameReport& report);
 
 Json asJson(const NameReport& report);
-
-// Returns "25832" or "25832 and 5783".
-std::string codesInWords(unsigned int primary, unsigned int secondary);
-
-// Returns null for a secondary code of 0.
-Json secondaryCodeAsJson(unsigned int secondary);
 
 // Returns one line about a refused name, for standard error beside the report.
 std::string refusalNote(const NameReport& report);

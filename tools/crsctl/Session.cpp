@@ -3,14 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
 #include <filesystem>
 #include <iterator>
 #include <sstream>
-#include <unistd.h>
-#include <utility>
 
 #include <boost/property_tree/xml_parser.hpp>
 
@@ -19,56 +17,30 @@
 
 namespace crsctl {
 
-using CoordinateTransformation::BUILT_IN_PROJ_DIRECTORY;
-using CoordinateTransformation::Crs;
-using CoordinateTransformation::CrsConfig;
-using CoordinateTransformation::CrsCreator;
-using CoordinateTransformation::PROJ_DIRECTORY_PROPERTY;
-using CoordinateTransformation::PROJ_DIRECTORY_VARIABLE;
-
-namespace {
-
-[[noreturn]] void failFor(const std::string& path) { throw SetUpError(inputName(path) + ": " + std::strerror(errno)); }
-
-std::string readDescriptor(int descriptor, const std::string& path) {
-    std::string content;
-    std::array<char, 65536> block{};
-    for (;;) {
-        const ssize_t count = read(descriptor, block.data(), block.size());
-        if (count > 0) content.append(block.data(), static_cast<std::size_t>(count));
-        if (count == 0 || content.size() > CoordinateTransformation::LARGEST_FRAGMENT) return content;
-        if (count < 0 && errno != EINTR) failFor(path);
-    }
-}
-
-class InputDescriptor {
-public:
-    explicit InputDescriptor(const std::string& path) : descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-        if (descriptor < 0) failFor(path);
-    }
-    ~InputDescriptor() { close(descriptor); }
-    InputDescriptor(const InputDescriptor&) = delete;
-    InputDescriptor& operator=(const InputDescriptor&) = delete;
-
-    const int descriptor;
-};
-
-}  // namespace
+using namespace CoordinateTransformation;
 
 std::string inputName(const std::string& path) { return path == "-" ? STANDARD_INPUT : path; }
 
 std::string readTextFile(const std::string& path) {
-    if (path == "-") return readDescriptor(STDIN_FILENO, path);
-    const InputDescriptor file(path);
-    return readDescriptor(file.descriptor, path);
+    const auto checked = [&path](bool succeeds) {
+        if (!succeeds) throw SetUpError(inputName(path) + ": " + std::strerror(errno));
+    };
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(
+        path == "-" ? stdin : std::fopen(path.c_str(), "re"),
+        [](std::FILE* open) { return open == stdin ? 0 : std::fclose(open); });
+    checked(file != nullptr);
+    std::string content;
+    std::array<char, 65536> block{};
+    while (content.size() <= MAX_FRAGMENT_SIZE) {
+        const std::size_t count = std::fread(block.data(), 1, block.size(), file.get());
+        checked(std::ferror(file.get()) == 0);
+        if (count == 0) break;
+        content.append(block.data(), count);
+    }
+    return content;
 }
 
 namespace {
-
-bool isDirectory(const char* path) {
-    std::error_code ignored;
-    return std::filesystem::is_directory(path, ignored);
-}
 
 // Returns the directory beside the program if it exists, so that an installation can be moved; otherwise the one
 // that was configured for the installation.
@@ -77,7 +49,7 @@ std::string installedDirectory() {
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", failure);
     const std::filesystem::path besideProgram =
         (program.parent_path() / COORDTRANS_PROGRAM_TO_PROJ_DIR).lexically_normal();
-    if (!failure && isDirectory(besideProgram.c_str())) return besideProgram.string();
+    if (!failure && std::filesystem::is_directory(besideProgram, failure)) return besideProgram.string();
     return COORDTRANS_INSTALLED_PROJ_DIR;
 }
 
@@ -97,19 +69,12 @@ std::string projDirectory(const ProjDirectoryChoice& choice) {
 
 ProjDirectoryChoice projDirectoryChoice(const std::string& option) {
     const char* const environment = std::getenv(PROJ_DIRECTORY_VARIABLE);
-    return {option, environment == nullptr ? "" : environment, isDirectory(BUILT_IN_PROJ_DIRECTORY),
-            installedDirectory()};
+    std::error_code ignored;
+    return {option, environment == nullptr ? "" : environment,
+            std::filesystem::is_directory(BUILT_IN_PROJ_DIRECTORY, ignored), installedDirectory()};
 }
 
 namespace {
-
-void initialise(CrsConfig& config, const std::string& place) {
-    try {
-        config.init();
-    } catch (const std::exception& failure) {
-        throw SetUpError(place + failure.what());
-    }
-}
 
 constexpr const char* CRS84_NAMES[] = {"CRS:84", "OGC:CRS84", "urn:ogc:def:crs:OGC:1.3:CRS84",
                                        "urn:ogc:def:crs:OGC::CRS84", "http://www.opengis.net/def/crs/OGC/1.3/CRS84"};
@@ -122,12 +87,16 @@ std::string crs84Configuration() {
     return text + "</CrsConfiguration>";
 }
 
-void configure(CrsConfig& config, const std::string& path, const std::string& text) {
+// Throws SetUpError, which names the file `path`, if the library does not start with the fragment `text`.
+void startWith(const std::string& text, const std::string& path, CrsConfig& config) {
     std::istringstream document(text);
     try {
         config.configure(document);
+        config.init();
     } catch (const boost::property_tree::xml_parser_error& failure) {
         throw SetUpError(inputName(path) + ":" + std::to_string(failure.line()) + ": " + failure.message());
+    } catch (const std::exception& failure) {
+        throw SetUpError(inputName(path) + ": " + failure.what());
     }
 }
 
@@ -137,11 +106,12 @@ bool isCrs84(const std::string& name) {
     return std::find(std::begin(CRS84_NAMES), std::end(CRS84_NAMES), name) != std::end(CRS84_NAMES);
 }
 
-std::unique_ptr<CrsConfig> makeConfig(const std::string& projDirOption) {
+std::unique_ptr<CrsConfig> startWithoutEntries(const std::string& projDirOption) {
     try {
         std::unique_ptr<CrsConfig> config(CrsConfig::createDefaultConfigOrFromEnvVar());
         const std::string directory = projDirectoryProperty(projDirectoryChoice(projDirOption));
         if (!directory.empty()) config->setConfigProperty(PROJ_DIRECTORY_PROPERTY, directory);
+        config->init();
         return config;
     } catch (const std::exception& failure) {
         throw SetUpError(failure.what());
@@ -151,11 +121,10 @@ std::unique_ptr<CrsConfig> makeConfig(const std::string& projDirOption) {
 // The library starts without entries first, so that the message of a bad PROJ directory does not name the
 // configuration.
 Session::Session(const CommonOptions& options)
-    : projDir(options.projDir), crsConfig(makeConfig(options.projDir)), configured(!options.configFile.empty()) {
-    initialise(*crsConfig, "");
-    if (!configured) return;
-    configure(*crsConfig, options.configFile, readTextFile(options.configFile));
-    initialise(*crsConfig, inputName(options.configFile) + ": ");
+    : projDir(options.projDir),
+      crsConfig(startWithoutEntries(options.projDir)),
+      configured(!options.configFile.empty()) {
+    if (configured) startWith(readTextFile(options.configFile), options.configFile, *crsConfig);
 }
 
 Crs Session::createFromName(const std::string& name, bool throwIfMissing) const {
@@ -165,7 +134,7 @@ Crs Session::createFromName(const std::string& name, bool throwIfMissing) const 
 const CrsCreator& Session::creatorFor(const std::string& name) const {
     if (configured || !isCrs84(name)) return creator();
     if (crs84Config == nullptr) {
-        std::unique_ptr<CrsConfig> config = makeConfig(projDir);
+        std::unique_ptr<CrsConfig> config = startWithoutEntries(projDir);
         std::istringstream document(crs84Configuration());
         config->configure(document);
         config->init();

@@ -44,7 +44,7 @@ constexpr char STANDARD_INPUT[] = "standard input";
 // The name of the file `path` in messages.
 std::string inputName(const std::string& path);
 
-// Returns the content of the file `path`, or of standard input for "-". Stops reading beyond LARGEST_FRAGMENT bytes.
+// Returns the content of the file `path`, or of standard input for "-". Stops reading beyond MAX_FRAGMENT_SIZE bytes.
 // Throws SetUpError with the system's reason.
 std::string readTextFile(const std::string& path);
 
@@ -74,9 +74,8 @@ struct CommonOptions {
     bool quiet = false;  // no progress, summary or hints
 };
 
-// Returns a configuration of the library with its creator and its PROJ directory. It is not initialised. Throws
-// SetUpError if the environment names a subsystem that does not exist.
-std::unique_ptr<CoordinateTransformation::CrsConfig> makeConfig(const std::string& projDirOption);
+// Starts the library with its PROJ directory and without any entry. Throws SetUpError if it does not start.
+std::unique_ptr<CoordinateTransformation::CrsConfig> startWithoutEntries(const std::string& projDirOption);
 
 // Returns whether the text is one of the OGC names of WGS 84 with the longitude first. The library knows these names
 // only if a configuration maps them.

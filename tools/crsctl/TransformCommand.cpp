@@ -197,7 +197,7 @@ ProcessBlock makeProcessor(const CrsPair& pair, const LineOptions& lines) {
 std::string hintFor(const CrsPair& pair) {
     const bool isEastFirst = pair.source().isAxisOrderEastNorthOrLonLat();
     return std::string("hint: latitude and longitude look exchanged; the axis order of the input is ") +
-           axisOrderWords(true, isEastFirst) + " (--columns " + (isEastFirst ? "lat,lon" : "lon,lat") +
+           axisOrderText(true, isEastFirst) + " (--columns " + (isEastFirst ? "lat,lon" : "lon,lat") +
            " reads the other order)";
 }
 
