@@ -229,11 +229,4 @@ std::array<RegisteredUrns, REGISTERED_URN_KINDS> registeredUrns(const CodePair& 
             inHeads("urn:ogc:def:crs:EPSG::", "urn:ogc:def:crs,crs:EPSG::", ",crs:EPSG::")};
 }
 
-std::vector<std::string> registeredNames(const CodePair& codes, const std::vector<std::string>& ownNames) {
-    std::vector<std::string> names = ownNames;
-    for (const std::string& name : registeredCodeNames(codes)) names.push_back(name);
-    for (const RegisteredUrns& urns : registeredUrns(codes)) names.insert(names.end(), {urns.name, urns.alternative});
-    return names;
-}
-
 }  // namespace CoordinateTransformation

@@ -121,7 +121,5 @@ struct RegisteredUrns {
 };
 constexpr std::size_t REGISTERED_URN_KINDS = 2;
 std::array<RegisteredUrns, REGISTERED_URN_KINDS> registeredUrns(const CodePair& codes);
-// All names in the order of registration; `ownNames` are the CRS's own.
-std::vector<std::string> registeredNames(const CodePair& codes, const std::vector<std::string>& ownNames);
 
 }  // namespace CoordinateTransformation

@@ -62,6 +62,9 @@ TEST(APoint, LooksExchangedIfOnlyItsExchangeIsInTheAreaOfUse) {
     EXPECT_TRUE(pair.looksExchanged({9.9, 53.5}));
     EXPECT_FALSE(pair.looksExchanged({-30, 100}));
     EXPECT_FALSE(CrsPair(session, "EPSG:25832", "EPSG:4326").looksExchanged({9.9, 53.5}));
+    EXPECT_FALSE(CrsPair(session, "EPSG:25832", "EPSG:4326").looksExchanged({53.5, 9.9}));
+    EXPECT_FALSE(CrsPair(session, "EPSG:4326", "EPSG:3857").looksExchanged({9.9, 53.5}));
+    EXPECT_TRUE(CrsPair(session, "EPSG:4258", "EPSG:3857").looksExchanged({9.9, 53.5}));
 }
 
 TEST(ARefusedPoint, HasTheMessageOfTheLibrary) {

@@ -235,7 +235,7 @@ ConfigurationReport checkConfiguration(const std::string& file, const std::strin
     report.findings = std::move(fragment.findings);
     startEntries(report);
     addTo(report.findings, contestedNames(report.entries, namesWithoutAliases(report.entries, options.projDir)));
-    const std::string directory = projDirectory(projDirectoryChoice(options.projDir));
+    const std::string directory = projDirectory(options.projDir);
     addUnmetExpectations(directory, expected, report);
     addTo(report.findings, checkProjDirectory(directory));
     sortByPlace(report.findings);

@@ -42,67 +42,25 @@ std::string entryNames(const FragmentContainer& container) {
     return names;
 }
 
-// Collects the findings about one entry element.
-class EntryCheck {
-public:
-    EntryCheck(const ptree& element, const CrsConfigData& read) : entry(element), data(read) {}
+std::string faultOfDecimals(const boost::optional<int>& decimals) {
+    if (!decimals) return "is ignored: it is not an integer";
+    if (*decimals >= 0 && *decimals <= Tools::MAX_DECIMALS) return "";
+    return "is out of range: 0 to " + std::to_string(Tools::MAX_DECIMALS) + " places can be written";
+}
 
-    std::vector<std::string> run() {
-        if (std::any_of(entry.begin(), entry.end(), isElement)) warn("elements inside an entry are ignored");
-        if (entry.data() == CRS_84) {
-            for (const auto& attribute : attributesOf(entry))
-                warn("attribute " + attribute.first + " is ignored: the entry CRS:84 takes no attributes");
-        } else {
-            checkText();
-            for (const auto& [name, value] : attributesOf(entry)) checkAttribute(name, value.data());
-        }
-        return std::move(warnings);
-    }
+std::string faultOfAxisOrder(const CrsConfigData& data) {
+    if (!data.getAxisOrderEastNorthOrLonLat()) return "is ignored: neither EN nor NE";
+    if (data.isMapped()) return "";
+    return "has no effect: it applies to an alias, and an entry without mapToEpsgCode has none";
+}
 
-private:
-    void warn(const std::string& text) { warnings.push_back(text); }
-
-    void checkText() {
-        const bool isAlias = attributesOf(entry).count(MAP_TO_EPSG_CODE) != 0;
-        if (hasBlanksAround(entry.data()))
-            warn("blanks around " + quoted(entry.data()) + " are part of the " + (isAlias ? "alias" : "identifier"));
-        if (isAlias && entry.data().empty()) warn("mapToEpsgCode without a text: the entry has no alias");
-    }
-
-    void checkAttribute(const std::string& name, const std::string& value) {
-        const std::vector<std::string> known(std::begin(ENTRY_ATTRIBUTES), std::end(ENTRY_ATTRIBUTES));
-        if (!seen.insert(name).second) {
-            warn("the second attribute " + name + " is ignored");
-        } else if (std::find(known.begin(), known.end(), name) == known.end()) {
-            const std::optional<std::string> meant = Tools::closest(name, known);
-            warn("attribute " + name + " is ignored" + (meant ? ": it is spelled " + *meant : ""));
-        } else if (const std::string fault = faultOf(name, value); !fault.empty()) {
-            warn(name + "=" + quoted(value) + " " + fault);
-        }
-    }
-
-    // Returns an empty text if the attribute has no fault.
-    std::string faultOf(const std::string& name, const std::string& value) const {
-        if (name == MAP_TO_EPSG_CODE) return hasBlanksAround(value) ? "has blanks around its code" : "";
-        if (name == NUMBER_OF_DECIMAL_PLACES) return faultOfDecimals(data.getNumberOfDecimalPlaces());
-        if (name == SUPPRESS_DUPLICATE_COORDINATES)
-            return readBoolean(entry, SUPPRESS_DUPLICATE_COORDINATES) ? "" : "is ignored: neither true, false, 1 nor 0";
-        if (!data.getAxisOrderEastNorthOrLonLat()) return "is ignored: neither EN nor NE";
-        if (data.isMapped()) return "";
-        return "has no effect: it applies to an alias, and an entry without mapToEpsgCode has none";
-    }
-
-    static std::string faultOfDecimals(const boost::optional<int>& decimals) {
-        if (!decimals) return "is ignored: it is not an integer";
-        if (*decimals >= 0 && *decimals <= Tools::MAX_DECIMALS) return "";
-        return "is out of range: 0 to " + std::to_string(Tools::MAX_DECIMALS) + " places can be written";
-    }
-
-    const ptree& entry;
-    const CrsConfigData& data;
-    std::set<std::string> seen;
-    std::vector<std::string> warnings;
-};
+// Returns the fault of a known attribute, as a text to follow it. The text is empty if there is none.
+std::string faultOf(const std::string& name, const std::string& value, const ptree& entry, const CrsConfigData& data) {
+    if (name == MAP_TO_EPSG_CODE) return hasBlanksAround(value) ? "has blanks around its code" : "";
+    if (name == NUMBER_OF_DECIMAL_PLACES) return faultOfDecimals(data.getNumberOfDecimalPlaces());
+    if (name == AXIS_ORDER) return faultOfAxisOrder(data);
+    return readBoolean(entry, SUPPRESS_DUPLICATE_COORDINATES) ? "" : "is ignored: neither true, false, 1 nor 0";
+}
 
 class FragmentCheck {
 public:
@@ -156,13 +114,44 @@ private:
 
     void takeEntry(const ptree::value_type& element) {
         const CrsConfigData data(element);
-        for (const std::string& warning : EntryCheck(element.second, data).run()) warn(warning);
+        checkEntry(element.second, data);
         const std::pair key(data.getIdentifier(), data.getAlias());
         if (config.addCrsConfigData(data)) {
             indices.emplace(key, fragment.entries.size());
             fragment.entries.push_back({place, data});
         } else {
             warnOfRepetition(data, fragment.entries[indices.at(key)]);
+        }
+    }
+
+    void checkEntry(const ptree& entry, const CrsConfigData& data) {
+        if (std::any_of(entry.begin(), entry.end(), isElement)) warn("elements inside an entry are ignored");
+        const ptree& attributes = attributesOf(entry);
+        if (entry.data() == CRS_84) {
+            for (const auto& attribute : attributes)
+                warn("attribute " + attribute.first + " is ignored: the entry CRS:84 takes no attributes");
+            return;
+        }
+        const bool isAlias = attributes.count(MAP_TO_EPSG_CODE) != 0;
+        if (hasBlanksAround(entry.data()))
+            warn("blanks around " + quoted(entry.data()) + " are part of the " + (isAlias ? "alias" : "identifier"));
+        if (isAlias && entry.data().empty()) warn("mapToEpsgCode without a text: the entry has no alias");
+        std::set<std::string> seen;
+        for (const auto& [name, value] : attributes)
+            if (seen.insert(name).second)
+                checkAttribute(name, value.data(), entry, data);
+            else
+                warn("the second attribute " + name + " is ignored");
+    }
+
+    void checkAttribute(const std::string& name, const std::string& value, const ptree& entry,
+                        const CrsConfigData& data) {
+        const std::vector<std::string> known(std::begin(ENTRY_ATTRIBUTES), std::end(ENTRY_ATTRIBUTES));
+        if (std::find(known.begin(), known.end(), name) == known.end()) {
+            const std::optional<std::string> meant = Tools::closest(name, known);
+            warn("attribute " + name + " is ignored" + (meant ? ": it is spelled " + *meant : ""));
+        } else if (const std::string fault = faultOf(name, value, entry, data); !fault.empty()) {
+            warn(name + "=" + quoted(value) + " " + fault);
         }
     }
 

@@ -8,7 +8,7 @@
 
 namespace crsctl {
 
-using testing::UnorderedElementsAreArray;
+using testing::ElementsAreArray;
 
 namespace {
 
@@ -32,7 +32,7 @@ TEST_P(Listing, HasEverySpellingOfACrs) {
     const auto listed = registeredNames(session->config());
     ASSERT_EQ(listed.size(), 1U);
     EXPECT_EQ(listed[0].codeKey, GetParam());
-    EXPECT_THAT(namesOf(listed[0]), UnorderedElementsAreArray(names));
+    EXPECT_THAT(namesOf(listed[0]), ElementsAreArray(names));
 }
 
 INSTANTIATE_TEST_SUITE_P(CodeKeys, Listing, testing::Values("4326", "27700*5701"));

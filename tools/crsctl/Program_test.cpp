@@ -551,11 +551,29 @@ TEST(FewExchangedPoints, GetNoHint) {
                 ElementsAre(StartsWith("crsctl transform: 3 lines: ")));
 }
 
+TEST(ExchangedPointsAmongBadLines, GetNoHint) {
+    EXPECT_THAT(
+        linesOf(run(TO_UTM, "9 50\nbad\n").errors),
+        ElementsAre(StartsWith("crsctl transform: standard input:2: "), StartsWith("crsctl transform: 2 lines: ")));
+}
+
+TEST(ExchangedBoxes, GetNoHint) {
+    EXPECT_THAT(linesOf(run(toUtm({"--bounds"}), "9 50 10 51\n").errors),
+                ElementsAre(StartsWith("crsctl transform: 1 line: ")));
+}
+
 TEST(AQuietRun, WritesOnlyErrors) {
     EXPECT_EQ(run(toUtm({"--quiet"}), EXCHANGED_POINTS).errors, "");
     const Outcome outcome = run(toUtm({"-q"}), EXCHANGED_POINTS + std::string("bad\n"));
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_THAT(linesOf(outcome.errors), ElementsAre(StartsWith("crsctl transform: standard input:4: ")));
+}
+
+TEST(AQuietRun, WritesTheFailureOfALaterFile) {
+    const TemporaryFile unreadable(std::string(std::size_t{2} << 20U, 'x'));
+    const Outcome outcome = run(toUtm({"--quiet", "--header", "-", unreadable.path()}), "x y\n50 9\n");
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_EQ(outcome.errors, "crsctl transform: " + unreadable.path() + ":1: the header is too long\n");
 }
 
 TEST(AQuietRun, ShowsNoProgress) { EXPECT_EQ(shownOnTerminal({"--quiet", "--jobs", "1"}), ""); }

@@ -14,6 +14,7 @@
 
 #include <proj.h>
 
+#include "names/CrsName.h"
 #include "text/FileText.h"
 #include "text/InitFile.h"
 #include "text/NumericText.h"
@@ -55,10 +56,10 @@ bool isNumber(std::string_view text, bool isAngle) {
     return rest.front() == '/' && isNumber(rest.substr(1), false);
 }
 
-std::vector<std::string> splitAtCommas(const std::string& text) {
+std::vector<std::string> split(const std::string& text, char separator) {
     std::vector<std::string> parts;
     std::istringstream stream(text);
-    for (std::string part; std::getline(stream, part, ',');) parts.push_back(part);
+    for (std::string part; std::getline(stream, part, separator);) parts.push_back(part);
     return parts;
 }
 
@@ -68,24 +69,12 @@ bool isBrokenNumber(const std::string& key, const std::string& value) {
     const bool isAngle = ANGLE_KEYS.count(key) != 0;
     if (!isAngle && NUMBER_KEYS.count(key) == 0) return false;
     if (value.empty()) return true;
-    const std::vector<std::string> numbers = key == "towgs84" ? splitAtCommas(value) : std::vector<std::string>{value};
+    const std::vector<std::string> numbers = key == "towgs84" ? split(value, ',') : std::vector<std::string>{value};
     return !std::all_of(numbers.begin(), numbers.end(),
                         [isAngle](const std::string& number) { return isNumber(number, isAngle); });
 }
 
 namespace {
-
-std::string trimmed(const std::string& text, const char* characters) {
-    const std::size_t begin = text.find_first_not_of(characters);
-    return begin == std::string::npos ? "" : text.substr(begin, text.find_last_not_of(characters) - begin + 1);
-}
-
-// Returns "4326" for " +04326 ".
-std::string canonicalCode(const std::string& cell) {
-    const std::string digits = trimmed(cell, " +");
-    const std::size_t begin = digits.find_first_not_of('0');
-    return begin == std::string::npos ? "0" : digits.substr(begin);
-}
 
 class DefinitionCheck {
 public:
@@ -120,7 +109,7 @@ private:
 
     void checkParameter(const InitFileDefinition& definition, const std::string& key, const std::string& value) {
         if (key == "nadgrids" || key == "geoidgrids")
-            for (const std::string& grid : splitAtCommas(value)) checkGrid(definition, grid);
+            for (const std::string& grid : split(value, ',')) checkGrid(definition, grid);
         if (isBrokenNumber(key, value))
             add(Severity::ERROR, definition,
                 printable(definition.code) + ": +" + key + "=" + printable(value) + " is not a number");
@@ -149,27 +138,21 @@ private:
     Findings findings;
 };
 
-// Returns the directories in the order of the search: that of the library, then those that PROJ knows by itself.
-std::vector<std::string> gridDirectories(const std::string& directory) {
-    std::vector<std::string> directories = {directory};
+// Looks in the directory of the library first, then in those that PROJ knows by itself.
+bool isGrid(const std::string& name, const std::string& projDirectory) {
     const char* const ofProj = proj_info().searchpath;
-    std::istringstream paths(ofProj == nullptr ? "" : ofProj);
-    for (std::string path; std::getline(paths, path, ':');) directories.push_back(path);
-    return directories;
-}
-
-bool isFileInAny(const std::vector<std::string>& directories, const std::string& name) {
-    for (const std::string& directory : directories) {
+    std::vector<std::string> directories = split(ofProj == nullptr ? "" : ofProj, ':');
+    directories.insert(directories.begin(), projDirectory);
+    return std::any_of(directories.begin(), directories.end(), [&name](const std::string& directory) {
         std::error_code ignored;
-        if (std::filesystem::is_regular_file(std::filesystem::path(directory) / name, ignored)) return true;
-    }
-    return false;
+        return std::filesystem::is_regular_file(std::filesystem::path(directory) / name, ignored);
+    });
 }
 
 }  // namespace
 
 Findings checkAxisOrders(const std::string& text) {
-    std::map<std::string, std::pair<std::string, std::size_t>> orders;  // axis order and line by code
+    std::map<unsigned int, std::pair<std::string, std::size_t>> orders;  // axis order and line by code
     Findings findings;
     std::istringstream rows(text);
     std::size_t line = 0;
@@ -179,12 +162,13 @@ Findings checkAxisOrders(const std::string& text) {
         const std::size_t separator = row.find(';');
         if (rows.eof()) warn("not read, because the line end is missing: " + printable(row));
         if (rows.eof() || separator == std::string::npos) continue;
-        const std::string code = canonicalCode(row.substr(0, separator));
-        const std::string order = trimmed(row.substr(separator + 1), "; \t\r\n");
+        const unsigned int code = CoordinateTransformation::readCode(row.substr(0, separator));
+        const std::string rest = row.substr(separator + 1);
+        const std::string order = QSHelpers::trimWhitespace(rest.substr(0, rest.find(';')), QSHelpers::TRIM_BOTH);
         const auto [first, isNew] = orders.emplace(code, std::pair(order, line));
         const auto& [firstOrder, firstLine] = first->second;
         if (firstOrder != order)
-            warn("ignored: " + printable(code) + " has the axis order " + printable(firstOrder) + " of line " +
+            warn("ignored: " + std::to_string(code) + " has the axis order " + printable(firstOrder) + " of line " +
                  std::to_string(firstLine));
     }
     return findings;
@@ -195,8 +179,7 @@ Findings checkDefinitions(const std::string& text, const std::function<bool(cons
 }
 
 Findings checkProjDirectory(const std::string& directory) {
-    const std::vector<std::string> directories = gridDirectories(directory);
-    const auto exists = [&directories](const std::string& grid) { return isFileInAny(directories, grid); };
+    const auto exists = [&directory](const std::string& grid) { return isGrid(grid, directory); };
     Findings findings;
     const auto addFindings = [&](const char* name, const std::function<Findings(const std::string&)>& check) {
         const std::string path = (std::filesystem::path(directory) / name).string();

@@ -36,7 +36,7 @@ bool isBrokenNumber(const std::string& key, const std::string& value);
 // Problems in the files of a PROJ directory that a start ignores silently.
 
 // Returns the problems of "epsg-axisorder.csv": a last line that is not read because its line end is missing, and codes
-// with both axis orders. The places have no file.
+// with both axis orders. The places have no file. REQUIRES: the library accepts the text.
 Findings checkAxisOrders(const std::string& text);
 
 // Returns the problems of "epsg": codes with two different definitions, grid files that do not exist according to

@@ -13,6 +13,7 @@
 #include <boost/property_tree/xml_parser.hpp>
 
 #include "config/Fragment.h"
+#include "names/CrsName.h"
 #include "text/InitFile.h"
 
 namespace crsctl {
@@ -40,6 +41,12 @@ std::string readTextFile(const std::string& path) {
     return content;
 }
 
+std::string chosenProjDirectory(const ProjDirectoryChoice& choice) {
+    if (!choice.option.empty()) return choice.option;
+    if (!choice.environment.empty()) return choice.environment;
+    return choice.builtInExists || choice.installed.empty() ? BUILT_IN_PROJ_DIRECTORY : choice.installed;
+}
+
 namespace {
 
 // Returns the directory beside the program if it exists, so that an installation can be moved; otherwise the one
@@ -55,37 +62,17 @@ std::string installedDirectory() {
 
 }  // namespace
 
-std::string projDirectoryProperty(const ProjDirectoryChoice& choice) {
-    if (!choice.option.empty()) return choice.option;
-    if (!choice.environment.empty() || choice.builtInExists) return {};
-    return choice.installed;
-}
-
-std::string projDirectory(const ProjDirectoryChoice& choice) {
-    std::string property = projDirectoryProperty(choice);
-    if (!property.empty()) return property;
-    return choice.environment.empty() ? BUILT_IN_PROJ_DIRECTORY : choice.environment;
-}
-
-ProjDirectoryChoice projDirectoryChoice(const std::string& option) {
+std::string projDirectory(const std::string& option) {
     const char* const environment = std::getenv(PROJ_DIRECTORY_VARIABLE);
     std::error_code ignored;
-    return {option, environment == nullptr ? "" : environment,
-            std::filesystem::is_directory(BUILT_IN_PROJ_DIRECTORY, ignored), installedDirectory()};
+    return chosenProjDirectory({option, environment == nullptr ? "" : environment,
+                                std::filesystem::is_directory(BUILT_IN_PROJ_DIRECTORY, ignored), installedDirectory()});
 }
 
 namespace {
 
 constexpr const char* CRS84_NAMES[] = {"CRS:84", "OGC:CRS84", "urn:ogc:def:crs:OGC:1.3:CRS84",
                                        "urn:ogc:def:crs:OGC::CRS84", "http://www.opengis.net/def/crs/OGC/1.3/CRS84"};
-
-// Returns the fragment with which a server would map these names.
-std::string crs84Configuration() {
-    std::string text = "<CrsConfiguration>";
-    for (const char* const name : CRS84_NAMES)
-        text += std::string("<CRS mapToEpsgCode='4326' axisOrder='EN'>") + name + "</CRS>";
-    return text + "</CrsConfiguration>";
-}
 
 // Throws SetUpError, which names the file `path`, if the library does not start with the fragment `text`.
 void startWith(const std::string& text, const std::string& path, CrsConfig& config) {
@@ -109,8 +96,7 @@ bool isCrs84(const std::string& name) {
 std::unique_ptr<CrsConfig> startWithoutEntries(const std::string& projDirOption) {
     try {
         std::unique_ptr<CrsConfig> config(CrsConfig::createDefaultConfigOrFromEnvVar());
-        const std::string directory = projDirectoryProperty(projDirectoryChoice(projDirOption));
-        if (!directory.empty()) config->setConfigProperty(PROJ_DIRECTORY_PROPERTY, directory);
+        config->setConfigProperty(PROJ_DIRECTORY_PROPERTY, projDirectory(projDirOption));
         config->init();
         return config;
     } catch (const std::exception& failure) {
@@ -121,26 +107,17 @@ std::unique_ptr<CrsConfig> startWithoutEntries(const std::string& projDirOption)
 // The library starts without entries first, so that the message of a bad PROJ directory does not name the
 // configuration.
 Session::Session(const CommonOptions& options)
-    : projDir(options.projDir),
-      crsConfig(startWithoutEntries(options.projDir)),
-      configured(!options.configFile.empty()) {
+    : crsConfig(startWithoutEntries(options.projDir)), configured(!options.configFile.empty()) {
     if (configured) startWith(readTextFile(options.configFile), options.configFile, *crsConfig);
 }
 
 Crs Session::createFromName(const std::string& name, bool throwIfMissing) const {
-    return creatorFor(name).createFromName(name, throwIfMissing, configured);
-}
-
-const CrsCreator& Session::creatorFor(const std::string& name) const {
-    if (configured || !isCrs84(name)) return creator();
-    if (crs84Config == nullptr) {
-        std::unique_ptr<CrsConfig> config = startWithoutEntries(projDir);
-        std::istringstream document(crs84Configuration());
-        config->configure(document);
-        config->init();
-        crs84Config = std::move(config);
-    }
-    return crs84Config->getCreator();
+    if (configured || !isCrs84(name)) return creator().createFromName(name, throwIfMissing, configured);
+    Crs crs = creator().createFromName(writeEpsgName({EPSG_WGS84_2D, 0}), throwIfMissing, false);
+    if (crs == nullptr) return crs;
+    crs.mod()->setAlias(name);
+    crs.mod()->setAxisOrderEastNorthOrLonLat(true);
+    return crs;
 }
 
 }  // namespace crsctl

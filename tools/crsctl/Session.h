@@ -53,18 +53,14 @@ struct ProjDirectoryChoice {
     std::string option;          // the value of --proj-dir; empty if it is not given
     std::string environment;     // the environment variable; empty if it is not set
     bool builtInExists = false;  // whether the library's default directory exists
-    std::string installed;       // the directory that was installed with the library
+    std::string installed;       // the directory that was installed with the library; empty if there is none
 };
 
-// Returns the value of the library's property for the PROJ directory. It is empty if the library finds the directory by
-// itself, from the environment or as its built-in directory.
-std::string projDirectoryProperty(const ProjDirectoryChoice& choice);
+// Returns the PROJ directory: the first of these sources that exists, in their order.
+std::string chosenProjDirectory(const ProjDirectoryChoice& choice);
 
-// Returns the directory itself.
-std::string projDirectory(const ProjDirectoryChoice& choice);
-
-// Returns the sources in the environment of this process.
-ProjDirectoryChoice projDirectoryChoice(const std::string& option);
+// Returns the PROJ directory for the value of --proj-dir and the environment of this process.
+std::string projDirectory(const std::string& option);
 
 // The options of every command.
 struct CommonOptions {
@@ -97,13 +93,8 @@ public:
     CoordinateTransformation::Crs createFromName(const std::string& name, bool throwIfMissing) const;
 
 private:
-    const CoordinateTransformation::CrsCreator& creatorFor(const std::string& name) const;
-
-    std::string projDir;
     std::unique_ptr<CoordinateTransformation::CrsConfig> crsConfig;
     bool configured;
-    // Made on the first use, because it fails if the PROJ directory lacks 4326.
-    mutable std::unique_ptr<CoordinateTransformation::CrsConfig> crs84Config;
 };
 
 }  // namespace crsctl

@@ -12,7 +12,6 @@ namespace {
 
 struct MadeChoice {
     ProjDirectoryChoice choice;
-    const char* property;
     const char* directory;
 };
 
@@ -22,25 +21,23 @@ void PrintTo(const MadeChoice& tried, std::ostream* stream) {
 
 class TheProjDirectory : public testing::TestWithParam<MadeChoice> {};
 
-TEST_P(TheProjDirectory, IsChosenInOrder) {
-    EXPECT_EQ(projDirectoryProperty(GetParam().choice), GetParam().property);
-    EXPECT_EQ(projDirectory(GetParam().choice), GetParam().directory);
-}
+TEST_P(TheProjDirectory, IsChosenInOrder) { EXPECT_EQ(chosenProjDirectory(GetParam().choice), GetParam().directory); }
 
 INSTANTIATE_TEST_SUITE_P(Choices, TheProjDirectory,
-                         testing::Values(MadeChoice{{"option", "environment", true, "installed"}, "option", "option"},
-                                         MadeChoice{{"", "environment", true, "installed"}, "", "environment"},
-                                         MadeChoice{{"", "environment", false, "installed"}, "", "environment"},
-                                         MadeChoice{{"", "", true, "installed"}, "", "/opt/quarvelserver/share/proj4"},
-                                         MadeChoice{{"", "", false, "installed"}, "installed", "installed"}));
+                         testing::Values(MadeChoice{{"option", "environment", true, "installed"}, "option"},
+                                         MadeChoice{{"", "environment", true, "installed"}, "environment"},
+                                         MadeChoice{{"", "environment", false, "installed"}, "environment"},
+                                         MadeChoice{{"", "", true, "installed"}, "/opt/quarvelserver/share/proj4"},
+                                         MadeChoice{{"", "", false, "installed"}, "installed"},
+                                         MadeChoice{{"", "", false, ""}, "/opt/quarvelserver/share/proj4"}));
 
-TEST(TheChoice, ReadsTheEnvironment) {
+TEST(TheProjDirectoryOfAProcess, IsReadFromTheOptionAndTheEnvironment) {
     setenv("QUARVELSRV_PROJ4_CONF_DIR", "/from/the/environment", 1);
-    EXPECT_EQ(projDirectoryChoice("given").environment, "/from/the/environment");
+    EXPECT_EQ(projDirectory("given"), "given");
+    EXPECT_EQ(projDirectory(""), "/from/the/environment");
     unsetenv("QUARVELSRV_PROJ4_CONF_DIR");
-    EXPECT_EQ(projDirectoryChoice("given").environment, "");
-    EXPECT_EQ(projDirectoryChoice("given").option, "given");
-    EXPECT_NE(projDirectoryChoice("").installed, "");
+    EXPECT_NE(projDirectory(""), "");
+    EXPECT_NE(projDirectory(""), "/from/the/environment");
 }
 
 std::string failureOf(const CommonOptions& options) {
