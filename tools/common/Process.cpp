@@ -1,6 +1,7 @@
 #include "tools/common/Process.h"
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
@@ -12,7 +13,7 @@ namespace {
 
 constexpr std::array<int, 3> FINISHING_SIGNALS = {SIGINT, SIGTERM, SIGHUP};
 
-volatile std::sig_atomic_t caught = 0;
+std::atomic<int> caught = 0;
 // A pipe to which the handler writes, so that a signal between the check of `caught` and poll() also ends the wait.
 std::array<int, 2> wakeUp = {-1, -1};
 
@@ -65,11 +66,6 @@ int finishingSignal() { return caught; }
 void waitForInput(int descriptor) {
     std::array<pollfd, 2> watched = {pollfd{descriptor, POLLIN, 0}, pollfd{wakeUp[0], POLLIN, 0}};
     while (caught == 0 && poll(watched.data(), watched.size(), -1) < 0) continue;
-}
-
-bool hasInput(int descriptor) {
-    pollfd watched{descriptor, POLLIN, 0};
-    return poll(&watched, 1, 0) > 0;
 }
 
 void blockFinishingSignals() {

@@ -26,9 +26,6 @@ int finishingSignal();
 // Waits until `descriptor` has input or a signal has asked the program to finish.
 void waitForInput(int descriptor);
 
-// Returns whether `descriptor` can be read without waiting.
-bool hasInput(int descriptor);
-
 // Blocks the signals of catchSignals in the calling thread, so that another thread receives them.
 void blockFinishingSignals();
 

@@ -1,32 +1,28 @@
 #include "tools/crsctl/BlockTransformer.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
-#include <cstring>
 #include <exception>
+#include <optional>
 #include <utility>
 
 #include "CoordinateTransformation/CrsCreator.h"
+#include "CoordinateTransformation/PointTransformer.h"
 #include "CoordinateTransformation/TransExecException.h"
 #include "tools/common/FixedDecimals.h"
 #include "tools/common/Text.h"
-#include "tools/crsctl/Blocks.h"
 #include "tools/crsctl/ResolveCommand.h"
 #include "tools/crsctl/Session.h"
 
 namespace crsctl {
 
+using CoordinateTransformation::AbstractCrs;
+using CoordinateTransformation::Crs;
+using CoordinateTransformation::CrsConfigData;
 using CoordinateTransformation::CrsDescription;
 using CoordinateTransformation::CrsDescriptions;
 using CoordinateTransformation::GeographicBox;
-
-using CoordinateTransformation::AbstractCrs;
-using CoordinateTransformation::Bounds;
-using CoordinateTransformation::Crs;
-using CoordinateTransformation::CrsConfigData;
-using CoordinateTransformation::TransExecException;
-using Tools::MAX_DECIMALS;
-using Tools::printable;
 
 namespace {
 
@@ -38,20 +34,15 @@ Crs crsNamed(const std::string& name, const Session& session) {
     }
 }
 
-bool isUsable(const boost::optional<int>& decimals) { return decimals && *decimals >= 0 && *decimals <= MAX_DECIMALS; }
-
-// Returns nothing if the entry has no decimal places, or a number of them that cannot be written.
-std::optional<int> configuredDecimals(const AbstractCrs& crs, const Session& session) {
-    const CrsConfigData* const entry = session.config().getEntryFor(crs);
-    if (entry == nullptr || !isUsable(entry->getNumberOfDecimalPlaces())) return std::nullopt;
-    return *entry->getNumberOfDecimalPlaces();
-}
-
 constexpr int METRES = CrsConfigData::DEFAULT_NUMBER_OF_PLACES_METER;
 constexpr int DEGREES = CrsConfigData::DEFAULT_NUMBER_OF_PLACES_DEGREE;
 
+// Returns the decimal places of the entry, or else the default if it has none or a number that cannot be written.
 int horizontalDecimalsOf(const AbstractCrs& crs, const Session& session) {
-    return configuredDecimals(crs, session).value_or(crs.isGeographic() ? DEGREES : METRES);
+    const CrsConfigData* const entry = session.config().getEntryFor(crs);
+    const int configured = entry == nullptr ? -1 : entry->getNumberOfDecimalPlaces().value_or(-1);
+    if (configured >= 0 && configured <= Tools::MAX_DECIMALS) return configured;
+    return crs.isGeographic() ? DEGREES : METRES;
 }
 
 const GeographicBox* areaOf(const CrsDescription* described) {
@@ -110,19 +101,14 @@ std::string CrsPair::failureReason(const CoordinateLine& point) const {
 
 namespace {
 
-std::string tooLongReason() { return "the line is longer than " + std::to_string(LONGEST_LINE) + " bytes"; }
-
 // Removes the first line from `lines` and returns it. The last line may lack its line end.
 InputLine takeLine(std::string_view& lines, std::uint64_t number) {
-    const char* const begin = lines.data();
-    const auto* lineEnd = static_cast<const char*>(std::memchr(begin, '\n', lines.size()));
-    const bool complete = lineEnd != nullptr;
-    if (!complete) lineEnd = begin + lines.size();
-    auto size = static_cast<std::size_t>(lineEnd - begin);
-    lines.remove_prefix(size + (complete ? 1 : 0));
-    const bool carriageReturn = size > 0 && begin[size - 1] == '\r';
-    if (carriageReturn) --size;
-    return {{begin, size}, carriageReturn ? "\r\n" : "\n", number};
+    const std::size_t lineEnd = std::min(lines.find('\n'), lines.size());
+    std::string_view text = lines.substr(0, lineEnd);
+    lines.remove_prefix(std::min(lineEnd + 1, lines.size()));
+    const bool carriageReturn = !text.empty() && text.back() == '\r';
+    if (carriageReturn) text.remove_suffix(1);
+    return {text, carriageReturn ? "\r\n" : "\n", number};
 }
 
 bool areFinite(const Ordinates& ordinates, std::size_t count) {
@@ -130,123 +116,154 @@ bool areFinite(const Ordinates& ordinates, std::size_t count) {
                        [](double value) { return std::isfinite(value); });
 }
 
-}  // namespace
+// One call of the library transforms at most this many rows.
+constexpr std::size_t MAX_ROWS = 128;
 
-BlockTransformer::BlockTransformer(const CrsPair& crsPair, const LineOptions& lineOptions)
-    : pair(crsPair), options(lineOptions) {
+struct Row {
+    InputLine line;
+    bool ignored = false;
+    CoordinateLine read;  // without ordinates if the line is ignored or could not be read
+    std::optional<std::string> failure;
+};
+
+class BlockTransformer {
+public:
+    BlockTransformer(const CrsPair& crsPair, const LineOptions& lineOptions, const Block& linesOfInput);
+
+    BlockResult run();
+
+private:
+    void readRow(Row& row, const InputLine& line) const;
+    void finishRows();
+    void transformPoints(std::size_t begin, std::size_t end);
+    void transformBoxes(std::size_t begin, std::size_t end);
+    void writeRow(const Row& row, Ordinates& moved);
+    void refuse(const Row& row);
+
+    const CrsPair& pair;
+    const LineOptions& options;
+    const RowWriter& writer;
+    const ColumnLayout& layout;
+    const Block& block;
+    BlockResult result;
+    // Empty if there is no operation between the two CRS; `missingOperation` is then the reason.
+    std::optional<CoordinateTransformation::PointTransformer> transformer;
+    std::string missingOperation;
+    std::array<Row, MAX_ROWS> rows;
+    std::array<Ordinates, MAX_ROWS> results;
+    std::size_t waiting = 0;  // so many of the rows are read but not transformed
+};
+
+BlockTransformer::BlockTransformer(const CrsPair& crsPair, const LineOptions& lineOptions, const Block& linesOfInput)
+    : pair(crsPair),
+      options(lineOptions),
+      writer(*lineOptions.writer),
+      layout(writer.format.layout),
+      block(linesOfInput) {
     try {
         transformer.emplace(pair.source(), pair.target());
-    } catch (const TransExecException& failure) {
+    } catch (const CoordinateTransformation::TransExecException& failure) {
         missingOperation = failure.what();
     }
 }
 
-void BlockTransformer::process(const Block& block, BlockResult& result) {
-    waiting = 0;
+BlockResult BlockTransformer::run() {
     std::string_view lines = block.lines;
-    bool goesOn = true;
-    for (std::uint64_t number = block.firstLine; goesOn && !lines.empty(); ++number)
-        goesOn = addLine(takeLine(lines, number), block, result);
-    result.stopped = !goesOn || !finishRows(block, result);
+    for (std::uint64_t number = block.firstLine; !result.stopped && !lines.empty(); ++number) {
+        readRow(rows[waiting++], takeLine(lines, number));
+        if (waiting == MAX_ROWS) finishRows();
+    }
+    finishRows();
+    return std::move(result);
 }
 
-// Returns false if a line is refused and the run stops there.
-bool BlockTransformer::addLine(const InputLine& line, const Block& block, BlockResult& result) {
-    if (!block.tooLong && isIgnored(line.text)) {
-        if (!finishRows(block, result)) return false;
-        ++result.counts.lines;
-        ++result.counts.ignored;
-        writeIgnored(result.output, options.format, line);
-        return true;
-    }
-    if (waiting == MAX_ROWS && !finishRows(block, result)) return false;
-    Row& row = rows[waiting];
+void BlockTransformer::readRow(Row& row, const InputLine& line) const {
+    const std::string& comment = options.comment;
+    const bool isComment = !comment.empty() && line.text.substr(0, comment.size()) == comment;
     row.line = line;
+    row.ignored = !block.tooLong && (isComment || isBlank(line.text));
+    row.failure.reset();
+    row.read.count = 0;
+    if (row.ignored) return;
     std::string reason;
-    const bool tooLong = block.tooLong || line.text.size() > LONGEST_LINE;
-    if (tooLong) reason = tooLongReason();
-    if (tooLong || !readCoordinates(line.text, options.format.layout, options.format.separator, row.read, reason))
-        return finishRows(block, result) && refuse(row, false, reason, block, result);
-    if (row.read.count != rows.front().read.count) {
-        if (!finishRows(block, result)) return false;
-        rows.front() = row;
+    if (block.tooLong || line.text.size() > LONGEST_LINE)
+        row.failure = "the line is longer than " + std::to_string(LONGEST_LINE) + " bytes";
+    else if (!readCoordinates(line.text, layout, writer.format.separator, row.read, reason)) {
+        row.failure = reason;
+        row.read.count = 0;
     }
-    ++waiting;
-    return true;
 }
 
-bool BlockTransformer::isIgnored(std::string_view line) const {
-    if (!options.comment.empty() && line.substr(0, options.comment.size()) == options.comment) return true;
-    return isBlank(line);
-}
-
-// Transforms and writes the waiting rows. Returns false in the same case as addLine.
-bool BlockTransformer::finishRows(const Block& block, BlockResult& result) {
-    if (waiting == 0) return true;
-    const bool isPoints = options.format.layout.shape == Shape::POINT;
-    if (isPoints) transformPoints();
-    std::string reason;
-    for (std::size_t i = 0; i < waiting; ++i) {
-        if (isPoints && pair.looksExchanged(rows[i].read.value)) ++result.counts.lookExchanged;
-        if (!isTransformed(i, reason)) {
-            if (!refuse(rows[i], true, reason, block, result)) return false;
-            continue;
-        }
-        ++result.counts.lines;
-        ++result.counts.transformed;
-        if (options.exchanged) std::swap(results[i][X], results[i][Y]);
-        writeRow(result.output, options.format, rows[i].line, rows[i].read, results[i]);
+// Transforms and writes the waiting rows. One call of the library transforms consecutive points that have the same
+// number of ordinates.
+void BlockTransformer::finishRows() {
+    for (std::size_t begin = 0, end = 0; begin < waiting; begin = end) {
+        const std::size_t count = rows[begin].read.count;
+        while (end < waiting && rows[end].read.count == count) ++end;
+        if (count == 0) continue;
+        if (layout.shape == Shape::BOX)
+            transformBoxes(begin, end);
+        else
+            transformPoints(begin, end);
     }
+    for (std::size_t i = 0; i < waiting && !result.stopped; ++i) writeRow(rows[i], results[i]);
     waiting = 0;
-    return true;
 }
 
-void BlockTransformer::transformPoints() {
+void BlockTransformer::transformPoints(std::size_t begin, std::size_t end) {
+    std::array<bool, MAX_ROWS> failed;
     failed.fill(true);
-    if (!transformer) return;
-    for (std::size_t i = 0; i < waiting; ++i) results[i] = rows[i].read.value;
-    double* const first = results.front().data();
-    double* const heights = rows.front().read.count > Z ? first + Z : nullptr;
-    transformer->transform(waiting, first + X, first + Y, heights, MAX_ORDINATES, failed.data());
+    const std::size_t count = rows[begin].read.count;
+    for (std::size_t i = begin; i < end; ++i) results[i] = rows[i].read.value;
+    double* const first = results[begin].data();
+    if (transformer)
+        transformer->transform(end - begin, first + X, first + Y, count > Z ? first + Z : nullptr, MAX_ORDINATES,
+                               &failed[begin]);
+    for (std::size_t i = begin; i < end; ++i)
+        if (failed[i] || !areFinite(results[i], count)) rows[i].failure = pair.failureReason(rows[i].read);
 }
 
-// Returns false, and sets the reason, if the row cannot be transformed.
-bool BlockTransformer::isTransformed(std::size_t index, std::string& reason) {
-    if (options.format.layout.shape == Shape::BOX) return transformBox(index, reason);
-    const CoordinateLine& point = rows[index].read;
-    if (!failed[index] && areFinite(results[index], point.count)) return true;
-    reason = pair.failureReason(point);
-    return false;
-}
-
-bool BlockTransformer::transformBox(std::size_t index, std::string& reason) {
-    const auto& [minX, minY, maxX, maxY] = rows[index].read.value;
-    reason = missingOperation;
-    if (!transformer) return false;
-    try {
-        const Bounds bounds = transformer->transformBounds({minX, minY, maxX, maxY}, options.pointsPerEdge);
-        results[index] = {bounds.minX, bounds.minY, bounds.maxX, bounds.maxY};
-        return true;
-    } catch (const std::exception& failure) {
-        reason = failure.what();
-        return false;
+void BlockTransformer::transformBoxes(std::size_t begin, std::size_t end) {
+    for (std::size_t i = begin; i < end; ++i) {
+        const auto& [minX, minY, maxX, maxY] = rows[i].read.value;
+        rows[i].failure = missingOperation;
+        if (!transformer) continue;
+        try {
+            const auto box = transformer->transformBounds({minX, minY, maxX, maxY}, options.pointsPerEdge);
+            results[i] = {box.minX, box.minY, box.maxX, box.maxY};
+            rows[i].failure.reset();
+        } catch (const std::exception& failure) {
+            rows[i].failure = failure.what();
+        }
     }
 }
 
-bool BlockTransformer::refuse(const Row& row, bool isRead, const std::string& reason, const Block& block,
-                              BlockResult& result) const {
-    ++result.counts.lines;
-    ++result.counts.refused;
-    report(row.line, reason, block, result);
-    if (options.errors == ErrorMode::MARK)
-        writeMark(result.output, options.format, row.line, isRead ? &row.read : nullptr, reason);
-    return options.errors != ErrorMode::STOP;
+void BlockTransformer::writeRow(const Row& row, Ordinates& moved) {
+    if (row.ignored) {
+        ++result.counts.ignored;
+        return writer.ignored(result.output, row.line);
+    }
+    const bool isPoint = row.read.count > 0 && layout.shape == Shape::POINT;
+    if (isPoint && pair.looksExchanged(row.read.value)) ++result.counts.lookExchanged;
+    if (row.failure) return refuse(row);
+    ++result.counts.transformed;
+    if (options.exchanged) std::swap(moved[X], moved[Y]);
+    writer.row(result.output, row.line, row.read, moved);
 }
 
-void BlockTransformer::report(const InputLine& line, const std::string& reason, const Block& block,
-                              BlockResult& result) const {
-    result.reports.append("crsctl transform: " + options.inputNames[block.input] + ":" + std::to_string(line.number) +
-                          ": " + reason + ": " + printable(line.text) + "\n");
+void BlockTransformer::refuse(const Row& row) {
+    ++result.counts.refused;
+    result.reports += "crsctl transform: " + options.inputNames[block.input] + ":" + std::to_string(row.line.number) +
+                      ": " + *row.failure + ": " + Tools::printable(row.line.text) + "\n";
+    if (options.errors == ErrorMode::MARK)
+        writer.mark(result.output, row.line, row.read.count > 0 ? &row.read : nullptr, *row.failure);
+    result.stopped = options.errors == ErrorMode::STOP;
+}
+
+}  // namespace
+
+BlockResult transformBlock(const CrsPair& pair, const LineOptions& options, const Block& block) {
+    return BlockTransformer(pair, options, block).run();
 }
 
 }  // namespace crsctl

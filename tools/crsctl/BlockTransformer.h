@@ -1,16 +1,12 @@
 #pragma once
 
-#include <array>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "CoordinateTransformation/Crs.h"
 #include "CoordinateTransformation/CrsDescriptions.h"
-#include "CoordinateTransformation/PointTransformer.h"
 #include "tools/crsctl/Blocks.h"
-#include "tools/crsctl/PointLines.h"
 #include "tools/crsctl/RowWriter.h"
 
 namespace crsctl {
@@ -50,7 +46,7 @@ enum class ErrorMode { STOP, MARK, SKIP };
 
 // How lines are read and written.
 struct LineOptions {
-    RowFormat format;
+    std::shared_ptr<const RowWriter> writer;
     std::string comment = "#";  // the text that begins a comment; if it is empty, there are no comments
     ErrorMode errors = ErrorMode::MARK;
     unsigned int pointsPerEdge = 21;      // on each edge of a box, between its corners
@@ -58,43 +54,25 @@ struct LineOptions {
     std::vector<std::string> inputNames;  // for messages
 };
 
-// Transforms the points or boxes in blocks of lines. Does not allocate memory for a point unless it is refused. Only
-// one thread at a time may use it; threads may share the pair of CRS.
-class BlockTransformer {
-public:
-    BlockTransformer(const CrsPair& crsPair, const LineOptions& lineOptions);
+struct Counts {
+    std::uint64_t transformed = 0;
+    std::uint64_t refused = 0;
+    std::uint64_t ignored = 0;        // blank lines and comments
+    std::uint64_t lookExchanged = 0;  // points whose latitude and longitude look exchanged
 
-    // REQUIRES: `result` is empty.
-    void process(const Block& block, BlockResult& result);
-
-private:
-    struct Row {
-        InputLine line;
-        CoordinateLine read;
-    };
-
-    bool addLine(const InputLine& line, const Block& block, BlockResult& result);
-    bool isIgnored(std::string_view line) const;
-    bool finishRows(const Block& block, BlockResult& result);
-    void transformPoints();
-    bool isTransformed(std::size_t index, std::string& reason);
-    bool transformBox(std::size_t index, std::string& reason);
-    bool refuse(const Row& row, bool isRead, const std::string& reason, const Block& block, BlockResult& result) const;
-    void report(const InputLine& line, const std::string& reason, const Block& block, BlockResult& result) const;
-
-    // One call of the library transforms at most this many rows.
-    static constexpr std::size_t MAX_ROWS = 128;
-
-    const CrsPair& pair;
-    LineOptions options;
-    // Empty if there is no operation between the two CRS; `missingOperation` is then the reason.
-    std::optional<CoordinateTransformation::PointTransformer> transformer;
-    std::string missingOperation;
-    // The first `waiting` rows are read but not transformed. All have the same number of ordinates.
-    std::array<Row, MAX_ROWS> rows;
-    std::size_t waiting = 0;
-    std::array<Ordinates, MAX_ROWS> results;
-    std::array<bool, MAX_ROWS> failed;
+    std::uint64_t lines() const { return transformed + refused + ignored; }
 };
+
+// The result of a block.
+struct BlockResult {
+    std::string output;   // text for standard output
+    std::string reports;  // text for standard error, one line for each refused line
+    Counts counts;
+    bool stopped = false;  // at a refused line; the lines after it are not read
+};
+
+// Transforms the points or boxes in the lines of a block. Does not allocate memory for a point unless it is refused.
+// Threads may share the arguments.
+BlockResult transformBlock(const CrsPair& pair, const LineOptions& options, const Block& block);
 
 }  // namespace crsctl

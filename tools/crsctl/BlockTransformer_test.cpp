@@ -101,48 +101,43 @@ protected:
 
     LineOptions lineOptions(Shape shape = Shape::POINT, ErrorMode errors = ErrorMode::MARK) const {
         LineOptions options;
-        options.format.layout = ColumnLayout(shape);
-        options.format.decimals = pair.decimals(shape);
+        options.writer = writerOf(shape, pair.decimals(shape));
         options.errors = errors;
         options.inputNames = {"points.txt"};
         return options;
     }
 
-    // The result is valid until the next call.
-    const BlockResult& resultOf(const Block& block, const LineOptions& options) {
-        lastResult.clear();
-        BlockTransformer(pair, options).process(block, lastResult);
-        return lastResult;
+    static std::shared_ptr<const RowWriter> writerOf(Shape shape, const Decimals& decimals) {
+        return makeRowWriter(OutputFormat::TEXT, {ColumnLayout(shape), Separator::AUTOMATIC, decimals});
     }
-    const BlockResult& resultOf(const std::string& lines, const LineOptions& options) {
-        return resultOf({lines, 1, 0, false}, options);
+
+    BlockResult resultOf(const Block& block, const LineOptions& options) const {
+        return transformBlock(pair, options, block);
     }
-    const BlockResult& resultOf(const std::string& lines) { return resultOf(lines, lineOptions()); }
-    std::string outputOf(const std::string& lines) { return std::string(resultOf(lines).output.view()); }
+    BlockResult resultOf(const std::string& lines, const LineOptions& options) const {
+        return resultOf(Block{lines}, options);
+    }
+    BlockResult resultOf(const std::string& lines) const { return resultOf(lines, lineOptions()); }
+    std::string outputOf(const std::string& lines) const { return resultOf(lines).output; }
 
     ConfiguredSession session;
     CrsPair pair;
-
-private:
-    BlockResult lastResult;
 };
 
 // 9 degrees east is the central meridian of the zone; the northing is that of README.md's example.
 TEST_F(Transforming, WritesALineForEachLine) {
-    const BlockResult& result = resultOf("9 50\n9 50 100 name\n");
-    EXPECT_EQ(result.output.view(), "500000.00\t5538630.70\n500000.00\t5538630.70 100.00 name\n");
-    EXPECT_EQ(result.reports.view(), "");
-    EXPECT_EQ(result.counts.lines, 2U);
+    const BlockResult result = resultOf("9 50\n9 50 100 name\n");
+    EXPECT_EQ(result.output, "500000.00\t5538630.70\n500000.00\t5538630.70 100.00 name\n");
+    EXPECT_EQ(result.reports, "");
+    EXPECT_EQ(result.counts.lines(), 2U);
     EXPECT_EQ(result.counts.transformed, 2U);
 }
 
-TEST_F(Transforming, EndsALastLineThatHasNoEnd) {
-    EXPECT_EQ(resultOf("9 50").output.view(), "500000.00\t5538630.70\n");
-}
+TEST_F(Transforming, EndsALastLineThatHasNoEnd) { EXPECT_EQ(resultOf("9 50").output, "500000.00\t5538630.70\n"); }
 
 TEST_F(Transforming, IgnoresBlankLinesAndComments) {
-    const BlockResult& result = resultOf("# 9 50\n\n \t\n9 50\n");
-    EXPECT_EQ(result.output.view(), "# 9 50\n\n \t\n500000.00\t5538630.70\n");
+    const BlockResult result = resultOf("# 9 50\n\n \t\n9 50\n");
+    EXPECT_EQ(result.output, "# 9 50\n\n \t\n500000.00\t5538630.70\n");
     EXPECT_EQ(result.counts.ignored, 3U);
 }
 
@@ -155,47 +150,46 @@ TEST_F(Transforming, AcceptsAnotherCommentMarkOrNone) {
 }
 
 TEST_F(Transforming, MarksBadLinesAndContinues) {
-    const BlockResult& result = resultOf("abc\n9 95\n9 50\n");
-    EXPECT_EQ(result.output.view(), "*\t* abc\n*\t*\n500000.00\t5538630.70\n");
+    const BlockResult result = resultOf("abc\n9 95\n9 50\n");
+    EXPECT_EQ(result.output, "*\t* abc\n*\t*\n500000.00\t5538630.70\n");
     EXPECT_EQ(result.counts.refused, 2U);
     EXPECT_FALSE(result.stopped);
-    EXPECT_THAT(std::string(result.reports.view()),
+    EXPECT_THAT(result.reports,
                 testing::StartsWith("crsctl transform: points.txt:1: column 1 (x) is not a number: \"abc\": abc\n"
                                     "crsctl transform: points.txt:2: "));
 }
 
 TEST_F(Transforming, SkipsBadLinesAndReportsThem) {
-    const BlockResult& result = resultOf("abc\n9 50\n", lineOptions(Shape::POINT, ErrorMode::SKIP));
-    EXPECT_EQ(result.output.view(), "500000.00\t5538630.70\n");
-    EXPECT_THAT(std::string(result.reports.view()), HasSubstr("points.txt:1:"));
+    const BlockResult result = resultOf("abc\n9 50\n", lineOptions(Shape::POINT, ErrorMode::SKIP));
+    EXPECT_EQ(result.output, "500000.00\t5538630.70\n");
+    EXPECT_THAT(result.reports, HasSubstr("points.txt:1:"));
 }
 
 TEST_F(Transforming, StopsAtABadLine) {
-    const BlockResult& result = resultOf("9 50\nabc\n9 50\n", lineOptions(Shape::POINT, ErrorMode::STOP));
-    EXPECT_EQ(result.output.view(), "500000.00\t5538630.70\n");
-    EXPECT_THAT(std::string(result.reports.view()), HasSubstr("points.txt:2:"));
+    const BlockResult result = resultOf("9 50\nabc\n9 50\n", lineOptions(Shape::POINT, ErrorMode::STOP));
+    EXPECT_EQ(result.output, "500000.00\t5538630.70\n");
+    EXPECT_THAT(result.reports, HasSubstr("points.txt:2:"));
     EXPECT_TRUE(result.stopped);
-    EXPECT_EQ(result.counts.lines, 2U);
+    EXPECT_EQ(result.counts.lines(), 2U);
 }
 
 TEST_F(Transforming, ReportsTheBeginningOfAnOverlongLine) {
-    const BlockResult& result = resultOf({"9 50 xxx", 12, 0, true}, lineOptions());
-    EXPECT_EQ(result.reports.view(),
-              "crsctl transform: points.txt:12: the line is longer than 1048576 bytes: 9 50 xxx\n");
+    const BlockResult result = resultOf(Block{"9 50 xxx", 12, 0, true}, lineOptions());
+    EXPECT_EQ(result.reports, "crsctl transform: points.txt:12: the line is longer than 1048576 bytes: 9 50 xxx\n");
     EXPECT_EQ(result.counts.refused, 1U);
     EXPECT_EQ(resultOf("9 50 " + std::string(LONGEST_LINE, 'x') + "\n9 50\n").counts.refused, 1U);
 }
 
 TEST_F(Transforming, ReportsEveryInputInOneLine) {
-    const BlockResult& result = resultOf("\x1B[31m" + std::string(1000, 'y') + "\r\n");
-    EXPECT_EQ(std::count(result.reports.view().begin(), result.reports.view().end(), '\n'), 1);
-    EXPECT_EQ(result.reports.view().find('\x1B'), std::string::npos);
-    EXPECT_LT(result.reports.view().size(), 400U);
+    const BlockResult result = resultOf("\x1B[31m" + std::string(1000, 'y') + "\r\n");
+    EXPECT_EQ(std::count(result.reports.begin(), result.reports.end(), '\n'), 1);
+    EXPECT_EQ(result.reports.find('\x1B'), std::string::npos);
+    EXPECT_LT(result.reports.size(), 400U);
 }
 
 TEST_F(Transforming, RefusesAResultThatIsNotFinite) {
-    const BlockResult& result = resultOf("1e300 1e300\n9 50\n");
-    EXPECT_EQ(result.output.view(), "*\t*\n500000.00\t5538630.70\n");
+    const BlockResult result = resultOf("1e300 1e300\n9 50\n");
+    EXPECT_EQ(result.output, "*\t*\n500000.00\t5538630.70\n");
     EXPECT_EQ(result.counts.refused, 1U);
 }
 
@@ -216,8 +210,8 @@ TEST_F(Transforming, KeepsTheOrderOfLines) {
 
 TEST_F(Transforming, WritesTheRequestedDecimals) {
     LineOptions options = lineOptions();
-    options.format.decimals.fill(0);
-    EXPECT_EQ(resultOf("9 50 100\n", options).output.view(), "500000\t5538631 100\n");
+    options.writer = writerOf(Shape::POINT, {0, 0, 0, 0});
+    EXPECT_EQ(resultOf("9 50 100\n", options).output, "500000\t5538631 100\n");
 }
 
 struct BoxCase {
@@ -231,8 +225,7 @@ class ABox : public Transforming, public testing::WithParamInterface<BoxCase> {}
 
 TEST_P(ABox, IsWrittenWhereItsLineWas) {
     const std::string lines = "# boxes\n" + std::string(GetParam().line) + "\n";
-    EXPECT_EQ(resultOf(lines, lineOptions(Shape::BOX)).output.view(),
-              "# boxes\n" + std::string(GetParam().output) + "\n");
+    EXPECT_EQ(resultOf(lines, lineOptions(Shape::BOX)).output, "# boxes\n" + std::string(GetParam().output) + "\n");
 }
 
 // Each box contains the results of cs2cs for the corners and for 21 points between them on each edge.
@@ -244,30 +237,29 @@ INSTANTIATE_TEST_SUITE_P(Lines, ABox,
                                          BoxCase{"15 55 6 47", "* * * *"}, BoxCase{"6 47 15", "* * * * 6 47 15"}));
 
 TEST_F(Transforming, RefusesABoxWithTheMessageOfTheLibrary) {
-    const BlockResult& result = resultOf("9 50 9 51\n6 95 15 99\n", lineOptions(Shape::BOX));
-    EXPECT_EQ(result.reports.view(),
+    const BlockResult result = resultOf("9 50 9 51\n6 95 15 99\n", lineOptions(Shape::BOX));
+    EXPECT_EQ(result.reports,
               "crsctl transform: points.txt:2: BoundingBox: out of bounds! No point of 6, 95, 15, 99 can be "
               "transformed: 6 95 15 99\n");
-    EXPECT_EQ(result.counts.lines, 2U);
+    EXPECT_EQ(result.counts.lines(), 2U);
     EXPECT_EQ(result.counts.transformed, 1U);
     EXPECT_EQ(result.counts.refused, 1U);
 }
 
 TEST_F(Transforming, StopsAtABadBox) {
-    const BlockResult& result =
-        resultOf("9 50 9 50\n6 95 15 99\n9 50 9 50\n", lineOptions(Shape::BOX, ErrorMode::STOP));
-    EXPECT_EQ(result.output.view(), "500000.00 5538630.70 500000.00 5538630.70\n");
+    const BlockResult result = resultOf("9 50 9 50\n6 95 15 99\n9 50 9 50\n", lineOptions(Shape::BOX, ErrorMode::STOP));
+    EXPECT_EQ(result.output, "500000.00 5538630.70 500000.00 5538630.70\n");
     EXPECT_TRUE(result.stopped);
-    EXPECT_EQ(result.counts.lines, 2U);
+    EXPECT_EQ(result.counts.lines(), 2U);
 }
 
 // The middle of the southern edge, on the central meridian, is farther south than its ends.
 TEST_F(Transforming, TransformsTheRequestedPointsPerEdge) {
     LineOptions options = lineOptions(Shape::BOX);
     options.pointsPerEdge = 0;
-    EXPECT_EQ(resultOf("8 50 10 51\n", options).output.view(), "428333.55 5539109.82 571666.45 5650300.79\n");
+    EXPECT_EQ(resultOf("8 50 10 51\n", options).output, "428333.55 5539109.82 571666.45 5650300.79\n");
     options.pointsPerEdge = 1;
-    EXPECT_EQ(resultOf("8 50 10 51\n", options).output.view(), "428333.55 5538630.70 571666.45 5650300.79\n");
+    EXPECT_EQ(resultOf("8 50 10 51\n", options).output, "428333.55 5538630.70 571666.45 5650300.79\n");
 }
 
 }  // namespace

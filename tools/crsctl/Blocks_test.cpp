@@ -1,8 +1,9 @@
 #include "tools/crsctl/Blocks.h"
 
-#include <atomic>
-#include <new>
-#include <string>
+#include <algorithm>
+#include <memory>
+#include <string_view>
+#include <thread>
 #include <unistd.h>
 
 #include <gmock/gmock.h>
@@ -27,30 +28,28 @@ std::string failureOf(Action action) {
     return "";
 }
 
+std::string failureOfReading(BlockReader& reader) {
+    return failureOf([&reader] { reader.next(); });
+}
+
 // The file may be removed between the check and the opening.
-TEST(AnInputFile, ReportsWhyItCannotBeOpened) {
-    EXPECT_EQ(failureOf([] { const InputFile file("/no/such/file"); }), "/no/such/file: No such file or directory");
-    const TemporaryFile noDirectory("");
-    const std::string path = noDirectory.path() + "/file";
-    EXPECT_EQ(failureOf([&path] { const InputFile file(path); }), path + ": Not a directory");
+TEST(AnInput, ReportsWhyItCannotBeOpened) {
+    auto file = std::make_unique<TemporaryFile>("1\n");
+    const std::string path = file->path();
+    BlockReader reader({path}, false);
+    file.reset();
+    EXPECT_EQ(failureOfReading(reader), path + ": No such file or directory");
+    EXPECT_EQ(failureOf([&path] { BlockReader({path}, false); }), path + ": No such file or directory");
 }
 
-TEST(AnInputFile, ReportsWhyItCannotBeRead) {
-    char byte = 0;
-    EXPECT_EQ(failureOf([&byte] { InputFile("/").read(&byte, 1); }), "/: Is a directory");
-}
-
-TEST(AnInputFile, IsReadToItsEnd) {
-    const TemporaryFile content("text");
-    InputFile file(content.path());
-    char text[8] = {};
-    EXPECT_EQ(file.read(text, sizeof(text)), 4U);
-    EXPECT_STREQ(text, "text");
-    EXPECT_EQ(file.read(text, sizeof(text)), 0U);
+TEST(AnInput, ReportsWhyItCannotBeRead) {
+    BlockReader reader({"/proc/self/mem"}, false);
+    EXPECT_EQ(failureOfReading(reader), "/proc/self/mem: Input/output error");
+    EXPECT_EQ(failureOf([] { BlockReader({"/"}, false); }), "/: Is a directory");
 }
 
 struct ReadLine {
-    std::uint32_t input;
+    std::size_t input;
     std::uint64_t number;
     std::string text;
     bool tooLong = false;
@@ -71,8 +70,7 @@ void addLines(const Block& block, std::vector<ReadLine>& lines) {
 
 std::vector<ReadLine> linesOf(BlockReader& reader) {
     std::vector<ReadLine> lines;
-    Block block;
-    while (reader.next(block) == Next::BLOCK) addLines(block, lines);
+    while (const std::optional<Block> block = reader.next()) addLines(*block, lines);
     return lines;
 }
 
@@ -118,7 +116,18 @@ TEST(Reading, CountsTheLinesOfEachInput) {
     BlockReader reader({first.path(), second.path()}, false);
     EXPECT_EQ(reader.bytesInAll(), 8U);
     EXPECT_THAT(linesOf(reader), ElementsAre(ReadLine{0, 1, "1\n"}, ReadLine{0, 2, "2"}, ReadLine{1, 1, "3\n"}));
-    EXPECT_EQ(reader.bytesConsumed(), 8U);
+}
+
+TEST(Blocks, AreNumberedAndEndWhereTheNextOneBegins) {
+    const TemporaryFile first("1\n2");
+    const TemporaryFile second(
+        "\xEF\xBB\xBF"
+        "hi\n");
+    BlockReader reader({first.path(), second.path()}, false);
+    for (const std::uint64_t end : {2U, 3U, 9U}) EXPECT_EQ(reader.next()->end, end);
+    EXPECT_FALSE(reader.next());
+    BlockReader numbered({first.path(), second.path()}, false);
+    for (const std::uint64_t number : {0U, 1U, 2U}) EXPECT_EQ(numbered.next()->number, number);
 }
 
 TEST(Reading, DropsTheHeaderOfEveryInput) {
@@ -138,12 +147,11 @@ TEST(Reading, LosesNothingBetweenBlocks) {
     BlockReader reader({file.path()}, false);
     std::string read;
     std::uint64_t expectedNumber = 1;
-    Block block;
-    while (reader.next(block) == Next::BLOCK) {
-        EXPECT_EQ(block.firstLine, expectedNumber);
-        EXPECT_EQ(block.lines.back(), '\n');
-        expectedNumber += static_cast<std::uint64_t>(std::count(block.lines.begin(), block.lines.end(), '\n'));
-        read += block.lines;
+    while (const std::optional<Block> block = reader.next()) {
+        EXPECT_EQ(block->firstLine, expectedNumber);
+        EXPECT_EQ(block->lines.back(), '\n');
+        expectedNumber += static_cast<std::uint64_t>(std::count(block->lines.begin(), block->lines.end(), '\n'));
+        read += block->lines;
     }
     EXPECT_EQ(read, content);
 }
@@ -178,145 +186,58 @@ TEST(Reading, RefusesADirectoryOrAMissingFileBeforeReading) {
 }
 
 TEST(Reading, ReadsATextInPlaceOfAFile) {
-    BlockReader reader(std::string_view("1\n2\n3"));
+    BlockReader reader("1\n2\n3");
     EXPECT_EQ(reader.bytesInAll(), 5U);
     EXPECT_EQ(reader.header(), "");
     EXPECT_THAT(linesOf(reader), ElementsAre(ReadLine{0, 1, "1\n"}, ReadLine{0, 2, "2\n"}, ReadLine{0, 3, "3"}));
+}
+
+std::string nextLines(BlockReader& reader) {
+    const std::optional<Block> block = reader.next();
+    return block ? block->lines : "the end";
 }
 
 // A line is read when its line end has arrived.
 TEST(Reading, DoesNotWaitForTheRestOfALine) {
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
-    const std::string path = "/dev/fd/" + std::to_string(ends[0]);
-    BlockReader reader({path}, false);
-    Block block;
+    BlockReader reader({"/dev/fd/" + std::to_string(ends[0])}, false);
     ASSERT_EQ(write(ends[1], "1\n2", 3), 3);
-    EXPECT_EQ(reader.next(block), Next::BLOCK);
-    EXPECT_EQ(block.lines, "1\n");
-    EXPECT_EQ(reader.next(block), Next::NOT_YET);
+    EXPECT_EQ(nextLines(reader), "1\n");
+    ASSERT_EQ(write(ends[1], "\n3", 2), 2);
+    EXPECT_EQ(nextLines(reader), "2\n");
     close(ends[1]);
-    reader.wait();
-    EXPECT_EQ(reader.next(block), Next::BLOCK);
-    EXPECT_EQ(block.lines, "2");
-    EXPECT_EQ(reader.next(block), Next::END);
+    EXPECT_EQ(nextLines(reader), "3");
+    EXPECT_EQ(nextLines(reader), "the end");
     close(ends[0]);
 }
 
-TEST(Reading, PausesBeforeItOpensAFurtherPipe) {
-    const TemporaryFile file("1\n");
-    BlockReader reader({file.path(), file.path(), "/dev/null"}, false);
-    Block block;
-    EXPECT_EQ(reader.next(block), Next::BLOCK);
-    EXPECT_EQ(reader.next(block), Next::BLOCK);
-    EXPECT_EQ(reader.next(block), Next::NOT_YET);
-    reader.wait();
-    EXPECT_EQ(reader.next(block), Next::END);
+// The bytes of a header and of an overlong line arrive one part after another.
+TEST(Reading, JoinsThePartsOfAPipe) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    std::thread writer([&ends] {
+        const std::string part(60000, 'x');
+        for (const std::string& text : {std::string("\xEF"),
+                                        std::string("\xBB\xBF"
+                                                    "he"),
+                                        std::string("ader\r\n")})
+            EXPECT_EQ(write(ends[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
+        for (int i = 0; i < 40; ++i) EXPECT_EQ(write(ends[1], part.data(), part.size()), 60000);
+        EXPECT_EQ(write(ends[1], "\n3\n", 3), 3);
+        close(ends[1]);
+    });
+    BlockReader reader({"/dev/fd/" + std::to_string(ends[0])}, true);
+    EXPECT_EQ(reader.header(), "header");
+    EXPECT_THAT(linesOf(reader), ElementsAre(ReadLine{0, 2, std::string(256, 'x'), true}, ReadLine{0, 3, "3\n"}));
+    writer.join();
+    close(ends[0]);
 }
 
 TEST(Reading, DoesNotKnowTheSizeOfADevice) {
     BlockReader reader({"/dev/null"}, false);
     EXPECT_FALSE(reader.bytesInAll());
     EXPECT_THAT(linesOf(reader), ElementsAre());
-}
-
-// Returns the number and the lines of each block. Stops at a block that requests it.
-void echo(const Block& block, BlockResult& result) {
-    result.output.append(std::to_string(block.firstLine) + ":" + std::string(block.lines));
-    result.reports.append("reported");
-    result.counts.lines = block.lines.size();
-    result.stopped = block.lines == "stop";
-}
-
-// Throws at a block with this text.
-ProcessBlock echoUnless(const std::string& text) {
-    return [text](const Block& block, BlockResult& result) {
-        if (block.lines == text) throw SetUpError("no " + text);
-        echo(block, result);
-    };
-}
-
-Block blockOf(const std::string& lines, std::uint64_t number = 1) { return {lines, number, 0, false}; }
-
-class NumbersOfThreads : public testing::TestWithParam<std::size_t> {
-protected:
-    BlockThreads threads{GetParam(), [] { return &echo; }};
-};
-
-TEST_P(NumbersOfThreads, GiveResultsInTheOrderOfTheBlocks) {
-    std::uint64_t expected = 0;
-    const auto expectNext = [&] {
-        EXPECT_EQ(threads.take().output.view(), std::to_string(expected) + ":" + std::string(expected % 900, 'x'));
-        ++expected;
-    };
-    for (std::uint64_t number = 0; number < 5000; ++number) {
-        if (threads.isFull()) expectNext();
-        threads.submit(blockOf(std::string(number % 900, 'x'), number));
-    }
-    while (!threads.isEmpty()) expectNext();
-    EXPECT_EQ(expected, 5000U);
-}
-
-TEST_P(NumbersOfThreads, HoldABoundedNumberOfBlocks) {
-    std::size_t held = 0;
-    for (; !threads.isFull(); ++held) threads.submit(blockOf("block"));
-    EXPECT_EQ(held, GetParam() + 2);
-    for (; !threads.isEmpty(); --held) threads.take();
-    EXPECT_EQ(held, 0U);
-}
-
-INSTANTIATE_TEST_SUITE_P(Few, NumbersOfThreads, testing::Values(1U, 2U, 7U));
-
-TEST(AThread, ReturnsEveryPartOfAResult) {
-    BlockThreads threads(2, [] { return &echo; });
-    const std::string large(3000000, 'x');
-    threads.submit(blockOf(large, 2));
-    threads.submit(blockOf("stop", 3));
-    EXPECT_EQ(threads.take().output.view(), "2:" + large);
-    const BlockResult& last = threads.take();
-    EXPECT_EQ(last.output.view(), "3:stop");
-    EXPECT_EQ(last.reports.view(), "reported");
-    EXPECT_EQ(last.counts.lines, 4U);
-    EXPECT_TRUE(last.stopped);
-}
-
-TEST(AThread, StartsWhenABlockWouldWait) {
-    std::atomic<int> processors = 0;
-    BlockThreads threads(8, [&processors]() -> ProcessBlock {
-        ++processors;
-        return &echo;
-    });
-    EXPECT_EQ(processors, 0);
-    for (int i = 0; i < 3; ++i) {
-        threads.submit(blockOf("block"));
-        threads.take();
-    }
-    EXPECT_EQ(processors, 1);
-}
-
-// The results before the failure are still returned.
-TEST(AFailure, IsThrownInPlaceOfItsResult) {
-    BlockThreads threads(3, [] { return echoUnless("bad"); });
-    for (const char* lines : {"good", "bad", "good"}) threads.submit(blockOf(lines));
-    EXPECT_EQ(threads.take().output.view(), "1:good");
-    try {
-        threads.take();
-        FAIL() << "no failure";
-    } catch (const SetUpError& failure) {
-        EXPECT_STREQ(failure.what(), "no bad");
-    }
-    EXPECT_EQ(threads.take().output.view(), "1:good");
-}
-
-TEST(AFailure, OfMakingAProcessorIsThrown) {
-    BlockThreads threads(1, []() -> ProcessBlock { throw std::bad_alloc(); });
-    threads.submit(blockOf("block"));
-    EXPECT_THROW(threads.take(), std::bad_alloc);
-}
-
-TEST(Blocks, MayBeLeftUntaken) {
-    BlockThreads threads(2, [] { return &echo; });
-    while (!threads.isFull()) threads.submit(blockOf("block"));
 }
 
 }  // namespace

@@ -243,25 +243,23 @@ void addInputOptions(CLI::App& app, TransformOptions& options) {
                                       {"semicolon", Separator::SEMICOLON}}));
     app.add_flag("--header", options.header,
                  "The first line of each file has column names: it is not a point, and CSV and JSON use the names.");
-    app.add_option("--comment", options.comment,
+    app.add_option("--comment", options.lines.comment,
                    "The text that begins a comment line; \"#\" by default, none if the text is empty.")
         ->type_name("TEXT");
 }
 
 void addOutputOptions(CLI::App& app, TransformOptions& options) {
-    app.add_option_function<OutputFormat>(
-           "--output", [&options](const OutputFormat& format) { options.output = format; },
-           "text, csv or json (one object a line).")
+    app.add_option("--output", options.output, "text, csv or json (one object a line).")
         ->type_name("FORMAT")
         ->transform(oneOf<OutputFormat>(
             {{"text", OutputFormat::TEXT}, {"csv", OutputFormat::CSV}, {"json", OutputFormat::JSON}}));
-    app.add_option_function<int>(
-           "--decimals", [&options](const int& decimals) { options.decimals = decimals; },
+    app.add_option(
+           "--decimals", options.decimals,
            "Decimal places of every coordinate, 0 to 18. Without it those of the configured entry, else 8 for degrees "
            "and 3 for metres; a height above a geographic CRS has 3.")
         ->type_name("N")
         ->check(CLI::Range(0, Tools::MAX_DECIMALS));
-    app.add_option("--errors", options.errors,
+    app.add_option("--errors", options.lines.errors,
                    "What to do with a line that fails: mark it in the output with \"*\" (the default), skip it, or "
                    "stop.")
         ->type_name("MODE")
@@ -269,7 +267,7 @@ void addOutputOptions(CLI::App& app, TransformOptions& options) {
             oneOf<ErrorMode>({{"stop", ErrorMode::STOP}, {"mark", ErrorMode::MARK}, {"skip", ErrorMode::SKIP}}));
     CLI::Option* const bounds =
         app.add_flag("--bounds", options.bounds, "Lines have boxes; --columns names minx, miny, maxx and maxy.");
-    app.add_option("--points-per-edge", options.pointsPerEdge,
+    app.add_option("--points-per-edge", options.lines.pointsPerEdge,
                    "How many points of each edge of a box, between its corners, are transformed: 0 to 10000, by "
                    "default 21.")
         ->type_name("N")

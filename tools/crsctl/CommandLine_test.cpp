@@ -60,13 +60,13 @@ TEST(ACommandLine, ReadsTheOptionsOfATransformation) {
     EXPECT_EQ(options.columns, "id,x,y");
     EXPECT_EQ(options.separator, Separator::COMMA);
     EXPECT_TRUE(options.header);
-    EXPECT_EQ(options.comment, "//");
+    EXPECT_EQ(options.lines.comment, "//");
     EXPECT_EQ(options.output, OutputFormat::CSV);
     EXPECT_EQ(options.decimals, 4);
-    EXPECT_EQ(options.errors, ErrorMode::STOP);
+    EXPECT_EQ(options.lines.errors, ErrorMode::STOP);
     EXPECT_EQ(options.jobs, 2U);
     EXPECT_THAT(options.files, ElementsAre("a.txt", "-"));
-    EXPECT_EQ(requestOf({"transform", "--from", "A", "--to", "B", "--comment", ""}).transform.comment, "");
+    EXPECT_EQ(requestOf({"transform", "--from", "A", "--to", "B", "--comment", ""}).transform.lines.comment, "");
 }
 
 TEST(ACommandLine, ReadsBoxesWithNegativeNumbers) {
@@ -77,7 +77,7 @@ TEST(ACommandLine, ReadsBoxesWithNegativeNumbers) {
         arguments.insert(namesFirst ? arguments.begin() + 1 : arguments.end(), names.begin(), names.end());
         const TransformOptions options = requestOf(arguments).transform;
         EXPECT_TRUE(options.bounds);
-        EXPECT_EQ(options.pointsPerEdge, 0U);
+        EXPECT_EQ(options.lines.pointsPerEdge, 0U);
         EXPECT_THAT(options.files, ElementsAre("-6", "-.5", "-1e-1", "+5"));
     }
 }

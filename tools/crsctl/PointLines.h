@@ -8,7 +8,7 @@
 
 namespace crsctl {
 
-enum class Separator { AUTOMATIC, BLANK, COMMA, SEMICOLON };
+enum class Separator { AUTOMATIC, BLANK = ' ', COMMA = ',', SEMICOLON = ';' };
 
 // The kind of ordinates that a line has.
 enum class Shape { POINT, BOX };
@@ -35,23 +35,24 @@ struct ColumnLayout {
     // REQUIRES: isByDirection.
     void nameByDirection(bool isEastFirst, bool isGeographic);
 
-    const char* ordinateName(std::size_t ordinate) const { return ordinateNames[ordinate]; }
     // Returns the ordinate in a column of a line with `count` ordinates, or MAX_ORDINATES if the column has none.
-    std::size_t ordinateAt(std::size_t columnIndex, std::size_t count) const;
-    std::size_t lastColumn(std::size_t count) const;
+    std::size_t ordinateAt(std::size_t columnIndex, std::size_t count) const {
+        return columnIndex < ordinates.size() && ordinates[columnIndex] < count ? ordinates[columnIndex]
+                                                                                : MAX_ORDINATES;
+    }
     // Returns the least number of ordinates that a line must have.
-    std::size_t leastCount() const { return heightOptional ? ordinateCount - 1 : ordinateCount; }
+    std::size_t leastCount() const { return heightOptional ? Z : ordinateCount; }
+    // Returns the least number of columns of a line with `count` ordinates.
+    std::size_t columnCount(std::size_t count) const { return heightOptional ? count : ordinates.size(); }
 
     Shape shape;
     std::size_t ordinateCount;
     // Whether the third column is the height only if it is a number.
     bool heightOptional;
-    // The column of each ordinate, counted from 0.
-    std::array<std::size_t, MAX_ORDINATES> column = {0, 1, 2, 3};
-    // The ordinates in the order of their columns.
-    std::array<std::size_t, MAX_ORDINATES> order = {0, 1, 2, 3};
+    // The ordinate in each column up to the last that has one; MAX_ORDINATES for a column that is copied.
+    std::vector<std::size_t> ordinates;
     bool isByDirection = false;
-    std::array<const char*, MAX_ORDINATES> ordinateNames;
+    std::array<std::string_view, MAX_ORDINATES> ordinateNames;
     // The names of the columns; an unknown name is empty.
     std::vector<std::string> names;
 };
@@ -69,10 +70,7 @@ public:
     char separator() const { return separatorChar; }
 
 private:
-    std::string_view nextBlankSeparated();
-    std::string_view nextSeparated();
-    const char* endOfSeparated() const;
-    const char* endOfQuoted() const;
+    const char* behindQuotes() const;
     void settleSeparator();
 
     const char* position;

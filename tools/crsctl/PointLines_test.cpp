@@ -265,22 +265,19 @@ TEST(ABlankLine, HasOnlyBlanks) {
 TEST(ALayoutByDirection, FollowsTheAxisOrderOfTheCrs) {
     const ColumnLayout northFirst(Shape::POINT, "id,Lon,lat", false);
     EXPECT_TRUE(northFirst.isByDirection);
-    EXPECT_EQ(northFirst.column[X], 2U);
-    EXPECT_EQ(northFirst.column[Y], 1U);
+    EXPECT_THAT(northFirst.ordinates, ElementsAre(MAX_ORDINATES, Y, X));
     EXPECT_EQ(northFirst.ordinateCount, 2U);
     const ColumnLayout eastFirst(Shape::POINT, "northing,easting,height", true);
-    EXPECT_EQ(eastFirst.column[X], 1U);
-    EXPECT_EQ(eastFirst.column[Y], 0U);
-    EXPECT_EQ(eastFirst.column[Z], 2U);
+    EXPECT_THAT(eastFirst.ordinates, ElementsAre(Y, X, Z));
 }
 
 TEST(ALayoutByDirection, NamesTheOrdinatesOfTheOutput) {
     ColumnLayout layout(Shape::POINT, "lon,lat", false);
     layout.nameByDirection(false, false);
-    EXPECT_STREQ(layout.ordinateName(X), "northing");
-    EXPECT_STREQ(layout.ordinateName(Y), "easting");
+    EXPECT_EQ(layout.ordinateNames[X], "northing");
+    EXPECT_EQ(layout.ordinateNames[Y], "easting");
     layout.nameByDirection(true, true);
-    EXPECT_STREQ(layout.ordinateName(X), "lon");
+    EXPECT_EQ(layout.ordinateNames[X], "lon");
 }
 
 TEST(ALayoutByDirection, IsNotReadFromAListWithXOrY) {

@@ -2,10 +2,10 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
-#include "tools/crsctl/Blocks.h"
 #include "tools/crsctl/PointLines.h"
 
 namespace crsctl {
@@ -26,9 +26,8 @@ enum class OutputFormat { TEXT, CSV, JSON };
 // Decimal places of each ordinate.
 using Decimals = std::array<int, MAX_ORDINATES>;
 
-// How rows are written.
+// The columns of the rows.
 struct RowFormat {
-    OutputFormat output = OutputFormat::TEXT;
     ColumnLayout layout = ColumnLayout(Shape::POINT);
     Separator separator = Separator::AUTOMATIC;  // of the input
     Decimals decimals = {};
@@ -41,18 +40,32 @@ struct InputLine {
     std::uint64_t number;   // counted from 1
 };
 
-// Writes the header of the input, the line with the names of its columns.
-void writeHeader(OutputBuffer& out, const RowFormat& format, std::string_view header);
+// Appends the rows of one output format to a text. Threads may share it.
+class RowWriter {
+public:
+    explicit RowWriter(RowFormat rowFormat) : format(std::move(rowFormat)) {}
+    virtual ~RowWriter() = default;
 
-// Writes a transformed line. `read` has the ordinates of the input, `result` those of the output.
-void writeRow(OutputBuffer& out, const RowFormat& format, const InputLine& line, const CoordinateLine& read,
-              const Ordinates& result);
+    // Writes the header of the input, the line with the names of its columns.
+    virtual void header(std::string& out, std::string_view line) const = 0;
+    // Writes a transformed line. `read` has the ordinates of the input, `result` those of the output.
+    void row(std::string& out, const InputLine& line, const CoordinateLine& read, const Ordinates& result) const;
+    // Writes a refused line. `read` is null if the line could not be read.
+    virtual void mark(std::string& out, const InputLine& line, const CoordinateLine* read,
+                      const std::string& reason) const = 0;
+    // Writes a blank line or a comment.
+    virtual void ignored(std::string& out, const InputLine& line) const = 0;
 
-// Writes a refused line. `read` is null if the line could not be read.
-void writeMark(OutputBuffer& out, const RowFormat& format, const InputLine& line, const CoordinateLine* read,
-               const std::string& reason);
+    const RowFormat format;
 
-// Writes a blank line or a comment.
-void writeIgnored(OutputBuffer& out, const RowFormat& format, const InputLine& line);
+protected:
+    using Texts = std::array<std::string_view, MAX_ORDINATES>;
+
+private:
+    virtual void write(std::string& out, const InputLine& line, const CoordinateLine& read,
+                       const Texts& ordinates) const = 0;
+};
+
+std::unique_ptr<const RowWriter> makeRowWriter(OutputFormat output, const RowFormat& format);
 
 }  // namespace crsctl

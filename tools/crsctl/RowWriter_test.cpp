@@ -10,47 +10,48 @@ constexpr Decimals PLACES = {2, 2, 1, 0};
 class Rows {
 public:
     Rows(OutputFormat output, const ColumnLayout& layout, Separator separator = Separator::AUTOMATIC)
-        : format{output, layout, separator, PLACES} {}
+        : writer(makeRowWriter(output, {layout, separator, PLACES})) {}
 
     // Returns the row of a line with the results 1, 2, 3 and 4.
     std::string of(const std::string& line, const char* lineEnd = "\n") {
-        OutputBuffer out;
-        writeRow(out, format, {line, lineEnd, 1}, read(line), {1, 2, 3, 4});
-        return std::string(out.view());
+        std::string out;
+        writer->row(out, {line, lineEnd, 1}, read(line), {1, 2, 3, 4});
+        return out;
     }
 
     std::string markOf(const std::string& line) {
-        OutputBuffer out;
-        writeMark(out, format, {line, "\n", 7}, &read(line), "the reason");
-        return std::string(out.view());
+        std::string out;
+        writer->mark(out, {line, "\n", 7}, &read(line), "the reason");
+        return out;
     }
 
     std::string markOfUnreadable(const std::string& line) const {
-        OutputBuffer out;
-        writeMark(out, format, {line, "\n", 7}, nullptr, "the reason");
-        return std::string(out.view());
+        std::string out;
+        writer->mark(out, {line, "\n", 7}, nullptr, "the reason");
+        return out;
     }
 
     std::string headerOf(const std::string& line) const {
-        OutputBuffer out;
-        writeHeader(out, format, line);
-        return std::string(out.view());
+        std::string out;
+        writer->header(out, line);
+        return out;
     }
 
     std::string ignored(const std::string& line) const {
-        OutputBuffer out;
-        writeIgnored(out, format, {line, "\n", 1});
-        return std::string(out.view());
+        std::string out;
+        writer->ignored(out, {line, "\n", 1});
+        return out;
     }
 
 private:
     const CoordinateLine& read(const std::string& line) {
         std::string reason;
+        const RowFormat& format = writer->format;
         EXPECT_TRUE(readCoordinates(line, format.layout, format.separator, coordinates, reason)) << reason;
         return coordinates;
     }
 
-    RowFormat format;
+    std::unique_ptr<const RowWriter> writer;
     CoordinateLine coordinates{};
 };
 

@@ -2,32 +2,31 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cmath>
+#include <condition_variable>
 #include <csignal>
-#include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <memory>
+#include <functional>
+#include <future>
+#include <mutex>
+#include <optional>
+#include <system_error>
 #include <thread>
 #include <unistd.h>
 #include <utility>
 
 #include "tools/common/Process.h"
+#include "tools/common/ProgressBar.h"
 #include "tools/common/Text.h"
-#include "tools/crsctl/BlockTransformer.h"
-#include "tools/crsctl/Blocks.h"
 #include "tools/crsctl/Output.h"
 #include "tools/crsctl/ResolveCommand.h"
-#include "tools/crsctl/Session.h"
 
 namespace crsctl {
 
-using Tools::catchSignals;
-using Tools::finishingSignal;
 using Tools::grouped;
-using Tools::writeAll;
-using Tools::WriteOutcome;
 
 namespace {
 
@@ -42,71 +41,126 @@ std::string rate(std::uint64_t lines, double seconds) {
     const long long perSecond = seconds > 0 ? std::llround(static_cast<double>(lines) / seconds) : 0;
     return grouped(static_cast<std::uint64_t>(perSecond)) + " lines/s";
 }
-
 }  // namespace
 
 std::string summaryLine(const Counts& counts, double seconds) {
     std::array<char, 32> elapsed{};
     std::snprintf(elapsed.data(), elapsed.size(), "%.3f s", seconds);
-    return grouped(counts.lines) + (counts.lines == 1 ? " line: " : " lines: ") + grouped(counts.transformed) +
+    return grouped(counts.lines()) + (counts.lines() == 1 ? " line: " : " lines: ") + grouped(counts.transformed) +
            " transformed, " + grouped(counts.refused) + " refused, " + grouped(counts.ignored) + " ignored; " +
-           elapsed.data() + ", " + rate(counts.lines, seconds);
+           elapsed.data() + ", " + rate(counts.lines(), seconds);
 }
 
-StreamRun::StreamRun(BlockReader& blockReader, bool isQuiet)
-    : reader(blockReader),
-      quiet(isQuiet),
-      progress(stderr, "", blockReader.bytesInAll().value_or(0), !isQuiet && isProgressWanted(blockReader)) {}
+namespace {
 
-// A failure is kept until the results of the blocks before it are written.
-Next StreamRun::nextBlock(Block& block) {
-    try {
-        return pipeClosed ? Next::END : reader.next(block);
-    } catch (const SetUpError& failure) {
-        readingFailure = failure.what();
-        return Next::END;
-    }
-}
+// Passes the blocks of a reader through threads. Writes the results to standard output in the order of the input, and
+// reports refused lines on standard error. The run ends at the end of the input, at a refused line with
+// ErrorMode::STOP, at a signal, and if the reader of the output has ended.
+class StreamRun {
+public:
+    using Transform = std::function<BlockResult(const Block&)>;
 
-// Waits for a result only if no further block fits or no input is available, so that all threads stay busy.
-void StreamRun::process(BlockThreads& threads) {
-    Block block;
-    for (;;) {
-        const Next next = nextBlock(block);
-        if (next == Next::BLOCK) {
-            if (threads.isFull() && !deliver(threads.take())) return;
-            threads.submit(block);
-            continue;
-        }
-        if (!deliverAll(threads) || next == Next::END) return;
-        reader.wait();
-    }
-}
+    // A quiet run writes no progress, no summary and no hint.
+    StreamRun(BlockReader& blockReader, bool isQuiet)
+        : reader(blockReader),
+          quiet(isQuiet),
+          progress(stderr, "", blockReader.bytesInAll().value_or(0), !isQuiet && isProgressWanted(blockReader)) {}
 
-bool StreamRun::deliverAll(BlockThreads& threads) {
-    while (!threads.isEmpty())
-        if (!deliver(threads.take())) return false;
-    return true;
-}
+    // Writes `text` to standard output. Throws SetUpError if that fails.
+    void write(std::string_view text);
+    // If an input cannot be read, the run ends after the lines before the failure. Throws SetUpError if writing fails,
+    // and if the system cannot start a thread.
+    void process(const Transform& transform, unsigned int jobs);
+    // Writes to standard error the failure of an input, the hint if most points look exchanged, and the summary.
+    // Returns the exit code of the run.
+    int finish(const std::string& exchangedHint);
+
+private:
+    void work(const Transform& transform);
+    std::optional<Block> takeBlock();
+    void deliver(const Block& block, const BlockResult& result);
+    void stop();
+
+    std::mutex reading;  // guards `reader` and `readingFailure`
+    BlockReader& reader;
+    std::string readingFailure;
+
+    std::mutex writing;  // guards the members below, standard output and standard error
+    std::condition_variable delivered;
+    std::uint64_t deliveredBlocks = 0;
+    std::atomic<bool> stopped = false;
+    bool pipeClosed = false;
+    Counts counts;
+    const bool quiet;
+    const Tools::Stopwatch stopwatch;
+    Tools::ProgressBar progress;
+};
 
 void StreamRun::write(std::string_view text) {
-    const WriteOutcome outcome = writeAll(STDOUT_FILENO, text);
-    if (outcome == WriteOutcome::FAILED) throw SetUpError(std::string("standard output: ") + std::strerror(errno));
-    pipeClosed = pipeClosed || outcome == WriteOutcome::PIPE_CLOSED;
+    const Tools::WriteOutcome outcome = Tools::writeAll(STDOUT_FILENO, text);
+    if (outcome == Tools::WriteOutcome::FAILED)
+        throw SetUpError(std::string("standard output: ") + std::strerror(errno));
+    if (outcome == Tools::WriteOutcome::PIPE_CLOSED) stopped = pipeClosed = true;
 }
 
-bool StreamRun::deliver(const BlockResult& result) {
-    counts += result.counts;
-    write(result.output.view());
-    report(result.reports.view());
-    progress.advanceTo(reader.bytesConsumed(), rate(counts.lines, stopwatch.seconds()));
-    return !result.stopped && !pipeClosed;
+// This thread is one of the jobs.
+void StreamRun::process(const Transform& transform, unsigned int jobs) {
+    std::vector<std::future<void>> others;
+    try {
+        while (others.size() + 1 < jobs)
+            others.push_back(std::async(std::launch::async, [&] {
+                Tools::blockFinishingSignals();
+                work(transform);
+            }));
+    } catch (const std::system_error& failure) {
+        stop();
+        throw SetUpError("cannot start a thread: " + failure.code().message());
+    }
+    work(transform);
+    for (std::future<void>& other : others) other.get();
 }
 
-void StreamRun::report(std::string_view reports) {
-    if (reports.empty()) return;
-    progress.clear();
-    writeAll(STDERR_FILENO, reports);
+void StreamRun::work(const Transform& transform) {
+    try {
+        while (const std::optional<Block> block = takeBlock()) deliver(*block, transform(*block));
+    } catch (...) {
+        stop();
+        throw;
+    }
+}
+
+std::optional<Block> StreamRun::takeBlock() {
+    const std::lock_guard<std::mutex> lock(reading);
+    try {
+        return stopped || !readingFailure.empty() ? std::nullopt : reader.next();
+    } catch (const SetUpError& failure) {
+        readingFailure = failure.what();
+        return std::nullopt;
+    }
+}
+
+// Waits until the results of the blocks before are written.
+void StreamRun::deliver(const Block& block, const BlockResult& result) {
+    std::unique_lock<std::mutex> lock(writing);
+    delivered.wait(lock, [&] { return stopped || deliveredBlocks == block.number; });
+    if (stopped) return;
+    counts.transformed += result.counts.transformed;
+    counts.refused += result.counts.refused;
+    counts.ignored += result.counts.ignored;
+    counts.lookExchanged += result.counts.lookExchanged;
+    if (result.stopped) stopped = true;
+    write(result.output);
+    if (!result.reports.empty()) progress.clear();
+    Tools::writeAll(STDERR_FILENO, result.reports);
+    progress.advanceTo(block.end, rate(counts.lines(), stopwatch.seconds()));
+    ++deliveredBlocks;
+    delivered.notify_all();
+}
+
+void StreamRun::stop() {
+    const std::lock_guard<std::mutex> lock(writing);
+    stopped = true;
+    delivered.notify_all();
 }
 
 int StreamRun::finish(const std::string& exchangedHint) {
@@ -116,12 +170,10 @@ int StreamRun::finish(const std::string& exchangedHint) {
     if (!quiet && isExchanged) printError(COMMAND_NAME, exchangedHint);
     if (!quiet) printError(COMMAND_NAME, summaryLine(counts, stopwatch.seconds()));
     if (!readingFailure.empty()) return EXIT_SET_UP;
-    const int signal = finishingSignal();
+    const int signal = Tools::finishingSignal();
     if (signal == SIGINT) return EXIT_INTERRUPTED;
     return signal != 0 || pipeClosed || counts.refused != 0 ? EXIT_REFUSED : EXIT_DONE;
 }
-
-namespace {
 
 constexpr unsigned int MAX_DEFAULT_JOBS = 8;
 constexpr char ARGUMENTS[] = "--bounds";  // the name of the input in messages if boxes are arguments
@@ -137,29 +189,17 @@ void addHeaderNames(ColumnLayout& layout, const std::string& header, Separator s
     }
 }
 
-// Columns that are named by direction have the same directions in the output.
-ColumnLayout layoutFrom(const TransformOptions& options, const CrsPair& pair, bool& exchanged) {
-    const Shape shape = options.bounds ? Shape::BOX : Shape::POINT;
-    if (options.columns.empty()) return ColumnLayout(shape);
-    const bool isEastFirst = pair.source().isAxisOrderEastNorthOrLonLat();
-    ColumnLayout layout(shape, options.columns, isEastFirst);
-    if (!layout.isByDirection) return layout;
-    exchanged = isEastFirst != pair.target().isAxisOrderEastNorthOrLonLat();
-    layout.nameByDirection(isEastFirst, pair.target().isGeographic());
-    return layout;
-}
+bool isEastFirst(const CoordinateTransformation::AbstractCrs& crs) { return crs.isAxisOrderEastNorthOrLonLat(); }
 
-LineOptions lineOptionsFrom(const CommonOptions& common, const TransformOptions& options, const CrsPair& pair) {
-    LineOptions lines;
-    lines.format.layout = layoutFrom(options, pair, lines.exchanged);
-    lines.format.separator = options.separator;
-    lines.format.output = options.output.value_or(common.json ? OutputFormat::JSON : OutputFormat::TEXT);
-    lines.format.decimals = pair.decimals(lines.format.layout.shape);
-    if (options.decimals) lines.format.decimals.fill(*options.decimals);
-    lines.comment = options.comment;
-    lines.errors = options.errors;
-    lines.pointsPerEdge = options.pointsPerEdge;
-    return lines;
+// Columns that are named by direction have the same directions in the output.
+RowFormat formatFrom(const TransformOptions& options, const CrsPair& pair) {
+    const Shape shape = options.bounds ? Shape::BOX : Shape::POINT;
+    RowFormat format{ColumnLayout(shape), options.separator, pair.decimals(shape)};
+    if (!options.columns.empty()) format.layout = ColumnLayout(shape, options.columns, isEastFirst(pair.source()));
+    if (format.layout.isByDirection)
+        format.layout.nameByDirection(isEastFirst(pair.source()), pair.target().isGeographic());
+    if (options.decimals) format.decimals.fill(*options.decimals);
+    return format;
 }
 
 // Returns whether the arguments of --bounds are boxes rather than files.
@@ -175,36 +215,24 @@ std::string boxLines(const std::vector<std::string>& numbers) {
     return lines;
 }
 
-BlockReader openInput(const TransformOptions& options, LineOptions& lines) {
+BlockReader openInput(TransformOptions& options) {
     if (hasBoxesAsArguments(options)) {
-        lines.inputNames = {ARGUMENTS};
+        options.lines.inputNames = {ARGUMENTS};
         return BlockReader(boxLines(options.files));
     }
-    const std::vector<std::string> files = options.files.empty() ? std::vector<std::string>{"-"} : options.files;
-    for (const std::string& file : files) lines.inputNames.push_back(inputName(file));
-    return {files, options.header};
+    if (options.files.empty()) options.files = {"-"};
+    for (const std::string& file : options.files) options.lines.inputNames.push_back(inputName(file));
+    return {options.files, options.header};
 }
 
 unsigned int jobsFor(const TransformOptions& options) {
     return options.jobs > 0 ? options.jobs : std::clamp(std::thread::hardware_concurrency(), 1U, MAX_DEFAULT_JOBS);
 }
 
-ProcessBlock makeProcessor(const CrsPair& pair, const LineOptions& lines) {
-    const auto transformer = std::make_shared<BlockTransformer>(pair, lines);
-    return [transformer](const Block& block, BlockResult& result) { transformer->process(block, result); };
-}
-
 std::string hintFor(const CrsPair& pair) {
-    const bool isEastFirst = pair.source().isAxisOrderEastNorthOrLonLat();
     return std::string("hint: latitude and longitude look exchanged; the axis order of the input is ") +
-           axisOrderText(true, isEastFirst) + " (--columns " + (isEastFirst ? "lat,lon" : "lon,lat") +
-           " reads the other order)";
-}
-
-void writeHeaderRow(StreamRun& run, const RowFormat& format, const std::string& header) {
-    OutputBuffer row;
-    writeHeader(row, format, header);
-    run.write(row.view());
+           axisOrderText(true, isEastFirst(pair.source())) + " (--columns " +
+           (isEastFirst(pair.source()) ? "lat,lon" : "lon,lat") + " reads the other order)";
 }
 
 }  // namespace
@@ -213,15 +241,20 @@ int transformCommand(const CommonOptions& common, TransformOptions options) {
     if (options.inverse) std::swap(options.from, options.to);
     const Session session(common);
     const CrsPair pair(session, options.from, options.to);
-    LineOptions lines = lineOptionsFrom(common, options, pair);
-    catchSignals();
-    BlockReader reader = openInput(options, lines);
+    RowFormat format = formatFrom(options, pair);
+    LineOptions& lines = options.lines;
+    lines.exchanged = format.layout.isByDirection && isEastFirst(pair.source()) != isEastFirst(pair.target());
+    Tools::catchSignals();
+    BlockReader reader = openInput(options);
     const std::string header = reader.header();
-    addHeaderNames(lines.format.layout, header, lines.format.separator);
+    addHeaderNames(format.layout, header, format.separator);
+    lines.writer =
+        makeRowWriter(options.output.value_or(common.json ? OutputFormat::JSON : OutputFormat::TEXT), format);
     StreamRun run(reader, common.quiet);
-    if (!header.empty()) writeHeaderRow(run, lines.format, header);
-    BlockThreads threads(jobsFor(options), [&] { return makeProcessor(pair, lines); });
-    run.process(threads);
+    std::string headerRow;
+    if (!header.empty()) lines.writer->header(headerRow, header);
+    run.write(headerRow);
+    run.process([&](const Block& block) { return transformBlock(pair, lines, block); }, jobsFor(options));
     return run.finish(hintFor(pair));
 }
 
