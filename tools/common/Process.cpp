@@ -17,10 +17,14 @@ std::atomic<int> caught = 0;
 // A pipe to which the handler writes, so that a signal between the check of `caught` and poll() also ends the wait.
 std::array<int, 2> wakeUp = {-1, -1};
 
-void noteSignal(int signal) {
-    caught = signal;
+void endWaits() {
     const char byte = 0;
     [[maybe_unused]] const ssize_t ignored = write(wakeUp[1], &byte, 1);
+}
+
+void noteSignal(int signal) {
+    caught = signal;
+    endWaits();
 }
 
 void setHandler(int signal, void (*handler)(int), int flags) {
@@ -62,6 +66,12 @@ void catchSignals() {
 }
 
 int finishingSignal() { return caught; }
+
+void finishWithoutSignal() {
+    int none = 0;
+    caught.compare_exchange_strong(none, NO_SIGNAL);
+    endWaits();
+}
 
 void waitForInput(int descriptor) {
     std::array<pollfd, 2> watched = {pollfd{descriptor, POLLIN, 0}, pollfd{wakeUp[0], POLLIN, 0}};

@@ -20,10 +20,14 @@ void ignoreClosedPipes();
 // ignored. A second signal of the same kind ends the program at once.
 void catchSignals();
 
-// Returns the signal that asked the program to finish, or 0.
+// Returns the signal that asked the program to finish, NO_SIGNAL after finishWithoutSignal(), or 0.
 int finishingSignal();
+constexpr int NO_SIGNAL = -1;
 
-// Waits until `descriptor` has input or a signal has asked the program to finish.
+// Ends the waits for input in all threads, as a signal does. REQUIRES: catchSignals() was called.
+void finishWithoutSignal();
+
+// Waits until `descriptor` has input or the program is asked to finish.
 void waitForInput(int descriptor);
 
 // Blocks the signals of catchSignals in the calling thread, so that another thread receives them.

@@ -5,6 +5,7 @@
 #include <functional>
 #include <string>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -77,6 +78,28 @@ TEST(TheWaitForInput, EndsAfterAWrite) {
     writeAll(pipe.writer(), "x");
     waitForInput(pipe.reader());
     EXPECT_EQ(finishingSignal(), 0);
+}
+
+TEST(TheWaitForInput, EndsInEveryThreadOnRequest) {
+    EXPECT_EQ(resultInChild([] {
+                  const Pipe pipe;
+                  catchSignals();
+                  std::thread waiting([&pipe] { waitForInput(pipe.reader()); });
+                  finishWithoutSignal();
+                  waiting.join();
+                  return finishingSignal() == NO_SIGNAL ? 0 : 1;
+              }),
+              0);
+}
+
+TEST(TheWaitForInput, KeepsTheSignalThatEndedIt) {
+    EXPECT_EQ(resultInChild([] {
+                  catchSignals();
+                  std::raise(SIGINT);
+                  finishWithoutSignal();
+                  return finishingSignal();
+              }),
+              SIGINT);
 }
 
 class FinishingSignal : public testing::TestWithParam<int> {};

@@ -1,7 +1,6 @@
 #include "tools/common/ProgressBar.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <unistd.h>
@@ -20,23 +19,28 @@ double shareDone(const Progress& progress) {
     return std::min(1.0, static_cast<double>(progress.done) / static_cast<double>(progress.total));
 }
 
-std::string formatted(const char* format, int first, int second) {
-    std::array<char, 32> buffer{};
-    std::snprintf(buffer.data(), buffer.size(), format, first, second);
-    return buffer.data();
+// Returns the number, with the character before it in as many places as the width has more.
+std::string justified(int number, std::size_t width, char before) {
+    const std::string digits = std::to_string(number);
+    return std::string(width - std::min(width, digits.size()), before) + digits;
 }
 
 // Returns "0:07", "12:30" or "3:05:00"; "-" before the first step.
 std::string timeLeft(double share, double seconds) {
     if (share <= 0) return "-";
     const int left = static_cast<int>(std::lround(std::min(LONGEST_LEFT, seconds * (1 - share) / share)));
-    if (left < 3600) return formatted("%d:%02d", left / 60, left % 60);
-    return std::to_string(left / 3600) + formatted(":%02d:%02d", left / 60 % 60, left % 60);
+    const std::string hours = left < 3600 ? "" : std::to_string(left / 3600) + ":";
+    return hours + justified(left / 60 % 60, hours.empty() ? 1 : 2, '0') + ":" + justified(left % 60, 2, '0');
 }
 
 std::string variable(const char* name) {
     const char* const value = std::getenv(name);
     return value == nullptr ? "" : value;
+}
+
+// Returns whether the output is a terminal with a cursor, and NO_COLOR is not set.
+bool canDrawProgress(std::FILE* output) {
+    return isatty(fileno(output)) != 0 && variable("NO_COLOR").empty() && variable("TERM") != "dumb";
 }
 
 }  // namespace
@@ -45,12 +49,8 @@ std::string progressLine(const std::string& label, const Progress& progress, con
     const double share = shareDone(progress);
     const auto filled = static_cast<std::size_t>(share * BAR_WIDTH);
     return label + (label.empty() ? "[" : " [") + std::string(filled, '#') + std::string(BAR_WIDTH - filled, '.') +
-           "] " + formatted("%*d %%", 3, static_cast<int>(share * 100)) + "  " + note + (note.empty() ? "" : "  ") +
+           "] " + justified(static_cast<int>(share * 100), 3, ' ') + " %  " + note + (note.empty() ? "" : "  ") +
            timeLeft(share, progress.seconds) + " left";
-}
-
-bool canDrawProgress(std::FILE* output) {
-    return isatty(fileno(output)) != 0 && variable("NO_COLOR").empty() && variable("TERM") != "dumb";
 }
 
 ProgressBar::ProgressBar(std::FILE* output, std::string labelText, std::uint64_t stepCount, bool isWanted)

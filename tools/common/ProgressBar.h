@@ -28,10 +28,8 @@ struct Progress {
 // The label and the note ("1,500 lines/s") may be empty.
 std::string progressLine(const std::string& label, const Progress& progress, const std::string& note);
 
-// Returns whether a progress bar may be drawn on `output`: it is a terminal with a cursor, and NO_COLOR is not set.
-bool canDrawProgress(std::FILE* output);
-
-// A progress bar on a terminal, drawn a few times a second. On any other output it writes nothing.
+// A progress bar on a terminal, drawn a few times a second. On any other output, on a terminal without a cursor, and if
+// NO_COLOR is set, it writes nothing.
 // Any thread may advance it.
 class ProgressBar {
 public:

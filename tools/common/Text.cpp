@@ -12,18 +12,13 @@ bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0
 
 bool isControl(char byte) { return static_cast<unsigned char>(byte) < 0x20U || byte == 0x7F; }
 
-void appendEscaped(std::string& out, char byte) {
+std::string escaped(char byte) {
     constexpr char DIGITS[] = "0123456789ABCDEF";
+    if (byte == '\n') return "\\n";
+    if (byte == '\t') return "\\t";
+    if (byte == '\r') return "\\r";
     const auto code = static_cast<unsigned char>(byte);
-    if (byte == '\n') {
-        out += "\\n";
-    } else if (byte == '\t') {
-        out += "\\t";
-    } else if (byte == '\r') {
-        out += "\\r";
-    } else {
-        out += {'\\', 'x', DIGITS[code >> 4U], DIGITS[code & 0x0FU]};
-    }
+    return {'\\', 'x', DIGITS[code >> 4U], DIGITS[code & 0x0FU]};
 }
 
 // Returns the columns of `text` on a terminal: one for each character of UTF-8.
@@ -55,12 +50,8 @@ std::string_view cut(std::string_view text, std::size_t limit) {
 std::string printable(std::string_view text, std::size_t limit) {
     const bool tooLong = text.size() > limit;
     std::string out;
-    for (const char byte : tooLong ? cut(text, limit) : text) {
-        if (isControl(byte))
-            appendEscaped(out, byte);
-        else
-            out += byte;
-    }
+    for (const char byte : tooLong ? cut(text, limit) : text)
+        out += isControl(byte) ? escaped(byte) : std::string(1, byte);
     return tooLong ? out + "..." : out;
 }
 
@@ -107,15 +98,12 @@ std::size_t editDistance(std::string_view left, std::string_view right) {
 }
 
 std::optional<std::string> closest(std::string_view word, const std::vector<std::string>& known) {
-    const std::string* best = nullptr;
-    std::size_t distance = std::max(std::size_t{1}, word.size() / 3) + 1;
-    for (const std::string& candidate : known) {
-        const std::size_t found = editDistance(word, candidate);
-        if (found >= distance) continue;
-        best = &candidate;
-        distance = found;
-    }
-    return best == nullptr ? std::nullopt : std::optional(*best);
+    const auto distance = [word](const std::string& candidate) { return editDistance(word, candidate); };
+    const auto best = std::min_element(known.begin(), known.end(), [distance](const auto& left, const auto& right) {
+        return distance(left) < distance(right);
+    });
+    if (best == known.end() || distance(*best) > std::max(std::size_t{1}, word.size() / 3)) return std::nullopt;
+    return *best;
 }
 
 }  // namespace Tools

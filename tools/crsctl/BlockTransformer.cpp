@@ -17,16 +17,13 @@
 
 namespace crsctl {
 
-using CoordinateTransformation::AbstractCrs;
-using CoordinateTransformation::Crs;
 using CoordinateTransformation::CrsConfigData;
 using CoordinateTransformation::CrsDescription;
-using CoordinateTransformation::CrsDescriptions;
 using CoordinateTransformation::GeographicBox;
 
 namespace {
 
-Crs crsNamed(const std::string& name, const Session& session) {
+CoordinateTransformation::Crs crsNamed(const std::string& name, const Session& session) {
     try {
         return session.createFromName(name, true);
     } catch (const std::exception&) {
@@ -38,20 +35,20 @@ constexpr int METRES = CrsConfigData::DEFAULT_NUMBER_OF_PLACES_METER;
 constexpr int DEGREES = CrsConfigData::DEFAULT_NUMBER_OF_PLACES_DEGREE;
 
 // Returns the decimal places of the entry, or else the default if it has none or a number that cannot be written.
-int horizontalDecimalsOf(const AbstractCrs& crs, const Session& session) {
+int horizontalDecimalsOf(const CoordinateTransformation::AbstractCrs& crs, const Session& session) {
     const CrsConfigData* const entry = session.config().getEntryFor(crs);
     const int configured = entry == nullptr ? -1 : entry->getNumberOfDecimalPlaces().value_or(-1);
     if (configured >= 0 && configured <= Tools::MAX_DECIMALS) return configured;
     return crs.isGeographic() ? DEGREES : METRES;
 }
 
-const GeographicBox* areaOf(const CrsDescription* described) {
-    return described != nullptr && described->box ? &*described->box : nullptr;
+GeographicBox areaOf(const CrsDescription* described) {
+    constexpr GeographicBox EARTH{-180, -90, 180, 90};
+    return described != nullptr && described->box ? *described->box : EARTH;
 }
 
-bool isWithin(const GeographicBox* area, double longitude, double latitude) {
-    constexpr GeographicBox EARTH{-180, -90, 180, 90};
-    const auto& [west, south, east, north] = area == nullptr ? EARTH : *area;
+bool isWithin(const GeographicBox& area, double longitude, double latitude) {
+    const auto& [west, south, east, north] = area;
     if (!(latitude >= south && latitude <= north)) return false;
     return west <= east ? longitude >= west && longitude <= east : longitude >= west || longitude <= east;
 }
@@ -62,7 +59,7 @@ CrsPair::CrsPair(const Session& session, const std::string& from, const std::str
     : sourceCrs(crsNamed(from, session)),
       targetCrs(crsNamed(to, session)),
       horizontalDecimals(horizontalDecimalsOf(*targetCrs.get(), session)) {
-    const CrsDescriptions& descriptions = CrsDescriptions::ofProjDirectory();
+    const auto& descriptions = CoordinateTransformation::CrsDescriptions::ofProjDirectory();
     const CrsDescription* const described = descriptions.find(source().getPrimaryCode());
     isSourceInDegrees = source().isGeographic() && (described == nullptr || described->unit == "degree");
     sourceArea = areaOf(described);
@@ -128,17 +125,113 @@ struct Row {
 
 class BlockTransformer {
 public:
-    BlockTransformer(const CrsPair& crsPair, const LineOptions& lineOptions, const Block& linesOfInput);
+    BlockTransformer(const CrsPair& crsPair, const LineOptions& lineOptions, const Block& linesOfInput)
+        : pair(crsPair),
+          options(lineOptions),
+          writer(*lineOptions.writer),
+          layout(writer.format.layout),
+          block(linesOfInput) {
+        try {
+            transformer.emplace(pair.source(), pair.target());
+        } catch (const CoordinateTransformation::TransExecException& failure) {
+            missingOperation = failure.what();
+        }
+    }
 
-    BlockResult run();
+    BlockResult run() {
+        std::string_view lines = block.lines;
+        for (std::uint64_t number = block.firstLine; !result.stopped && !lines.empty(); ++number) {
+            readRow(rows[waiting++], takeLine(lines, number));
+            if (waiting == MAX_ROWS) finishRows();
+        }
+        finishRows();
+        return std::move(result);
+    }
 
 private:
-    void readRow(Row& row, const InputLine& line) const;
-    void finishRows();
-    void transformPoints(std::size_t begin, std::size_t end);
-    void transformBoxes(std::size_t begin, std::size_t end);
-    void writeRow(const Row& row, Ordinates& moved);
-    void refuse(const Row& row);
+    void readRow(Row& row, const InputLine& line) const {
+        const std::string& comment = options.comment;
+        const bool isComment = !comment.empty() && line.text.substr(0, comment.size()) == comment;
+        row.line = line;
+        row.ignored = !block.tooLong && (isComment || isBlank(line.text));
+        row.failure.reset();
+        row.read.count = 0;
+        if (row.ignored) return;
+        std::string reason;
+        if (block.tooLong || line.text.size() > LONGEST_LINE)
+            row.failure = "the line is longer than " + std::to_string(LONGEST_LINE) + " bytes";
+        else if (!readCoordinates(line.text, layout, writer.format.separator, row.read, reason)) {
+            row.failure = reason;
+            row.read.count = 0;
+        }
+    }
+
+    // Transforms and writes the waiting rows. One call of the library transforms consecutive points that have the same
+    // number of ordinates.
+    void finishRows() {
+        for (std::size_t begin = 0, end = 0; begin < waiting; begin = end) {
+            const std::size_t count = rows[begin].read.count;
+            while (end < waiting && rows[end].read.count == count) ++end;
+            if (count == 0) continue;
+            if (layout.shape == Shape::BOX)
+                transformBoxes(begin, end);
+            else
+                transformPoints(begin, end);
+        }
+        for (std::size_t i = 0; i < waiting && !result.stopped; ++i) writeRow(rows[i], results[i]);
+        waiting = 0;
+    }
+
+    void transformPoints(std::size_t begin, std::size_t end) {
+        std::array<bool, MAX_ROWS> failed;
+        failed.fill(true);
+        const std::size_t count = rows[begin].read.count;
+        for (std::size_t i = begin; i < end; ++i) results[i] = rows[i].read.value;
+        double* const first = results[begin].data();
+        if (transformer)
+            transformer->transform(end - begin, first + X, first + Y, count > Z ? first + Z : nullptr, MAX_ORDINATES,
+                                   &failed[begin]);
+        for (std::size_t i = begin; i < end; ++i)
+            if (failed[i] || !areFinite(results[i], count)) rows[i].failure = pair.failureReason(rows[i].read);
+    }
+
+    void transformBoxes(std::size_t begin, std::size_t end) {
+        for (std::size_t i = begin; i < end; ++i) {
+            const auto& [minX, minY, maxX, maxY] = rows[i].read.value;
+            rows[i].failure = missingOperation;
+            if (!transformer) continue;
+            try {
+                const auto box = transformer->transformBounds({minX, minY, maxX, maxY}, options.pointsPerEdge);
+                results[i] = {box.minX, box.minY, box.maxX, box.maxY};
+                rows[i].failure.reset();
+            } catch (const std::exception& failure) {
+                rows[i].failure = failure.what();
+            }
+        }
+    }
+
+    void writeRow(const Row& row, Ordinates& moved) {
+        if (row.ignored) {
+            ++result.counts.ignored;
+            return writer.ignored(result.output, row.line);
+        }
+        const bool isPoint = row.read.count > 0 && layout.shape == Shape::POINT;
+        if (isPoint && pair.looksExchanged(row.read.value)) ++result.counts.lookExchanged;
+        if (row.failure) return refuse(row);
+        ++result.counts.transformed;
+        if (options.exchanged) std::swap(moved[X], moved[Y]);
+        writer.row(result.output, row.line, row.read, moved);
+    }
+
+    void refuse(const Row& row) {
+        ++result.counts.refused;
+        result.reports += "crsctl transform: " + options.inputNames[block.input] + ":" +
+                          std::to_string(row.line.number) + ": " + *row.failure + ": " +
+                          Tools::printable(row.line.text) + "\n";
+        if (options.errors == ErrorMode::MARK)
+            writer.mark(result.output, row.line, row.read.count > 0 ? &row.read : nullptr, *row.failure);
+        result.stopped = options.errors == ErrorMode::STOP;
+    }
 
     const CrsPair& pair;
     const LineOptions& options;
@@ -153,112 +246,6 @@ private:
     std::array<Ordinates, MAX_ROWS> results;
     std::size_t waiting = 0;  // so many of the rows are read but not transformed
 };
-
-BlockTransformer::BlockTransformer(const CrsPair& crsPair, const LineOptions& lineOptions, const Block& linesOfInput)
-    : pair(crsPair),
-      options(lineOptions),
-      writer(*lineOptions.writer),
-      layout(writer.format.layout),
-      block(linesOfInput) {
-    try {
-        transformer.emplace(pair.source(), pair.target());
-    } catch (const CoordinateTransformation::TransExecException& failure) {
-        missingOperation = failure.what();
-    }
-}
-
-BlockResult BlockTransformer::run() {
-    std::string_view lines = block.lines;
-    for (std::uint64_t number = block.firstLine; !result.stopped && !lines.empty(); ++number) {
-        readRow(rows[waiting++], takeLine(lines, number));
-        if (waiting == MAX_ROWS) finishRows();
-    }
-    finishRows();
-    return std::move(result);
-}
-
-void BlockTransformer::readRow(Row& row, const InputLine& line) const {
-    const std::string& comment = options.comment;
-    const bool isComment = !comment.empty() && line.text.substr(0, comment.size()) == comment;
-    row.line = line;
-    row.ignored = !block.tooLong && (isComment || isBlank(line.text));
-    row.failure.reset();
-    row.read.count = 0;
-    if (row.ignored) return;
-    std::string reason;
-    if (block.tooLong || line.text.size() > LONGEST_LINE)
-        row.failure = "the line is longer than " + std::to_string(LONGEST_LINE) + " bytes";
-    else if (!readCoordinates(line.text, layout, writer.format.separator, row.read, reason)) {
-        row.failure = reason;
-        row.read.count = 0;
-    }
-}
-
-// Transforms and writes the waiting rows. One call of the library transforms consecutive points that have the same
-// number of ordinates.
-void BlockTransformer::finishRows() {
-    for (std::size_t begin = 0, end = 0; begin < waiting; begin = end) {
-        const std::size_t count = rows[begin].read.count;
-        while (end < waiting && rows[end].read.count == count) ++end;
-        if (count == 0) continue;
-        if (layout.shape == Shape::BOX)
-            transformBoxes(begin, end);
-        else
-            transformPoints(begin, end);
-    }
-    for (std::size_t i = 0; i < waiting && !result.stopped; ++i) writeRow(rows[i], results[i]);
-    waiting = 0;
-}
-
-void BlockTransformer::transformPoints(std::size_t begin, std::size_t end) {
-    std::array<bool, MAX_ROWS> failed;
-    failed.fill(true);
-    const std::size_t count = rows[begin].read.count;
-    for (std::size_t i = begin; i < end; ++i) results[i] = rows[i].read.value;
-    double* const first = results[begin].data();
-    if (transformer)
-        transformer->transform(end - begin, first + X, first + Y, count > Z ? first + Z : nullptr, MAX_ORDINATES,
-                               &failed[begin]);
-    for (std::size_t i = begin; i < end; ++i)
-        if (failed[i] || !areFinite(results[i], count)) rows[i].failure = pair.failureReason(rows[i].read);
-}
-
-void BlockTransformer::transformBoxes(std::size_t begin, std::size_t end) {
-    for (std::size_t i = begin; i < end; ++i) {
-        const auto& [minX, minY, maxX, maxY] = rows[i].read.value;
-        rows[i].failure = missingOperation;
-        if (!transformer) continue;
-        try {
-            const auto box = transformer->transformBounds({minX, minY, maxX, maxY}, options.pointsPerEdge);
-            results[i] = {box.minX, box.minY, box.maxX, box.maxY};
-            rows[i].failure.reset();
-        } catch (const std::exception& failure) {
-            rows[i].failure = failure.what();
-        }
-    }
-}
-
-void BlockTransformer::writeRow(const Row& row, Ordinates& moved) {
-    if (row.ignored) {
-        ++result.counts.ignored;
-        return writer.ignored(result.output, row.line);
-    }
-    const bool isPoint = row.read.count > 0 && layout.shape == Shape::POINT;
-    if (isPoint && pair.looksExchanged(row.read.value)) ++result.counts.lookExchanged;
-    if (row.failure) return refuse(row);
-    ++result.counts.transformed;
-    if (options.exchanged) std::swap(moved[X], moved[Y]);
-    writer.row(result.output, row.line, row.read, moved);
-}
-
-void BlockTransformer::refuse(const Row& row) {
-    ++result.counts.refused;
-    result.reports += "crsctl transform: " + options.inputNames[block.input] + ":" + std::to_string(row.line.number) +
-                      ": " + *row.failure + ": " + Tools::printable(row.line.text) + "\n";
-    if (options.errors == ErrorMode::MARK)
-        writer.mark(result.output, row.line, row.read.count > 0 ? &row.read : nullptr, *row.failure);
-    result.stopped = options.errors == ErrorMode::STOP;
-}
 
 }  // namespace
 

@@ -36,9 +36,9 @@ private:
     CoordinateTransformation::Crs targetCrs;
     int horizontalDecimals;
     bool isSourceInDegrees = false;
-    // The areas of use, in degrees. Null means the whole earth.
-    const CoordinateTransformation::GeographicBox* sourceArea = nullptr;
-    const CoordinateTransformation::GeographicBox* targetArea = nullptr;
+    // The areas of use, in degrees; the whole earth if one is not known.
+    CoordinateTransformation::GeographicBox sourceArea;
+    CoordinateTransformation::GeographicBox targetArea;
 };
 
 // The output for a refused line. Every refused line is reported.

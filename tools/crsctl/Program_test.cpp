@@ -362,6 +362,45 @@ TEST(Transforming, TransformsEachLineAsItArrives) {
     }
 }
 
+// No further input arrives.
+TEST(Transforming, StopsAtABadLineWithoutWaitingForMore) {
+    for (const char* jobs : {"1", "4"}) {
+        Pipe input;
+        Pipe output;
+        Program program(toUtm({"--jobs", jobs, "--errors", "stop"}), input.takeReadEnd(), output.takeWriteEnd(),
+                        openFile("/dev/null", O_WRONLY));
+        input.write(POINT);
+        EXPECT_EQ(output.read(23), "500000.000\t5538630.703\n");
+        input.write("bad\n");
+        EXPECT_EQ(program.exitCode(), 1);
+    }
+}
+
+TEST(Transforming, EndsIfTheOutputIsClosedWhileItWaits) {
+    for (const char* jobs : {"1", "4"}) {
+        Pipe input;
+        Pipe output;
+        Program program(toUtm({"--jobs", jobs}), input.takeReadEnd(), output.takeWriteEnd(),
+                        openFile("/dev/null", O_WRONLY));
+        input.write(POINT);
+        EXPECT_EQ(output.read(23), "500000.000\t5538630.703\n");
+        output.closeReadEnd();
+        input.write(POINT);
+        EXPECT_EQ(program.exitCode(), 1);
+    }
+}
+
+TEST(Transforming, WritesTheResultsBeforeAnInputThatCannotBeRead) {
+    const TemporaryFile file(POINT);
+    for (const char* jobs : {"1", "4"}) {
+        const Outcome outcome = run(toUtm({"--jobs", jobs, file.path(), "/proc/self/mem", file.path()}), "");
+        EXPECT_EQ(outcome.exitCode, 2);
+        EXPECT_EQ(outcome.output, "500000.000\t5538630.703\n");
+        EXPECT_THAT(linesOf(outcome.errors), ElementsAre("crsctl transform: /proc/self/mem: Input/output error",
+                                                         StartsWith("crsctl transform: 1 line: 1 transformed, ")));
+    }
+}
+
 // The result of the first file is written before standard input is read.
 TEST(Transforming, WritesTheResultOfAFileBeforeItWaitsForAPipe) {
     const TemporaryFile file(POINT);

@@ -30,7 +30,7 @@ class TextWriter final : public RowWriter {
 public:
     using RowWriter::RowWriter;
 
-    void header(std::string& out, std::string_view line) const override { out.append(line) += '\n'; }
+    void header(std::string& out, std::string_view line) const override { out.append(line).append("\n"); }
 
     void mark(std::string& out, const InputLine& line, const CoordinateLine* read,
               const std::string& /*reason*/) const override {
@@ -52,12 +52,15 @@ private:
         const char* copied = first == MAX_ORDINATES ? line.text.data() : read.text[first].data();
         bool follows = false;  // an ordinate in the column before
         for (const std::size_t ordinate : format.layout.ordinates) {
-            const bool present = ordinate < read.count;
-            if (present && follows) out += separator(ordinate, read.separator);
-            if (present && !follows) out.append(between(copied, read.text[ordinate].data()));
-            if (present) out.append(ordinates[ordinate]);
-            if (present) copied = read.text[ordinate].data() + read.text[ordinate].size();
-            follows = present;
+            const bool isPresent = ordinate < read.count;
+            if (isPresent) {
+                const std::string_view text = read.text[ordinate];
+                const char gap = separator(ordinate, read.separator);
+                out.append(follows ? std::string_view(&gap, 1) : between(copied, text.data()))
+                    .append(ordinates[ordinate]);
+                copied = text.data() + text.size();
+            }
+            follows = isPresent;
         }
         out.append(between(copied, line.text.data() + line.text.size())).append(line.end);
     }
@@ -85,8 +88,6 @@ public:
               const std::string& /*reason*/) const override {
         writeColumns(out, line.text, read != nullptr ? read->count : format.layout.leastCount(), {"*", "*", "*", "*"});
     }
-
-    void ignored(std::string& /*out*/, const InputLine& /*line*/) const override {}
 
 private:
     void write(std::string& out, const InputLine& line, const CoordinateLine& read,
@@ -122,14 +123,10 @@ class JsonWriter final : public RowWriter {
 public:
     using RowWriter::RowWriter;
 
-    void header(std::string& /*out*/, std::string_view /*line*/) const override {}
-
     void mark(std::string& out, const InputLine& line, const CoordinateLine* /*read*/,
               const std::string& reason) const override {
         out += serialisedInLine({{"line", line.number}, {"error", reason}, {"input", std::string(line.text)}}) + '\n';
     }
-
-    void ignored(std::string& /*out*/, const InputLine& /*line*/) const override {}
 
 private:
     void write(std::string& out, const InputLine& line, const CoordinateLine& read,
@@ -178,14 +175,8 @@ private:
 }  // namespace
 
 std::unique_ptr<const RowWriter> makeRowWriter(OutputFormat output, const RowFormat& format) {
-    switch (output) {
-        case OutputFormat::CSV:
-            return std::make_unique<CsvWriter>(format);
-        case OutputFormat::JSON:
-            return std::make_unique<JsonWriter>(format);
-        case OutputFormat::TEXT:
-            break;
-    }
+    if (output == OutputFormat::CSV) return std::make_unique<CsvWriter>(format);
+    if (output == OutputFormat::JSON) return std::make_unique<JsonWriter>(format);
     return std::make_unique<TextWriter>(format);
 }
 

@@ -47,14 +47,14 @@ public:
     virtual ~RowWriter() = default;
 
     // Writes the header of the input, the line with the names of its columns.
-    virtual void header(std::string& out, std::string_view line) const = 0;
+    virtual void header(std::string& /*out*/, std::string_view /*line*/) const {}
     // Writes a transformed line. `read` has the ordinates of the input, `result` those of the output.
     void row(std::string& out, const InputLine& line, const CoordinateLine& read, const Ordinates& result) const;
     // Writes a refused line. `read` is null if the line could not be read.
     virtual void mark(std::string& out, const InputLine& line, const CoordinateLine* read,
                       const std::string& reason) const = 0;
     // Writes a blank line or a comment.
-    virtual void ignored(std::string& out, const InputLine& line) const = 0;
+    virtual void ignored(std::string& /*out*/, const InputLine& /*line*/) const {}
 
     const RowFormat format;
 

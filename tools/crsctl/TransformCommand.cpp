@@ -41,6 +41,7 @@ std::string rate(std::uint64_t lines, double seconds) {
     const long long perSecond = seconds > 0 ? std::llround(static_cast<double>(lines) / seconds) : 0;
     return grouped(static_cast<std::uint64_t>(perSecond)) + " lines/s";
 }
+
 }  // namespace
 
 std::string summaryLine(const Counts& counts, double seconds) {
@@ -67,19 +68,93 @@ public:
           progress(stderr, "", blockReader.bytesInAll().value_or(0), !isQuiet && isProgressWanted(blockReader)) {}
 
     // Writes `text` to standard output. Throws SetUpError if that fails.
-    void write(std::string_view text);
-    // If an input cannot be read, the run ends after the lines before the failure. Throws SetUpError if writing fails,
-    // and if the system cannot start a thread.
-    void process(const Transform& transform, unsigned int jobs);
+    void write(std::string_view text) {
+        const Tools::WriteOutcome outcome = Tools::writeAll(STDOUT_FILENO, text);
+        if (outcome == Tools::WriteOutcome::FAILED)
+            throw SetUpError(std::string("standard output: ") + std::strerror(errno));
+        if (outcome != Tools::WriteOutcome::PIPE_CLOSED) return;
+        pipeClosed = true;
+        stop();
+    }
+
+    // Runs `jobs` threads, this one among them. If an input cannot be read, the run ends after the lines before the
+    // failure. Throws SetUpError if writing fails, and if the system cannot start a thread.
+    void process(const Transform& transform, unsigned int jobs) {
+        std::vector<std::future<void>> others;
+        try {
+            while (others.size() + 1 < jobs)
+                others.push_back(std::async(std::launch::async, [&] {
+                    Tools::blockFinishingSignals();
+                    work(transform);
+                }));
+        } catch (const std::system_error& failure) {
+            const std::lock_guard<std::mutex> lock(writing);
+            stop();
+            throw SetUpError("cannot start a thread: " + failure.code().message());
+        }
+        work(transform);
+        for (std::future<void>& other : others) other.get();
+    }
+
     // Writes to standard error the failure of an input, the hint if most points look exchanged, and the summary.
     // Returns the exit code of the run.
-    int finish(const std::string& exchangedHint);
+    int finish(const std::string& exchangedHint) {
+        progress.clear();
+        if (!readingFailure.empty()) printError(COMMAND_NAME, readingFailure);
+        const bool isExchanged = 2 * counts.lookExchanged > counts.transformed + counts.refused;
+        if (!quiet && isExchanged) printError(COMMAND_NAME, exchangedHint);
+        if (!quiet) printError(COMMAND_NAME, summaryLine(counts, stopwatch.seconds()));
+        if (!readingFailure.empty()) return EXIT_SET_UP;
+        const int signal = Tools::finishingSignal();
+        if (signal == SIGINT) return EXIT_INTERRUPTED;
+        return signal != 0 || pipeClosed || counts.refused != 0 ? EXIT_REFUSED : EXIT_DONE;
+    }
 
 private:
-    void work(const Transform& transform);
-    std::optional<Block> takeBlock();
-    void deliver(const Block& block, const BlockResult& result);
-    void stop();
+    void work(const Transform& transform) {
+        try {
+            while (const std::optional<Block> block = takeBlock()) deliver(*block, transform(*block));
+        } catch (...) {
+            const std::lock_guard<std::mutex> lock(writing);
+            stop();
+            throw;
+        }
+    }
+
+    std::optional<Block> takeBlock() {
+        const std::lock_guard<std::mutex> lock(reading);
+        try {
+            return stopped || !readingFailure.empty() ? std::nullopt : reader.next();
+        } catch (const SetUpError& failure) {
+            readingFailure = failure.what();
+            return std::nullopt;
+        }
+    }
+
+    // Writes a result after the results of the blocks before.
+    void deliver(const Block& block, const BlockResult& result) {
+        std::unique_lock<std::mutex> lock(writing);
+        delivered.wait(lock, [&] { return stopped || deliveredBlocks == block.number; });
+        if (stopped) return;
+        counts.transformed += result.counts.transformed;
+        counts.refused += result.counts.refused;
+        counts.ignored += result.counts.ignored;
+        counts.lookExchanged += result.counts.lookExchanged;
+        write(result.output);
+        if (!result.reports.empty()) progress.clear();
+        Tools::writeAll(STDERR_FILENO, result.reports);
+        progress.advanceTo(block.end, rate(counts.lines(), stopwatch.seconds()));
+        if (result.stopped) stop();
+        ++deliveredBlocks;
+        delivered.notify_all();
+    }
+
+    // Ends the waits of all threads. REQUIRES: `writing` is locked, or this is the only thread.
+    void stop() {
+        stopped = true;
+        delivered.notify_all();
+        Tools::finishWithoutSignal();
+    }
 
     std::mutex reading;  // guards `reader` and `readingFailure`
     BlockReader& reader;
@@ -95,85 +170,6 @@ private:
     const Tools::Stopwatch stopwatch;
     Tools::ProgressBar progress;
 };
-
-void StreamRun::write(std::string_view text) {
-    const Tools::WriteOutcome outcome = Tools::writeAll(STDOUT_FILENO, text);
-    if (outcome == Tools::WriteOutcome::FAILED)
-        throw SetUpError(std::string("standard output: ") + std::strerror(errno));
-    if (outcome == Tools::WriteOutcome::PIPE_CLOSED) stopped = pipeClosed = true;
-}
-
-// This thread is one of the jobs.
-void StreamRun::process(const Transform& transform, unsigned int jobs) {
-    std::vector<std::future<void>> others;
-    try {
-        while (others.size() + 1 < jobs)
-            others.push_back(std::async(std::launch::async, [&] {
-                Tools::blockFinishingSignals();
-                work(transform);
-            }));
-    } catch (const std::system_error& failure) {
-        stop();
-        throw SetUpError("cannot start a thread: " + failure.code().message());
-    }
-    work(transform);
-    for (std::future<void>& other : others) other.get();
-}
-
-void StreamRun::work(const Transform& transform) {
-    try {
-        while (const std::optional<Block> block = takeBlock()) deliver(*block, transform(*block));
-    } catch (...) {
-        stop();
-        throw;
-    }
-}
-
-std::optional<Block> StreamRun::takeBlock() {
-    const std::lock_guard<std::mutex> lock(reading);
-    try {
-        return stopped || !readingFailure.empty() ? std::nullopt : reader.next();
-    } catch (const SetUpError& failure) {
-        readingFailure = failure.what();
-        return std::nullopt;
-    }
-}
-
-// Waits until the results of the blocks before are written.
-void StreamRun::deliver(const Block& block, const BlockResult& result) {
-    std::unique_lock<std::mutex> lock(writing);
-    delivered.wait(lock, [&] { return stopped || deliveredBlocks == block.number; });
-    if (stopped) return;
-    counts.transformed += result.counts.transformed;
-    counts.refused += result.counts.refused;
-    counts.ignored += result.counts.ignored;
-    counts.lookExchanged += result.counts.lookExchanged;
-    if (result.stopped) stopped = true;
-    write(result.output);
-    if (!result.reports.empty()) progress.clear();
-    Tools::writeAll(STDERR_FILENO, result.reports);
-    progress.advanceTo(block.end, rate(counts.lines(), stopwatch.seconds()));
-    ++deliveredBlocks;
-    delivered.notify_all();
-}
-
-void StreamRun::stop() {
-    const std::lock_guard<std::mutex> lock(writing);
-    stopped = true;
-    delivered.notify_all();
-}
-
-int StreamRun::finish(const std::string& exchangedHint) {
-    progress.clear();
-    if (!readingFailure.empty()) printError(COMMAND_NAME, readingFailure);
-    const bool isExchanged = 2 * counts.lookExchanged > counts.transformed + counts.refused;
-    if (!quiet && isExchanged) printError(COMMAND_NAME, exchangedHint);
-    if (!quiet) printError(COMMAND_NAME, summaryLine(counts, stopwatch.seconds()));
-    if (!readingFailure.empty()) return EXIT_SET_UP;
-    const int signal = Tools::finishingSignal();
-    if (signal == SIGINT) return EXIT_INTERRUPTED;
-    return signal != 0 || pipeClosed || counts.refused != 0 ? EXIT_REFUSED : EXIT_DONE;
-}
 
 constexpr unsigned int MAX_DEFAULT_JOBS = 8;
 constexpr char ARGUMENTS[] = "--bounds";  // the name of the input in messages if boxes are arguments
