@@ -140,6 +140,7 @@ public:
 
     BlockResult run() {
         std::string_view lines = block.lines;
+        result.output.reserve(2 * lines.size());
         for (std::uint64_t number = block.firstLine; !result.stopped && !lines.empty(); ++number) {
             readRow(rows[waiting++], takeLine(lines, number));
             if (waiting == MAX_ROWS) finishRows();

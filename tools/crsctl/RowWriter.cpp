@@ -53,13 +53,11 @@ private:
         bool follows = false;  // an ordinate in the column before
         for (const std::size_t ordinate : format.layout.ordinates) {
             const bool isPresent = ordinate < read.count;
-            if (isPresent) {
-                const std::string_view text = read.text[ordinate];
-                const char gap = separator(ordinate, read.separator);
-                out.append(follows ? std::string_view(&gap, 1) : between(copied, text.data()))
-                    .append(ordinates[ordinate]);
-                copied = text.data() + text.size();
-            }
+            const std::string_view text = isPresent ? read.text[ordinate] : std::string_view();
+            if (isPresent && follows) out += separator(ordinate, read.separator);
+            if (isPresent && !follows) out.append(between(copied, text.data()));
+            if (isPresent) out.append(ordinates[ordinate]);
+            if (isPresent) copied = text.data() + text.size();
             follows = isPresent;
         }
         out.append(between(copied, line.text.data() + line.text.size())).append(line.end);
