@@ -1,6 +1,7 @@
 #include "tools/crsctl/Blocks.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -56,24 +57,23 @@ public:
 
     // Appends bytes to the text as soon as there are any. Returns their number, 0 at the end, or nothing if a signal
     // asks the program to finish. Throws SetUpError if reading fails.
-    std::optional<std::size_t> appendTo(std::string& text) const {
-        const std::size_t before = text.size();
-        text.resize(before + READ_SIZE);
-        ssize_t count = -1;
-        while (count < 0) {
+    std::optional<std::size_t> appendTo(std::string& text) {
+        for (;;) {
             if (!isRegular) Tools::waitForInput(descriptor);
             if (Tools::finishingSignal() != 0) return std::nullopt;
-            count = read(descriptor, &text[before], READ_SIZE);
+            const ssize_t count = read(descriptor, buffer.data(), buffer.size());
             if (count < 0 && errno != EINTR && errno != EAGAIN) fail(name, errno);
+            if (count < 0) continue;
+            text.append(buffer.data(), static_cast<std::size_t>(count));
+            return static_cast<std::size_t>(count);
         }
-        text.resize(before + static_cast<std::size_t>(count));
-        return static_cast<std::size_t>(count);
     }
 
 private:
     std::string name;
     int descriptor;
     bool isRegular;
+    std::array<char, READ_SIZE> buffer;
 };
 
 BlockReader::BlockReader(const std::vector<std::string>& inputs, bool headers) : paths(inputs), hasHeaders(headers) {
