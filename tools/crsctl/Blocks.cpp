@@ -55,16 +55,16 @@ public:
     Input(const Input&) = delete;
     Input& operator=(const Input&) = delete;
 
-    // Appends bytes to the text as soon as there are any. Returns their number, 0 at the end, or nothing if a signal
+    // Appends bytes as soon as there are any. Returns their number, 0 at the end, or nothing if a signal
     // asks the program to finish. Throws SetUpError if reading fails.
-    std::optional<std::size_t> appendTo(std::string& text) {
+    std::optional<std::size_t> appendTo(std::string& out) {
         for (;;) {
             if (!isRegular) Tools::waitForInput(descriptor);
             if (Tools::finishingSignal() != 0) return std::nullopt;
             const ssize_t count = read(descriptor, buffer.data(), buffer.size());
             if (count < 0 && errno != EINTR && errno != EAGAIN) fail(name, errno);
             if (count < 0) continue;
-            text.append(buffer.data(), static_cast<std::size_t>(count));
+            out.append(buffer.data(), static_cast<std::size_t>(count));
             return static_cast<std::size_t>(count);
         }
     }

@@ -27,10 +27,10 @@ constexpr std::size_t LONGEST_LINE = std::size_t{1} << 20U;
 // a terminal as they arrive. Drops a byte-order mark at the beginning of an input.
 class BlockReader {
 public:
-    // "-" in `paths` is standard input. With `headers` the first line of each input is a header.
+    // "-" in `inputs` is standard input. With `headers` the first line of each input is a header.
     // Throws SetUpError if an input does not exist or is not readable. Opens none, because a pipe can be opened only
     // once.
-    BlockReader(const std::vector<std::string>& paths, bool headers);
+    BlockReader(const std::vector<std::string>& inputs, bool headers);
     // Reads `lines` instead of a file.
     explicit BlockReader(const std::string& lines);
 
@@ -55,7 +55,7 @@ private:
     Block takeLines();
     std::string cut(std::size_t size);
 
-    std::vector<std::string> paths;
+    std::vector<std::string> paths;  // of the inputs
     bool hasHeaders;
     std::optional<std::uint64_t> totalBytes = 0;
     std::uint64_t consumedBytes = 0;
