@@ -208,6 +208,16 @@ TEST_F(Transforming, KeepsTheOrderOfLines) {
     EXPECT_EQ(outputOf(lines), expected);
 }
 
+// Earth's radius at the equator is 6378137 m. A geocentric CRS needs heights.
+TEST_F(Transforming, TransformsHeightsWithTheirPoints) {
+    const UnconfiguredSession unconfigured;
+    const CrsPair toGeocentric(unconfigured, "EPSG:4326", "EPSG:4978");
+    LineOptions options = lineOptions();
+    options.writer = writerOf(Shape::POINT, {0, 0, 0, 0});
+    const BlockResult result = transformBlock(toGeocentric, options, Block{"0 0 100\n0 0\n0 90 50\n"});
+    EXPECT_EQ(result.output, "6378237\t0 0\n*\t*\n0\t6378187 0\n");
+}
+
 TEST_F(Transforming, WritesTheRequestedDecimals) {
     LineOptions options = lineOptions();
     options.writer = writerOf(Shape::POINT, {0, 0, 0, 0});
