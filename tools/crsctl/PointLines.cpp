@@ -178,7 +178,7 @@ NumberFault readNumber(std::string_view text, double& value) {
 
 // Returns the column in words: "column 2 (y)".
 std::string columnInWords(const ColumnLayout& layout, std::size_t index) {
-    const std::string column = "column " + std::to_string(index + 1);
+    std::string column = "column " + std::to_string(index + 1);
     const std::size_t ordinate = layout.ordinates[index];
     if (ordinate == MAX_ORDINATES) return column;
     return column + " (" + printable(layout.isByDirection ? layout.names[index] : layout.ordinateNames[ordinate]) + ")";
