@@ -144,7 +144,7 @@ void addFind(CLI::App& program, CommandRequest& request) {
     CLI::Option* const area = addArea(
         app, request, "A box of longitudes and latitudes in degrees; W is greater than E across the antimeridian.");
     std::vector<std::pair<std::string, CrsDescription::Kind>> kinds;
-    for (const CrsDescription::Kind kind : CRS_KINDS) kinds.emplace_back(kindInWords(kind), kind);
+    for (const CrsDescription::Kind kind : CRS_KINDS) kinds.emplace_back(kindName(kind), kind);
     addOption(app, "--kind", request.searched.kind, "KIND",
               "Only CRS of this kind: geographic, geocentric, projected or compound.")
         ->transform(oneOf(kinds));
