@@ -90,7 +90,7 @@ through_pkg_config "$prefix" "$work/pkg_config"
 require_dependency $tools "$library \\(= $version\\)"
 require_dependency $tools 'libproj[0-9]+ .*'
 require_dependency $tools "$data \\(= $version\\)"
-require_contents $tools '/bin/crs(ctl|-projdir)$|/share/man/man1/crs.*\.1\.gz$|/(completions|vendor-completions|vendor_completions\.d)/_?crsctl(\.fish)?$|/copyright\.[^/]*-dev$'"$copyright"
+require_contents $tools '/bin/crs(ctl|-projdir)$|/share/man/man1/crs.*\.1\.gz$|/(completions|vendor-completions|vendor_completions\.d)/_?crs(ctl|-projdir)(\.fish)?$|/copyright\.[^/]*-dev$'"$copyright"
 LD_LIBRARY_PATH=$(library_folder "$prefix")
 export LD_LIBRARY_PATH
 for program in crsctl crs-projdir; do

@@ -78,14 +78,20 @@ std::string positionalName(const CLI::Option& option) {
     return option.get_required() ? name : "[" + name + "]";
 }
 
+bool takesArguments(const CLI::App& app) {
+    const std::vector<const CLI::Option*> options = app.get_options();
+    return std::any_of(options.begin(), options.end(), [](const CLI::Option* it) { return it->get_positional(); });
+}
+
 std::string usage(const CLI::App& app) {
     std::string line = "usage: " + nameOf(app) + " [OPTION...]";
     for (const CLI::Option* const option : app.get_options())
         if (option->nonpositional() && option->get_required()) line += " " + flagsOf(*option);
     for (const CLI::Option* const option : app.get_options())
         if (option->get_positional()) line += " " + positionalName(*option);
-    const bool hasCommand = app.get_require_subcommand_max() > 0 && !app.get_subcommands({}).empty();
-    return line + (hasCommand ? " COMMAND" : "") + "\n";
+    if (app.get_require_subcommand_max() == 0 || app.get_subcommands({}).empty()) return line + "\n";
+    if (takesArguments(app)) line += "\nusage: " + nameOf(app);
+    return line + " COMMAND\n";
 }
 
 std::string commandList(const CLI::App& app) {
@@ -135,8 +141,22 @@ std::vector<std::string> optionNames(const CLI::App& app) {
     return names;
 }
 
+bool has(const std::vector<std::string>& words, const std::string& word) {
+    return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+// Two characters in the wrong order are the commonest mistake. For the edit distance they are two.
+std::optional<std::string> meantBy(const std::string& word, const std::vector<std::string>& known) {
+    for (std::size_t i = 1; i < word.size(); ++i) {
+        std::string exchanged = word;
+        std::swap(exchanged[i - 1], exchanged[i]);
+        if (has(known, exchanged)) return exchanged;
+    }
+    return closest(word, known);
+}
+
 std::string didYouMean(const std::string& word, const std::vector<std::string>& known) {
-    const std::optional<std::string> meant = closest(word, known);
+    const std::optional<std::string> meant = meantBy(word, known);
     return meant ? "; did you mean " + *meant + "?" : "";
 }
 
@@ -145,7 +165,10 @@ std::string suggestionFor(const CLI::App& program) {
     if (unexpected.empty() || unexpected.front().empty()) return "";
     const CLI::App& selected = selectedIn(program);
     if (unexpected.front().front() == '-') return didYouMean(unexpected.front(), optionNames(selected));
-    return &selected == &program ? didYouMean(unexpected.front(), commandNames(program)) : "";
+    if (&selected != &program) return "";
+    const std::vector<std::string> commands = commandNames(program);
+    return has(commands, unexpected.front()) ? "; a command is the first argument"
+                                             : didYouMean(unexpected.front(), commands);
 }
 
 const CLI::App& commandNamed(const CLI::App& program, const std::string& name) {
@@ -186,8 +209,8 @@ std::string bashCompletion(const CLI::App& program) {
     for (const CLI::App* const command : program.get_subcommands({}))
         script += "            " + command->get_name() + ") " + bashWords(*command) + " ;;\n";
     return script + "        esac\n    done\n    [[ $2 == -* ]] && words=options\n" +
-           "    COMPREPLY=($(compgen -W \"${!words}\" -- \"$2\"))\n}\ncomplete -o default -F " + function + " " +
-           program.get_name() + "\n";
+           "    COMPREPLY=($(compgen -W \"${!words}\" -- \"$2\"))\n}\ncomplete -o default" +
+           (takesArguments(program) ? " -o plusdirs" : "") + " -F " + function + " " + program.get_name() + "\n";
 }
 
 // In single quotes, where `escape` is how the shell writes a quote.
@@ -200,6 +223,12 @@ std::string quotedFor(const std::string& text, const std::string& escape) {
 constexpr char ZSH_QUOTE[] = "'\\''";
 constexpr char FISH_QUOTE[] = "\\'";
 
+// The first sentence; a shell has one line for it.
+std::string summaryOf(const std::string& description) {
+    const std::size_t end = std::min(description.find(". "), description.find(".\n"));
+    return end == std::string::npos ? description : description.substr(0, end + 1);
+}
+
 // _arguments ends a description at a bracket and a message at a colon.
 std::string withoutSpecials(std::string text) {
     text.erase(std::remove_if(text.begin(), text.end(), [](char c) { return c == '[' || c == ']' || c == ':'; }),
@@ -207,16 +236,23 @@ std::string withoutSpecials(std::string text) {
     return text;
 }
 
+// A program that takes arguments offers files beside its commands.
+std::string zshArguments(const CLI::App& app) {
+    const std::string words = joined(argumentsOf(app));
+    if (words.empty()) return "'*:file:_files'";
+    const bool hasFiles = app.get_parent() == nullptr && takesArguments(app);
+    return hasFiles ? "'1:word:{compadd " + words + "; _files}'" : "'1:word:(" + words + ")'";
+}
+
 std::string zshOptions(const CLI::App& app) {
     std::string specs;
     for (const CLI::Option* const option : app.get_options())
         for (const std::string& name : option->get_lnames())
-            specs +=
-                " \\\n            " + quotedFor("--" + name + "[" + withoutSpecials(option->get_description()) + "]" +
-                                                    (isFlag(*option) ? "" : ":" + valueName(*option) + ":_files"),
-                                                ZSH_QUOTE);
-    const std::string arguments = joined(argumentsOf(app));
-    return specs + " \\\n            " + (arguments.empty() ? "'*:file:_files'" : "'1:word:(" + arguments + ")'");
+            specs += " \\\n            " +
+                     quotedFor("--" + name + "[" + withoutSpecials(summaryOf(option->get_description())) + "]" +
+                                   (isFlag(*option) ? "" : ":" + valueName(*option) + ":_files"),
+                               ZSH_QUOTE);
+    return specs + " \\\n            " + zshArguments(app);
 }
 
 std::string zshCompletion(const CLI::App& program) {
@@ -238,19 +274,21 @@ std::string fishOptions(const CLI::App& app, const std::string& head) {
         lines += head;
         for (const std::string& name : option->get_snames()) lines += " -s " + name;
         for (const std::string& name : option->get_lnames()) lines += " -l " + name;
-        lines += (isFlag(*option) ? "" : " -r") + (" -d " + quotedFor(option->get_description(), FISH_QUOTE)) + "\n";
+        lines +=
+            (isFlag(*option) ? " -d " : " -r -d ") + quotedFor(summaryOf(option->get_description()), FISH_QUOTE) + "\n";
     }
     return lines;
 }
 
 std::string fishCompletion(const CLI::App& program) {
     const std::string head = "complete -c " + program.get_name();
-    std::string script = fishOptions(program, head + " -n __fish_use_subcommand");
+    const std::string withoutCommand = " -n 'not __fish_seen_subcommand_from " + joined(commandNames(program)) + "'";
+    const std::string withoutFiles = takesArguments(program) ? "" : " -f";
+    std::string script = fishOptions(program, head + withoutCommand);
     for (const CLI::App* const command : program.get_subcommands({})) {
         const std::string seen = head + " -n '__fish_seen_subcommand_from " + command->get_name() + "'";
-        script += head + " -f -n __fish_use_subcommand -a " + command->get_name() + " -d " +
-                  quotedFor(command->get_description().substr(0, command->get_description().find('\n')), FISH_QUOTE) +
-                  "\n" + fishOptions(*command, seen);
+        script += head + withoutFiles + " -n __fish_use_subcommand -a " + command->get_name() + " -d " +
+                  quotedFor(summaryOf(command->get_description()), FISH_QUOTE) + "\n" + fishOptions(*command, seen);
         const std::string arguments = joined(argumentsOf(*command));
         if (!arguments.empty()) script.append(seen).append(" -f -a '").append(arguments).append("'\n");
     }
@@ -295,6 +333,15 @@ void removeGuardsFrom(CLI::App& app) {
         removeGuardsFrom(*command);
 }
 
+// CLI11 fills the required arguments of a program before it looks for commands, and looks for them everywhere.
+void expectCommandInFront(CLI::App& program, const std::string& first) {
+    const bool isCommand = has(commandNames(program), first);
+    for (CLI::Option* const option : program.get_options([](CLI::Option* it) { return it->get_positional(); }))
+        option->required(option->get_required() && !isCommand);
+    for (CLI::App* const command : program.get_subcommands([](CLI::App* /*any*/) { return true; }))
+        command->disabled(!isCommand);
+}
+
 // CLI11 would write the help of the command that was read last instead.
 std::string helpOf(const CLI::App& app) { return app.get_formatter()->make_help(&app, "", CLI::AppFormatMode::Normal); }
 
@@ -335,6 +382,7 @@ CLI::App& addCommand(CLI::App& program, const std::string& name, const std::stri
 std::optional<std::string> parseArguments(CLI::App& program, const std::vector<std::string>& arguments) {
     if (std::optional<std::string> text = requestedText(program, arguments)) return text;
     removeGuardsFrom(program);
+    if (takesArguments(program)) expectCommandInFront(program, arguments.empty() ? "" : arguments.front());
     try {
         program.parse(guarded(arguments));
     } catch (const CLI::CallForHelp&) {
@@ -344,7 +392,14 @@ std::optional<std::string> parseArguments(CLI::App& program, const std::vector<s
     } catch (const CLI::ParseError& failure) {
         throw UsageError(messageOf(failure) + suggestionFor(program));
     }
+    if (const std::string name = selectedIn(program).get_name(); name == HELP_COMMAND || name == COMPLETION_COMMAND)
+        throw UsageError("the argument of " + name + " cannot begin with -");
     return std::nullopt;
+}
+
+std::optional<std::string> mistypedCommand(const CLI::App& program, const std::string& word) {
+    const std::vector<std::string> names = commandNames(program);
+    return word.rfind('-', 0) == 0 || has(names, word) ? std::nullopt : meantBy(word, names);
 }
 
 std::string fullName(const CLI::App& program) { return nameOf(selectedIn(program)); }

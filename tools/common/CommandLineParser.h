@@ -21,6 +21,8 @@ public:
 // What both programs do alike on the command line. A program calls addProgramOptions first, then adds its options and
 // commands, and reads the arguments by parseArguments.
 //
+// In a program that has arguments of its own, a command is the first argument.
+//
 // A description is paragraphs with an empty line between them. The first paragraph is a summary, one sentence.
 
 // Sets the layout of the help and adds the options --help and --version and the commands "help" and "completion".
@@ -37,6 +39,10 @@ std::optional<std::string> parseArguments(CLI::App& program, const std::vector<s
 
 // The command whose arguments were read last, or the program itself: "crsctl resolve".
 std::string fullName(const CLI::App& program);
+
+// The command that a mistyped word means. Nothing for the name of a command, for an option, and if no command is close
+// to the word.
+std::optional<std::string> mistypedCommand(const CLI::App& program, const std::string& word);
 
 // Sections of a help, to be joined as the footer of a program or a command.
 using HelpTerms = std::vector<std::pair<std::string, std::string>>;

@@ -14,6 +14,15 @@ namespace {
 
 using testing::HasSubstr;
 
+std::string failureIn(CLI::App& program, const std::vector<std::string>& arguments) {
+    try {
+        parseArguments(program, arguments);
+    } catch (const UsageError& failure) {
+        return failure.what();
+    }
+    return "none";
+}
+
 // A program with a command "paint", which takes a colour and files.
 class AProgram : public testing::Test {
 protected:
@@ -24,20 +33,13 @@ protected:
         paint.add_option("--colour", colour, "Colour of the wall, such as that of the neighbour's wall.")
             ->type_name("NAME")
             ->required();
-        paint.add_flag("--quick")->description("Paint once.");
+        paint.add_flag("--quick")->description("Paint once. The wall is thin.");
         paint.add_option("FILE", files);
         paint.footer(helpSection("Exit codes", {{"0", "Painted."}, {"1", "Not painted."}}) +
                      exampleSection({{"shop paint --colour red", "A red wall."}}));
     }
 
-    std::string failureOf(const std::vector<std::string>& arguments) {
-        try {
-            parseArguments(program, arguments);
-        } catch (const UsageError& failure) {
-            return failure.what();
-        }
-        return "none";
-    }
+    std::string failureOf(const std::vector<std::string>& arguments) { return failureIn(program, arguments); }
 
     CLI::App program{"Do what a shop does.", "shop"};
     std::string colour;
@@ -56,7 +58,7 @@ Options:
   -V, --version           Write the version.
   --colour NAME           Colour of the wall, such as that of the neighbour's
                           wall.
-  --quick                 Paint once.
+  --quick                 Paint once. The wall is thin.
 
 Exit codes:
   0     Painted.
@@ -101,6 +103,25 @@ TEST_F(AProgram, SuggestsAnOptionForAMistypedOne) {
     EXPECT_THAT(failureOf({"paint", "--colour", "red", "--quik"}), HasSubstr("--quik; did you mean --quick?"));
 }
 
+TEST_F(AProgram, SuggestsTheWordWithTwoCharactersExchanged) {
+    EXPECT_THAT(failureOf({"piant"}), HasSubstr("piant; did you mean paint?"));
+    EXPECT_THAT(failureOf({"hlep"}), HasSubstr("hlep; did you mean help?"));
+    EXPECT_THAT(failureOf({"help", "piant"}), HasSubstr("no command piant; did you mean paint?"));
+}
+
+TEST_F(AProgram, FindsTheCommandThatAMistypedWordMeans) {
+    EXPECT_EQ(mistypedCommand(program, "hlep"), "help");
+    EXPECT_EQ(mistypedCommand(program, "PAINT"), "paint");
+    EXPECT_EQ(mistypedCommand(program, "complation"), "completion");
+    for (const char* const word : {"", "paint", "help", "--help", "-help", "wall"})
+        EXPECT_EQ(mistypedCommand(program, word), std::nullopt) << word;
+}
+
+TEST_F(AProgram, RefusesAnArgumentOfHelpThatIsAnOption) {
+    EXPECT_EQ(failureOf({"help", "--"}), "the argument of help cannot begin with -");
+    EXPECT_EQ(failureOf({"completion", "--", "bash"}), "the argument of completion cannot begin with -");
+}
+
 TEST_F(AProgram, RefusesAnUnknownShell) {
     EXPECT_THAT(failureOf({"completion", "[tcsh]"}), HasSubstr("bash, zsh or fish, not \"[tcsh]\""));
     EXPECT_THAT(failureOf({"completion"}), HasSubstr("needs a SHELL"));
@@ -109,11 +130,14 @@ TEST_F(AProgram, RefusesAnUnknownShell) {
 TEST_F(AProgram, CompletesInZshAndFish) {
     const std::string zsh = *parseArguments(program, {"completion", "zsh"});
     EXPECT_THAT(zsh, testing::StartsWith("#compdef shop\n"));
+    EXPECT_THAT(zsh, HasSubstr("'--quick[Paint once.]'"));
+    EXPECT_THAT(zsh, HasSubstr("'1:word:(help completion paint)'"));
     EXPECT_THAT(zsh,
                 HasSubstr("'--colour[Colour of the wall, such as that of the neighbour'\\''s wall.]:NAME:_files'"));
     const std::string fish = *parseArguments(program, {"completion", "fish"});
     EXPECT_THAT(fish, HasSubstr("-f -n __fish_use_subcommand -a paint -d 'Paint a wall.'\n"));
     EXPECT_THAT(fish, HasSubstr("-n '__fish_seen_subcommand_from paint' -l quick -d 'Paint once.'\n"));
+    EXPECT_THAT(fish, HasSubstr("-n 'not __fish_seen_subcommand_from help completion paint' -s V -l version -d "));
 }
 
 // What bash offers for the last of the words.
@@ -140,6 +164,61 @@ TEST_F(AProgram, CompletesInBash) {
     EXPECT_EQ(offeredByBash(script, "shop help pa", 2), "paint\n");
     EXPECT_EQ(offeredByBash(script, "shop completion z", 2), "zsh\n");
     EXPECT_EQ(offeredByBash(script, "shop --v", 1), "--version\n");
+}
+
+// A program that counts the lines of a file, and has a command "sum".
+class AProgramWithAnArgument : public testing::Test {
+protected:
+    AProgramWithAnArgument() {
+        counter.require_subcommand(0, 1);
+        addProgramOptions(counter, "count 1.2");
+        counter.add_option("FILE", file)->required();
+        counter.add_flag("--fast")->description("Count fast.");
+        addCommand(counter, "sum", "Sum up.").add_option("NUMBER", numbers);
+    }
+
+    std::string failureOf(const std::vector<std::string>& arguments) { return failureIn(counter, arguments); }
+
+    CLI::App counter{"Count lines.", "count"};
+    std::string file;
+    std::vector<std::string> numbers;
+};
+
+TEST_F(AProgramWithAnArgument, ShowsBothUses) {
+    EXPECT_THAT(*parseArguments(counter, {"help"}),
+                testing::StartsWith("usage: count [OPTION...] FILE\nusage: count COMMAND\n\nCount lines.\n"));
+    EXPECT_EQ(parseArguments(counter, {"--help"}), parseArguments(counter, {"help"}));
+    EXPECT_THAT(*parseArguments(counter, {"sum", "-h"}),
+                testing::StartsWith("usage: count sum [OPTION...] [NUMBER...]\n"));
+}
+
+TEST_F(AProgramWithAnArgument, ReadsACommandThatIsTheFirstArgument) {
+    EXPECT_EQ(parseArguments(counter, {"sum", "1", "sum", "help"}), std::nullopt);
+    EXPECT_EQ(fullName(counter), "count sum");
+    EXPECT_EQ(numbers, (std::vector<std::string>{"1", "sum", "help"}));
+    EXPECT_EQ(file, "");
+}
+
+TEST_F(AProgramWithAnArgument, TakesALaterNameOfACommandForAnArgument) {
+    EXPECT_EQ(parseArguments(counter, {"--fast", "sum"}), std::nullopt);
+    EXPECT_EQ(fullName(counter), "count");
+    EXPECT_EQ(file, "sum");
+    EXPECT_THAT(failureOf({"lines", "sum"}), testing::EndsWith("sum; a command is the first argument"));
+}
+
+TEST_F(AProgramWithAnArgument, NeedsItUnlessThereIsACommand) {
+    EXPECT_THAT(failureOf({}), HasSubstr("FILE is required"));
+    EXPECT_THAT(failureOf({"--fast"}), HasSubstr("FILE is required"));
+    EXPECT_EQ(failureOf({"sum"}), "none");
+}
+
+TEST_F(AProgramWithAnArgument, CompletesFilesBesideCommands) {
+    EXPECT_THAT(*parseArguments(counter, {"completion", "bash"}),
+                HasSubstr("\ncomplete -o default -o plusdirs -F _count count\n"));
+    EXPECT_THAT(*parseArguments(counter, {"completion", "zsh"}),
+                HasSubstr("'1:word:{compadd help completion sum; _files}'"));
+    EXPECT_THAT(*parseArguments(counter, {"completion", "fish"}),
+                HasSubstr("\ncomplete -c count -n __fish_use_subcommand -a sum -d 'Sum up.'\n"));
 }
 
 }  // namespace

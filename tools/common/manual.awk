@@ -18,7 +18,7 @@ function entry(line, gap) {
 BEGIN { title["Exit codes"] = "EXIT STATUS" }
 
 /^usage: / {
-    usage = substr($0, 8)
+    usage = usage (usage == "" ? "" : "\n.br\n") roff(substr($0, 8))
     next
 }
 
@@ -36,7 +36,7 @@ function endParagraph(summary) {
         summary = tolower(substr(paragraph, 1, 1)) substr(paragraph, 2)
         sub(/\.$/, "", summary)
         print ".TH " toupper(roff(page)) " 1 \"\" \"" version "\" \"User Commands\"\n.SH NAME\n" roff(page) " \\- " summary
-        print ".SH SYNOPSIS\n" roff(usage) "\n.SH DESCRIPTION"
+        print ".SH SYNOPSIS\n" usage "\n.SH DESCRIPTION"
         named = 1
     }
     print ".PP\n" paragraph

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <charconv>
-#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -11,37 +9,19 @@
 #include <filesystem>
 #include <list>
 #include <new>
-#include <sstream>
 #include <thread>
 #include <utility>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "text/NumericText.h"
+#include "tools/common/CommandLineParser.h"
 #include "tools/common/ProgressBar.h"
 #include "tools/projdir/Diff.h"
 #include "tools/projdir/DirectoryFiles.h"
 #include "tools/projdir/Report.h"
 
 namespace ProjDir {
-
-using CoordinateTransformation::writeDouble;
-
 namespace {
-
-constexpr char VERSION[] = "crs-projdir " PROJDIR_VERSION;
-
-constexpr char DESCRIPTION[] =
-    "Makes a PROJ directory, the files \"epsg\", \"epsg-axisorder.csv\" and \"epsg-info.csv\", from the EPSG registry\n"
-    "of the installed PROJ.";
-
-constexpr char DIFF_DESCRIPTION[] =
-    "Compares two PROJ directories: the codes that were added, removed and changed. For each changed code it prints\n"
-    "the largest distance between the two definitions over the area of use. The exit code is 0 if the directories\n"
-    "are the same, 1 if they differ, 2 after a failure.";
-
-constexpr char AREA_FORM[] = "an area is W,S,E,N in degrees, west and east from -180 to 180, south not above north";
 
 enum ExitCode { SUCCESS = 0, FAILURE = 1, USAGE_ERROR = 2 };
 enum DiffExitCode { SAME = 0, DIFFERENT = 1, TROUBLE = 2 };
@@ -76,78 +56,6 @@ private:
     static inline std::atomic<bool> shortageSeen{false};
     std::new_handler before = nullptr;
 };
-
-double readSide(const std::string& text, double largest) {
-    double value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    const bool isNumber = error == std::errc() && end == text.data() + text.size();
-    if (!isNumber || !(std::fabs(value) <= largest)) throw CLI::ValidationError("--area", AREA_FORM);
-    return value;
-}
-
-// West is greater than east in an area that crosses the 180th meridian.
-Area readArea(const std::string& text) {
-    std::vector<std::string> cells;
-    std::istringstream stream(text);
-    for (std::string cell; std::getline(stream, cell, ',');) cells.push_back(cell);
-    if (cells.size() != 4) throw CLI::ValidationError("--area", AREA_FORM);
-    const Area area{readSide(cells[0], 180), readSide(cells[1], 90), readSide(cells[2], 180), readSide(cells[3], 90)};
-    if (area.south > area.north) throw CLI::ValidationError("--area", AREA_FORM);
-    return area;
-}
-
-void addOptions(CLI::App& app, Options& options) {
-    const auto addFile = [&app](const char* name, std::string& file, const char* text) {
-        app.add_option(name, file, text)->type_name("FILE");
-    };
-    app.add_option("OUTDIR", options.directory, "The directory to make; it may exist already")->required();
-    addFile("--codes", options.codesFile, "Only the codes in FILE, one per line");
-    addFile("--from-config", options.configFile, "Only the codes that the configuration fragment in FILE names");
-    app.add_option_function<std::string>(
-           "--area", [&options](const std::string& text) { options.area = readArea(text); },
-           "Only CRS whose area of use overlaps this one, in degrees")
-        ->type_name("W,S,E,N");
-    app.add_flag("--include-deprecated", options.includeDeprecated, "Deprecated CRS as well");
-    app.add_flag("--grids", options.useGrids,
-                 "Use a grid where PROJ prefers it all over an area of use, and list the files in \"epsg-grids.csv\"");
-    app.add_flag("--fit", options.fit, "Fit a shift where no published one is within a metre");
-    app.add_option("--worst", options.worst,
-                   "Leave out a CRS whose shift is more than METRES off at a tenth of its points; 100 unless given")
-        ->type_name("METRES")
-        ->check(CLI::NonNegativeNumber);
-    addFile("--report", options.reportFile, "Write a report with every CRS left out, and the reasons, to FILE");
-    app.add_flag("--verify", options.verify, "Compare the definitions with PROJ's own best operations");
-    app.add_flag("--force", options.force, "Overwrite existing files");
-    app.add_flag("-q,--quiet", options.quiet, "Print nothing but failures");
-    app.footer("crs-projdir diff OLD NEW compares two directories; see crs-projdir help diff.");
-}
-
-// Whether there is something to do. The messages of failures begin with the name of the app.
-bool parse(CLI::App& app, std::vector<std::string> arguments, int& exitCode) {
-    app.set_version_flag("-V,--version", VERSION);
-    app.failure_message([](const CLI::App* failed, const CLI::Error& failure) {
-        return failed->get_name() + ": " + failure.what() + "; see " + failed->get_name() + " --help\n";
-    });
-    std::reverse(arguments.begin(), arguments.end());
-    try {
-        app.parse(std::move(arguments));
-    } catch (const CLI::ParseError& end) {
-        exitCode = app.exit(end) == 0 ? SUCCESS : USAGE_ERROR;
-        return false;
-    }
-    return true;
-}
-
-// "help" and "help diff" are other words for "--help" and "diff --help".
-std::vector<std::string> readArguments(int argc, const char* const* argv) {
-    std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
-    if (arguments.empty() || arguments.front() != "help") return arguments;
-    arguments.erase(arguments.begin());
-    arguments.emplace_back("--help");
-    return arguments;
-}
-
-bool isDiff(const std::vector<std::string>& arguments) { return !arguments.empty() && arguments.front() == "diff"; }
 
 void print(const std::string& text) {
     if (std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0)
@@ -267,43 +175,6 @@ int endProgram(int exitCode) {
 
 }  // namespace
 
-std::string describeOptions(const Options& options) {
-    std::string text;
-    const auto append = [&text](bool isGiven, const char* option) {
-        if (isGiven) text += std::string(" ") + option;
-    };
-    append(!options.codesFile.empty(), "--codes");
-    append(!options.configFile.empty(), "--from-config");
-    if (const auto& area = options.area)
-        text += " --area " + writeDouble(area->west) + "," + writeDouble(area->south) + "," + writeDouble(area->east) +
-                "," + writeDouble(area->north);
-    append(options.includeDeprecated, "--include-deprecated");
-    append(options.useGrids, "--grids");
-    append(options.fit, "--fit");
-    if (options.worst != Options{}.worst) text += " --worst " + writeDouble(options.worst);
-    return VERSION + (text.empty() ? " without options" : text);
-}
-
-bool readOptions(int argc, const char* const* argv, Options& options, int& exitCode) {
-    CLI::App app(DESCRIPTION, "crs-projdir");
-    addOptions(app, options);
-    return parse(app, readArguments(argc, argv), exitCode);
-}
-
-bool readDiffOptions(int argc, const char* const* argv, DiffOptions& options, int& exitCode) {
-    CLI::App app(DIFF_DESCRIPTION, "crs-projdir diff");
-    std::string format = "text";
-    app.add_option("OLD", options.before, "A PROJ directory")->required();
-    app.add_option("NEW", options.after, "The directory that replaces it")->required();
-    app.add_option("--format", format, "text or json")->check(CLI::IsMember({"text", "json"}))->type_name("FORMAT");
-    app.add_flag("-q,--quiet", options.quiet, "Print nothing but failures; the exit code is the result");
-    std::vector<std::string> arguments = readArguments(argc, argv);
-    if (isDiff(arguments)) arguments.erase(arguments.begin());
-    if (!parse(app, arguments, exitCode)) return false;
-    options.asJson = format == "json";
-    return true;
-}
-
 std::vector<RegistryCrs> selectCrs(const Options& options, const std::vector<RegistryCrs>& registry) {
     std::vector<RegistryCrs> list;
     for (const RegistryCrs& crs : registry) {
@@ -351,16 +222,18 @@ int diffDirectories(const DiffOptions& options) {
 int runProgram(int argc, const char* const* argv) {
     // Writing beyond the limit for the size of files then fails, and leaves nothing behind.
     std::signal(SIGXFSZ, SIG_IGN);
-    int exitCode = FAILURE;
+    Request request;
     try {
-        if (isDiff(readArguments(argc, argv))) {
-            DiffOptions options;
-            return readDiffOptions(argc, argv, options, exitCode) ? diffDirectories(options) : exitCode;
-        }
-        Options options;
-        return readOptions(argc, argv, options, exitCode) ? endProgram(makeDirectory(options)) : exitCode;
+        readCommandLine(argc, argv, request);
+        if (!request.text)
+            return request.isDiff ? diffDirectories(request.diff) : endProgram(makeDirectory(request.options));
+        print(*request.text);
+        return SUCCESS;
+    } catch (const Tools::UsageError& failure) {
+        std::fprintf(stderr, "%s: %s\n", request.name.c_str(), failure.what());
+        return USAGE_ERROR;
     } catch (const std::exception& failure) {
-        std::fprintf(stderr, "crs-projdir: %s\n", failure.what());
+        std::fprintf(stderr, "%s: %s\n", request.name.c_str(), failure.what());
         return endProgram(FAILURE);
     }
 }

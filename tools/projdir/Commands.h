@@ -1,50 +1,11 @@
 #pragma once
 
-#include <optional>
-#include <string>
 #include <vector>
 
+#include "tools/projdir/CommandLine.h"
 #include "tools/projdir/Registry.h"
 
 namespace ProjDir {
-
-// The options for making a directory.
-struct Options {
-    std::string directory;
-    // Empty for the whole registry.
-    std::string codesFile;
-    // A configuration fragment whose codes are wanted; may be empty.
-    std::string configFile;
-    // Only CRS whose area of use overlaps it.
-    std::optional<Area> area;
-    // In metres. A CRS whose shift is farther off in much of its area is left out.
-    double worst = 100;
-    // Empty for no report.
-    std::string reportFile;
-    bool includeDeprecated = false;
-    bool useGrids = false;
-    bool fit = false;
-    bool verify = false;
-    bool force = false;
-    bool quiet = false;
-};
-
-// The options for comparing two directories.
-struct DiffOptions {
-    std::string before;
-    std::string after;
-    bool asJson = false;
-    bool quiet = false;
-};
-
-// The program, its version and the options that affect the content of the files, without file names.
-std::string describeOptions(const Options& options);
-
-// Reads the command line. Returns false if there is nothing to do, after the help, the version or a usage error. It has
-// then printed its answer, and set the exit code: 2 after a usage error.
-bool readOptions(int argc, const char* const* argv, Options& options, int& exitCode);
-// The same for a command line whose first argument is "diff".
-bool readDiffOptions(int argc, const char* const* argv, DiffOptions& options, int& exitCode);
 
 // The CRS of the registry that every option selects. FileError for a list that cannot be read or has a code that is not
 // usable, and if no CRS remains.
