@@ -109,8 +109,8 @@ std::optional<Vector> moveByProj(const ProjContext& context, const std::vector<P
     for (const ParameterList& step : datumSteps) text += " +step " + step.toText();
     const ProjPtr<PJ> operation(proj_create(context.get(), text.c_str()));
     if (operation == nullptr) return std::nullopt;
-    const PJ_XYZ moved = proj_trans(operation.get(), PJ_FWD, proj_coord(point.x(), point.y(), point.z(), HUGE_VAL)).xyz;
-    return Vector{moved.x, moved.y, moved.z};
+    const auto [x, y, z] = transform(operation, PJ_FWD, {point.x(), point.y(), point.z()});
+    return Vector{x, y, z};
 }
 
 // PROJ's authority is "INVERSE(EPSG)" for an operation that it has reversed, and "DERIVED_FROM(EPSG)" for one that it
@@ -136,10 +136,10 @@ std::string describeSource(const ProjContext& context, const PJ* operation) {
     return source;
 }
 
-UsedOperation describeOperation(const ProjContext& context, const PJ* operation) {
+Operation describeOperation(const ProjContext& context, const PJ* operation) {
     const std::string text = textOrEmpty(proj_as_proj_string(context.get(), operation, PJ_PROJ_5, nullptr));
     const double accuracy = proj_coordoperation_get_accuracy(context.get(), operation);
-    UsedOperation used;
+    Operation used;
     used.source = describeSource(context, operation);
     used.isBallpark = proj_coordoperation_has_ballpark_transformation(context.get(), operation) != 0;
     used.gridShift = findGridShift(text);
@@ -157,14 +157,7 @@ std::vector<ProjPtr<PJ>> listOperations(const ProjContext& context, const PJ* cr
     proj_operation_factory_context_set_spatial_criterion(context.get(), factory.get(),
                                                          PROJ_SPATIAL_CRITERION_PARTIAL_INTERSECTION);
     proj_operation_factory_context_set_crs_extent_use(context.get(), factory.get(), extent);
-    const ProjPtr<PJ_OBJ_LIST> list(proj_create_operations(context.get(), crs, wgs84.get(), factory.get()));
-    std::vector<ProjPtr<PJ>> operations;
-    const int count = list == nullptr ? 0 : proj_list_get_count(list.get());
-    for (int i = 0; i < count; ++i) {
-        ProjPtr<PJ> operation(proj_list_get(context.get(), list.get(), i));
-        if (operation != nullptr) operations.push_back(std::move(operation));
-    }
-    return operations;
+    return listObjects(context, proj_create_operations(context.get(), crs, wgs84.get(), factory.get()));
 }
 
 // The name of the installed file, which may differ from that in the text.
@@ -192,12 +185,12 @@ bool justifiesSevenParameters(const Residual& seven, const Residual& three) {
     return seven.mean < PART_LEFT_BY_SEVEN * three.mean && seven.mean < three.mean - SAME_SHIFT;
 }
 
-void preferBest(const std::vector<PublishedShift>& candidates, const std::vector<ShiftSample>& samples,
+void preferBest(const std::vector<Operation>& candidates, const std::vector<ShiftSample>& samples,
                 ShiftChoice& choice) {
-    for (const auto& [source, helmert, accuracy] : candidates) {
-        const Residual residual = measureResidual(helmert, samples);
+    for (const Operation& candidate : candidates) {
+        const Residual residual = measureResidual(*candidate.shift, samples);
         if (choice.kind == ShiftKind::PUBLISHED && !isBetter(residual, choice.residual)) continue;
-        choice = {ShiftKind::PUBLISHED, helmert, source, {}, accuracy, residual};
+        choice = {ShiftKind::PUBLISHED, *candidate.shift, candidate.source, {}, candidate.accuracy, residual};
     }
 }
 
@@ -256,13 +249,12 @@ std::string findGridShift(const std::string& operationText) {
     return isGrid ? steps.front().get("grids") : "";
 }
 
-std::vector<PublishedShift> findPublishedShifts(const ProjContext& context, const PJ* geodeticCrs) {
-    std::vector<PublishedShift> shifts;
+std::vector<Operation> findPublishedShifts(const ProjContext& context, const PJ* geodeticCrs) {
+    std::vector<Operation> shifts;
     for (const ProjPtr<PJ>& operation :
-         listOperations(context, geodeticCrs, PROJ_GRID_AVAILABILITY_IGNORED, PJ_CRS_EXTENT_NONE)) {
-        const UsedOperation found = describeOperation(context, operation.get());
-        if (!found.isBallpark && found.shift) shifts.push_back({found.source, *found.shift, found.accuracy});
-    }
+         listOperations(context, geodeticCrs, PROJ_GRID_AVAILABILITY_IGNORED, PJ_CRS_EXTENT_NONE))
+        if (Operation found = describeOperation(context, operation.get()); !found.isBallpark && found.shift)
+            shifts.push_back(std::move(found));
     return shifts;
 }
 
@@ -270,10 +262,7 @@ Reference::Reference(const ProjContext& projContext, const PJ* geodeticCrs, PROJ
     : context(projContext), axes(projContext, geodeticCrs) {
     for (ProjPtr<PJ>& operation : listOperations(context, geodeticCrs, availability, PJ_CRS_EXTENT_SMALLEST))
         addCandidate(std::move(operation));
-    UsedOperation none;
-    none.source = "no operation";
-    none.isBallpark = true;
-    descriptions.push_back(none);
+    descriptions.push_back({"no operation", true, ""});
 }
 
 void Reference::addCandidate(ProjPtr<PJ> operation) {
@@ -336,8 +325,8 @@ std::optional<Reference::Move> Reference::move(const LonLat& place, const Rankin
     while (failed.size() < LARGEST_TRY_COUNT) {
         const std::size_t best = choose(place, ranking, failed);
         if (best == candidates.size()) break;
-        const PJ_XY moved = proj_trans(candidates[best].operation.get(), PJ_FWD, axes.write(place)).xy;
-        const LonLat wgs84{moved.y, moved.x};
+        const Coordinates moved = transform(candidates[best].operation, PJ_FWD, axes.write(place));
+        const LonLat wgs84{moved[1], moved[0]};
         if (isFinite(wgs84)) return Move{wgs84, best};
         failed.push_back(best);
     }
@@ -347,39 +336,23 @@ std::optional<Reference::Move> Reference::move(const LonLat& place, const Rankin
 
 BestOperation::BestOperation(ProjContext& projContext, unsigned int code)
     : context(projContext),
-      operation(
-          proj_create_crs_to_crs(projContext.get(), ("EPSG:" + std::to_string(code)).c_str(), "EPSG:4326", nullptr)) {}
-
-std::vector<ReferencePoint> BestOperation::sample(const std::vector<LonLat>& places) {
-    std::vector<ReferencePoint> points;
-    for (const LonLat& place : places)
-        if (const auto point = samplePoint(place)) points.push_back(*point);
-    return points;
-}
-
-std::vector<ReferencePoint> BestOperation::sampleWithOperations(const std::vector<LonLat>& places) {
-    // PROJ has a type for a single operation, and none for a choice among several.
-    const bool hasChoice = operation != nullptr && proj_get_type(operation.get()) == PJ_TYPE_UNKNOWN;
-    std::vector<ReferencePoint> points;
-    for (const LonLat& place : places) {
-        std::optional<ReferencePoint> point = samplePoint(place);
-        if (!point) continue;
-        if (hasChoice || operations.empty()) point->operation = lastUsedOperation();
-        points.push_back(*point);
-    }
-    return points;
-}
+      operation(proj_create_crs_to_crs(projContext.get(), nameOfCode(code).c_str(), "EPSG:4326", nullptr)) {}
 
 // EPSG:4326 has latitude first.
-std::optional<ReferencePoint> BestOperation::samplePoint(const LonLat& place) const {
-    if (operation == nullptr) return std::nullopt;
-    const PJ_COORD start =
-        proj_trans(operation.get(), PJ_INV, proj_coord(place.latitude, place.longitude, 0, HUGE_VAL));
-    const Coordinates crs = {start.xyz.x, start.xyz.y, start.xyz.z};
-    if (!isFinite(crs)) return std::nullopt;
-    const PJ_XYZ end = proj_trans(operation.get(), PJ_FWD, start).xyz;
-    if (!isFinite(Coordinates{end.x, end.y, end.z})) return std::nullopt;
-    return ReferencePoint{crs, {end.y, end.x}};
+std::vector<ReferencePoint> BestOperation::sample(const std::vector<LonLat>& places, bool withOperations) {
+    std::vector<ReferencePoint> points;
+    if (operation == nullptr) return points;
+    // PROJ has a type for a single operation, and none for a choice among several.
+    const bool hasChoice = proj_get_type(operation.get()) == PJ_TYPE_UNKNOWN;
+    for (const LonLat& place : places) {
+        const Coordinates crs = transform(operation, PJ_INV, {place.latitude, place.longitude, 0});
+        if (!isFinite(crs)) continue;
+        const Coordinates end = transform(operation, PJ_FWD, crs);
+        if (!isFinite(end)) continue;
+        const bool isAsked = withOperations && (hasChoice || operations.empty());
+        points.push_back({crs, {end[1], end[0]}, isAsked ? lastUsedOperation() : 0});
+    }
+    return points;
 }
 
 std::size_t BestOperation::lastUsedOperation() {
@@ -387,7 +360,7 @@ std::size_t BestOperation::lastUsedOperation() {
     const std::string name = last == nullptr ? "" : textOrEmpty(proj_get_name(last.get()));
     const auto [entry, isNew] = indexByName.emplace(name, operations.size());
     if (isNew) {
-        operations.push_back(last == nullptr ? UsedOperation{} : describeOperation(context, last.get()));
+        operations.push_back(last == nullptr ? Operation{} : describeOperation(context, last.get()));
         std::string& grid = operations.back().gridShift;
         if (!grid.empty()) grid = findGridFile(context, last.get());
     }
@@ -399,10 +372,10 @@ bool isSane(const Helmert& helmert) {
            helmert.rotation.cwiseAbs().maxCoeff() <= LARGEST_ROTATION && std::fabs(helmert.scale) <= LARGEST_SCALE;
 }
 
-ShiftChoice chooseShift(const ShiftEvidence& evidence,
-                        const std::function<std::vector<PublishedShift>()>& listPublished) {
+ShiftChoice chooseShift(const ShiftEvidence& evidence, const std::function<std::vector<Operation>()>& listPublished) {
     ShiftChoice choice;
-    if (!evidence.grid.empty()) return {ShiftKind::GRID, {}, evidence.grid, {}, evidence.gridAccuracy, {}};
+    if (evidence.grid != nullptr)
+        return {ShiftKind::GRID, {}, evidence.grid->gridShift, {}, evidence.grid->accuracy, {}};
     if (evidence.samples.empty()) return choice;
     preferBest(evidence.used, evidence.samples, choice);
     if (agreesWithin(choice, SAME_SHIFT)) return choice;

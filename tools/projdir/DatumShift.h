@@ -11,24 +11,15 @@
 
 namespace ProjDir {
 
-// A published operation to WGS 84 that "+towgs84" can express.
-struct PublishedShift {
+// An operation to WGS 84: a published one, or one of those among which PROJ chooses point by point.
+struct Operation {
     // "EPSG:1314"; "EPSG:5485 + EPSG:1149" for a concatenated operation.
-    std::string source;
-    Helmert helmert;
-    // In metres, as the registry states it; the sum for a concatenated operation.
-    std::optional<double> accuracy = {};
-};
-
-// One of the operations among which PROJ chooses point by point.
-struct UsedOperation {
-    // As in PublishedShift.
     std::string source;
     // PROJ knows no transformation here and takes both datums for the same.
     bool isBallpark = false;
     // The grid, if the operation is one horizontal grid shift and no other; else empty.
     std::string gridShift;
-    // In metres, as the registry states it.
+    // In metres, as the registry states it; the sum for a concatenated operation.
     std::optional<double> accuracy = {};
     // The operation as "+towgs84" expresses it; nothing if it cannot.
     std::optional<Helmert> shift = {};
@@ -46,8 +37,9 @@ std::optional<Helmert> findShift(const ProjContext& context, const PJ* operation
 // The grid if the operation's only datum step is a forward horizontal grid shift; else empty.
 std::string findGridShift(const std::string& operationText);
 
-// Every shift that the registry has from the datum of `geodeticCrs` to WGS 84, anywhere on earth, in PROJ's order.
-std::vector<PublishedShift> findPublishedShifts(const ProjContext& context, const PJ* geodeticCrs);
+// Every operation with a shift that the registry has from the datum of `geodeticCrs` to WGS 84, anywhere on earth, in
+// PROJ's order.
+std::vector<Operation> findPublishedShifts(const ProjContext& context, const PJ* geodeticCrs);
 
 // PROJ's operations from a geodetic CRS to WGS 84 (EPSG:4326) and its rule for choosing one at each place. All CRS on
 // one geodetic CRS share them; the area of use of each decides the order.
@@ -76,7 +68,7 @@ public:
     std::size_t choose(const LonLat& place, const Ranking& ranking, const Ranking& excluded = {}) const;
 
     // The last one represents the absence of an operation.
-    const std::vector<UsedOperation>& operations() const { return descriptions; }
+    const std::vector<Operation>& operations() const { return descriptions; }
 
 private:
     struct Candidate {
@@ -96,7 +88,7 @@ private:
     const ProjContext& context;
     GeodeticAxes axes;
     std::vector<Candidate> candidates;
-    std::vector<UsedOperation> descriptions;
+    std::vector<Operation> descriptions;
 };
 
 // A point of a CRS and where PROJ's best operation has it on WGS 84.
@@ -117,21 +109,18 @@ public:
     BestOperation(ProjContext& projContext, unsigned int code);
 
     // PROJ's coordinates in the CRS of places on WGS 84, and their places by PROJ's forward operation. Points that PROJ
-    // cannot transform are left out.
-    std::vector<ReferencePoint> sample(const std::vector<LonLat>& places);
-    // The same with the operation of each point, which takes much longer.
-    std::vector<ReferencePoint> sampleWithOperations(const std::vector<LonLat>& places);
+    // cannot transform are left out. The operation of each point, if it is wanted, takes much longer.
+    std::vector<ReferencePoint> sample(const std::vector<LonLat>& places, bool withOperations = false);
 
-    // The operations of all points that sampleWithOperations has returned.
-    const std::vector<UsedOperation>& used() const { return operations; }
+    // The operations of all points that `sample` has returned with them.
+    const std::vector<Operation>& used() const { return operations; }
 
 private:
-    std::optional<ReferencePoint> samplePoint(const LonLat& place) const;
     std::size_t lastUsedOperation();
 
     ProjContext& context;
     ProjPtr<PJ> operation;
-    std::vector<UsedOperation> operations;
+    std::vector<Operation> operations;
     std::unordered_map<std::string, std::size_t> indexByName;
 };
 
@@ -157,10 +146,9 @@ struct ShiftEvidence {
     // Whether the samples are at least half of all points of the area.
     bool coversHalf = false;
     // The operations that PROJ uses in the area and "+towgs84" can express.
-    std::vector<PublishedShift> used;
-    // The grid that PROJ chooses at every point; empty when there is none or none is wanted.
-    std::string grid;
-    std::optional<double> gridAccuracy;
+    std::vector<Operation> used;
+    // The grid shift that PROJ chooses at every point; null if there is none or none is wanted.
+    const Operation* grid = nullptr;
     // Whether a shift may be fitted.
     bool mayFit = false;
 };
@@ -169,8 +157,7 @@ struct ShiftEvidence {
 // uses come first; unless one of them agrees within a centimetre, all of the registry are compared. If the best one is
 // more than a metre off at a sample and `mayFit` is set, a fitted translation and a fitted seven-parameter shift
 // compete with it. `listPublished` is called only when it is needed.
-ShiftChoice chooseShift(const ShiftEvidence& evidence,
-                        const std::function<std::vector<PublishedShift>()>& listPublished);
+ShiftChoice chooseShift(const ShiftEvidence& evidence, const std::function<std::vector<Operation>()>& listPublished);
 
 // Whether the parameters of a fitted shift are plausible between two datums.
 bool isSane(const Helmert& helmert);

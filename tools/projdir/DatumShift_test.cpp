@@ -101,12 +101,12 @@ TEST(ShiftCandidatesTest, KnowsASingleGridShift) {
     EXPECT_EQ(findGridShift("+proj=noop"), "");
 }
 
-std::vector<PublishedShift> publishedFor(unsigned int code) {
+std::vector<Operation> publishedFor(unsigned int code) {
     const ProjContext context;
     return findPublishedShifts(context, createCrs(context, code).get());
 }
 
-const PublishedShift* findSource(const std::vector<PublishedShift>& shifts, const std::string& source) {
+const Operation* findSource(const std::vector<Operation>& shifts, const std::string& source) {
     const auto found = std::find_if(shifts.begin(), shifts.end(), [&](const auto& s) { return s.source == source; });
     return found == shifts.end() ? nullptr : &*found;
 }
@@ -114,12 +114,12 @@ const PublishedShift* findSource(const std::vector<PublishedShift>& shifts, cons
 // Parameters as the EPSG dataset publishes them.
 TEST(ShiftCandidatesTest, FindsThePublishedShifts) {
     const auto shifts = publishedFor(4277);
-    const PublishedShift* const petroleum = findSource(shifts, "EPSG:1314");
+    const Operation* const petroleum = findSource(shifts, "EPSG:1314");
     ASSERT_NE(petroleum, nullptr);
-    EXPECT_EQ(writeHelmert(petroleum->helmert), "446.448,-125.157,542.06,0.15,0.247,0.842,-20.489");
-    const PublishedShift* const mean = findSource(shifts, "EPSG:1195");
+    EXPECT_EQ(writeHelmert(*petroleum->shift), "446.448,-125.157,542.06,0.15,0.247,0.842,-20.489");
+    const Operation* const mean = findSource(shifts, "EPSG:1195");
     ASSERT_NE(mean, nullptr);
-    EXPECT_EQ(writeHelmert(mean->helmert), "375,-111,431,0,0,0,0");
+    EXPECT_EQ(writeHelmert(*mean->shift), "375,-111,431,0,0,0,0");
 }
 
 TEST(ShiftCandidatesTest, FindsShiftsOfRegionsAsWell) { EXPECT_GT(publishedFor(4230).size(), 20U); }
@@ -172,8 +172,7 @@ TEST_F(ReferenceTest, MovesAsPROJItselfDoes) {
 
 TEST_F(ReferenceTest, UsesNoGrid) {
     const Reference reference = makeReference(4314);
-    for (const UsedOperation& operation : reference.operations())
-        EXPECT_EQ(operation.gridShift, "") << operation.source;
+    for (const Operation& operation : reference.operations()) EXPECT_EQ(operation.gridShift, "") << operation.source;
 }
 
 // Grids count whether or not they are installed.
@@ -254,9 +253,9 @@ TEST(BestOperationTest, ReturnsToThePlaceItCameFrom) {
 TEST(BestOperationTest, NamesTheOperationOfEachPoint) {
     ProjContext context;
     BestOperation best(context, 27700);
-    const auto points = best.sampleWithOperations({{-2, 52}, {-8.95, 60.99}});
+    const auto points = best.sample({{-2, 52}, {-8.95, 60.99}}, true);
     ASSERT_EQ(points.size(), 2U);
-    const UsedOperation& inside = best.used()[points[0].operation];
+    const Operation& inside = best.used()[points[0].operation];
     EXPECT_EQ(inside.source, "EPSG:1314");
     EXPECT_FALSE(inside.isBallpark);
     EXPECT_TRUE(inside.gridShift.empty());
@@ -267,7 +266,7 @@ TEST(BestOperationTest, NamesTheOperationOfEachPoint) {
 TEST(BestOperationTest, NamesTheInstalledFileOfAGrid) {
     ProjContext context;
     BestOperation best(context, 31467);
-    const auto points = best.sampleWithOperations({{9, 51}});
+    const auto points = best.sample({{9, 51}}, true);
     ASSERT_EQ(points.size(), 1U);
     EXPECT_EQ(best.used()[points[0].operation].gridShift, "BETA2007.gsb");
 }
@@ -275,7 +274,7 @@ TEST(BestOperationTest, NamesTheInstalledFileOfAGrid) {
 TEST(BestOperationTest, ReportsTheAbsenceOfAnOperation) {
     ProjContext context;
     BestOperation best(context, 4610);  // Xian 1980
-    const auto points = best.sampleWithOperations({{110, 30}});
+    const auto points = best.sample({{110, 30}}, true);
     ASSERT_EQ(points.size(), 1U);
     EXPECT_TRUE(best.used()[points[0].operation].isBallpark);
 }
@@ -284,7 +283,7 @@ TEST(BestOperationTest, HasNoPointsWithoutAnOperation) {
     ProjContext context;
     BestOperation best(context, 999999);
     EXPECT_TRUE(best.sample({{9, 50}}).empty());
-    EXPECT_TRUE(best.sampleWithOperations({{9, 50}}).empty());
+    EXPECT_TRUE(best.sample({{9, 50}}, true).empty());
 }
 
 const Area REGION{5, 47, 15, 55};
@@ -306,7 +305,7 @@ std::vector<ShiftSample> makeSamples(const Area& area, const Helmert& shift) {
     return samples;
 }
 
-ShiftEvidence makeEvidence(const Helmert& truth) { return {makeSamples(REGION, truth), true, {}, "", {}, false}; }
+ShiftEvidence makeEvidence(const Helmert& truth) { return {makeSamples(REGION, truth), true, {}, nullptr, false}; }
 
 ShiftEvidence makeEvidenceToFit(const Helmert& truth) {
     ShiftEvidence evidence = makeEvidence(truth);
@@ -314,7 +313,11 @@ ShiftEvidence makeEvidenceToFit(const Helmert& truth) {
     return evidence;
 }
 
-std::vector<PublishedShift> publishNothing() { return {}; }
+Operation published(const std::string& source, const Helmert& shift, std::optional<double> accuracy = {}) {
+    return {source, false, "", accuracy, shift};
+}
+
+std::vector<Operation> publishNothing() { return {}; }
 
 TEST(ShiftChoiceTest, ChoosesNoShiftWherePROJKnowsNone) {
     const ShiftChoice choice = chooseShift({}, publishNothing);
@@ -325,8 +328,8 @@ TEST(ShiftChoiceTest, ChoosesNoShiftWherePROJKnowsNone) {
 
 TEST(ShiftChoiceTest, PrefersPROJsShiftWithoutListingTheRegistry) {
     ShiftEvidence evidence = makeEvidence(RIGHT);
-    evidence.used = {{"EPSG:2", RIGHT}};
-    const ShiftChoice choice = chooseShift(evidence, []() -> std::vector<PublishedShift> {
+    evidence.used = {published("EPSG:2", RIGHT)};
+    const ShiftChoice choice = chooseShift(evidence, []() -> std::vector<Operation> {
         ADD_FAILURE() << "asked";
         return {};
     });
@@ -337,8 +340,9 @@ TEST(ShiftChoiceTest, PrefersPROJsShiftWithoutListingTheRegistry) {
 
 TEST(ShiftChoiceTest, TakesThePublishedShiftThatAgreesBest) {
     const ShiftChoice choice = chooseShift(makeEvidence(RIGHT), [] {
-        return std::vector<PublishedShift>{
-            {"EPSG:1", movedNorth(RIGHT, 0.9)}, {"EPSG:2", movedNorth(RIGHT, 0.3)}, {"EPSG:3", movedNorth(RIGHT, 5)}};
+        return std::vector<Operation>{published("EPSG:1", movedNorth(RIGHT, 0.9)),
+                                      published("EPSG:2", movedNorth(RIGHT, 0.3)),
+                                      published("EPSG:3", movedNorth(RIGHT, 5))};
     });
     EXPECT_EQ(choice.source, "EPSG:2");
     EXPECT_NEAR(choice.residual.largest, 0.3, 0.05);
@@ -346,9 +350,8 @@ TEST(ShiftChoiceTest, TakesThePublishedShiftThatAgreesBest) {
 }
 
 TEST(ShiftChoiceTest, FitsWhereNoPublishedShiftIsWithinAMetre) {
-    const ShiftChoice choice = chooseShift(makeEvidenceToFit(RIGHT), [] {
-        return std::vector<PublishedShift>{{"EPSG:1", movedNorth(RIGHT, 1.5)}};
-    });
+    const ShiftChoice choice = chooseShift(
+        makeEvidenceToFit(RIGHT), [] { return std::vector<Operation>{published("EPSG:1", movedNorth(RIGHT, 1.5))}; });
     EXPECT_EQ(choice.kind, ShiftKind::FITTED);
     EXPECT_LT(choice.residual.largest, 0.1);
 }
@@ -377,7 +380,7 @@ TEST(ShiftChoiceTest, NeverFitsSevenParametersToACorner) {
 TEST(ShiftChoiceTest, KeepsAPublishedShiftInSpiteOfAStrayPoint) {
     ShiftEvidence evidence = makeEvidenceToFit(TRANSLATION);
     evidence.samples.front() = makeSample({5, 47}, movedNorth(TRANSLATION, 200));
-    evidence.used = {{"EPSG:1", TRANSLATION}};
+    evidence.used = {published("EPSG:1", TRANSLATION)};
     const ShiftChoice choice = chooseShift(evidence, publishNothing);
     EXPECT_EQ(choice.kind, ShiftKind::PUBLISHED);
     EXPECT_NEAR(choice.residual.largest, 200, 3);
@@ -390,7 +393,7 @@ TEST(ShiftChoiceTest, PrefersAFitThatIsInABetterClass) {
     ShiftEvidence evidence = makeEvidenceToFit(TRANSLATION);
     for (std::size_t i = 0; i < evidence.samples.size(); i += 2)
         evidence.samples[i].target = evidence.samples[i].target + 6.0 * evidence.samples[i].frame.north;
-    evidence.used = {{"EPSG:1", TRANSLATION}};
+    evidence.used = {published("EPSG:1", TRANSLATION)};
     const ShiftChoice choice = chooseShift(evidence, publishNothing);
     EXPECT_EQ(choice.kind, ShiftKind::FITTED);
     EXPECT_LT(choice.residual.largest, 5);
@@ -398,7 +401,8 @@ TEST(ShiftChoiceTest, PrefersAFitThatIsInABetterClass) {
 
 TEST(ShiftChoiceTest, TakesAGridRatherThanAFitWhenThereIsOne) {
     ShiftEvidence evidence = makeEvidence(RIGHT);
-    evidence.grid = "a.gsb";
+    const Operation grid{"EPSG:3", false, "a.gsb"};
+    evidence.grid = &grid;
     const ShiftChoice choice = chooseShift(evidence, publishNothing);
     EXPECT_EQ(choice.kind, ShiftKind::GRID);
     EXPECT_EQ(writeDatumShift(choice), "+nadgrids=a.gsb");
@@ -407,18 +411,17 @@ TEST(ShiftChoiceTest, TakesAGridRatherThanAFitWhenThereIsOne) {
 
 TEST(ShiftChoiceTest, TakesAGridRatherThanAPublishedShift) {
     ShiftEvidence evidence = makeEvidence(RIGHT);
-    evidence.grid = "a.gsb";
-    evidence.gridAccuracy = 0.1;
-    evidence.used = {{"EPSG:1", RIGHT}};
+    const Operation grid{"EPSG:3", false, "a.gsb", 0.1};
+    evidence.grid = &grid;
+    evidence.used = {published("EPSG:1", RIGHT)};
     const ShiftChoice choice = chooseShift(evidence, publishNothing);
     EXPECT_EQ(choice.kind, ShiftKind::GRID);
     EXPECT_EQ(choice.accuracy, 0.1);
 }
 
 TEST(ShiftChoiceTest, FitsNothingUnlessAsked) {
-    const ShiftChoice choice = chooseShift(makeEvidence(RIGHT), [] {
-        return std::vector<PublishedShift>{{"EPSG:1", movedNorth(RIGHT, 50), 7}};
-    });
+    const ShiftChoice choice = chooseShift(
+        makeEvidence(RIGHT), [] { return std::vector<Operation>{published("EPSG:1", movedNorth(RIGHT, 50), 7)}; });
     EXPECT_EQ(choice.kind, ShiftKind::PUBLISHED);
     EXPECT_EQ(choice.accuracy, 7);
     EXPECT_NEAR(choice.residual.largest, 50, 1);

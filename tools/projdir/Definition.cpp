@@ -31,10 +31,10 @@ Area requireArea(const RegistryCrs& entry) {
 }
 
 template <typename PointList>
-std::vector<OperationShare> countShares(const std::vector<UsedOperation>& operations, const PointList& points) {
+std::vector<OperationShare> countShares(const std::vector<Operation>& operations, const PointList& points) {
     std::vector<OperationShare> shares;
     shares.reserve(operations.size());
-    for (const UsedOperation& operation : operations) shares.push_back({operation, 0});
+    for (const Operation& operation : operations) shares.push_back({operation, 0});
     for (const auto& point : points) ++shares[point.operation].points;
     shares.erase(std::remove_if(shares.begin(), shares.end(), [](const auto& share) { return share.points == 0; }),
                  shares.end());
@@ -106,18 +106,18 @@ public:
         }
         evidence.coversHalf = 2 * known >= points.size();
         for (const std::size_t index : used) {
-            const UsedOperation& operation = reference.operations()[index];
-            if (operation.shift) evidence.used.push_back({operation.source, *operation.shift, operation.accuracy});
+            const Operation& operation = reference.operations()[index];
+            if (operation.shift) evidence.used.push_back(operation);
         }
         return evidence;
     }
 
     // The grid shift that PROJ, with all grids, chooses at every point; null if there is none.
-    const UsedOperation* findCommonGrid(const Reference& withGrids) const {
+    const Operation* findCommonGrid(const Reference& withGrids) const {
         const Reference::Ranking ranked = withGrids.rank(area);
         std::set<std::size_t> chosen;
         for (const Point& point : points) chosen.insert(withGrids.choose(foldLongitude(point.place), ranked));
-        const UsedOperation& operation = withGrids.operations()[*chosen.begin()];
+        const Operation& operation = withGrids.operations()[*chosen.begin()];
         return chosen.size() == 1 && !operation.gridShift.empty() ? &operation : nullptr;
     }
 
@@ -125,14 +125,12 @@ public:
     // point only matters where PROJ may know none.
     void surveyInstalled(ProjContext& withGrids, CrsOutcome& outcome) const {
         BestOperation best(withGrids, projection.isRegistrys() ? entry.code : entry.geodeticCode);
-        const auto surveyed =
-            best.sampleWithOperations(sampleArea(area, isDense ? DENSE_POINTS_PER_SIDE : POINTS_PER_SIDE));
+        const auto surveyed = best.sample(sampleArea(area, isDense ? DENSE_POINTS_PER_SIDE : POINTS_PER_SIDE), true);
         const auto isUnknown = [&best](const ReferencePoint& point) { return best.used()[point.operation].isBallpark; };
         const bool mayBeUnknown = std::any_of(surveyed.begin(), surveyed.end(), isUnknown);
         const auto checked = sampleArea(area, isDense ? DENSE_CHECKS_PER_SIDE : CHECKS_PER_SIDE);
         outcome.shares = countShares(best.used(), surveyed);
-        for (const ReferencePoint& point :
-             adaptToCrs(withGrids, mayBeUnknown ? best.sampleWithOperations(checked) : best.sample(checked)))
+        for (const ReferencePoint& point : adaptToCrs(withGrids, best.sample(checked, mayBeUnknown)))
             outcome.checkPoints.push_back({point.crs, point.wgs84, !mayBeUnknown || !isUnknown(point)});
     }
 
@@ -178,10 +176,7 @@ private:
     std::vector<ReferencePoint> adaptToCrs(ProjContext& withGrids, std::vector<ReferencePoint> found) const {
         if (projection.isRegistrys()) return found;
         const GeodeticAxes axes(withGrids, createGeodeticCrs(withGrids, crs.get()).get());
-        for (auto& [coordinates, wgs84, operation] : found) {
-            const auto& [x, y, z] = coordinates;
-            coordinates = projection.fromGeodetic(axes.read(proj_coord(x, y, z, HUGE_VAL)));
-        }
+        for (ReferencePoint& point : found) point.crs = projection.fromGeodetic(axes.read(point.crs));
         return found;
     }
 
@@ -220,8 +215,8 @@ CrsOutcome DefinitionMaker::make(const RegistryCrs& crs) {
             outcome.omission = "its horizontal part EPSG:" + std::to_string(part.code) + " is left out: ";
         outcome.omission += reason.what();
     }
-    requireSoundDatabase(context, "EPSG:" + std::to_string(crs.code));
-    if (installed) requireSoundDatabase(*installed, "EPSG:" + std::to_string(crs.code));
+    requireSoundDatabase(context, nameOfCode(crs.code));
+    if (installed) requireSoundDatabase(*installed, nameOfCode(crs.code));
     return outcome;
 }
 
@@ -275,10 +270,7 @@ ShiftChoice DefinitionMaker::chooseShiftOf(const Survey& survey, Base& geodetic,
     choice.kind = ShiftKind::WGS_84;
     if (survey.classicText().isWgs84) return choice;
     evidence.mayFit = options.fit;
-    if (const UsedOperation* grid = geodetic.withGrids ? survey.findCommonGrid(*geodetic.withGrids) : nullptr) {
-        evidence.grid = grid->gridShift;
-        evidence.gridAccuracy = grid->accuracy;
-    }
+    if (geodetic.withGrids) evidence.grid = survey.findCommonGrid(*geodetic.withGrids);
     return chooseShift(evidence, [this, &geodetic] {
         if (!geodetic.published) geodetic.published = findPublishedShifts(context, geodetic.crs.get());
         return *geodetic.published;

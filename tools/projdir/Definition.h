@@ -13,7 +13,7 @@ namespace ProjDir {
 
 // The number of points at which PROJ uses an operation.
 struct OperationShare {
-    UsedOperation operation;
+    Operation operation;
     std::size_t points = 0;
 };
 
@@ -83,7 +83,7 @@ private:
         ProjPtr<PJ> crs;
         Reference reference;
         std::optional<Reference> withGrids;
-        std::optional<std::vector<PublishedShift>> published;
+        std::optional<std::vector<Operation>> published;
     };
     class Survey;
 

@@ -130,7 +130,7 @@ std::string nameOf(unsigned int code, const DiffSides& sides) {
 
 std::string writeCode(unsigned int code, const DiffSides& sides) {
     const std::string name = nameOf(code, sides);
-    return "EPSG:" + std::to_string(code) + (name.empty() ? "" : " " + name);
+    return nameOfCode(code) + (name.empty() ? "" : " " + name);
 }
 
 std::string writeSide(const char* title, const DirectoryContent& content) {

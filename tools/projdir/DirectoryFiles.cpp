@@ -6,10 +6,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
-#include <iomanip>
 #include <iterator>
-#include <locale>
 #include <memory>
 #include <set>
 #include <sstream>
@@ -39,7 +36,6 @@ constexpr char UNKNOWN_CRS_AXIS_ORDER[] = "0;en\n";
 
 constexpr int DECIMALS_OF_DISTANCE = 2;
 constexpr char CODE_PREFIX[] = "EPSG:";
-constexpr std::size_t BLOCK = std::size_t{1} << 16;
 constexpr mode_t FILE_MODE = 0666;
 
 std::string quoteCell(const std::string& text) {
@@ -191,23 +187,15 @@ std::string writeDescriptionFile(const std::vector<CrsOutcome>& outcomes) {
 }
 
 std::string computeSha256(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) throw FileError("cannot read \"" + path + "\": " + std::generic_category().message(errno));
-    const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> digest(EVP_MD_CTX_new(), EVP_MD_CTX_free);
-    bool isComputed = digest != nullptr && EVP_DigestInit_ex(digest.get(), EVP_sha256(), nullptr) == 1;
-    std::array<char, BLOCK> block{};
-    while (isComputed && (file.read(block.data(), block.size()), file.gcount() > 0))
-        isComputed = EVP_DigestUpdate(digest.get(), block.data(), static_cast<std::size_t>(file.gcount())) == 1;
-    if (file.bad()) throw FileError("cannot read \"" + path + "\"");
+    const std::string content = readText(path);
     std::array<unsigned char, EVP_MAX_MD_SIZE> bytes{};
     unsigned int size = 0;
-    if (!isComputed || EVP_DigestFinal_ex(digest.get(), bytes.data(), &size) != 1)
+    if (EVP_Digest(content.data(), content.size(), bytes.data(), &size, EVP_sha256(), nullptr) != 1)
         throw FileError("cannot compute the checksum of \"" + path + "\"");
-    std::ostringstream text;
-    text.imbue(std::locale::classic());
-    for (unsigned int i = 0; i < size; ++i)
-        text << std::hex << std::setw(2) << std::setfill('0') << static_cast<unsigned int>(bytes[i]);
-    return text.str();
+    constexpr char DIGITS[] = "0123456789abcdef";
+    std::string text;
+    for (unsigned int i = 0; i < size; ++i) text += {DIGITS[bytes[i] >> 4U], DIGITS[bytes[i] & 0x0FU]};
+    return text;
 }
 
 std::vector<GridFile> listGridFiles(const ProjContext& installed, const std::vector<CrsOutcome>& outcomes) {

@@ -2,7 +2,9 @@
 
 #include <cmath>
 #include <initializer_list>
+#include <map>
 #include <utility>
+#include <vector>
 
 #include "text/NumericText.h"
 
@@ -24,20 +26,30 @@ constexpr std::initializer_list<const char*> REPLACED_KEYS = {
 constexpr std::initializer_list<const char*> UNIT_AND_MERIDIAN_KEYS = {"units", "to_meter", "vunits", "vto_meter",
                                                                        "pm"};
 
-// EPSG codes of methods and their parameters.
 constexpr char WEB_MERCATOR[] = "1024";
-constexpr char LAMBERT_WEST_ORIENTATED[] = "9826";
-constexpr char BONNE_SOUTH_ORIENTATED[] = "9828";
 constexpr char POLAR_STEREOGRAPHIC_C[] = "9830";
-constexpr char LATITUDE_OF_ORIGIN[] = "8801";
-constexpr char LONGITUDE_OF_ORIGIN[] = "8802";
-constexpr char SCALE_AT_ORIGIN[] = "8805";
-constexpr char FALSE_EASTING[] = "8806";
-constexpr char FALSE_NORTHING[] = "8807";
-constexpr char EASTING_AT_FALSE_ORIGIN[] = "8826";
-constexpr char NORTHING_AT_FALSE_ORIGIN[] = "8827";
-constexpr char STANDARD_PARALLEL[] = "8832";
-constexpr char LONGITUDE_OF_FALSE_ORIGIN[] = "8833";
+
+// A parameter of the definition language, the EPSG code of the registry's, and a factor.
+struct MethodParameter {
+    const char* key;
+    const char* code;
+    double factor = 1;
+};
+
+// The methods that PROJ does not write, by EPSG code, with their projections. "+axis" reverses the coordinates after
+// the false origin is added, so the false origin changes its sign.
+const std::map<std::string, std::pair<const char*, std::vector<MethodParameter>>> METHODS = {
+    // Lambert Conic Conformal (West Orientated)
+    {"9826",
+     {"lcc",
+      {{"lat_1", "8801"},
+       {"lat_0", "8801"},
+       {"lon_0", "8802"},
+       {"k_0", "8805"},
+       {"x_0", "8806", -1},
+       {"y_0", "8807"}}}},
+    // Bonne (South Orientated)
+    {"9828", {"bonne", {{"lat_1", "8801"}, {"lon_0", "8802"}, {"x_0", "8806", -1}, {"y_0", "8807", -1}}}}};
 
 // PROJ lists "a=6378137.0" with "b=6356752.314" or "rf=298.257".
 ReferenceEllipsoid readNamed(const PJ_ELLPS& named) {
@@ -83,14 +95,22 @@ std::string write(const char* key, double value) { return std::string(" +") + ke
 // Without the noise that the conversion of units adds to decimal figures.
 double toDegrees(double radians) { return std::round(radians / RADIANS_PER_DEGREE * 1e12) / 1e12 + 0.0; }
 
+// Angles are in degrees.
+double readParameter(const ProjContext& context, const PJ* conversion, const MethodParameter& parameter) {
+    const double value = readParameter(context, conversion, parameter.code);
+    return parameter.factor * (parameter.key[0] == 'l' ? toDegrees(value) : value);
+}
+
 // The false origin is on the standard parallel, whose radius on the map is that on the ellipsoid (IOGP Publication
 // 373-7-2, Polar Stereographic variant C). "+y_0" counts from the pole.
-std::string writePolarStereographicC(double parallel, double longitude, double easting, double northing,
+std::string writePolarStereographicC(const ProjContext& context, const PJ* conversion,
                                      const ReferenceEllipsoid& ellipsoid) {
+    const double parallel = readParameter(context, conversion, {"lat_ts", "8832"});
     const Vector point = toGeocentric(ellipsoid, {0, parallel});
-    const double toPole = parallel < 0 ? -point.x() : point.x();
     return "+proj=stere" + write("lat_0", parallel < 0 ? -90 : 90) + write("lat_ts", parallel) +
-           write("lon_0", longitude) + write("x_0", easting) + write("y_0", northing + toPole);
+           write("lon_0", readParameter(context, conversion, {"lon_0", "8833"})) +
+           write("x_0", readParameter(context, conversion, {"x_0", "8826"})) +
+           write("y_0", readParameter(context, conversion, {"y_0", "8827"}) + (parallel < 0 ? -point.x() : point.x()));
 }
 
 std::string writeUnitAndMeridian(const ProjContext& context, const PJ* crs) {
@@ -192,25 +212,18 @@ std::string writeEllipsoid(const ReferenceEllipsoid& ellipsoid) {
     return "+a=" + writeDouble(semiMajor) + " +rf=" + writeDouble(std::round(inverseFlattening * 1e9) / 1e9);
 }
 
-// "+axis" reverses the coordinates after the false origin is added, so the false origin changes its sign.
 std::optional<std::string> writeMethodText(const ProjContext& context, const PJ* crs) {
     const ProjPtr<PJ> conversion = conversionOf(context, crs);
-    const std::string method = methodOf(context, conversion.get());
-    const auto number = [&](const char* code) { return readParameter(context, conversion.get(), code); };
-    const auto degrees = [&](const char* code) { return toDegrees(number(code)); };
-    if (method == LAMBERT_WEST_ORIENTATED)
-        return "+proj=lcc" + write("lat_1", degrees(LATITUDE_OF_ORIGIN)) + write("lat_0", degrees(LATITUDE_OF_ORIGIN)) +
-               write("lon_0", degrees(LONGITUDE_OF_ORIGIN)) + write("k_0", number(SCALE_AT_ORIGIN)) +
-               write("x_0", -number(FALSE_EASTING)) + write("y_0", number(FALSE_NORTHING));
-    if (method == BONNE_SOUTH_ORIENTATED)
-        return "+proj=bonne" + write("lat_1", degrees(LATITUDE_OF_ORIGIN)) +
-               write("lon_0", degrees(LONGITUDE_OF_ORIGIN)) + write("x_0", -number(FALSE_EASTING)) +
-               write("y_0", -number(FALSE_NORTHING));
-    if (method == POLAR_STEREOGRAPHIC_C)
-        return writePolarStereographicC(degrees(STANDARD_PARALLEL), degrees(LONGITUDE_OF_FALSE_ORIGIN),
-                                        number(EASTING_AT_FALSE_ORIGIN), number(NORTHING_AT_FALSE_ORIGIN),
-                                        readEllipsoid(context, crs));
-    return std::nullopt;
+    const std::string code = methodOf(context, conversion.get());
+    if (code == POLAR_STEREOGRAPHIC_C)
+        return writePolarStereographicC(context, conversion.get(), readEllipsoid(context, crs));
+    const auto method = METHODS.find(code);
+    if (method == METHODS.end()) return std::nullopt;
+    const auto& [projection, parameters] = method->second;
+    std::string text = std::string("+proj=") + projection;
+    for (const MethodParameter& parameter : parameters)
+        text += write(parameter.key, readParameter(context, conversion.get(), parameter));
+    return text;
 }
 
 std::string ClassicText::write(const std::string& datumShift) const {
@@ -258,16 +271,15 @@ ClassicProjection::ClassicProjection(ProjContext& context, const std::string& de
 }
 
 LonLat ClassicProjection::toGeodetic(const Coordinates& coordinates) const {
-    const PJ_COORD point = proj_coord(coordinates[0] * unit, coordinates[1] * unit, coordinates[2], HUGE_VAL);
-    const PJ_LP place = proj_trans(projection.get(), PJ_INV, point).lp;
-    return {place.lam / RADIANS_PER_DEGREE, place.phi / RADIANS_PER_DEGREE};
+    const auto& [x, y, z] = coordinates;
+    const Coordinates radians = transform(projection, PJ_INV, {x * unit, y * unit, z});
+    return {radians[0] / RADIANS_PER_DEGREE, radians[1] / RADIANS_PER_DEGREE};
 }
 
 Coordinates ClassicProjection::fromGeodetic(const LonLat& place) const {
-    const PJ_COORD radians =
-        proj_coord(place.longitude * RADIANS_PER_DEGREE, place.latitude * RADIANS_PER_DEGREE, 0, HUGE_VAL);
-    const PJ_XYZ point = proj_trans(projection.get(), PJ_FWD, radians).xyz;
-    return {point.x / unit, point.y / unit, point.z};
+    const auto [x, y, z] =
+        transform(projection, PJ_FWD, {place.longitude * RADIANS_PER_DEGREE, place.latitude * RADIANS_PER_DEGREE, 0});
+    return {x / unit, y / unit, z};
 }
 
 GeodeticAxes::GeodeticAxes(const ProjContext& context, const PJ* geodeticCrs)
@@ -277,20 +289,17 @@ GeodeticAxes::GeodeticAxes(const ProjContext& context, const PJ* geodeticCrs)
       meridian(readMeridian(context, geodeticCrs)),
       ellipsoid(readEllipsoid(context, geodeticCrs)) {}
 
-PJ_COORD GeodeticAxes::write(const LonLat& place) const {
+Coordinates GeodeticAxes::write(const LonLat& place) const {
     if (isGeocentric) {
         const Vector point = toGeocentric(ellipsoid, place);
-        return proj_coord(point.x(), point.y(), point.z(), HUGE_VAL);
+        return {point.x(), point.y(), point.z()};
     }
     const double longitude = (place.longitude - meridian) / degreesPerUnit;
-    const double latitude = place.latitude / degreesPerUnit;
-    return isLatitudeFirst ? proj_coord(latitude, longitude, 0, HUGE_VAL)
-                           : proj_coord(longitude, latitude, 0, HUGE_VAL);
+    return exchangeIf(isLatitudeFirst, {longitude, place.latitude / degreesPerUnit, 0});
 }
 
-LonLat GeodeticAxes::read(const PJ_COORD& coordinates) const {
-    auto [longitude, latitude] = coordinates.xy;
-    if (isLatitudeFirst) std::swap(longitude, latitude);
+LonLat GeodeticAxes::read(const Coordinates& coordinates) const {
+    const auto [longitude, latitude, height] = exchangeIf(isLatitudeFirst, coordinates);
     return {longitude * degreesPerUnit + meridian, latitude * degreesPerUnit};
 }
 
@@ -304,14 +313,12 @@ RegistryProjection::RegistryProjection(ProjContext& context, const PJ* crs, cons
 
 Coordinates RegistryProjection::fromGeodetic(const LonLat& place) const {
     if (classic != nullptr) return exchangeIf(northFirst, classic->fromGeodetic(place));
-    const PJ_XYZ point = proj_trans(operation.get(), PJ_INV, axes.write(place)).xyz;
-    return {point.x, point.y, point.z};
+    return transform(operation, PJ_INV, axes.write(place));
 }
 
 LonLat RegistryProjection::toGeodetic(const Coordinates& coordinates) const {
     if (classic != nullptr) return classic->toGeodetic(exchangeIf(northFirst, coordinates));
-    const auto& [x, y, z] = coordinates;
-    return axes.read(proj_trans(operation.get(), PJ_FWD, proj_coord(x, y, z, HUGE_VAL)));
+    return axes.read(transform(operation, PJ_FWD, coordinates));
 }
 
 }  // namespace ProjDir

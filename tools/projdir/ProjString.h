@@ -90,9 +90,9 @@ public:
     GeodeticAxes(const ProjContext& context, const PJ* geodeticCrs);
 
     // The coordinates of a place at height 0.
-    PJ_COORD write(const LonLat& place) const;
+    Coordinates write(const LonLat& place) const;
     // REQUIRES: geographic axes.
-    LonLat read(const PJ_COORD& coordinates) const;
+    LonLat read(const Coordinates& coordinates) const;
 
 private:
     bool isGeocentric = false;

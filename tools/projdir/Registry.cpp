@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <map>
@@ -292,11 +293,13 @@ std::optional<unsigned int> readCode(const std::string& text) {
     return code;
 }
 
+std::string nameOfCode(unsigned int code) { return std::string(AUTHORITY) + ":" + std::to_string(code); }
+
 ProjPtr<PJ> createCrs(const ProjContext& context, unsigned int code) {
-    const std::string text = std::to_string(code);
-    ProjPtr<PJ> crs(proj_create_from_database(context.get(), AUTHORITY, text.c_str(), PJ_CATEGORY_CRS, 0, nullptr));
-    requireSoundDatabase(context, "EPSG:" + text);
-    if (crs == nullptr) throw RegistryError("PROJ cannot make EPSG:" + text);
+    ProjPtr<PJ> crs(
+        proj_create_from_database(context.get(), AUTHORITY, std::to_string(code).c_str(), PJ_CATEGORY_CRS, 0, nullptr));
+    requireSoundDatabase(context, nameOfCode(code));
+    if (crs == nullptr) throw RegistryError("PROJ cannot make " + nameOfCode(code));
     return crs;
 }
 
@@ -318,15 +321,27 @@ Axis readAxis(const ProjContext& context, const PJ* crs, int index) {
     return {textOrEmpty(name), textOrEmpty(direction), textOrEmpty(unit), unitLength};
 }
 
-std::vector<unsigned int> findReplacements(const ProjContext& context, const PJ* crs) {
-    const ProjPtr<PJ_OBJ_LIST> list(proj_get_non_deprecated(context.get(), crs));
-    std::vector<unsigned int> codes;
+std::vector<ProjPtr<PJ>> listObjects(const ProjContext& context, PJ_OBJ_LIST* objects) {
+    const ProjPtr<PJ_OBJ_LIST> list(objects);
+    std::vector<ProjPtr<PJ>> items;
     const int count = list == nullptr ? 0 : proj_list_get_count(list.get());
-    for (int i = 0; i < count; ++i) {
-        const ProjPtr<PJ> replacement(proj_list_get(context.get(), list.get(), i));
+    for (int i = 0; i < count; ++i)
+        if (ProjPtr<PJ> item(proj_list_get(context.get(), list.get(), i)); item != nullptr)
+            items.push_back(std::move(item));
+    return items;
+}
+
+Coordinates transform(const ProjPtr<PJ>& operation, PJ_DIRECTION direction, const Coordinates& point) {
+    const auto [x, y, z] =
+        proj_trans(operation.get(), direction, proj_coord(point[0], point[1], point[2], HUGE_VAL)).xyz;
+    return {x, y, z};
+}
+
+std::vector<unsigned int> findReplacements(const ProjContext& context, const PJ* crs) {
+    std::vector<unsigned int> codes;
+    for (const ProjPtr<PJ>& replacement : listObjects(context, proj_get_non_deprecated(context.get(), crs)))
         if (textOrEmpty(proj_get_id_auth_name(replacement.get(), 0)) == AUTHORITY)
             codes.push_back(readCode(textOrEmpty(proj_get_id_code(replacement.get(), 0))).value_or(0));
-    }
     return codes;
 }
 

@@ -100,6 +100,9 @@ RegistryVersion readRegistryVersion(const ProjContext& context);
 // "EPSG Geodetic Parameter Dataset v10.076 of 2022-08-31, from the database of PROJ 9.1.1".
 std::string describe(const RegistryVersion& version);
 
+// "EPSG:4326".
+std::string nameOfCode(unsigned int code);
+
 // Every CRS of the authority EPSG, in code order. RegistryError when the database has a damaged page or PROJ's lists
 // contradict each other.
 std::vector<RegistryCrs> readRegistry(const ProjContext& context);
@@ -123,6 +126,12 @@ struct Axis {
 };
 
 Axis readAxis(const ProjContext& context, const PJ* crs, int index = 0);
+
+// The objects of a list of PROJ, which is released; none if it is null.
+std::vector<ProjPtr<PJ>> listObjects(const ProjContext& context, PJ_OBJ_LIST* objects);
+
+// The result of an operation; not finite where PROJ has none.
+Coordinates transform(const ProjPtr<PJ>& operation, PJ_DIRECTION direction, const Coordinates& point);
 
 // The codes of the CRS that replace a deprecated one.
 std::vector<unsigned int> findReplacements(const ProjContext& context, const PJ* crs);

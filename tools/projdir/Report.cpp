@@ -33,7 +33,7 @@ std::string padLeft(const std::string& text, std::size_t width) {
 
 std::string writeCount(std::size_t count) { return padLeft(std::to_string(count), 6); }
 
-std::string nameOf(const RegistryCrs& crs) { return "EPSG:" + std::to_string(crs.code) + " " + crs.name; }
+std::string nameOf(const RegistryCrs& crs) { return nameOfCode(crs.code) + " " + crs.name; }
 
 std::string writeMetres(double metres) {
     return std::isfinite(metres) ? convertNumericToText(metres, 3, false) + " m" : "no coordinates";
@@ -93,7 +93,7 @@ std::string listOperations(const std::vector<OperationShare>& shares) {
     return text + (shares.size() > OPERATIONS_SHOWN ? ", ..." : "");
 }
 
-std::string explainOne(const UsedOperation& operation) {
+std::string explainOne(const Operation& operation) {
     if (!operation.gridShift.empty())
         return "PROJ uses the grid " + operation.gridShift + " (" + operation.source +
                "), which no parameters follow more closely; --grids uses it";
