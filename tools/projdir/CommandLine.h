@@ -3,14 +3,14 @@
 #include <optional>
 #include <string>
 
-#include "tools/projdir/Geodesy.h"
+#include "tools/projdir/Definition.h"
 
 namespace ProjDir {
 
 constexpr char PROGRAM_NAME[] = "crs-projdir";
 
 // The options for making a directory.
-struct Options {
+struct Options : DefinitionOptions {
     std::string directory;
     // Empty for the whole registry.
     std::string codesFile;
@@ -18,14 +18,9 @@ struct Options {
     std::string configFile;
     // Only CRS whose area of use overlaps it.
     std::optional<Area> area;
-    // In metres. A CRS whose shift is farther off in much of its area is left out.
-    double worst = 100;
     // Empty for no report.
     std::string reportFile;
     bool includeDeprecated = false;
-    bool useGrids = false;
-    bool fit = false;
-    bool verify = false;
     bool force = false;
     bool quiet = false;
 };

@@ -117,8 +117,7 @@ void requireDefinitions(const Options& options, const std::vector<CrsOutcome>& o
 std::vector<CrsOutcome> makeOutcomes(const Options& options, const std::vector<RegistryCrs>& list) {
     Tools::ProgressBar progress(stderr, "Definitions", list.size(), !options.quiet);
     const unsigned int threads = std::clamp(std::thread::hardware_concurrency(), 1U, LARGEST_THREAD_COUNT);
-    std::vector<CrsOutcome> outcomes = makeAll(list, {options.useGrids, options.verify, options.fit, options.worst},
-                                               threads, [&progress] { progress.advance(); });
+    std::vector<CrsOutcome> outcomes = makeAll(list, options, threads, [&progress] { progress.advance(); });
     requireDefinitions(options, outcomes);
     return outcomes;
 }

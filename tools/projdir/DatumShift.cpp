@@ -327,11 +327,11 @@ std::optional<Reference::Move> Reference::move(const LonLat& place, const Rankin
         if (best == candidates.size()) break;
         const Coordinates moved = transform(candidates[best].operation, PJ_FWD, axes.write(place));
         const LonLat wgs84{moved[1], moved[0]};
-        if (isFinite(wgs84)) return Move{wgs84, best};
+        if (isFinite(wgs84)) return Move{place, wgs84, best};
         failed.push_back(best);
     }
     if (candidates.empty()) return std::nullopt;
-    return Move{place, candidates.size()};
+    return Move{place, place, candidates.size()};
 }
 
 BestOperation::BestOperation(ProjContext& projContext, unsigned int code)

@@ -56,6 +56,8 @@ public:
     Ranking rank(const Area& area) const;
 
     struct Move {
+        // On the datum of the CRS.
+        LonLat place;
         LonLat wgs84;
         // An index of operations().
         std::size_t operation = 0;

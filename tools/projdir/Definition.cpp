@@ -135,12 +135,7 @@ public:
     }
 
 private:
-    struct Point {
-        // On the datum of the CRS.
-        LonLat place;
-        LonLat wgs84;
-        std::size_t operation = 0;
-    };
+    using Point = Reference::Move;
 
     bool isKnown(const Point& point) const { return !reference.operations()[point.operation].isBallpark; }
 
@@ -167,9 +162,9 @@ private:
         // A distance that is not a number is not the same place.
         if (!(distanceInMetres(place, registrys) <= SAME_PROJECTION))
             throw NotExpressible("its classic definition gives other coordinates than the registry's");
-        const std::optional<Reference::Move> moved = reference.move(foldLongitude(registrys), ranking);
-        if (!moved) return std::nullopt;
-        return Point{place, moved->wgs84, moved->operation};
+        std::optional<Point> moved = reference.move(foldLongitude(registrys), ranking);
+        if (moved) moved->place = place;
+        return moved;
     }
 
     // For a CRS that PROJ cannot project, the points are those of its geodetic CRS.
@@ -197,7 +192,7 @@ private:
 DefinitionMaker::DefinitionMaker(const DefinitionOptions& definitionOptions)
     : options(definitionOptions), context(GridUse::NONE) {
     context.openDatabaseUnshared();
-    if (!options.withCheckPoints) return;
+    if (!options.verify) return;
     installed.emplace();
     installed->openDatabaseUnshared();
 }

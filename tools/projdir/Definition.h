@@ -58,7 +58,8 @@ struct CrsOutcome {
 
 struct DefinitionOptions {
     bool useGrids = false;
-    bool withCheckPoints = false;
+    // Whether there are check points.
+    bool verify = false;
     bool fit = false;
     // In metres. A CRS whose shift is farther off at more than a tenth of the points has no definition.
     double worst = 100;

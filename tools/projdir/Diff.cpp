@@ -11,12 +11,12 @@
 #include <nlohmann/json.hpp>
 
 #include "CoordinateTransformation/CrsDescriptions.h"
-#include "QSHelpers/NumericText.h"
 #include "proj/classic/ClassicProj.h"
 #include "text/CsvRow.h"
 #include "text/InitFile.h"
 #include "text/ParameterList.h"
 #include "tools/projdir/DirectoryFiles.h"
+#include "tools/projdir/Report.h"
 
 namespace ProjDir {
 
@@ -30,7 +30,6 @@ using Json = nlohmann::ordered_json;
 constexpr char WGS_84_DEFINITION[] = "+proj=longlat +datum=WGS84 +no_defs";
 constexpr int MEASURED_PER_SIDE = 9;
 constexpr double NO_PLACE = std::numeric_limits<double>::infinity();
-constexpr std::size_t DISTANCE_WIDTH = 14;
 
 std::string fileIn(const std::string& directory, const char* name) {
     return (std::filesystem::path(directory) / name).string();
@@ -145,9 +144,8 @@ std::string writeCodes(const char* title, const std::vector<unsigned int>& codes
 }
 
 std::string writeDistance(const EntryChange& change) {
-    if (!change.distance) return change.failure.empty() ? "not known" : "refused";
-    if (!std::isfinite(*change.distance)) return "no coordinates";
-    return QSHelpers::convertNumericToText(*change.distance, 3, false) + " m";
+    if (change.distance) return writeMetres(*change.distance);
+    return change.failure.empty() ? "not known" : "refused";
 }
 
 // The parameters and the axis order of an entry that the other one does not have.
@@ -164,10 +162,7 @@ std::string writeDifference(const char* sign, const DirectoryEntry& entry, const
 }
 
 std::string writeChange(const EntryChange& change, const DiffSides& sides) {
-    const std::string distance = writeDistance(change);
-    const std::size_t padding = DISTANCE_WIDTH - std::min(DISTANCE_WIDTH, distance.size());
-    return writeLine("  " + std::string(padding, ' ') + distance + "  " + writeCode(change.code, sides) +
-                     (change.failure.empty() ? "" : ": " + change.failure)) +
+    return writeDistanceLine(writeDistance(change), writeCode(change.code, sides), change.failure) +
            writeDifference("-", change.before, change.after) + writeDifference("+", change.after, change.before);
 }
 

@@ -61,38 +61,31 @@ public:
 
     // RegistryError when the database breaks off, std::bad_alloc when memory runs out.
     std::vector<Row> query(const char* statement) const {
-        sqlite3_stmt* prepared = nullptr;
-        requireSuccess(sqlite3_prepare_v2(connection.get(), statement, -1, &prepared, nullptr));
-        const std::unique_ptr<sqlite3_stmt, Release> owner(prepared);
         std::vector<Row> rows;
-        int result = sqlite3_step(prepared);
-        for (; result == SQLITE_ROW; result = sqlite3_step(prepared)) rows.push_back(readRow(prepared));
-        requireSuccess(result);
+        requireSuccess(sqlite3_exec(connection.get(), statement, addRow, &rows, nullptr));
         return rows;
     }
 
 private:
     struct Release {
         void operator()(sqlite3* database) const { sqlite3_close(database); }
-        void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
     };
 
-    static Row readRow(sqlite3_stmt* statement) {
-        Row row(static_cast<std::size_t>(sqlite3_column_count(statement)));
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            const int column = static_cast<int>(i);
-            if (sqlite3_column_type(statement, column) == SQLITE_NULL) continue;
-            const auto* const text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
-            if (text == nullptr) throw std::bad_alloc();
-            row[i] = text;
+    // SQLite does not handle exceptions out of here.
+    static int addRow(void* rows, int count, char** cells, char** /*names*/) {
+        try {
+            Row& row = static_cast<std::vector<Row>*>(rows)->emplace_back();
+            for (int i = 0; i < count; ++i) row.push_back(textOrEmpty(cells[i]));
+            return 0;
+        } catch (const std::bad_alloc&) {
+            return 1;
         }
-        return row;
     }
 
+    // An interruption is a shortage of memory in addRow.
     void requireSuccess(int result) const {
-        if (result == SQLITE_NOMEM) throw std::bad_alloc();
-        if (result != SQLITE_OK && result != SQLITE_ROW && result != SQLITE_DONE)
-            failAsDamaged(sqlite3_errmsg(connection.get()));
+        if (result == SQLITE_NOMEM || result == SQLITE_ABORT) throw std::bad_alloc();
+        if (result != SQLITE_OK) failAsDamaged(sqlite3_errmsg(connection.get()));
     }
 
     [[noreturn]] void failAsDamaged(const std::string& reason) const {

@@ -9,6 +9,7 @@
 
 #include "ReportPage.h"
 #include "text/NumericText.h"
+#include "tools/common/Text.h"
 
 namespace ProjDir {
 
@@ -35,15 +36,6 @@ std::string writeCount(std::size_t count) { return padLeft(std::to_string(count)
 
 std::string nameOf(const RegistryCrs& crs) { return nameOfCode(crs.code) + " " + crs.name; }
 
-std::string writeMetres(double metres) {
-    return std::isfinite(metres) ? convertNumericToText(metres, 3, false) + " m" : "no coordinates";
-}
-
-// A line of a list, with the reason if there is one.
-std::string writeDistanceLine(double distance, const std::string& name, const std::string& reason) {
-    return writeLine("  " + padLeft(writeMetres(distance), 14) + "  " + name + (reason.empty() ? "" : ": " + reason));
-}
-
 std::string nameOfClass(std::size_t index) {
     if (index == AGREEMENT_CLASSES.size()) return "beyond " + writeDouble(AGREEMENT_CLASSES.back()) + " m";
     const double bound = AGREEMENT_CLASSES[index];
@@ -59,7 +51,7 @@ std::string writeDistribution(const std::vector<double>& distances) {
     for (std::size_t i = 0; i < counts.size(); ++i) {
         within = i + 1 == counts.size() ? counts[i] : within + counts[i];
         const std::string name = nameOfClass(i);
-        text += "  " + name + std::string(14 - name.size(), ' ') + writeCount(within) +
+        text += "  " + Tools::padded(name, 14) + writeCount(within) +
                 padLeft(convertNumericToText(100.0 * static_cast<double>(within) / whole, 2, false), 7) + " %\n";
     }
     return text;
@@ -72,16 +64,13 @@ std::string writeDistribution(const std::vector<Agreement>& agreements, double A
     return writeDistribution(distances);
 }
 
-std::string writeWorst(const std::vector<Agreement>& agreements, std::size_t count) {
-    std::vector<const Agreement*> sorted;
-    sorted.reserve(agreements.size());
-    for (const Agreement& agreement : agreements) sorted.push_back(&agreement);
-    std::stable_sort(sorted.begin(), sorted.end(),
-                     [](const Agreement* a, const Agreement* b) { return a->largest > b->largest; });
-    sorted.resize(std::min(sorted.size(), count));
+std::string writeWorst(std::vector<Agreement> agreements) {
+    std::stable_sort(agreements.begin(), agreements.end(),
+                     [](const Agreement& a, const Agreement& b) { return a.largest > b.largest; });
+    agreements.resize(std::min(agreements.size(), WORST_SHOWN));
     std::string text;
-    for (const Agreement* one : sorted)
-        text += writeDistanceLine(one->largest, nameOf(one->outcome->crs), explain(*one));
+    for (const Agreement& one : agreements)
+        text += writeDistanceLine(writeMetres(one.largest), nameOf(one.outcome->crs), explain(one));
     return text;
 }
 
@@ -120,7 +109,7 @@ std::string writeConversions(const std::vector<Conversion>& conversions) {
             ++exact;
         else
             inexact += writeDistanceLine(
-                distance,
+                writeMetres(distance),
                 nameOf(one.source->crs) + " to " + nameOf(one.target->crs) + (isAccepted(one) ? NO_BETTER : ""),
                 failure);
     }
@@ -137,11 +126,12 @@ std::string writeTrips(const std::string& title, const std::vector<double>& dist
 std::string writeInexact(const RoundTrip& trip) {
     const std::string name = nameOf(trip.outcome->crs);
     if (trip.throughBase && !(trip.throughBase->distance <= EXACT))
-        return writeDistanceLine(trip.throughBase->distance,
+        return writeDistanceLine(writeMetres(trip.throughBase->distance),
                                  name + " to its datum and back" + (isAccepted(trip) ? NO_BETTER : ""),
                                  trip.throughBase->failure);
     if (isAccepted(trip)) return "";
-    return writeDistanceLine(trip.throughWgs84.distance, name + " to WGS 84 and back", trip.throughWgs84.failure);
+    return writeDistanceLine(writeMetres(trip.throughWgs84.distance), name + " to WGS 84 and back",
+                             trip.throughWgs84.failure);
 }
 
 std::string writeRoundTrips(const std::vector<RoundTrip>& trips) {
@@ -168,9 +158,9 @@ std::string writeFarDefinitions(const std::vector<Agreement>& agreements) {
     for (const Agreement& one : agreements) {
         const std::string name = nameOf(one.outcome->crs);
         if (!(one.largest <= FAR_OFF))
-            far += writeDistanceLine(one.largest, name, explain(one));
+            far += writeDistanceLine(writeMetres(one.largest), name, explain(one));
         else if (!(one.largestAnywhere <= FAR_OFF))
-            farInUnknownParts += writeDistanceLine(one.largestAnywhere, name, "");
+            farInUnknownParts += writeDistanceLine(writeMetres(one.largestAnywhere), name, "");
     }
     return section("Beyond ten metres", far) +
            section("Beyond ten metres only where PROJ knows no operation", farInUnknownParts);
@@ -260,16 +250,28 @@ std::string dump(const Json& json) { return json.dump(-1, ' ', false, Json::erro
 // In a script element "<" could begin its end or a comment. JSON has it only in texts.
 std::string escapeForScript(const std::string& json) {
     std::string escaped;
-    escaped.reserve(json.size());
-    for (const char c : json)
-        if (c == '<')
-            escaped += "\\u003c";
-        else
-            escaped += c;
+    for (const char c : json) escaped += c == '<' ? std::string("\\u003c") : std::string(1, c);
     return escaped;
 }
 
+// The distribution of the values that are known, and the number of the others.
+std::string writeKnown(const std::string& title, const std::vector<std::optional<double>>& values,
+                       const std::string& others) {
+    std::vector<double> known;
+    for (const std::optional<double>& value : values)
+        if (value) known.push_back(*value);
+    return title + ":\n" + writeDistribution(known) + writeCount(values.size() - known.size()) + " " + others + "\n";
+}
+
 }  // namespace
+
+std::string writeMetres(double metres) {
+    return std::isfinite(metres) ? convertNumericToText(metres, 3, false) + " m" : "no coordinates";
+}
+
+std::string writeDistanceLine(const std::string& distance, const std::string& name, const std::string& reason) {
+    return writeLine("  " + padLeft(distance, 14) + "  " + name + (reason.empty() ? "" : ": " + reason));
+}
 
 Distribution countByClass(const std::vector<double>& distances) {
     Distribution counts{};
@@ -317,8 +319,7 @@ std::string writeAgreement(const std::vector<Agreement>& agreements) {
     return "Largest horizontal distance from PROJ's best operation, where PROJ knows one:\n" +
            writeDistribution(agreements, &Agreement::largest) +
            "Anywhere in the area of use, also where PROJ knows none and takes both datums for the same:\n" +
-           writeDistribution(agreements, &Agreement::largestAnywhere) + "The worst twenty:\n" +
-           writeWorst(agreements, WORST_SHOWN);
+           writeDistribution(agreements, &Agreement::largestAnywhere) + "The worst twenty:\n" + writeWorst(agreements);
 }
 
 std::string writeVerification(const Verification& verification) {
@@ -327,28 +328,19 @@ std::string writeVerification(const Verification& verification) {
 }
 
 std::string writeDistances(const std::vector<CrsOutcome>& outcomes) {
-    std::vector<double> distances;
-    std::size_t definitions = 0;
-    for (const CrsOutcome& outcome : outcomes) {
-        if (!outcome.definition) continue;
-        ++definitions;
-        if (outcome.largestDistance) distances.push_back(*outcome.largestDistance);
-    }
-    return "Largest horizontal distance from PROJ's best operation that needs no grid:\n" +
-           writeDistribution(distances) + writeCount(definitions - distances.size()) +
-           " where PROJ knows none, or with a grid\n";
+    std::vector<std::optional<double>> distances;
+    for (const CrsOutcome& outcome : outcomes)
+        if (outcome.definition) distances.push_back(outcome.largestDistance);
+    return writeKnown("Largest horizontal distance from PROJ's best operation that needs no grid", distances,
+                      "where PROJ knows none, or with a grid");
 }
 
 std::string writeAccuracies(const std::vector<CrsOutcome>& outcomes) {
-    std::vector<double> accuracies;
-    std::size_t shifts = 0;
-    for (const CrsOutcome& outcome : outcomes) {
-        if (!outcome.definition || outcome.definition->shift.kind != ShiftKind::PUBLISHED) continue;
-        ++shifts;
-        if (outcome.definition->shift.accuracy) accuracies.push_back(*outcome.definition->shift.accuracy);
-    }
-    return "Accuracy of the published shifts, as the registry states it:\n" + writeDistribution(accuracies) +
-           writeCount(shifts - accuracies.size()) + " without a statement\n";
+    std::vector<std::optional<double>> accuracies;
+    for (const CrsOutcome& outcome : outcomes)
+        if (outcome.definition && outcome.definition->shift.kind == ShiftKind::PUBLISHED)
+            accuracies.push_back(outcome.definition->shift.accuracy);
+    return writeKnown("Accuracy of the published shifts, as the registry states it", accuracies, "without a statement");
 }
 
 std::string writeReport(const RegistryVersion& version, const std::vector<CrsOutcome>& outcomes,

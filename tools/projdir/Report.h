@@ -16,6 +16,12 @@ constexpr std::array<double, 5> AGREEMENT_CLASSES = {0.01, 1, 2, 5, 10};
 using Distribution = std::array<std::size_t, AGREEMENT_CLASSES.size() + 1>;
 Distribution countByClass(const std::vector<double>& distances);
 
+// "0.123 m", or "no coordinates" for a distance that is not finite.
+std::string writeMetres(double metres);
+
+// A line of a list: a distance, a name, and the reason if it is not empty.
+std::string writeDistanceLine(const std::string& distance, const std::string& name, const std::string& reason);
+
 // The number of definitions, by the kind of their shift, and of the CRS that are left out.
 std::string writeSummary(const std::vector<CrsOutcome>& outcomes);
 
