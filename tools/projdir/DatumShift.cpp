@@ -9,11 +9,9 @@
 #include <Eigen/Geometry>
 
 #include "text/NumericText.h"
-#include "text/ParameterList.h"
 
 namespace ProjDir {
 
-using CoordinateTransformation::ParameterList;
 using CoordinateTransformation::readDouble;
 
 namespace {

@@ -14,14 +14,12 @@
 #include "proj/classic/ClassicProj.h"
 #include "text/CsvRow.h"
 #include "text/InitFile.h"
-#include "text/ParameterList.h"
 #include "tools/projdir/DirectoryFiles.h"
 #include "tools/projdir/Report.h"
 
 namespace ProjDir {
 
 using CoordinateTransformation::CsvRowIterator;
-using CoordinateTransformation::ParameterList;
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include <Eigen/Eigenvalues>
 #include <Eigen/Geometry>
-#include <Eigen/SVD>
 
 #include "text/NumericText.h"
 
@@ -66,8 +66,12 @@ struct NormalEquations {
 
     // The shortest of the best solutions: directions with a negligible eigenvalue stay zero.
     Unknowns solve() const {
-        Eigen::JacobiSVD<Eigen::MatrixXd> values(matrix, Eigen::ComputeThinU | Eigen::ComputeThinV);
-        return values.setThreshold(CUT_OFF).solve(rightSide);
+        const Eigen::SelfAdjointEigenSolver<decltype(matrix)> eigen(matrix);
+        const double least = CUT_OFF * eigen.eigenvalues().maxCoeff();
+        const Unknowns amounts = eigen.eigenvectors().transpose() * rightSide;
+        const Unknowns kept =
+            (eigen.eigenvalues().array() > least).select(amounts.cwiseQuotient(eigen.eigenvalues()), Unknowns::Zero());
+        return eigen.eigenvectors() * kept;
     }
 };
 

@@ -10,7 +10,6 @@
 
 namespace ProjDir {
 
-using CoordinateTransformation::ParameterList;
 using CoordinateTransformation::readDouble;
 using CoordinateTransformation::writeDouble;
 

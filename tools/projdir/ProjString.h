@@ -10,6 +10,8 @@
 
 namespace ProjDir {
 
+using CoordinateTransformation::ParameterList;
+
 // The classic definition language cannot express a CRS; what() is the reason.
 class NotExpressible : public std::runtime_error {
 public:
@@ -17,7 +19,7 @@ public:
 };
 
 // "+proj=utm +zone=32".
-std::string writeParameters(const CoordinateTransformation::ParameterList& parameters);
+std::string writeParameters(const ParameterList& parameters);
 
 // Whether the text is valid between "<code>" and "<>": no character of it ends the definition.
 bool isWholeDefinition(const std::string& text);

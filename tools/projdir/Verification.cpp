@@ -17,7 +17,6 @@ namespace {
 using CoordinateTransformation::AbstractCrs;
 using CoordinateTransformation::CrsConfig;
 using CoordinateTransformation::CrsCreator;
-using CoordinateTransformation::ParameterList;
 
 constexpr unsigned int UNKNOWN_CODE = 0;
 constexpr unsigned int NO_SECOND_CODE = 0;
