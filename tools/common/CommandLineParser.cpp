@@ -145,7 +145,7 @@ bool has(const std::vector<std::string>& words, const std::string& word) {
     return std::find(words.begin(), words.end(), word) != words.end();
 }
 
-// Two characters in the wrong order are the commonest mistake. For the edit distance they are two.
+// Two exchanged characters are one mistake, but the edit distance counts two.
 std::optional<std::string> meantBy(const std::string& word, const std::vector<std::string>& known) {
     for (std::size_t i = 1; i < word.size(); ++i) {
         std::string exchanged = word;

@@ -28,7 +28,7 @@ constexpr std::initializer_list<const char*> UNIT_AND_MERIDIAN_KEYS = {"units", 
 constexpr char WEB_MERCATOR[] = "1024";
 constexpr char POLAR_STEREOGRAPHIC_C[] = "9830";
 
-// A parameter of the definition language, the EPSG code of the registry's, and a factor.
+// A parameter of a definition, and the EPSG code of the parameter that has its value, except for a factor.
 struct MethodParameter {
     const char* key;
     const char* code;

@@ -71,7 +71,7 @@ private:
         void operator()(sqlite3* database) const { sqlite3_close(database); }
     };
 
-    // SQLite does not handle exceptions out of here.
+    // An exception must not pass through SQLite.
     static int addRow(void* rows, int count, char** cells, char** /*names*/) {
         try {
             Row& row = static_cast<std::vector<Row>*>(rows)->emplace_back();
@@ -82,7 +82,7 @@ private:
         }
     }
 
-    // An interruption is a shortage of memory in addRow.
+    // SQLITE_ABORT means that addRow has run out of memory.
     void requireSuccess(int result) const {
         if (result == SQLITE_NOMEM || result == SQLITE_ABORT) throw std::bad_alloc();
         if (result != SQLITE_OK) failAsDamaged(sqlite3_errmsg(connection.get()));

@@ -250,7 +250,12 @@ std::string dump(const Json& json) { return json.dump(-1, ' ', false, Json::erro
 // In a script element "<" could begin its end or a comment. JSON has it only in texts.
 std::string escapeForScript(const std::string& json) {
     std::string escaped;
-    for (const char c : json) escaped += c == '<' ? std::string("\\u003c") : std::string(1, c);
+    escaped.reserve(json.size());
+    for (const char c : json)
+        if (c == '<')
+            escaped += "\\u003c";
+        else
+            escaped += c;
     return escaped;
 }
 
