@@ -155,15 +155,16 @@ void startEntries(ConfigurationReport& report) {
             report.findings.push_back({Severity::ERROR, entry.place, failure->what() + advice(data.getIdentifier())});
             return;
         }
-        entry.crs = crs->copy();
+        entry.crs = data.isMapped() ? CoordinateTransformation::Crs(crs->copy())
+                                    : report.config->getCreator().createInOrderOf(data.getIdentifier(), *crs);
         const boost::optional<bool> order = data.getAxisOrderEastNorthOrLonLat();
         if (data.isMapped() && order) entry.crs.mod()->setAxisOrderEastNorthOrLonLat(*order);
     });
 }
 
 // Returns the names that the CRS of the entries have in a configuration without aliases.
-std::vector<NamesOfCrs> namesWithoutAliases(const std::vector<CheckedEntry>& entries, const std::string& projDir) {
-    const auto config = startWithoutEntries(projDir);
+std::vector<NamesOfCrs> namesWithoutAliases(const std::vector<CheckedEntry>& entries, const CommonOptions& options) {
+    const auto config = startWithoutEntries(options);
     for (const CheckedEntry& entry : entries)
         if (entry.crs != nullptr) config->addCrsConfigData(CrsConfigData(entry.data.getIdentifier()));
     config->initReporting([](const CrsConfigData&, const AbstractCrs*, const std::exception*) {});
@@ -228,13 +229,13 @@ std::size_t ConfigurationReport::count(Severity severity) const {
 
 ConfigurationReport checkConfiguration(const std::string& file, const std::string& text, const CommonOptions& options,
                                        const Expectations& expected) {
-    ConfigurationReport report{file, startWithoutEntries(options.projDir)};
+    ConfigurationReport report{file, startWithoutEntries(options)};
     CheckedFragment fragment = checkFragment(text, *report.config);
     report.failure = fragment.failure;
     report.entries = std::move(fragment.entries);
     report.findings = std::move(fragment.findings);
     startEntries(report);
-    addTo(report.findings, contestedNames(report.entries, namesWithoutAliases(report.entries, options.projDir)));
+    addTo(report.findings, contestedNames(report.entries, namesWithoutAliases(report.entries, options)));
     const std::string directory = projDirectory(options.projDir);
     addUnmetExpectations(directory, expected, report);
     addTo(report.findings, checkProjDirectory(directory));

@@ -107,6 +107,16 @@ std::string findingsOf(const ConfigurationReport& report) {
     return list;
 }
 
+TEST(AnEntry, IsShownInTheAxisOrderOfItsName) {
+    const std::string fragment = "<SRSList><SRS>4326</SRS><SRS mapToEpsgCode='4326'>GEO</SRS></SRSList>";
+    CommonOptions options = optionsFor();
+    options.properties = {"AxisOrderConvention=established"};
+    const Json entries = asJson(checkConfiguration("crs.xml", fragment, options))["entries"];
+    EXPECT_EQ(entries[0]["axisOrder"], "longitude, latitude");
+    EXPECT_EQ(entries[1]["axisOrder"], "latitude, longitude");
+    EXPECT_EQ(findingsOf(checkConfiguration("crs.xml", fragment, options)), "");
+}
+
 TEST(AnEntry, IsShownWithItsEffectOnRequests) {
     const ConfigurationReport report = reportOf(
         "<CrsConfiguration>\n"

@@ -82,6 +82,13 @@ void addCommonOptions(CLI::App& app, CommonOptions& common) {
     addOption(app, "--proj-dir", common.projDir, "DIR",
               std::string("The PROJ directory. Without it the one that ") + PROJ_DIRECTORY_VARIABLE + " names, else " +
                   BUILT_IN_PROJ_DIRECTORY + " if it exists, else the one that is installed with the library.");
+    addOption(app, "--property", common.properties, "KEY=VALUE",
+              "A property of the configuration, such as AxisOrderConvention=established.")
+        ->allow_extra_args(false)
+        ->check([](const std::string& text) {
+            const std::size_t end = text.find('=');
+            return end == 0 || end == std::string::npos ? Tools::printable(text) + " is not KEY=VALUE" : std::string();
+        });
     app.add_flag("--json", common.json, "Write JSON.");
     app.add_flag("-q,--quiet", common.quiet, "Write only errors to standard error: no progress, summary or hints.");
 }

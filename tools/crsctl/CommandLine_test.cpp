@@ -41,6 +41,13 @@ TEST(ACommandLine, AcceptsCommonOptionsBeforeAndAfterTheCommand) {
     }
 }
 
+TEST(ACommandLine, ReadsPropertiesOfTheConfiguration) {
+    const CommandRequest request = requestOf({"resolve", "--property", "A=B", "EPSG:4326", "--property=C=D=E", "x"});
+    EXPECT_THAT(request.common.properties, ElementsAre("A=B", "C=D=E"));
+    EXPECT_THAT(request.names, ElementsAre("EPSG:4326", "x"));
+    EXPECT_THAT(requestOf({"--property", "A=", "resolve", "x"}).common.properties, ElementsAre("A="));
+}
+
 TEST(ACommandLine, KeepsNamesUnchanged) {
     EXPECT_THAT(requestOf({"resolve", "", " ", "[a,b]", "%x", "a=b"}).names,
                 ElementsAre("", " ", "[a,b]", "%x", "a=b"));
@@ -142,6 +149,10 @@ INSTANTIATE_TEST_SUITE_P(
         BadCase{{"check", "--accuracy", "-1", "a"}, "crsctl check", "-1"},
         BadCase{{"check", "--area", "1,2,3", "a"}, "crsctl check", "--area 1,2,3: four numbers"},
         BadCase{{"find"}, "crsctl find", "TEXT"}, BadCase{{"find", "--kind", "projected"}, "crsctl find", "TEXT"},
+        BadCase{{"resolve", "--property", "AxisOrderConvention", "x"},
+                "crsctl resolve",
+                "AxisOrderConvention is not KEY=VALUE"},
+        BadCase{{"resolve", "--property", "=x", "x"}, "crsctl resolve", "=x is not KEY=VALUE"},
         BadCase{{"find", "--kind", "vertical", "x"}, "crsctl find", "vertical is not one of geographic"},
         BadCase{{"find", "--area", "[1,2,3,4]", "x"}, "crsctl find", "--area [1,2,3,4]: four numbers"},
         BadCase{{"find", "--area", "9,55,10,50"}, "crsctl find", "--area 9,55,10,50: not a box"},

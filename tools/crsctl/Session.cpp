@@ -93,10 +93,14 @@ bool isCrs84(const std::string& name) {
     return std::find(std::begin(CRS84_NAMES), std::end(CRS84_NAMES), name) != std::end(CRS84_NAMES);
 }
 
-std::unique_ptr<CrsConfig> startWithoutEntries(const std::string& projDirOption) {
+std::unique_ptr<CrsConfig> startWithoutEntries(const CommonOptions& options) {
     try {
         std::unique_ptr<CrsConfig> config(CrsConfig::createDefaultConfigOrFromEnvVar());
-        config->setConfigProperty(PROJ_DIRECTORY_PROPERTY, projDirectory(projDirOption));
+        config->setConfigProperty(PROJ_DIRECTORY_PROPERTY, projDirectory(options.projDir));
+        for (const std::string& property : options.properties) {
+            const std::size_t end = property.find('=');
+            config->setConfigProperty(property.substr(0, end), property.substr(end + 1));
+        }
         config->init();
         return config;
     } catch (const std::exception& failure) {
@@ -107,7 +111,7 @@ std::unique_ptr<CrsConfig> startWithoutEntries(const std::string& projDirOption)
 // The library starts without entries first, so that the message of a bad PROJ directory does not name the
 // configuration.
 Session::Session(const CommonOptions& options)
-    : crsConfig(startWithoutEntries(options.projDir)), configured(!options.configFile.empty()) {
+    : crsConfig(startWithoutEntries(options)), configured(!options.configFile.empty()) {
     if (configured) startWith(readTextFile(options.configFile), options.configFile, *crsConfig);
 }
 

@@ -3,6 +3,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "CoordinateTransformation/Crs.h"
 #include "CoordinateTransformation/CrsConfig.h"
@@ -64,14 +65,16 @@ std::string projDirectory(const std::string& option);
 
 // The options of every command.
 struct CommonOptions {
-    std::string configFile;  // empty: not given
-    std::string projDir;     // empty: not given
+    std::string configFile;               // empty: not given
+    std::string projDir;                  // empty: not given
+    std::vector<std::string> properties;  // of the configuration, as KEY=VALUE
     bool json = false;
     bool quiet = false;  // no progress, summary or hints
 };
 
-// Starts the library with its PROJ directory and without any entry. Throws SetUpError if it does not start.
-std::unique_ptr<CoordinateTransformation::CrsConfig> startWithoutEntries(const std::string& projDirOption);
+// Starts the library with its PROJ directory and properties, and without any entry. Throws SetUpError if it does not
+// start.
+std::unique_ptr<CoordinateTransformation::CrsConfig> startWithoutEntries(const CommonOptions& options);
 
 // Returns whether the text is one of the OGC names of WGS 84 with the longitude first. The library knows these names
 // only if a configuration maps them.

@@ -57,6 +57,17 @@ TEST(AStart, NamesTheConfigurationThatFails) {
     EXPECT_EQ(failureOf(optionsFor(malformed.path())).rfind(malformed.path() + ":2: ", 0), 0U);
 }
 
+TEST(AStart, SetsTheProperties) {
+    CommonOptions options = optionsFor();
+    EXPECT_FALSE(Session(options).createFromName("EPSG:4326", true)->isAxisOrderEastNorthOrLonLat());
+    options.properties = {"AxisOrderConvention=established", "AcceptSafeCuries=true"};
+    const Session session(options);
+    EXPECT_TRUE(session.createFromName("EPSG:4326", true)->isAxisOrderEastNorthOrLonLat());
+    EXPECT_FALSE(session.createFromName("[EPSG:4326]", true)->isAxisOrderEastNorthOrLonLat());
+    options.properties = {"AxisOrderConvention=x"};
+    EXPECT_EQ(failureOf(options), "The property AxisOrderConvention is \"x\", not \"registry\" or \"established\"");
+}
+
 TEST(AStart, FailsForAnUnknownSubsystem) {
     setenv("USE_COORD_TRANSFORMATION_SUBSYSTEM", "other", 1);
     EXPECT_EQ(failureOf(optionsFor()), "The coordinate transformation subsystem other is unknown and not available!");
