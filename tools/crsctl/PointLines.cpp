@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <numeric>
 
-#include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/split.hpp>
 
 #include "tools/common/Text.h"
@@ -82,7 +81,7 @@ ColumnLayout::ColumnLayout(Shape shapeOfLines)
 
 ColumnLayout::ColumnLayout(Shape shapeOfLines, const std::string& columns, bool isEastFirst)
     : ColumnLayout(shapeOfLines) {
-    boost::algorithm::split(names, columns, boost::algorithm::is_any_of(","));
+    boost::algorithm::split(names, columns, [](char character) { return character == ','; });
     Names translated = names;
     isByDirection = shape == Shape::POINT && translateDirections(translated, isEastFirst);
     if (shape == Shape::POINT && !occurs(translated, POINT_NAMES[Z])) ordinateCount = Z;
