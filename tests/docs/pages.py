@@ -120,8 +120,7 @@ def rewritten(text, sessions):
 
 def update(page, sessions, check):
     """Whether the page was as it should be."""
-    old = page.read_text(encoding="utf-8")
-    name = str(page.relative_to(ROOT))
+    old, name = page.read_text(encoding="utf-8"), str(page.relative_to(ROOT))
     try:
         new = rewritten(old, sessions)
     except (LookupError, OSError) as error:
@@ -139,6 +138,8 @@ def update(page, sessions, check):
 
 def main(arguments):
     check = arguments[:1] == ["--check"]
+    if not arguments[check:] or not all(os.path.isfile(program) for program in arguments[check:]):
+        sys.exit(__doc__.partition("\n")[0])
     pages = sorted(ROOT.glob("*.md")) + sorted(ROOT.glob("docs/*.md"))
     with tempfile.TemporaryDirectory() as folder:
         sessions = Sessions(folder, arguments[check:])
