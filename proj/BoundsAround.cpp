@@ -28,6 +28,8 @@ struct Side {
         return 0 < offset && offset < extent;
     }
 
+    bool isHalfTurn() const { return fullTurn > 0 && extent >= fullTurn / 2; }
+
     double least;
     double greatest;
     double fullTurn;
@@ -44,12 +46,14 @@ struct Box {
         return isLongitude ? 360 * mover.sourceDegree : 0;
     }
     bool holdsInside(double px, double py) const { return x.holdsInside(px) && y.holdsInside(py); }
+    bool isHalfAround() const { return x.isHalfTurn() || y.isHalfTurn(); }
 
     Side x;
     Side y;
 };
 
-// Walks around the box in a ring and calls `take` with the target coordinates of each point that can be transformed.
+// Walks around the box in a ring, or over a grid inside, and calls `take` with the target coordinates of each point
+// that can be transformed.
 template <typename Take>
 class Walk {
 public:
@@ -66,39 +70,60 @@ public:
         goAlong(box.x.greatest, box.y.greatest, -stepX, 0);
     }
 
+    void goInside(unsigned int rows) {
+        const double stepX = box.x.extent / (rows + 1);
+        const double stepY = box.y.extent / (rows + 1);
+        for (unsigned int row = 1; row <= rows; ++row)
+            for (unsigned int column = 1; column <= rows; ++column)
+                visit(box.x.least + column * stepX, box.y.least + row * stepY);
+    }
+
+    bool hasFailed() const { return failed; }
+
 private:
     void goAlong(double x, double y, double stepX, double stepY) {
         for (unsigned int i = 0; i < points; ++i) visit(x + i * stepX, y + i * stepY);
     }
 
     void visit(double x, double y) {
-        if (mover.transform({1, &x, &y, nullptr, 1, nullptr}) == 0 && std::isfinite(x) && std::isfinite(y)) take(x, y);
+        if (mover.transform({1, &x, &y, nullptr, 1, nullptr}) == 0 && std::isfinite(x) && std::isfinite(y))
+            take(x, y);
+        else
+            failed = true;
     }
 
     const Box& box;
     const unsigned int points;
     PointMover& mover;
     Take take;
+    bool failed = false;
 };
 
 constexpr unsigned int MOST_POINTS_PER_EDGE = 10000;
 constexpr unsigned int FEWEST_POINTS_AROUND_THE_EARTH = 2;
 
+constexpr unsigned int ROWS_INSIDE = 31;
+
 template <typename Take>
-void goAround(const Box& box, unsigned int pointsPerEdge, PointMover& mover, Take take) {
+Walk<Take> goAround(const Box& box, unsigned int pointsPerEdge, PointMover& mover, Take take) {
     const unsigned int fewest = mover.target.isGeographic() ? FEWEST_POINTS_AROUND_THE_EARTH : 0;
     // A corner belongs to the side that begins there.
     const unsigned int points = std::clamp(pointsPerEdge, fewest, MOST_POINTS_PER_EDGE) + 1;
-    Walk<Take>(box, points, mover, take).goAround();
+    Walk<Take> walk(box, points, mover, take);
+    walk.goAround();
+    return walk;
 }
 
+// The image of the edges encloses that of the box only if the projection maps the box continuously to the plane, which
+// it does not for a box around half the earth or beyond its limits.
 Bounds plainBounds(const Bounds& bounds, const Box& box, unsigned int pointsPerEdge, PointMover& mover) {
     Range x;
     Range y;
-    goAround(box, pointsPerEdge, mover, [&x, &y](double px, double py) {
+    auto walk = goAround(box, pointsPerEdge, mover, [&x, &y](double px, double py) {
         x.add(px);
         y.add(py);
     });
+    if (walk.hasFailed() || box.isHalfAround()) walk.goInside(ROWS_INSIDE);
     if (x.isEmpty()) refuse(bounds);
     return {x.least, y.least, x.greatest, y.greatest};
 }

@@ -90,6 +90,27 @@ protected:
 
 class AgreesWithProjTest : public BoundsAroundTest, public testing::WithParamInterface<Projection> {};
 
+class AroundTheEarthTest : public AgreesWithProjTest {};
+
+INSTANTIATE_TEST_SUITE_P(Projections, AroundTheEarthTest, testing::ValuesIn(PROJECTIONS),
+                         [](const auto& projection) { return std::to_string(projection.param.code); });
+
+// Requests for everything ask for such boxes. Their edges alone lie far from the area of a conic projection.
+TEST_P(AroundTheEarthTest, HoldsTheAreaOfTheProjection) {
+    const Projection& projection = GetParam();
+    const Bounds area = transform(
+        {projection.longitude - 3, projection.latitude - 3, projection.longitude + 3, projection.latitude + 3}, 4326,
+        projection.code);
+    for (const Bounds& wide : {Bounds{-180, -90, 180, 90}, {-180, -80, 180, 80}, {-179.9, -85, 179.9, 90}}) {
+        const Bounds box = transform(wide, 4326, projection.code, 2);
+        SCOPED_TRACE(textOf(box));
+        EXPECT_LE(box.minX, area.minX);
+        EXPECT_LE(box.minY, area.minY);
+        EXPECT_GE(box.maxX, area.maxX);
+        EXPECT_GE(box.maxY, area.maxY);
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Projections, AgreesWithProjTest, testing::ValuesIn(PROJECTIONS),
                          [](const auto& projection) { return std::to_string(projection.param.code); });
 
@@ -285,6 +306,15 @@ TEST_F(BoundsAroundTest, IsTheBoxOfWhatCanBeTransformed) {
     const Bounds box = transform({0, 0, 10, 90}, 4326, 3857);
     EXPECT_NEAR(box.maxX, 1113194.9, 0.1);
     EXPECT_TRUE(std::isfinite(box.maxY));
+}
+
+// The southern edge cannot be transformed, so no point of an edge is as far south as points inside.
+TEST_F(BoundsAroundTest, HoldsThePointsInsideIfAnEdgeCannotBeTransformed) {
+    const Bounds inside = transform({20, -85, 20, -85}, 4326, 2154);
+    const Bounds box = transform({-60, -90, 100, 50}, 4326, 2154);
+    EXPECT_LT(box.minY, inside.minY);
+    EXPECT_LT(box.minX, inside.minX);
+    EXPECT_GT(box.maxX, inside.maxX);
 }
 
 TEST_F(BoundsAroundTest, RefusesWhatNoPointCanBeTransformedOf) {

@@ -63,8 +63,9 @@ public:
                           bool* failed = nullptr);
 
     /// Returns the box around `bounds` in the target: the box of its corners, of `pointsPerEdge` further points on each
-    /// edge and, in a geographic target, of a pole inside. If only a part of these can be transformed, it is the box of
-    /// that part.
+    /// edge and, in a geographic target, of a pole inside. In a projected target, a box that is wider than 180 degrees
+    /// or has points on its edges that cannot be transformed counts with 31 by 31 points inside. If only a part of all
+    /// these can be transformed, it is the box of that part.
     ///
     /// In a geographic box across the antimeridian, in `bounds` or in the result, the least longitude is greater than
     /// the greatest. With a pole inside, the result has the longitudes from -180 to 180. A box may be a line or a
