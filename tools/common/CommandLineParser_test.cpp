@@ -166,6 +166,150 @@ TEST_F(AProgram, CompletesInBash) {
     EXPECT_EQ(offeredByBash(script, "shop --v", 1), "--version\n");
 }
 
+TEST_F(AProgram, CompletesEveryWordInBash) {
+    const std::string script = *parseArguments(program, {"completion", "bash"});
+    EXPECT_EQ(offeredByBash(script, "shop \"\"", 1), "help completion paint\n");
+    EXPECT_EQ(offeredByBash(script, "shop --", 1), "--help --version\n");
+    EXPECT_EQ(offeredByBash(script, "shop paint --", 2), "--help --version --colour --quick\n");
+    EXPECT_EQ(offeredByBash(script, "shop completion \"\"", 2), "bash zsh fish\n");
+    EXPECT_EQ(offeredByBash(script, "shop paint paint -- --quick", 1), "paint\n");
+    EXPECT_THAT(script, testing::EndsWith("\ncomplete -o default -F _shop shop\n"));
+}
+
+TEST_F(AProgram, OffersItsShellsAndCommandsAsArgumentsInZshAndFish) {
+    const std::string zsh = *parseArguments(program, {"completion", "zsh"});
+    EXPECT_THAT(zsh, HasSubstr("'1:word:(bash zsh fish)' ;;\n"));
+    EXPECT_THAT(zsh, HasSubstr("\nlocal -a commands=(help completion paint)\n"));
+    EXPECT_THAT(zsh, HasSubstr("    paint)\n        _arguments \\\n            '--help[Write this help.]' \\\n"));
+    EXPECT_THAT(zsh, HasSubstr("'--quick[Paint once.]' \\\n            '*:file:_files' ;;\n"));
+    const std::string fish = *parseArguments(program, {"completion", "fish"});
+    EXPECT_THAT(fish, HasSubstr("-n '__fish_seen_subcommand_from completion' -f -a 'bash zsh fish'\n"));
+    EXPECT_THAT(fish, HasSubstr("-n '__fish_seen_subcommand_from help' -f -a 'help completion paint'\n"));
+    EXPECT_THAT(fish, testing::Not(HasSubstr("from paint' -f")));
+}
+
+TEST_F(AProgram, QuotesADescriptionForFish) {
+    EXPECT_THAT(*parseArguments(program, {"completion", "fish"}),
+                HasSubstr(" -l colour -r -d 'Colour of the wall, such as that of the neighbour\\'s wall.'\n"));
+}
+
+TEST_F(AProgram, KeepsAMessageInOneLine) {
+    EXPECT_THAT(failureOf({"paint", "--colour", "red", "--x\ny\x1B"}), HasSubstr("--x y\\x1B"));
+    EXPECT_EQ(failureOf({"help", "wall\n"}), "there is no command wall\\n");
+    EXPECT_THAT(failureOf({"completion", "a\nb"}), testing::EndsWith(", not \"a\\nb\""));
+    EXPECT_EQ(failureOf({"paint", "--colour", "red", "--" + std::string(1000, 'x')}).size(), 303U);
+}
+
+TEST_F(AProgram, SuggestsNoCommandForAnArgumentOrAnEmptyWord) {
+    EXPECT_THAT(failureOf({""}), testing::Not(HasSubstr("did you mean")));
+    EXPECT_THAT(failureOf({"help", "paint", "hepl"}), "none");
+    EXPECT_THAT(failureOf({"completion", "--hlep"}), HasSubstr("did you mean --help?"));
+    EXPECT_THAT(failureOf({"--colour"}), testing::Not(HasSubstr("did you mean")));
+}
+
+// The names of the program below have a dash, which the name of a shell function cannot have.
+class AWorkshop : public testing::Test {
+protected:
+    AWorkshop() { addProgramOptions(workshop, "work-shop 1.2"); }
+
+    CLI::App& addCut(const std::string& description = "Cut.") { return addCommand(workshop, "cut", description); }
+    std::string helpOfCut() { return *parseArguments(workshop, {"help", "cut"}); }
+    std::string completion(const std::string& shell) { return *parseArguments(workshop, {"completion", shell}); }
+
+    CLI::App workshop{"Work wood.", "work-shop"};
+    std::string text;
+    std::vector<std::string> texts;
+};
+
+TEST_F(AWorkshop, NamesItsShellFunctionWithoutDashes) {
+    EXPECT_THAT(completion("bash"), testing::StartsWith("_work_shop() {\n"));
+    EXPECT_THAT(completion("bash"), testing::EndsWith("-F _work_shop work-shop\n"));
+    EXPECT_THAT(completion("zsh"), testing::StartsWith("#compdef work-shop\n"));
+    EXPECT_THAT(completion("fish"), testing::StartsWith("complete -c work-shop -n "));
+}
+
+// zsh ends a description at a bracket, and a message at a colon.
+TEST_F(AWorkshop, LeavesOutTheSpecialCharactersOfZsh) {
+    addCut().add_option("-t,--tool", text)->type_name("TOOL")->description("Tool [saw: or plane]. [It is sharp.]");
+    EXPECT_THAT(completion("zsh"), HasSubstr(" '--tool[Tool saw or plane.]:TOOL:_files' \\\n"));
+    EXPECT_THAT(completion("fish"), HasSubstr(" -s t -l tool -r -d 'Tool [saw: or plane].'\n"));
+    EXPECT_THAT(completion("zsh"), testing::Not(HasSubstr("'-t")));
+}
+
+TEST_F(AWorkshop, OffersTheCommandsOfACommand) {
+    CLI::App& cut = addCut();
+    cut.add_subcommand("plank");
+    cut.add_subcommand("beam");
+    EXPECT_THAT(completion("bash"), HasSubstr("arguments='plank beam' ;;\n"));
+    EXPECT_THAT(completion("zsh"), HasSubstr("'1:word:(plank beam)' ;;\n"));
+    EXPECT_THAT(completion("fish"), HasSubstr("from cut' -f -a 'plank beam'\n"));
+}
+
+struct Usage {
+    bool isRequired;
+    bool isList;
+    const char* line;
+};
+
+TEST_F(AWorkshop, ShowsWhichArgumentsACommandNeeds) {
+    for (const Usage& usage :
+         {Usage{false, false, "cut [OPTION...] [BOARD]\n\n"}, Usage{true, false, "cut [OPTION...] BOARD\n\n"},
+          Usage{false, true, "cut [OPTION...] [BOARD...]\n\n"}, Usage{true, true, "cut [OPTION...] BOARD...\n\n"}}) {
+        CLI::App program("", "shop");
+        addProgramOptions(program, "shop 1.2");
+        CLI::App& cut = addCommand(program, "cut", "Cut.");
+        CLI::Option* const board = usage.isList ? cut.add_option("BOARD", texts) : cut.add_option("BOARD", text);
+        board->required(usage.isRequired);
+        EXPECT_THAT(*parseArguments(program, {"help", "cut"}),
+                    testing::StartsWith(std::string("usage: shop ") + usage.line));
+    }
+}
+
+TEST_F(AWorkshop, ShowsNoArgumentsOfACommandWithoutAny) {
+    addCut();
+    EXPECT_THAT(helpOfCut(), testing::StartsWith("usage: work-shop cut [OPTION...]\n\nCut.\n\nOptions:\n"));
+}
+
+TEST_F(AWorkshop, ShowsRequiredOptionsWithTheirNames) {
+    addCut().add_option("-t,--tool", text)->type_name("TOOL")->required();
+    EXPECT_THAT(helpOfCut(), testing::StartsWith("usage: work-shop cut [OPTION...] -t, --tool TOOL\n"));
+}
+
+TEST_F(AWorkshop, BreaksTheLinesOfItsHelpAfterEightyColumns) {
+    const std::string half(40, 'a');
+    const std::string longer(90, 'c');
+    addCut(half + " " + std::string(39, 'b') + " " + half + " " + half + " " + longer + " d\n\nNext.");
+    EXPECT_THAT(helpOfCut(), HasSubstr("\n\n" + half + " " + std::string(39, 'b') + "\n" + half + "\n" + half + "\n" +
+                                       longer + "\nd\n\nNext.\n\nOptions:\n"));
+}
+
+TEST_F(AWorkshop, GivesALongNameALineOfItsOwn) {
+    CLI::App& cut = addCut();
+    cut.add_flag("--" + std::string(20, 'a'))->description("Short.");
+    cut.add_flag("--" + std::string(21, 'b'))->description("Long.");
+    addCommand(workshop, std::string(11, 'c'), "Cut.");
+    const std::string indent(26, ' ');
+    EXPECT_THAT(helpOfCut(), HasSubstr("\n  --" + std::string(20, 'a') + "  Short.\n"));
+    EXPECT_THAT(helpOfCut(), HasSubstr("\n  --" + std::string(21, 'b') + "\n" + indent + "Long.\n"));
+    EXPECT_THAT(
+        *parseArguments(workshop, {"help"}),
+        HasSubstr("\n  completion  Write a completion script for a shell: bash, zsh or fish.\n  cut         Cut.\n"
+                  "  ccccccccccc\n              Cut.\n"));
+}
+
+TEST(ASectionOfAHelp, AlignsItsTexts) {
+    EXPECT_EQ(helpSection("Files", {{"epsg", "Definitions."}, {"epsg-axisorder.csv", "Axis orders."}}),
+              "\nFiles:\n  epsg                Definitions.\n  epsg-axisorder.csv  Axis orders.\n");
+    EXPECT_EQ(helpSection("Files", {{"a", "A."}, {std::string(30, 'b'), "B."}}),
+              "\nFiles:\n  a     A.\n  " + std::string(30, 'b') + "\n        B.\n");
+    EXPECT_EQ(helpSection("Files", {}), "\nFiles:\n");
+}
+
+TEST(ASectionOfAHelp, HasACommentAboveEachExample) {
+    EXPECT_EQ(exampleSection({{"count a", "One."}, {"count b", "Two."}}),
+              "\nExamples:\n  # One.\n  count a\n  # Two.\n  count b\n");
+}
+
 // A program that counts the lines of a file, and has a command "sum".
 class AProgramWithAnArgument : public testing::Test {
 protected:

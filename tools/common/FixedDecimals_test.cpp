@@ -56,6 +56,29 @@ TEST(FixedDecimals, KeepTheSignOfZero) {
     EXPECT_EQ(fixedText(0.0, 0), "0");
 }
 
+TEST(FixedDecimals, CarryIntoTheNumberBeforeThePoint) {
+    EXPECT_EQ(fixedText(0.9999, 3), "1.000");
+    EXPECT_EQ(fixedText(-9.9996, 3), "-10.000");
+    EXPECT_EQ(fixedText(99.5, 0), "100");
+    EXPECT_EQ(fixedText(-0.5, 0), "-0");
+    EXPECT_EQ(fixedText(-0.75, 0), "-1");
+}
+
+TEST(FixedDecimals, KeepTheZerosBehindThePoint) {
+    EXPECT_EQ(fixedText(1.0625, 4), "1.0625");
+    EXPECT_EQ(fixedText(1.0625, 8), "1.06250000");
+    EXPECT_EQ(fixedText(0.0009765625, 10), "0.0009765625");
+    EXPECT_EQ(fixedText(8, 18), "8.000000000000000000");
+}
+
+// The sign, the digits before the point, the point and the decimals of the largest number.
+TEST(FixedDecimals, AreNoLongerThanDeclared) {
+    const std::string longest = fixedText(std::numeric_limits<double>::lowest(), MAX_DECIMALS);
+    EXPECT_LE(longest.size(), LONGEST_FIXED_DECIMAL);
+    EXPECT_EQ(longest.size(), 1U + 309U + 1U + 18U);
+    EXPECT_EQ(longest.substr(0, 11), "-1797693134");
+}
+
 class ExactDecimals : public testing::TestWithParam<double> {};
 
 TEST_P(ExactDecimals, AreThoseOfPrintf) {

@@ -1,7 +1,10 @@
 #include "tools/common/Process.h"
 
 #include <array>
+#include <atomic>
+#include <cerrno>
 #include <csignal>
+#include <fcntl.h>
 #include <functional>
 #include <string>
 #include <sys/wait.h>
@@ -62,6 +65,54 @@ TEST(Writing, ReportsAClosedPipeAndAFailure) {
     EXPECT_EQ(writeAll(-1, ""), WriteOutcome::WRITTEN);
 }
 
+TEST(Writing, EndsTheProgramAtAClosedPipeByDefault) {
+    EXPECT_EQ(resultInChild([] {
+                  std::signal(SIGPIPE, SIG_DFL);
+                  Pipe pipe;
+                  pipe.closeReader();
+                  writeAll(pipe.writer(), "text");
+                  return 0;
+              }),
+              -SIGPIPE);
+}
+
+TEST(Writing, LeavesTheReasonOfAFailureInErrno) {
+    EXPECT_EQ(writeAll(-1, "text"), WriteOutcome::FAILED);
+    EXPECT_EQ(errno, EBADF);
+    const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+    EXPECT_EQ(writeAll(full, "text"), WriteOutcome::FAILED);
+    EXPECT_EQ(errno, ENOSPC);
+    close(full);
+}
+
+// Makes the signal interrupt a call of the system instead of starting it again.
+void interruptCallsBy(int signal) {
+    struct sigaction action {};
+    action.sa_handler = [](int /*signal*/) {};
+    sigaction(signal, &action, nullptr);
+}
+
+// The text is larger than a pipe, so that the writer waits for the reader.
+TEST(Writing, GoesOnAfterASignal) {
+    interruptCallsBy(SIGUSR1);
+    const Pipe pipe;
+    const std::string text = std::string(500000, 'a') + std::string(500000, 'b');
+    std::string arrived;
+    std::thread reading([&, writer = pthread_self()] {
+        std::array<char, 10000> block{};
+        while (arrived.size() < text.size()) {
+            pthread_kill(writer, SIGUSR1);
+            const ssize_t count = read(pipe.reader(), block.data(), block.size());
+            if (count > 0) arrived.append(block.data(), static_cast<std::size_t>(count));
+        }
+    });
+    const WriteOutcome outcome = writeAll(pipe.writer(), text);
+    if (outcome != WriteOutcome::WRITTEN) writeAll(pipe.writer(), text);
+    reading.join();
+    EXPECT_EQ(outcome, WriteOutcome::WRITTEN);
+    EXPECT_TRUE(arrived == text);
+}
+
 TEST(StandardDescriptors, AreOpenedIfTheyAreClosed) {
     EXPECT_EQ(resultInChild([] {
                   close(STDIN_FILENO);
@@ -72,6 +123,36 @@ TEST(StandardDescriptors, AreOpenedIfTheyAreClosed) {
               }),
               0);
 }
+
+class AClosedStandardDescriptor : public testing::TestWithParam<int> {};
+
+TEST_P(AClosedStandardDescriptor, IsOpenedForTheOtherDirection) {
+    const int descriptor = GetParam();
+    EXPECT_EQ(resultInChild([descriptor] {
+                  close(descriptor);
+                  openMissingStandardDescriptors();
+                  const int mode = fcntl(descriptor, F_GETFL) & O_ACCMODE;
+                  return mode == (descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY) ? 0 : 1;
+              }),
+              0);
+}
+
+TEST_P(AClosedStandardDescriptor, LeavesTheOthersAsTheyAre) {
+    const int descriptor = GetParam();
+    EXPECT_EQ(resultInChild([descriptor] {
+                  const Pipe pipe;
+                  const int other = (descriptor + 1) % 3;
+                  dup2(pipe.writer(), other);
+                  close(descriptor);
+                  openMissingStandardDescriptors();
+                  writeAll(other, "x");
+                  char byte = 0;
+                  return read(pipe.reader(), &byte, 1) == 1 && byte == 'x' ? 0 : 1;
+              }),
+              0);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, AClosedStandardDescriptor, testing::Values(STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO));
 
 TEST(TheWaitForInput, EndsAfterAWrite) {
     const Pipe pipe;
@@ -100,6 +181,46 @@ TEST(TheWaitForInput, KeepsTheSignalThatEndedIt) {
                   return finishingSignal();
               }),
               SIGINT);
+}
+
+TEST(TheWaitForInput, EndsAtTheEndOfTheInput) {
+    EXPECT_EQ(resultInChild([] {
+                  Pipe pipe;
+                  close(pipe.ends[1]);
+                  waitForInput(pipe.reader());
+                  return finishingSignal();
+              }),
+              0);
+}
+
+std::atomic<int> interruptions = 0;
+
+// Other signals interrupt the wait, and no input is there yet.
+TEST(TheWaitForInput, GoesOnAfterAnotherSignal) {
+    struct sigaction action {};
+    action.sa_handler = [](int /*signal*/) { ++interruptions; };
+    sigaction(SIGUSR2, &action, nullptr);
+    const Pipe pipe;
+    std::thread interrupting([&pipe, waiter = pthread_self()] {
+        for (int i = 1; i <= 1000; ++i) {
+            pthread_kill(waiter, SIGUSR2);
+            while (interruptions < i) std::this_thread::yield();
+        }
+        writeAll(pipe.writer(), "x");
+    });
+    waitForInput(pipe.reader());
+    EXPECT_EQ(interruptions, 1000);
+    interrupting.join();
+}
+
+TEST(TheWaitForInput, DoesNotBeginAfterARequest) {
+    EXPECT_EQ(resultInChild([] {
+                  const Pipe pipe;
+                  finishWithoutSignal();
+                  waitForInput(pipe.reader());
+                  return finishingSignal() == NO_SIGNAL ? 0 : 1;
+              }),
+              0);
 }
 
 class FinishingSignal : public testing::TestWithParam<int> {};

@@ -22,6 +22,34 @@ TEST(TheProgressLine, ShowsBarPercentNoteAndTimeLeft) {
     EXPECT_EQ(progressLine("Work", {100, 100, 1}, ""), "Work [########################] 100 %  0:00 left");
 }
 
+struct Remainder {
+    Progress progress;
+    const char* left;
+};
+
+// The time left is that of the steps that are not done, at the speed so far.
+TEST(TheProgressLine, ShowsTheTimeLeft) {
+    for (const Remainder& tried :
+         {Remainder{{1, 2, 7}, "0:07"}, Remainder{{1, 2, 59.4}, "0:59"}, Remainder{{1, 2, 59.6}, "1:00"},
+          Remainder{{1, 2, 750}, "12:30"}, Remainder{{1, 2, 3599}, "59:59"}, Remainder{{1, 2, 3600}, "1:00:00"},
+          Remainder{{1, 4, 3700}, "3:05:00"}, Remainder{{1, 2, 360000}, "99:00:00"}, Remainder{{0, 2, 7}, "-"},
+          Remainder{{2, 2, 7}, "0:00"}, Remainder{{3, 2, 7}, "0:00"}, Remainder{{0, 0, 7}, "0:00"}}) {
+        const std::string line = progressLine("", tried.progress, "");
+        EXPECT_EQ(line.substr(line.find("%  ")), std::string("%  ") + tried.left + " left");
+    }
+}
+
+TEST(TheProgressLine, HasAFullBarOnlyForADoneRun) {
+    EXPECT_EQ(progressLine("", {999, 1000, 0}, ""), "[#######################.]  99 %  0:00 left");
+    EXPECT_EQ(progressLine("", {0, 0, 0}, ""), "[########################] 100 %  0:00 left");
+    EXPECT_EQ(progressLine("", {1001, 1000, 0}, ""), "[########################] 100 %  0:00 left");
+}
+
+TEST(TheProgressLine, IsThatOfTheHeader) {
+    EXPECT_EQ(progressLine("Work", {25, 100, 2}, "1,500 lines/s"),
+              "Work [######..................]  25 %  1,500 lines/s  0:06 left");
+}
+
 TEST(TheProgressLine, FitsATerminal) {
     const std::string longestNote = "18,446,744,073,710 lines/s";
     EXPECT_LE(progressLine("", {1, 18446744073709551615U, 1e9}, longestNote).size(), 79U);
@@ -90,6 +118,29 @@ TEST_F(ATerminal, ShowsNoBarThatIsNotWanted) {
     setenv("TERM", "dumb", 1);
     ProgressBar(terminal.output, "Work", 1).advance();
     EXPECT_EQ(terminal.drawn(), "");
+}
+
+TEST_F(ATerminal, ShowsTheNoteOfAStep) {
+    ProgressBar bar(terminal.output, "", 4);
+    bar.advanceTo(4, "5 lines/s");
+    EXPECT_EQ(terminal.drawn(), "\r\x1B[K[########################] 100 %  5 lines/s  0:00 left");
+}
+
+TEST_F(ATerminal, IsClearedOnlyIfThereIsABar) {
+    ProgressBar bar(terminal.output, "", 1);
+    bar.clear();
+    EXPECT_EQ(terminal.drawn(), "");
+    bar.advance();
+    EXPECT_NE(terminal.drawn(), "");
+    bar.clear();
+    bar.clear();
+    EXPECT_EQ(terminal.drawn(), "\r\x1B[K");
+}
+
+TEST_F(ATerminal, ShowsABarWithoutATypeOfTerminal) {
+    unsetenv("TERM");
+    ProgressBar(terminal.output, "", 1).advance();
+    EXPECT_NE(terminal.drawn(), "");
 }
 
 TEST(AFile, ReceivesNoProgress) {

@@ -48,6 +48,21 @@ TEST(TheEditDistance, CountsChangesButNotCapitals) {
     EXPECT_EQ(editDistance("kitten", "sitting"), 3U);
 }
 
+struct Change {
+    const char* left;
+    const char* right;
+    std::size_t distance;
+};
+
+TEST(TheEditDistance, IsTheSameInBothDirections) {
+    for (const Change& change : {Change{"a", "", 1}, Change{"a", "b", 1}, Change{"ab", "ba", 2}, Change{"ab", "b", 1},
+                                 Change{"abc", "axc", 1}, Change{"abc", "abxc", 1}, Change{"abcd", "bcde", 2},
+                                 Change{"sunday", "saturday", 3}, Change{"intention", "execution", 5}}) {
+        EXPECT_EQ(editDistance(change.left, change.right), change.distance) << change.left << " " << change.right;
+        EXPECT_EQ(editDistance(change.right, change.left), change.distance) << change.left << " " << change.right;
+    }
+}
+
 TEST(TheClosestWord, IsFoundForAMistypedOne) {
     const std::vector<std::string> known = {"resolve", "transform", "check", "find"};
     EXPECT_EQ(closest("trasform", known), "transform");
@@ -58,5 +73,55 @@ TEST(TheClosestWord, IsFoundForAMistypedOne) {
     EXPECT_EQ(closest("", {}), std::nullopt);
 }
 
+TEST(APrintableText, EscapesEveryControlCharacterOfAscii) {
+    EXPECT_EQ(printable(std::string_view("\0\x01\x1F\x7F", 4)), "\\x00\\x01\\x1F\\x7F");
+    EXPECT_EQ(printable(" ~\x80\xFF"), " ~\x80\xFF");
+}
+
+TEST(APrintableText, IsCutAfter120BytesUnlessTheCallerHasAnotherLimit) {
+    EXPECT_EQ(printable(std::string(120, 'x')), std::string(120, 'x'));
+    EXPECT_EQ(printable(std::string(121, 'x')), std::string(120, 'x') + "...");
+    EXPECT_EQ(printable(std::string(121, 'x'), 121), std::string(121, 'x'));
+    EXPECT_EQ(printable("abc", 0), "...");
+}
+
+// The limit is that of the text, so an escape does not shorten it.
+TEST(APrintableText, CountsAControlCharacterAsOneByte) {
+    EXPECT_EQ(printable("\n\n\n", 3), "\\n\\n\\n");
+    EXPECT_EQ(printable("\n\n\nx", 3), "\\n\\n\\n...");
+}
+
+TEST(Padding, LeavesATextOfTheWidthUnchanged) {
+    EXPECT_EQ(padded("abc", 3), "abc");
+    EXPECT_EQ(padded("", 2), "  ");
+    EXPECT_EQ(padded("\xE2\x82\xAC\xF0\x9F\x8C\x8D", 3), "\xE2\x82\xAC\xF0\x9F\x8C\x8D ");
+}
+
+TEST(ATable, HasNoLineThatEndsInBlanks) {
+    EXPECT_EQ(alignedColumns({{"a", "b"}, {"ccc", ""}, {"", "d"}}), "a    b\nccc\n     d\n");
+    EXPECT_EQ(alignedColumns({{"", ""}, {}}, "  "), "\n\n");
+    EXPECT_EQ(alignedColumns({{"a b", "c"}}), "a b  c\n");
+}
+
+TEST(TheClosestWord, DiffersInAThirdOfTheMistypedWord) {
+    EXPECT_EQ(closest("abcdef", {"abcdxx"}), "abcdxx");
+    EXPECT_EQ(closest("abcdef", {"abcxxx"}), std::nullopt);
+    EXPECT_EQ(closest("abcde", {"abcxx"}), std::nullopt);
+    EXPECT_EQ(closest("abcde", {"abcdx"}), "abcdx");
+    EXPECT_EQ(closest("a", {"b"}), "b");
+    EXPECT_EQ(closest("", {"b"}), "b");
+    EXPECT_EQ(closest("", {"bc"}), std::nullopt);
+}
+
+TEST(TheClosestWord, IsTheFirstOfSeveral) {
+    EXPECT_EQ(closest("cat", {"dog", "car", "cab"}), "car");
+    EXPECT_EQ(closest("cat", {"car", "CAT"}), "CAT");
+}
+
+TEST(SmallLetters, AreMadeOfAsciiCapitalsOnly) {
+    EXPECT_EQ(smallLetters("AZaz"), "azaz");
+    EXPECT_EQ(smallLetters("@[`{09 \xC3\x84"), "@[`{09 \xC3\x84");
+    EXPECT_EQ(smallLetters(""), "");
+}
 }  // namespace
 }  // namespace Tools
