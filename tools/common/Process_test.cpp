@@ -36,10 +36,14 @@ struct Pipe {
     std::array<int, 2> ends{};
 };
 
-// The exit code of a child that runs `body`, or minus the signal that ended it.
+// The exit code of a child that runs `body`, or minus the signal that ended it. A job in the background ignores some
+// signals; the child does not.
 int resultInChild(const std::function<int()>& body) {
     const pid_t child = fork();
-    if (child == 0) _exit(body());
+    if (child == 0) {
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, SIG_DFL);
+        _exit(body());
+    }
     int status = 0;
     waitpid(child, &status, 0);
     return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
@@ -85,23 +89,34 @@ TEST(Writing, LeavesTheReasonOfAFailureInErrno) {
     close(full);
 }
 
-// Makes the signal interrupt a call of the system instead of starting it again.
-void interruptCallsBy(int signal) {
+std::atomic<int> interruptions = 0;
+
+// Makes the signal SIGUSR1 interrupt the calls of the system instead of starting them again.
+void countInterruptions() {
     struct sigaction action {};
-    action.sa_handler = [](int /*signal*/) {};
-    sigaction(signal, &action, nullptr);
+    action.sa_handler = [](int /*signal*/) { ++interruptions; };
+    sigaction(SIGUSR1, &action, nullptr);
+    interruptions = 0;
 }
 
-// The text is larger than a pipe, so that the writer waits for the reader.
+void interrupt(pthread_t thread) {
+    const int before = interruptions;
+    pthread_kill(thread, SIGUSR1);
+    while (interruptions == before) std::this_thread::yield();
+}
+
+// The text is larger than a pipe, so that the writer waits for the reader. The first signal ends a call that has
+// written a part, the second one a call that has written nothing.
 TEST(Writing, GoesOnAfterASignal) {
-    interruptCallsBy(SIGUSR1);
+    countInterruptions();
     const Pipe pipe;
     const std::string text = std::string(500000, 'a') + std::string(500000, 'b');
     std::string arrived;
     std::thread reading([&, writer = pthread_self()] {
         std::array<char, 10000> block{};
         while (arrived.size() < text.size()) {
-            pthread_kill(writer, SIGUSR1);
+            interrupt(writer);
+            interrupt(writer);
             const ssize_t count = read(pipe.reader(), block.data(), block.size());
             if (count > 0) arrived.append(block.data(), static_cast<std::size_t>(count));
         }
@@ -193,19 +208,12 @@ TEST(TheWaitForInput, EndsAtTheEndOfTheInput) {
               0);
 }
 
-std::atomic<int> interruptions = 0;
-
 // Other signals interrupt the wait, and no input is there yet.
 TEST(TheWaitForInput, GoesOnAfterAnotherSignal) {
-    struct sigaction action {};
-    action.sa_handler = [](int /*signal*/) { ++interruptions; };
-    sigaction(SIGUSR2, &action, nullptr);
+    countInterruptions();
     const Pipe pipe;
     std::thread interrupting([&pipe, waiter = pthread_self()] {
-        for (int i = 1; i <= 1000; ++i) {
-            pthread_kill(waiter, SIGUSR2);
-            while (interruptions < i) std::this_thread::yield();
-        }
+        for (int i = 0; i < 1000; ++i) interrupt(waiter);
         writeAll(pipe.writer(), "x");
     });
     waitForInput(pipe.reader());
