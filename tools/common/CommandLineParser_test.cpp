@@ -281,6 +281,9 @@ TEST_F(AWorkshop, BreaksTheLinesOfItsHelpAfterEightyColumns) {
     addCut(half + " " + std::string(39, 'b') + " " + half + " " + half + " " + longer + " d\n\nNext.");
     EXPECT_THAT(helpOfCut(), HasSubstr("\n\n" + half + " " + std::string(39, 'b') + "\n" + half + "\n" + half + "\n" +
                                        longer + "\nd\n\nNext.\n\nOptions:\n"));
+    addCommand(workshop, "saw", longer);
+    EXPECT_THAT(*parseArguments(workshop, {"help", "saw"}),
+                testing::StartsWith("usage: work-shop saw [OPTION...]\n\n" + longer + "\n\nOptions:\n"));
 }
 
 TEST_F(AWorkshop, GivesALongNameALineOfItsOwn) {

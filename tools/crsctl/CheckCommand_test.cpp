@@ -290,5 +290,86 @@ TEST(TheReport, IsEmptyForAnEmptyFragment) {
     EXPECT_EQ(asText(report), "no entries\n\ncrs.xml: a server would start; 0 entries, 0 errors, 0 warnings\n");
 }
 
+TEST(TheReport, CountsInTheSingularAndThePlural) {
+    EXPECT_THAT(asText(reportOf("<SRSList><SRS>4326</SRS>\n<SRS>4326</SRS></SRSList>")),
+                testing::EndsWith("crs.xml: a server would start; 1 entry, 0 errors, 1 warning\n"));
+    EXPECT_THAT(asText(reportOf("<SRSList><SRS>x</SRS>\n<SRS>y</SRS></SRSList>")),
+                testing::EndsWith("crs.xml: a server would not start; 2 entries, 2 errors, 0 warnings\n"));
+}
+
+TEST(TheReport, HasTheFirstFailureOfAStart) {
+    const ConfigurationReport report = reportOf("<SRSList><SRS>x</SRS>\n<SRS>y</SRS></SRSList>");
+    EXPECT_EQ(report.failure, "The EPSG code \"X\" is unknown");
+    EXPECT_EQ(report.count(Severity::ERROR), 2U);
+    EXPECT_EQ(report.count(Severity::NOTE), 0U);
+}
+
+TEST(TheReport, ShowsEachColumnOfAnEntry) {
+    const std::string text = asText(
+        reportOf("<CrsConfiguration><CRS mapToEpsgCode='EPSG:25832*EPSG:5783' axisOrder='NE' numberOfDecimalPlaces='2' "
+                 "suppressDuplicatCoordinates='true'>UTM</CRS><CRS>25833</CRS></CrsConfiguration>"));
+    EXPECT_THAT(text,
+                HasSubstr("\n1     UTM         EPSG:25832*EPSG:5783  25832 and 5783  northing, easting  2           "
+                          " suppressed\n"));
+    EXPECT_THAT(text,
+                HasSubstr("\n1     EPSG:25833  EPSG:25833            25833           easting, northing  3 (default)"
+                          "  kept\n"));
+}
+
+TEST(AFinding, HasNullForAnUnknownPlace) {
+    EXPECT_EQ(Json(Finding{Severity::NOTE, {0, 0, "", ""}, "a"}), Json({{"severity", "note"},
+                                                                        {"file", nullptr},
+                                                                        {"line", nullptr},
+                                                                        {"column", nullptr},
+                                                                        {"element", nullptr},
+                                                                        {"text", "a"}}));
+    EXPECT_EQ(
+        Json(Finding{Severity::WARNING, {2, 3, "CRS", "f"}, "b"}),
+        Json({{"severity", "warning"}, {"file", "f"}, {"line", 2}, {"column", 3}, {"element", "CRS"}, {"text", "b"}}));
+}
+
+TEST(AFinding, IsWrittenWithThePlaceThatIsKnown) {
+    ConfigurationReport report{"crs\n.xml", nullptr};
+    report.findings = {{Severity::NOTE, {0, 0, "", ""}, "one"},
+                       {Severity::WARNING, {2, 0, "", "epsg"}, "two\nlines"},
+                       {Severity::ERROR, {3, 4, "CRS", ""}, "three"}};
+    EXPECT_EQ(asText(report),
+              "no entries\n\n"
+              "crs\\n.xml: note: one\n"
+              "epsg:2: warning: two\\nlines\n"
+              "crs\\n.xml:3:4: error: CRS: three\n"
+              "crs\\n.xml: a server would start; 0 entries, 1 error, 1 warning\n");
+}
+
+TEST(AnEntrysShift, MayLeadAsFarFromThatOfProjAsItMayBeInaccurate) {
+    EXPECT_EQ(unmetBy(6316, expectationsOf(1626.4)), "");
+    EXPECT_NE(unmetBy(6316, expectationsOf(1626.3)), "");
+}
+
+TEST(ACrsWithoutADescription, StillNeedsAShift) {
+    EXPECT_EQ(unmetExpectations(false, nullptr, {}).size(), 1U);
+    EXPECT_TRUE(unmetExpectations(true, nullptr, {}).empty());
+}
+
+CommandResult resultOf(const std::string& fragment, bool json = false) {
+    CommonOptions options = optionsFor();
+    options.json = json;
+    return checkCommand(options, TemporaryFile(fragment).path(), {});
+}
+
+TEST(Checking, AcceptsAConfigurationWithWarnings) {
+    const CommandResult result = resultOf("<SRSList><SRS>4326</SRS>\n<SRS>4326</SRS></SRSList>");
+    EXPECT_EQ(result.exitCode, EXIT_DONE);
+    EXPECT_TRUE(result.notes.empty());
+    EXPECT_THAT(result.output, HasSubstr(":2:1: warning: SRS: dropped: repeats EPSG:4326 of line 1\n"));
+}
+
+TEST(Checking, RefusesAConfigurationThatDoesNotStart) {
+    const CommandResult result = resultOf("<SRSList><SRS>x</SRS></SRSList>", true);
+    EXPECT_EQ(result.exitCode, EXIT_REFUSED);
+    EXPECT_THAT(result.notes, testing::ElementsAre(testing::EndsWith(": The EPSG code \"X\" is unknown")));
+    EXPECT_EQ(Json::parse(result.output)["starts"], false);
+    EXPECT_TRUE(Json::parse(resultOf("", true).output)["failure"].is_null());
+}
 }  // namespace
 }  // namespace crsctl

@@ -161,5 +161,90 @@ TEST(ASearchByArea, MarksCrsThatCoverOnlyAPart) {
     EXPECT_FALSE(found[1].coversArea);
 }
 
+TEST(ABox, IsQuotedWithTheReasonOfItsRefusal) {
+    const auto refusalOf = [](const char* text) -> std::string {
+        try {
+            return boxText(readBox(text));
+        } catch (const SetUpError& failure) {
+            return failure.what();
+        }
+    };
+    EXPECT_EQ(refusalOf("1,2,3\n"), "--area 1,2,3\\n: four numbers W,S,E,N are needed");
+    EXPECT_EQ(refusalOf("1,2,3,4,"), "--area 1,2,3,4,: four numbers W,S,E,N are needed");
+    for (const char* const text : {"-181,0,0,0", "0,0,181,0", "0,0,0,91", "0,2,0,1"})
+        EXPECT_EQ(refusalOf(text), std::string("--area ") + text + ": not a box of longitudes and latitudes");
+}
+
+CrsDescription described(unsigned int code) {
+    const CrsDescriptions all = descriptions();
+    return *all.find(code);
+}
+
+TEST(ADescription, ShowsOnlyWhatIsKnown) {
+    EXPECT_EQ(descriptionAsText(described(7777), "  "),
+              "  name   Zone without an area\n  datum\n  unit   metre\n  shift  none\n");
+}
+
+TEST(ADescription, ShowsTheShiftAndTheReplacement) {
+    CrsDescription crs = described(32600);
+    crs.shiftSource = "EPSG:1";
+    crs.replacedBy = {32632, 32633};
+    crs.largestDistance = 0.125;
+    EXPECT_EQ(descriptionAsText(crs, ""),
+              "name         WGS 84 / UTM zone\n"
+              "area         Germany\n"
+              "box          6,47,12,55 (W,S,E,N)\n"
+              "datum        WGS 1984 (EPSG:6326)\n"
+              "unit         metre\n"
+              "shift        EPSG:1, of unknown accuracy\n"
+              "from PROJ    at most 0.12 m\n"
+              "replaced by  32632 32633\n");
+    crs.shiftAccuracy = 2.5;
+    EXPECT_NE(descriptionAsText(crs, "").find("shift        EPSG:1, accurate to 2.5 m\n"), std::string::npos);
+}
+
+// A degree has no length in metres.
+TEST(ADescription, ShowsTheLengthOfAUnitThatIsNotTheMetre) {
+    CrsDescription crs = described(25832);
+    crs.unit = "foot";
+    crs.unitLength = 0.3048;
+    EXPECT_NE(descriptionAsText(crs, "").find("unit   foot (0.3048 m)\n"), std::string::npos);
+    EXPECT_NE(descriptionAsText(described(4326), "").find("unit   degree\n"), std::string::npos);
+}
+
+TEST(ADescription, HasEveryMemberAsJson) {
+    EXPECT_EQ(descriptionAsJson(described(32600)), Json::parse(R"({"code": 32600, "name": "WGS 84 / UTM zone",
+        "kind": "projected", "area": "Germany", "box": {"west": 6, "south": 47, "east": 12, "north": 55},
+        "unit": "metre", "unitLength": 1, "datum": "WGS 1984", "datumId": "EPSG:6326", "shiftSource": "",
+        "shiftAccuracy": null, "largestDistance": null, "replacedBy": [32632]})"));
+    EXPECT_TRUE(descriptionAsJson(described(7777))["box"].is_null());
+}
+
+TEST(TheFoundCrs, AreATableWithOneLineForEach) {
+    CrsDescription whole = described(4326);
+    whole.shiftAccuracy = 1;
+    CrsDescription part = described(32600);
+    part.area = std::string(61, 'x');
+    EXPECT_EQ(asText({{&whole, true}, {&part, false}}),
+              "code   kind        accuracy  name                                   area\n"
+              "4326   geographic  1 m       WGS 84                                 World\n"
+              "32600  projected             WGS 84 / UTM zone (replaced by 32632)  (in part) " +
+                  std::string(60, 'x') + "...\n");
+    EXPECT_EQ(asText(std::vector<FoundCrs>()), "");
+    EXPECT_EQ(asJson({{&whole, true}, {&part, false}})[1]["coversArea"], false);
+}
+
+struct NamedKind {
+    CrsDescription::Kind kind;
+    const char* name;
+};
+
+TEST(TheKindOfACrs, HasAName) {
+    for (const NamedKind& named : {NamedKind{CrsDescription::Kind::GEOGRAPHIC, "geographic"},
+                                   NamedKind{CrsDescription::Kind::GEOCENTRIC, "geocentric"},
+                                   NamedKind{CrsDescription::Kind::PROJECTED, "projected"},
+                                   NamedKind{CrsDescription::Kind::COMPOUND, "compound"}})
+        EXPECT_STREQ(kindName(named.kind), named.name);
+}
 }  // namespace
 }  // namespace crsctl

@@ -80,5 +80,52 @@ TEST(TheListOfNames, IsWrittenUnderEachCrs) {
     EXPECT_EQ(asJson(listed)[1]["names"][0]["name"], "BB");
 }
 
+TEST(TheListOfNames, IsWrittenAsJsonWithEveryMember) {
+    const std::vector<NamesOfCrs> listed = {
+        {"31467*5783", "projected", {{"A", "northing, easting"}, {"B", "easting, northing"}}}};
+    EXPECT_EQ(asJson(listed), Json::parse(R"([{"crs": "31467*5783", "kind": "projected", "names": [
+        {"name": "A", "axisOrder": "northing, easting"}, {"name": "B", "axisOrder": "easting, northing"}]}])"));
+    EXPECT_EQ(asText(std::vector<NamesOfCrs>()), "");
+}
+
+TEST(TheListOfNames, AlignsTheNamesOfEachCrsByItself) {
+    EXPECT_EQ(asText(std::vector<NamesOfCrs>{{"1", "projected", {{"A", "x"}, {"long", "y"}}},
+                                             {"2", "projected", {{"a\nb", "z"}}}}),
+              "1, projected\n  A     x\n  long  y\n\n2, projected\n  a\\nb  z\n");
+}
+
+TEST(TheCodeKey, HasBothCodesOfACompound) {
+    const UnconfiguredSession session;
+    EXPECT_EQ(codeKeyOf(*session.createFromName("EPSG:4326", true).get()), "4326");
+    EXPECT_EQ(codeKeyOf(*session.createFromName("EPSG:31467*EPSG:5783", true).get()), "31467*5783");
+}
+
+class TheNamesCommand : public testing::Test {
+protected:
+    const TemporaryFile file{"<CrsConfiguration><CRS mapToEpsgCode='25832'>UTM32</CRS></CrsConfiguration>"};
+    CommonOptions options = optionsFor();
+};
+
+TEST_F(TheNamesCommand, ListsTheNamesOfTheConfiguration) {
+    options.configFile = file.path();
+    const CommandResult text = namesCommand(options);
+    EXPECT_EQ(text.output.rfind("25832, projected\n  ", 0), 0U) << text.output;
+    EXPECT_NE(text.output.find("\n  UTM32 "), std::string::npos) << text.output;
+    EXPECT_EQ(text.exitCode, EXIT_DONE);
+    EXPECT_TRUE(text.notes.empty());
+    options.json = true;
+    EXPECT_EQ(Json::parse(namesCommand(options).output).at(0)["crs"], "25832");
+}
+
+TEST_F(TheNamesCommand, NotesThatNothingIsConfigured) {
+    const CommandResult result = namesCommand(options);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.exitCode, EXIT_DONE);
+    EXPECT_THAT(result.notes, testing::ElementsAre("without --config no name is registered"));
+    options.json = true;
+    EXPECT_EQ(namesCommand(options).output, "[]\n");
+    options.quiet = true;
+    EXPECT_TRUE(namesCommand(options).notes.empty());
+}
 }  // namespace
 }  // namespace crsctl

@@ -285,6 +285,112 @@ TEST(EveryReason, HasAText) {
     EXPECT_STREQ(reasonText(Reason::OTHER), "other");
 }
 
+TEST(ARefusal, MayHaveNeitherCodeNorSuggestion) {
+    NameReport report;
+    report.name = "a\nb";
+    report.spelling = "none";
+    report.refusal = Refusal{"", "The reason\nis long.", Reason::OTHER, std::nullopt};
+    EXPECT_EQ(refusalNote(report), "a\\nb: refused, other");
+    EXPECT_EQ(refusalInOneLine(report), "a\\nb: The reason\\nis long. (other)");
+    EXPECT_EQ(asText(report),
+              "a\\nb\n"
+              "  spelling  none\n"
+              "  refused   no service exception code\n"
+              "  text      The reason\\nis long.\n"
+              "  reason    other\n"
+              "  offered   no configuration given\n");
+    EXPECT_TRUE(asJson(report)["serviceExceptionCode"].is_null());
+}
+
+std::string offerOf(const std::string& name, const Session& session) {
+    const std::string text = asText(reportOn(name, session));
+    const std::size_t begin = text.find("  offered ");
+    const std::string line = text.substr(begin, text.find('\n', begin) - begin);
+    return line.substr(line.find_first_not_of(' ', line.find("offered") + 7));
+}
+
+TEST(AReport, ShowsHowTheServerOffersACrs) {
+    const ConfiguredSession session(CONFIGURATION);
+    EXPECT_EQ(offerOf("UTM32", *session), "yes, registered under this name");
+    EXPECT_EQ(offerOf("urn:ogc:def:crs:EPSG:7.9:25832", *session), "yes, made on request");
+    EXPECT_EQ(offerOf("EPSG:25833", *session), "no");
+    EXPECT_EQ(offerOf("nonsense", *session), "no");
+}
+
+// The library takes the code from the last numbers of a name.
+TEST(ASuggestion, IsNotMadeForANumberThatIsTooLongForACode) {
+    EXPECT_FALSE(suggest("epsg:123456789", {}, isUnderstood));
+    EXPECT_EQ(suggest("epsg:12345678", {}, isUnderstood)->name, "EPSG:12345678");
+}
+
+TEST(ASuggestion, IsNotAConfiguredNameWithOtherDigits) {
+    const auto isConfigured = [](const std::string& name) { return name.rfind("UTM", 0) == 0; };
+    EXPECT_FALSE(suggest("utm33", {"UTM32"}, isConfigured));
+    EXPECT_EQ(suggest("utm33", {"UTM32", "UTM33"}, isConfigured)->name, "UTM33");
+    EXPECT_EQ(suggest("utm33", {"UTM33"}, isConfigured)->change, "as the configuration spells it");
+}
+
+TEST(ASuggestion, IsNeverTheNameItself) {
+    const auto worksAsItself = [](const std::string& name) { return name == "EPSG:4326" || name == "CRS:84"; };
+    EXPECT_FALSE(suggest("EPSG:4326", {"EPSG:4326"}, worksAsItself));
+    EXPECT_FALSE(suggest("CRS:84", {"CRS:84"}, worksAsItself));
+}
+
+TEST(ASuggestion, MayBeTheNameInSmallLetters) {
+    const auto suggestion = suggest("Lake", {}, [](const std::string& name) { return name == "lake"; });
+    ASSERT_TRUE(suggestion);
+    EXPECT_EQ(suggestion->name, "lake");
+    EXPECT_EQ(suggestion->change, "in small letters");
+}
+
+// Two fifths of a name, and never less than two characters, may be changed.
+TEST(ASuggestion, IsNearToTheName) {
+    const auto worksAs = [](const std::string& known) {
+        return [known](const std::string& name) { return name == known; };
+    };
+    EXPECT_TRUE(suggest("abxx", {"ab"}, worksAs("ab")));
+    EXPECT_FALSE(suggest("abxxx", {"ab"}, worksAs("ab")));
+    EXPECT_TRUE(suggest("abcdefxxxx", {"abcdef"}, worksAs("abcdef")));
+    EXPECT_FALSE(suggest("abcdefxxxxx", {"abcdef"}, worksAs("abcdef")));
+    EXPECT_TRUE(suggest(std::string(512, 'X'), {}, worksAs(std::string(512, 'x'))));
+    EXPECT_FALSE(suggest(std::string(513, 'X'), {}, worksAs(std::string(513, 'x'))));
+}
+
+TEST(Resolving, ReportsOnEachName) {
+    const CommandResult result = resolveCommand(optionsFor(), {"EPSG:4326", "epsg:4326", "EPSG:4327"});
+    const UnconfiguredSession session;
+    EXPECT_EQ(result.output, asText(reportOn("EPSG:4326", session)) + "\n" + asText(reportOn("epsg:4326", session)) +
+                                 "\n" + asText(reportOn("EPSG:4327", session)));
+    EXPECT_EQ(result.exitCode, EXIT_REFUSED);
+    EXPECT_EQ(result.notes, (std::vector<std::string>{refusalNote(reportOn("epsg:4326", session)),
+                                                      refusalNote(reportOn("EPSG:4327", session))}));
+}
+
+TEST(Resolving, WritesAnArrayAsJson) {
+    CommonOptions options = optionsFor();
+    options.json = true;
+    const CommandResult result = resolveCommand(options, {"EPSG:4326", "\xFF"});
+    const Json json = Json::parse(result.output);
+    ASSERT_EQ(json.size(), 2U);
+    EXPECT_EQ(json[0]["accepted"], true);
+    EXPECT_FALSE(json[0].contains("bytesReplaced"));
+    EXPECT_EQ(json[1]["accepted"], false);
+    EXPECT_EQ(json[1]["bytesReplaced"], true);
+    EXPECT_EQ(result.notes.size(), 1U);
+    EXPECT_EQ(resolveCommand(options, {"EPSG:4326"}).exitCode, EXIT_DONE);
+}
+
+TEST(AReport, IsWrittenAsATable) {
+    const UnconfiguredSession session;
+    const std::string text = asText(reportOn("EPSG:25832", session));
+    EXPECT_EQ(text.rfind("EPSG:25832\n", 0), 0U) << text;
+    for (const char* const line :
+         {"  codes       25832\n", "  version     none\n", "  alias       none\n", "  dimension   2\n",
+          "  kind        projected\n", "  axis order  easting, northing\n", "  unit        1 m\n", "  written as\n"})
+        EXPECT_NE(text.find(line), std::string::npos) << line << text;
+    EXPECT_NE(asText(reportOn("EPSG:4326", session)).find(" m (a degree)\n"), std::string::npos);
+}
+
 TEST(TheAxisOrder, IsWrittenInWords) {
     EXPECT_STREQ(axisOrderText(true, false), "latitude, longitude");
     EXPECT_STREQ(axisOrderText(true, true), "longitude, latitude");

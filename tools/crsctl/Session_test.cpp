@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "CoordinateTransformation/CrsNotConfigured.h"
+#include "CoordinateTransformation/CrsUnknownSyntaxOrAlias.h"
 #include "tests/support/CrsctlSession.h"
 
 namespace crsctl {
@@ -87,5 +89,76 @@ TEST(ATextFile, IsReadUnchanged) {
     EXPECT_EQ(inputName("a.txt"), "a.txt");
 }
 
+TEST(ATextFile, IsReadWholeIfItIsLargerThanABlock) {
+    const std::string content = std::string(65536, 'a') + std::string(65537, 'b');
+    EXPECT_TRUE(readTextFile(TemporaryFile(content).path()) == content);
+    EXPECT_EQ(readTextFile(TemporaryFile("").path()), "");
+}
+
+struct UnreadableFile {
+    const char* path;
+    const char* message;
+};
+
+TEST(ATextFile, IsNamedWithTheReasonOfTheSystem) {
+    for (const UnreadableFile& file : {UnreadableFile{"/no/file", "/no/file: No such file or directory"},
+                                       UnreadableFile{"/etc/passwd/x", "/etc/passwd/x: Not a directory"},
+                                       UnreadableFile{"/", "/: Is a directory"}}) {
+        try {
+            readTextFile(file.path);
+            FAIL() << file.path;
+        } catch (const SetUpError& failure) {
+            EXPECT_STREQ(failure.what(), file.message);
+        }
+    }
+}
+
+TEST(AFailureOfACommand, HasTheExitCodeOfItsKind) {
+    EXPECT_EQ(InputRefused("x").getExitCode(), 1);
+    EXPECT_EQ(SetUpError("x").getExitCode(), 2);
+    EXPECT_EQ(CommandFailure(EXIT_INTERRUPTED, "x").getExitCode(), 130);
+    EXPECT_STREQ(InputRefused("a name").what(), "a name");
+}
+
+constexpr const char* OGC_NAMES[] = {"CRS:84", "OGC:CRS84", "urn:ogc:def:crs:OGC:1.3:CRS84",
+                                     "urn:ogc:def:crs:OGC::CRS84", "http://www.opengis.net/def/crs/OGC/1.3/CRS84"};
+
+TEST(TheOgcNamesOfWgs84, AreCaseSensitive) {
+    for (const char* const name : OGC_NAMES) EXPECT_TRUE(isCrs84(name)) << name;
+    for (const char* const name : {"", "CRS:8", "CRS:840", "crs:84", "OGC:CRS84 ", "urn:ogc:def:crs:OGC:1.4:CRS84",
+                                   "https://www.opengis.net/def/crs/OGC/1.3/CRS84", "EPSG:4326"})
+        EXPECT_FALSE(isCrs84(name)) << name;
+}
+
+TEST(TheOgcNamesOfWgs84, AreKeptAsTheAliasWithoutAConfiguration) {
+    const UnconfiguredSession session;
+    for (const char* const name : OGC_NAMES) {
+        const CoordinateTransformation::Crs crs = session.createFromName(name, false);
+        ASSERT_TRUE(crs != nullptr) << name;
+        EXPECT_EQ(crs->getAlias(), name);
+        EXPECT_TRUE(crs->isAxisOrderEastNorthOrLonLat()) << name;
+    }
+    EXPECT_FALSE(session.createFromName("EPSG:4326", true)->isAxisOrderEastNorthOrLonLat());
+}
+
+TEST(AConfiguredSession, AnswersOnlyWhatIsOffered) {
+    const ConfiguredSession session(
+        "<CrsConfiguration><CRS mapToEpsgCode='25832'>OGC:CRS84</CRS><CRS>4258</CRS></CrsConfiguration>");
+    EXPECT_EQ(session->createFromName("OGC:CRS84", true)->getPrimaryCode(), 25832U);
+    EXPECT_EQ(session->createFromName("urn:ogc:def:crs:EPSG::4258", true)->getPrimaryCode(), 4258U);
+    EXPECT_THROW(session->createFromName("EPSG:4326", true), CoordinateTransformation::CrsNotConfigured);
+    EXPECT_THROW(session->createFromName("CRS:84", true), CoordinateTransformation::CrsUnknownSyntaxOrAlias);
+    EXPECT_EQ(UnconfiguredSession().createFromName("EPSG:4326", true)->getPrimaryCode(), 4326U);
+}
+
+// The first "=" ends the key, and the first value of a property stays.
+TEST(AStart, ReadsThePropertiesInTheirOrder) {
+    CommonOptions options = optionsFor();
+    options.properties = {"AxisOrderConvention=registry=x"};
+    EXPECT_EQ(failureOf(options),
+              "The property AxisOrderConvention is \"registry=x\", not \"registry\" or \"established\"");
+    options.properties = {"AxisOrderConvention=established", "AxisOrderConvention=registry"};
+    EXPECT_TRUE(Session(options).createFromName("EPSG:4326", true)->isAxisOrderEastNorthOrLonLat());
+}
 }  // namespace
 }  // namespace crsctl
