@@ -1,0 +1,99 @@
+#include "Offer.h"
+
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+#include "QuarvelSrv/SrsFormattingOptions.h"
+
+namespace FeatureServer {
+
+using namespace CoordinateTransformation;
+
+namespace {
+
+constexpr char LONGITUDE_LATITUDE[] = "CRS:84";
+const QuarvelSrv::SrsFormattingOptions URN{"", "", 0}, URL{"0", "", 2};
+
+std::unique_ptr<const CrsConfig> start(const std::string& fragmentFile, const std::string& projDirectory,
+                                       const char* axisOrderConvention) {
+    std::unique_ptr<CrsConfig> config(CrsConfig::createDefaultConfigOrFromEnvVar());
+    config->setConfigProperty("Proj4ConfigDir", projDirectory);
+    config->setConfigProperty("AcceptSafeCuries", "true");
+    config->setConfigProperty("AxisOrderConvention", axisOrderConvention);
+    std::ostringstream text;
+    text << std::ifstream(fragmentFile).rdbuf();
+    std::istringstream fragment(text.str());
+    config->configure(fragment);
+    config->init();
+    return config;
+}
+
+bool isUrn(const std::string& name) { return name.rfind("urn:", 0) == 0; }
+bool isUrl(const std::string& name) { return name.rfind("http:", 0) == 0; }
+
+}  // namespace
+
+std::string currentFailure() {
+    try {
+        throw;
+    } catch (const TransformationException& failure) {
+        return failure.getServiceExceptionCode() + ": " + failure.what();
+    } catch (const QSHelpers::Exception& failure) {
+        return failure.getServiceExceptionCode() + ": " + failure.what();
+    } catch (const std::exception& failure) {
+        return failure.what();
+    }
+}
+
+Offer::Offer(const std::string& fragmentFile, const std::string& projDirectory)
+    : established(start(fragmentFile, projDirectory, "established")),
+      registry(start(fragmentFile, projDirectory, "registry")) {
+    if (!registry->isCrsConfigured(std::string(LONGITUDE_LATITUDE)))
+        throw std::runtime_error(fragmentFile + " does not offer CRS:84");
+    for (const CrsConfigData& entry : *registry->getConfiguredCrs()) {
+        const std::string alias = entry.getAlias();
+        const Crs crs = named(Protocol::API, entry.getAliasOrIdentifier(), "");
+        const CrsDescription* const known = CrsDescriptions::ofProjDirectory().find(crs->getPrimaryCode());
+        list.push_back({alias.empty() ? urnOf(crs) : (isUrn(alias) ? alias : ""),
+                        alias.empty() ? urlOf(crs) : (isUrl(alias) ? alias : ""), crs->isAxisOrderEastNorthOrLonLat(),
+                        decimalPlaces(crs), known != nullptr ? *known : CrsDescription()});
+    }
+}
+
+Crs Offer::named(Protocol protocol, const std::string& name, const std::string& locator) const {
+    const CrsCreator& creator = of(protocol).getCreator();
+    try {
+        return creator.createFromName(name, true, true);
+    } catch (const std::exception&) {
+        throw Refusal{400, "InvalidParameterValue", locator,
+                      currentFailure() + " (" + creator.explainName(name).text + ")"};
+    }
+}
+
+Crs Offer::written(Protocol protocol, const std::string& name, const Crs& crs, std::size_t dimension) const {
+    Crs target = of(protocol).getCreator().createInOrderOf(name, *crs.get());
+    if (dimension == 2) target.forceDim2D();
+    return target;
+}
+
+std::string Offer::nameLike(const std::string& requested, const Crs& crs) {
+    if (!isUrl(requested) && !isUrn(requested)) return crs->getAliasOrIdentifier(true);
+    return crs->getAliasOrAsOgcURN(isUrl(requested) ? &URL : &URN, true);
+}
+
+std::string Offer::urlOf(const Crs& crs) { return crs->getAliasOrAsOgcURN(&URL, false); }
+
+int Offer::decimalPlaces(const Crs& crs) const {
+    const CrsConfigData* const entry = registry->getEntryFor(*crs.get());
+    const int usual = crs->isGeographic() ? CrsConfigData::DEFAULT_NUMBER_OF_PLACES_DEGREE
+                                          : CrsConfigData::DEFAULT_NUMBER_OF_PLACES_METER;
+    return entry == nullptr ? usual : entry->getNumberOfDecimalPlaces().get_value_or(usual);
+}
+
+Bounds Offer::geographicBox(unsigned int code, const Bounds& extent) const {
+    const Crs geographic = named(Protocol::API, LONGITUDE_LATITUDE, "");
+    return PointTransformer(*stored(code).get(), *geographic.get()).transformBounds(extent);
+}
+
+}  // namespace FeatureServer
