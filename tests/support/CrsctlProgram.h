@@ -6,6 +6,11 @@
 
 namespace crsctl {
 
+// A configuration with three entries.
+constexpr char CONFIGURATION[] =
+    "<CrsConfiguration>\n<CRS>4326</CRS>\n<CRS>CRS:84</CRS>\n<CRS mapToEpsgCode='25832'>UTM32</CRS>\n"
+    "</CrsConfiguration>\n";
+
 // The exit code and the output of a program.
 struct Outcome {
     int exitCode;  // 128 plus the signal number after a signal
