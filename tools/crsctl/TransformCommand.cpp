@@ -13,6 +13,7 @@
 #include <future>
 #include <mutex>
 #include <optional>
+#include <semaphore.h>
 #include <system_error>
 #include <thread>
 #include <unistd.h>
@@ -53,6 +54,24 @@ std::string summaryLine(const Counts& counts, double seconds) {
 }
 
 namespace {
+
+// A mutex for long waits. ThreadSanitizer handles a signal only after the wait for a std::mutex, and the reader for
+// which the thread waits may itself wait for the signal.
+class Turns {
+public:
+    Turns() { sem_init(&semaphore, 0, 1); }
+    ~Turns() { sem_destroy(&semaphore); }
+    Turns(const Turns&) = delete;
+    Turns& operator=(const Turns&) = delete;
+
+    void lock() {
+        while (sem_wait(&semaphore) != 0) continue;
+    }
+    void unlock() { sem_post(&semaphore); }
+
+private:
+    sem_t semaphore{};
+};
 
 // Passes the blocks of a reader through threads. Writes the results to standard output in the order of the input, and
 // reports refused lines on standard error. The run ends at the end of the input, at a refused line with
@@ -122,7 +141,7 @@ private:
     }
 
     std::optional<Block> takeBlock() {
-        const std::lock_guard<std::mutex> lock(reading);
+        const std::lock_guard<Turns> lock(reading);
         try {
             return stopped || !readingFailure.empty() ? std::nullopt : reader.next();
         } catch (const SetUpError& failure) {
@@ -156,7 +175,7 @@ private:
         Tools::finishWithoutSignal();
     }
 
-    std::mutex reading;  // guards `reader` and `readingFailure`
+    Turns reading;  // guards `reader` and `readingFailure`
     BlockReader& reader;
     std::string readingFailure;
 
