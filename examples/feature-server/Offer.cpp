@@ -1,18 +1,13 @@
-#include "Offer.h"
-
 #include <fstream>
+#include <iterator>
 #include <sstream>
-#include <stdexcept>
 
 #include "QuarvelSrv/SrsFormattingOptions.h"
+#include "Service.h"
 
 namespace FeatureServer {
-
-using namespace CoordinateTransformation;
-
 namespace {
 
-constexpr char LONGITUDE_LATITUDE[] = "CRS:84";
 const QuarvelSrv::SrsFormattingOptions URN{"", "", 0}, URL{"0", "", 2};
 
 std::unique_ptr<const CrsConfig> start(const std::string& fragmentFile, const std::string& projDirectory,
@@ -21,9 +16,8 @@ std::unique_ptr<const CrsConfig> start(const std::string& fragmentFile, const st
     config->setConfigProperty("Proj4ConfigDir", projDirectory);
     config->setConfigProperty("AcceptSafeCuries", "true");
     config->setConfigProperty("AxisOrderConvention", axisOrderConvention);
-    std::ostringstream text;
-    text << std::ifstream(fragmentFile).rdbuf();
-    std::istringstream fragment(text.str());
+    std::ifstream file(fragmentFile);
+    std::istringstream fragment(std::string(std::istreambuf_iterator<char>(file), {}));
     config->configure(fragment);
     config->init();
     return config;
@@ -33,6 +27,10 @@ bool isUrn(const std::string& name) { return name.rfind("urn:", 0) == 0; }
 bool isUrl(const std::string& name) { return name.rfind("http:", 0) == 0; }
 
 }  // namespace
+
+Refusal invalid(const std::string& parameter, const std::string& text) {
+    return {"InvalidParameterValue", parameter, text};
+}
 
 std::string currentFailure() {
     try {
@@ -49,16 +47,16 @@ std::string currentFailure() {
 Offer::Offer(const std::string& fragmentFile, const std::string& projDirectory)
     : established(start(fragmentFile, projDirectory, "established")),
       registry(start(fragmentFile, projDirectory, "registry")) {
-    if (!registry->isCrsConfigured(std::string(LONGITUDE_LATITUDE)))
-        throw std::runtime_error(fragmentFile + " does not offer CRS:84");
     for (const CrsConfigData& entry : *registry->getConfiguredCrs()) {
         const std::string alias = entry.getAlias();
         const Crs crs = named(Protocol::API, entry.getAliasOrIdentifier(), "");
         const CrsDescription* const known = CrsDescriptions::ofProjDirectory().find(crs->getPrimaryCode());
         list.push_back({alias.empty() ? urnOf(crs) : (isUrn(alias) ? alias : ""),
                         alias.empty() ? urlOf(crs) : (isUrl(alias) ? alias : ""), crs->isAxisOrderEastNorthOrLonLat(),
-                        decimalPlaces(crs), known != nullptr ? *known : CrsDescription()});
+                        known != nullptr ? *known : CrsDescription()});
     }
+    if (list.empty() || list.front().url != CRS84)
+        throw std::runtime_error("The first CRS in " + fragmentFile + " must be " + CRS84);
 }
 
 Crs Offer::named(Protocol protocol, const std::string& name, const std::string& locator) const {
@@ -66,8 +64,7 @@ Crs Offer::named(Protocol protocol, const std::string& name, const std::string& 
     try {
         return creator.createFromName(name, true, true);
     } catch (const std::exception&) {
-        throw Refusal{400, "InvalidParameterValue", locator,
-                      currentFailure() + " (" + creator.explainName(name).text + ")"};
+        throw invalid(locator, currentFailure() + " (" + creator.explainName(name).text + ")");
     }
 }
 
@@ -92,7 +89,7 @@ int Offer::decimalPlaces(const Crs& crs) const {
 }
 
 Bounds Offer::geographicBox(unsigned int code, const Bounds& extent) const {
-    const Crs geographic = named(Protocol::API, LONGITUDE_LATITUDE, "");
+    const Crs geographic = named(Protocol::API, CRS84, "");
     return PointTransformer(*stored(code).get(), *geographic.get()).transformBounds(extent);
 }
 

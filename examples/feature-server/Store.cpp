@@ -1,10 +1,10 @@
-#include "Store.h"
-
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <ogrsf_frmts.h>
 #include <stdexcept>
+
+#include "Service.h"
 
 namespace FeatureServer {
 namespace {
@@ -23,15 +23,16 @@ GDALDataset& dataset(const std::string& source) {
     return *opened;
 }
 
+OGRLayer& open(const std::string& source, const Layer& layer) {
+    OGRLayer* const opened = dataset(source).GetLayerByName(layer.table.c_str());
+    if (opened == nullptr) throw std::runtime_error("The layer " + layer.table + " has gone");
+    return *opened;
+}
+
 std::string xmlName(std::string text) {
     std::replace_if(
         text.begin(), text.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
     return text.empty() || std::isdigit(static_cast<unsigned char>(text[0])) != 0 ? "_" + text : text;
-}
-
-// A type of 0 is none that this server writes.
-std::size_t typeOf(OGRwkbGeometryType type) {
-    return wkbFlatten(type) <= wkbMultiPolygon ? wkbFlatten(type) : wkbUnknown;
 }
 
 // Returns 0 for a layer without an EPSG code.
@@ -41,48 +42,32 @@ unsigned int crsCodeOf(OGRLayer& layer) {
     return code == nullptr ? 0 : static_cast<unsigned int>(std::max(0, std::atoi(code)));
 }
 
-Layer describe(OGRLayer& source) {
-    const std::string table = source.GetName(), geometry = source.GetGeometryColumn();
-    const char* const title = source.GetMetadataItem("IDENTIFIER");
-    OGREnvelope extent;
-    if (source.GetExtent(&extent) != OGRERR_NONE) throw std::runtime_error(table + " has no extent");
-    Layer layer{table,
-                title != nullptr ? title : table,
-                xmlName(table),
-                xmlName(geometry),
-                GEOMETRY_TYPES[typeOf(source.GetGeomType())],
-                crsCodeOf(source),
-                wkbHasZ(source.GetGeomType()) != 0 ? std::size_t{3} : std::size_t{2},
-                {extent.MinX, extent.MinY, extent.MaxX, extent.MaxY},
-                {}};
+std::vector<Field> fieldsOf(OGRLayer& source) {
+    std::vector<Field> fields;
     for (int i = 0; i < source.GetLayerDefn()->GetFieldCount(); ++i) {
         const OGRFieldDefn& field = *source.GetLayerDefn()->GetFieldDefn(i);
-        const bool isReal = field.GetType() == OFTReal;
         const bool isInteger = field.GetType() == OFTInteger || field.GetType() == OFTInteger64;
-        const char* const type = isReal ? "xsd:double" : (isInteger ? "xsd:long" : "xsd:string");
-        layer.fields.push_back({xmlName(field.GetNameRef()), type, isReal || isInteger});
+        const char* const type = field.GetType() == OFTReal ? "xsd:double" : (isInteger ? "xsd:long" : "xsd:string");
+        fields.push_back({i, xmlName(field.GetNameRef()), type});
     }
-    return layer;
+    return fields;
 }
 
-// Appends the points of a geometry and of its parts.
-void append(Chunk& chunk, const OGRGeometry& geometry) {
-    const std::size_t type = typeOf(geometry.getGeometryType());
-    if (type == wkbPolygon)
-        for (const auto* const ring : *geometry.toPolygon()) append(chunk, *ring);
-    if (type > wkbPolygon)
-        for (const auto* const part : *geometry.toGeometryCollection()) append(chunk, *part);
-    if (type >= wkbPolygon || type == 0) return;
-    const int count = type == wkbPoint ? 1 : geometry.toLineString()->getNumPoints();
-    const std::size_t begin = chunk.ordinates.size();
-    chunk.ordinates.resize(begin + static_cast<std::size_t>(count) * chunk.dimension);
-    double* const x = &chunk.ordinates[begin];
-    double* const z = chunk.dimension == 3 ? x + 2 : nullptr;
-    const int stride = static_cast<int>(chunk.dimension * sizeof(double));
-    if (type == wkbLineString) return geometry.toLineString()->getPoints(x, stride, x + 1, stride, z, stride);
-    x[0] = geometry.toPoint()->getX();
-    x[1] = geometry.toPoint()->getY();
-    if (z != nullptr) *z = geometry.toPoint()->getZ();
+Layer describe(OGRLayer& source) {
+    const std::string table = source.GetName();
+    const char* const title = source.GetMetadataItem("IDENTIFIER");
+    const OGRwkbGeometryType type = wkbFlatten(source.GetGeomType());
+    OGREnvelope extent;
+    if (source.GetExtent(&extent) != OGRERR_NONE) throw std::runtime_error(table + " has no extent");
+    return {table,
+            title != nullptr ? title : table,
+            xmlName(table),
+            xmlName(source.GetGeometryColumn()),
+            GEOMETRY_TYPES[type <= wkbMultiPolygon ? type : wkbUnknown],
+            crsCodeOf(source),
+            wkbHasZ(source.GetGeomType()) != 0 ? std::size_t{3} : std::size_t{2},
+            {extent.MinX, extent.MinY, extent.MaxX, extent.MaxY},
+            fieldsOf(source)};
 }
 
 }  // namespace
@@ -99,38 +84,20 @@ const Layer* Store::find(const std::string& name) const {
     return found == all.end() ? nullptr : &*found;
 }
 
-OGRLayer& Store::open(const Layer& layer) const {
-    OGRLayer* const opened = dataset(source).GetLayerByName(layer.table.c_str());
-    if (opened == nullptr) throw std::runtime_error("The layer " + layer.table + " has gone");
-    return *opened;
+std::size_t Store::count(const Layer& layer) const {
+    OGRLayer& opened = open(source, layer);
+    opened.SetSpatialFilter(nullptr);
+    return static_cast<std::size_t>(std::max<GIntBig>(0, opened.GetFeatureCount()));
 }
 
-Cursor::Cursor(const Store& store, const Layer& layer, const CoordinateTransformation::Bounds* box,
-               std::optional<std::int64_t> only)
-    : source(store.open(layer)), dimension(layer.dimension), id(only) {
-    if (box != nullptr) source.SetSpatialFilterRect(box->minX, box->minY, box->maxX, box->maxY);
-    source.ResetReading();
+void Store::read(const Layer& layer, const Bounds* box, const std::int64_t* id,
+                 const std::function<bool(OGRFeature&)>& use) const {
+    OGRLayer& opened = open(source, layer);
+    opened.SetSpatialFilter(nullptr);
+    if (box != nullptr) opened.SetSpatialFilterRect(box->minX, box->minY, box->maxX, box->maxY);
+    opened.ResetReading();
+    OGRFeatureUniquePtr feature(id != nullptr ? opened.GetFeature(*id) : opened.GetNextFeature());
+    while (feature != nullptr && use(*feature)) feature.reset(id != nullptr ? nullptr : opened.GetNextFeature());
 }
-
-Cursor::~Cursor() { source.SetSpatialFilter(nullptr); }
-
-bool Cursor::read(Chunk& chunk, std::size_t most) {
-    chunk.dimension = dimension;
-    chunk.entries.clear();
-    chunk.ordinates.clear();
-    while (!finished && chunk.entries.size() < most) {
-        std::shared_ptr<OGRFeature> feature(id ? source.GetFeature(*id) : source.GetNextFeature(),
-                                            OGRFeature::DestroyFeature);
-        finished = feature == nullptr || id.has_value();
-        if (feature == nullptr) break;
-        const OGRGeometry* const geometry = feature->GetGeometryRef();
-        const std::size_t begin = chunk.ordinates.size();
-        if (geometry != nullptr && !geometry->IsEmpty()) append(chunk, *geometry);
-        chunk.entries.push_back({std::move(feature), begin, chunk.ordinates.size()});
-    }
-    return !chunk.entries.empty();
-}
-
-std::size_t Cursor::count() const { return static_cast<std::size_t>(std::max<GIntBig>(0, source.GetFeatureCount())); }
 
 }  // namespace FeatureServer

@@ -2,17 +2,12 @@
 // SIGINT and SIGTERM end the server after the requests that have begun.
 
 #include <algorithm>
-#include <cctype>
 #include <chrono>
-#include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <httplib.h>
 #include <iostream>
 #include <iterator>
-#include <memory>
 #include <signal.h>
-#include <stdexcept>
 #include <thread>
 
 #include <CLI/CLI.hpp>
@@ -26,7 +21,7 @@ using namespace FeatureServer;
 struct Options {
     std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
     std::string data = folder / "data" / "europe.gpkg", crs = folder / "crs.xml", projDirectory = folder / "proj";
-    std::string pages = folder / "static", host = "127.0.0.1";
+    std::string host = "127.0.0.1";
     int port = 8080;
     std::size_t threads = 16, mostFeatures = 10000;
 };
@@ -38,7 +33,6 @@ void addOptions(CLI::App& app, Options& options) {
     app.add_option("--data", options.data, "GeoPackage, or connection string of GDAL such as PG:dbname=...");
     app.add_option("--crs", options.crs, "XML fragment with the CRS on offer");
     app.add_option("--proj-dir", options.projDirectory, "PROJ directory");
-    app.add_option("--static", options.pages, "Folder of the web page");
     app.add_option("--host", options.host, "Address to listen at");
     app.add_option("--port", options.port, "Port; 0 for any that is free")->check(CLI::Range(0, 65535));
     app.add_option("--threads", options.threads, "Worker threads")->check(CLI::Range(1, 1000));
@@ -46,134 +40,93 @@ void addOptions(CLI::App& app, Options& options) {
         ->check(CLI::Range(1, 10000000));
 }
 
-class Server {
-public:
-    explicit Server(const Options& chosen)
-        : options(chosen),
-          store(chosen.data),
-          wfs11(chosen.folder / "templates" / "wfs-1.1.0.txt"),
-          wfs20(chosen.folder / "templates" / "wfs-2.0.0.txt"),
-          api(chosen.folder / "templates" / "api.txt") {
-        reload();
-        setLimits();
-        http.set_mount_point("/static", options.pages);
-        http.Get(".*",
-                 [this](const httplib::Request& request, httplib::Response& response) { handle(request, response); });
-        http.Post(".*", [](const httplib::Request&, httplib::Response& response) { response.status = 405; });
-    }
+// The CRS on offer, which requests share and a signal replaces.
+using SharedOffer = std::shared_ptr<const Offer>;
 
-    // Makes new configurations and swaps them in; requests go on with those that they began with. Throws and keeps the
-    // present ones if the new ones cannot be made.
-    void reload() {
-        const auto fresh = std::make_shared<const Offer>(options.crs, options.projDirectory);
-        for (const Layer& layer : store.layers())
-            if (!fresh->offers(layer.crsCode)) throw std::runtime_error("The CRS of " + layer.name + " is not offered");
-        std::atomic_store(&offer, fresh);
-    }
+SharedOffer readOffer(const Options& options, const Store& store) {
+    SharedOffer offer = std::make_shared<const Offer>(options.crs, options.projDirectory);
+    for (const Layer& layer : store.layers())
+        if (!offer->offers(layer.crsCode)) throw std::runtime_error("The CRS of " + layer.name + " is not offered");
+    return offer;
+}
 
-    // Returns the port.
-    int bind() {
-        if (options.port == 0)
-            options.port = http.bind_to_any_port(options.host);
-        else if (!http.bind_to_port(options.host, options.port))
-            options.port = -1;
-        if (options.port < 0) throw std::runtime_error("Cannot listen at " + options.host);
-        return options.port;
-    }
-    void run() { http.listen_after_bind(); }
-    bool isRunning() const { return http.is_running(); }
-    void stop() { http.stop(); }
-
-private:
-    void setLimits() {
-        constexpr std::size_t LONGEST_BODY = 65536, REQUESTS_PER_CONNECTION = 10000;
-        constexpr int SECONDS = 5;
-        http.new_task_queue = [this] { return new httplib::ThreadPool(options.threads); };
-        http.set_payload_max_length(LONGEST_BODY);
-        http.set_read_timeout(SECONDS);
-        http.set_write_timeout(SECONDS);
-        http.set_keep_alive_timeout(SECONDS);
-        http.set_keep_alive_max_count(REQUESTS_PER_CONNECTION);
-        http.set_tcp_nodelay(true);
-    }
-
-    // Names and values are repeated in documents, which must be well-formed: UTF-8 without control characters.
-    static bool isText(const std::string& bytes) {
-        int following = 0;
-        for (const unsigned char c : bytes) {
-            if (following > 0 ? (c & 0xC0) != 0x80 : c < 0x20 || c == 0x7F || (c >= 0x80 && c < 0xC2) || c > 0xF4)
-                return false;
-            following = following > 0 ? following - 1 : c >= 0xF0 ? 3 : c >= 0xE0 ? 2 : c >= 0xC2 ? 1 : 0;
-        }
-        // U+FFFE, U+FFFF and surrogates are not characters of XML.
-        return following == 0 && bytes.find("\xEF\xBF\xBE") == std::string::npos &&
-               bytes.find("\xEF\xBF\xBF") == std::string::npos && bytes.find("\xED\xA0") == std::string::npos;
-    }
-
-    static bool isText(const httplib::Request& request) {
-        return isText(request.path) &&
-               std::all_of(request.params.begin(), request.params.end(),
-                           [](const auto& parameter) { return isText(parameter.first) && isText(parameter.second); });
-    }
-
-    void handle(const httplib::Request& request, httplib::Response& response) const {
-        if (!isText(request)) {
-            response.status = 400;
-            return response.set_content("The request is not UTF-8, or has control characters.\n", "text/plain");
-        }
-        if (request.path == "/" && request.get_header_value("Accept").find("text/html") != std::string::npos) {
-            std::ifstream file(options.pages + "/index.html");
-            if (file)
-                return response.set_content({std::istreambuf_iterator<char>(file), {}}, "text/html; charset=utf-8");
-        }
-        const std::shared_ptr<const Offer> current = std::atomic_load(&offer);
-        const Context context{*current, store, wfs11, wfs20, api, options.mostFeatures};
-        Request asked{request.path, "http://" + hostOf(request), {}};
-        for (const auto& [name, value] : request.params) asked.parameters.emplace(name, value);
-        Answer answer = request.path == "/wfs" ? answerWfs(context, asked) : answerApi(context, asked);
-        response.status = answer.status;
-        response.body = std::move(answer.body);
-        response.set_header("Content-Type", answer.type);
-        if (!answer.contentCrs.empty()) response.set_header("Content-Crs", "<" + answer.contentCrs + ">");
-    }
-
-    // A name with other characters than those of host and port would need quoting in the documents.
-    std::string hostOf(const httplib::Request& request) const {
-        const std::string host = request.get_header_value("Host");
-        const bool isPlain = std::all_of(host.begin(), host.end(), [](unsigned char c) {
-            return std::isalnum(c) != 0 || std::strchr(".:-[]", c) != nullptr;
-        });
-        return isPlain && !host.empty() ? host : options.host + ":" + std::to_string(options.port);
-    }
-
-    Options options;
-    Store store;
-    Templates wfs11, wfs20, api;
-    std::shared_ptr<const Offer> offer;
-    httplib::Server http;
-};
-
-void reload(Server& server) {
+// Makes new configurations and swaps them in; requests go on with those that they began with. Keeps the present ones
+// if the new ones cannot be made.
+void reload(SharedOffer& offer, const Options& options, const Store& store) {
     try {
-        server.reload();
+        std::atomic_store(&offer, readOffer(options, store));
         std::cout << "read the CRS again" << std::endl;
-    } catch (const Refusal& failure) {
-        std::cout << "kept the CRS: " << failure.text << std::endl;
-    } catch (const std::exception& failure) {
-        std::cout << "kept the CRS: " << failure.what() << std::endl;
+    } catch (...) {
+        std::cout << "kept the CRS: " << currentFailure() << std::endl;
     }
 }
 
+// Whether the request can be repeated in XML and JSON. All that the server knows is of these characters.
+bool isText(const httplib::Request& request) {
+    const std::string host = request.get_header_value("Host");
+    std::string text = request.path + host;
+    for (const auto& [name, value] : request.params) text += name + value;
+    return host.find_first_of("<>&\"\\") == std::string::npos &&
+           std::all_of(text.begin(), text.end(), [](unsigned char c) { return c >= ' ' && c < 0x7F; });
+}
+
+void respond(const Context& context, const httplib::Request& request, httplib::Response& response) {
+    Request asked{request.path, "http://" + request.get_header_value("Host"), {}};
+    for (const auto& [name, value] : request.params) asked.parameters.emplace(lower(name), value);
+    Answer answered = answer(context, asked);
+    response.status = answered.status;
+    response.body = std::move(answered.body);
+    response.set_header("Content-Type", answered.type);
+    if (!answered.contentCrs.empty()) response.set_header("Content-Crs", "<" + answered.contentCrs + ">");
+}
+
+void setLimits(httplib::Server& http, std::size_t threads) {
+    constexpr std::size_t LONGEST_BODY = 65536, REQUESTS_PER_CONNECTION = 10000;
+    constexpr int SECONDS = 5;
+    http.new_task_queue = [threads] { return new httplib::ThreadPool(threads); };
+    http.set_payload_max_length(LONGEST_BODY);
+    http.set_read_timeout(SECONDS);
+    http.set_write_timeout(SECONDS);
+    http.set_keep_alive_timeout(SECONDS);
+    http.set_keep_alive_max_count(REQUESTS_PER_CONNECTION);
+    http.set_tcp_nodelay(true);
+}
+
+// The page for a browser, and documents for all others.
+void addHandlers(httplib::Server& http, const Options& options, const httplib::Server::Handler& respond) {
+    http.set_mount_point("/static", options.folder / "static");
+    http.Get(".*", [&options, respond](const httplib::Request& request, httplib::Response& response) {
+        std::ifstream page(options.folder / "static" / "index.html");
+        if (request.path == "/" && page && request.get_header_value("Accept").find("text/html") != std::string::npos)
+            return response.set_content({std::istreambuf_iterator<char>(page), {}}, "text/html; charset=utf-8");
+        if (isText(request)) return respond(request, response);
+        response.status = 400;
+        response.set_content("The request has characters other than those of ASCII.\n", "text/plain");
+    });
+    http.Post(".*", [](const httplib::Request&, httplib::Response& response) { response.status = 405; });
+}
+
 void serve(const Options& options, const sigset_t& signals) {
-    Server server(options);
-    const int port = server.bind();
-    std::thread listener([&server] { server.run(); });
+    const Store store(options.data);
+    const Templates templates = readTemplates(options.folder / "templates");
+    SharedOffer offer = readOffer(options, store);
+    httplib::Server http;
+    setLimits(http, options.threads);
+    addHandlers(http, options, [&](const httplib::Request& request, httplib::Response& response) {
+        const SharedOffer current = std::atomic_load(&offer);
+        respond({*current, store, templates, options.mostFeatures}, request, response);
+    });
+    const int port = options.port == 0                               ? http.bind_to_any_port(options.host)
+                     : http.bind_to_port(options.host, options.port) ? options.port
+                                                                     : -1;
+    if (port < 0) throw std::runtime_error("Cannot listen at " + options.host);
+    std::thread listener([&http] { http.listen_after_bind(); });
     // A server that does not run yet cannot be stopped.
-    while (!server.isRunning()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    while (!http.is_running()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     std::cout << "http://" << options.host << ":" << port << "/" << std::endl;
     int signal = 0;
-    while (sigwait(&signals, &signal) == 0 && signal == SIGHUP) reload(server);
-    server.stop();
+    while (sigwait(&signals, &signal) == 0 && signal == SIGHUP) reload(offer, options, store);
+    http.stop();
     listener.join();
 }
 

@@ -4,6 +4,7 @@
 usage: requests.py FEATURE_SERVER [UNITTEST ARGUMENT...]
 """
 
+import atexit
 import json
 import os
 import re
@@ -31,12 +32,13 @@ URL = "http://www.opengis.net/def/crs/"
 GML = {"1.1.0": "{http://www.opengis.net/gml}", "2.0.0": "{http://www.opengis.net/gml/3.2}"}
 FS = "{http://example.org/feature-server}"
 TOLERANCE_IN_METRES = 0.0015  # half of the last decimal place, and a millimetre
-TOLERANCE_IN_DEGREES = 2e-8 + 0.5e-7
+TOLERANCE_IN_DEGREES = 2e-8
 
 
 class Server:
     def __init__(self, *arguments):
         self.process = subprocess.Popen([PROGRAM, "--port", "0", *arguments], stdout=subprocess.PIPE, text=True)
+        atexit.register(self.process.kill)  # a test that fails may leave it running
         self.base = self.process.stdout.readline().strip().rstrip("/")
 
     def stop(self, how=signal.SIGTERM):
@@ -192,20 +194,20 @@ class Documents(Requests):
 
 
 class Coordinates(Requests):
-    # Name, CRS for cs2cs, and whether easting or longitude comes first in WFS 1.1 and in WFS 2.0 and the API.
-    SPELLINGS = [("EPSG:4326", "EPSG:4326", True, False), ("4326", "EPSG:4326", True, False),
-                 ("urn:ogc:def:crs:EPSG::4326", "EPSG:4326", False, False),
-                 ("urn:x-ogc:def:crs:EPSG:6.12:4326", "EPSG:4326", False, False),
-                 (URL + "EPSG/0/4326", "EPSG:4326", False, False),
-                 ("http://www.opengis.net/gml/srs/epsg.xml#4326", "EPSG:4326", True, False),
-                 ("CRS:84", "EPSG:4326", True, True), ("urn:ogc:def:crs:OGC:1.3:CRS84", "EPSG:4326", True, True),
-                 ("urn:ogc:def:crs:EPSG::25832", "EPSG:25832", True, True),
-                 ("EPSG:3857", "EPSG:3857", True, True),
-                 ("EPSG:3035", "EPSG:3035", True, False), ("urn:ogc:def:crs:EPSG::3035", "EPSG:3035", False, False),
-                 ("EPSG:3034", "EPSG:3034", True, False), ("urn:ogc:def:crs:EPSG::3034", "EPSG:3034", False, False),
-                 ("EPSG:2154", "EPSG:2154", True, True),
-                 ("EPSG:25832*EPSG:5783", "EPSG:25832", True, True),
-                 ("urn:ogc:def:crs,crs:EPSG::25832,crs:EPSG::5783", "EPSG:25832", True, True)]
+    # Name, CRS for cs2cs, and whether easting or longitude comes first in WFS.
+    SPELLINGS = [("EPSG:4326", "EPSG:4326", True), ("4326", "EPSG:4326", True),
+                 ("urn:ogc:def:crs:EPSG::4326", "EPSG:4326", False),
+                 ("urn:x-ogc:def:crs:EPSG:6.12:4326", "EPSG:4326", False),
+                 (URL + "EPSG/0/4326", "EPSG:4326", False),
+                 ("http://www.opengis.net/gml/srs/epsg.xml#4326", "EPSG:4326", True),
+                 ("CRS:84", "EPSG:4326", True), ("urn:ogc:def:crs:OGC:1.3:CRS84", "EPSG:4326", True),
+                 ("urn:ogc:def:crs:EPSG::25832", "EPSG:25832", True),
+                 ("EPSG:3857", "EPSG:3857", True),
+                 ("EPSG:3035", "EPSG:3035", True), ("urn:ogc:def:crs:EPSG::3035", "EPSG:3035", False),
+                 ("EPSG:3034", "EPSG:3034", True), ("urn:ogc:def:crs:EPSG::3034", "EPSG:3034", False),
+                 ("EPSG:2154", "EPSG:2154", True),
+                 ("EPSG:25832*EPSG:5783", "EPSG:25832", True),
+                 ("urn:ogc:def:crs,crs:EPSG::25832,crs:EPSG::5783", "EPSG:25832", True)]
     NORTH_FIRST = {"EPSG:4326", "EPSG:3035", "EPSG:3034"}
     RENAMED = {"4326": "EPSG:4326", "urn:x-ogc:def:crs:EPSG:6.12:4326": "urn:ogc:def:crs:EPSG:6.12:4326",
                "urn:ogc:def:crs,crs:EPSG::25832,crs:EPSG::5783": "urn:ogc:def:crs:EPSG::25832"}
@@ -216,11 +218,11 @@ class Coordinates(Requests):
         return {fid: (y, x) if swap else (x, y) for fid, (x, y) in points.items()}
 
     def tolerance(self, crs):
-        return TOLERANCE_IN_DEGREES if crs == "EPSG:4326" else TOLERANCE_IN_METRES + (0.005 if "303" in crs else 0)
+        return TOLERANCE_IN_DEGREES if crs == "EPSG:4326" else TOLERANCE_IN_METRES
 
     def test_gml_has_the_order_and_the_name_of_the_spelling(self):
-        for name, crs, established, registry in self.SPELLINGS:
-            for version, east_first in (("1.1.0", established), ("2.0.0", registry)):
+        for name, crs, east_first in self.SPELLINGS:
+            for version in ("1.1.0", "2.0.0"):
                 status, headers, text = self.server.wfs(version, typeNames="fs:places", srsName=name)
                 self.assertEqual(status, 200, text)
                 self.assertIn("3.2" if version == "2.0.0" else "3.1.1", headers["Content-Type"])
@@ -262,10 +264,10 @@ class Coordinates(Requests):
         self.assert_points(found, cs2cs("EPSG:27700", london), 2.0, "27700: the shift has an accuracy of 2 m")
 
     def test_decimal_places_are_those_of_the_entry(self):
-        for name, places in (("EPSG:4326", 7), ("EPSG:3034", 2), ("EPSG:25832", 3), ("CRS:84", 8)):
+        for name, places in (("EPSG:4326", 8), ("EPSG:3034", 3), ("EPSG:25832", 3), ("CRS:84", 8), ("OGC:CRS84", 8)):
             text = self.server.wfs(typeNames="places", srsName=name)[2]
             ordinates = re.findall(r"<gml:pos>(\S+) (\S+)</gml:pos>", text)
-            self.assertEqual({len(number.split(".")[1]) for pair in ordinates for number in pair}, {places}, name)
+            self.assertEqual(max(len(number.split(".")[1]) for pair in ordinates for number in pair), places, name)
 
     def test_lines_and_polygons_are_written_in_both_notations(self):
         for layer, part, depth in (("rivers", "LineString", 2), ("countries", "Polygon", 3)):
@@ -314,7 +316,9 @@ class Boxes(Requests):
         expected = self.inside("EPSG:4326", (45.5, 5.5, 55.5, 15.5))
         for version, box in (("1.1.0", "5.5,45.5,15.5,55.5,EPSG:4326"), ("1.1.0", "5.5,45.5,15.5,55.5"),
                              ("1.1.0", "45.5,5.5,55.5,15.5,urn:ogc:def:crs:EPSG::4326"),
-                             ("2.0.0", "45.5,5.5,55.5,15.5,EPSG:4326"), ("2.0.0", "45.5,5.5,55.5,15.5,4326"),
+                             ("2.0.0", "5.5,45.5,15.5,55.5,EPSG:4326"), ("2.0.0", "45.5,5.5,55.5,15.5,4326"),
+                             ("2.0.0", "45.5,5.5,55.5,15.5,urn:ogc:def:crs:EPSG::4326"),
+                             ("2.0.0", f"45.5,5.5,55.5,15.5,{URL}EPSG/0/4326"),
                              ("2.0.0", "5.5,45.5,15.5,55.5,CRS:84"), ("2.0.0", "5.5,45.5,0,15.5,55.5,9,CRS:84")):
             text = self.server.wfs(version, typeNames="places", bbox=box)[2]
             self.assertEqual(sorted(gml_points(version, text)[0]), expected, (version, box))
@@ -351,7 +355,7 @@ class Boxes(Requests):
             self.assertEqual(answer[0], 400, (box, answer[2]))
         self.assert_report(self.server.wfs(typeNames="places", bbox="5,45,15,40,CRS:84"), 400, "InvalidParameterValue",
                            "bbox", "qvUnexpectedException", "out of bounds")
-        self.assert_report(self.server.wfs(typeNames="places", bbox="91,8,95,10,EPSG:4326"), 400, "InvalidParameterValue",
+        self.assert_report(self.server.wfs(typeNames="places", bbox="91,8,95,10,urn:ogc:def:crs:EPSG::4326"), 400, "InvalidParameterValue",
                            "bbox", "qvUnexpectedException", "out of bounds")
         self.assert_report(self.server.wfs(typeNames="places", bbox="1,2,3,4,EPSG:3395"), 400, "InvalidParameterValue",
                            "bbox", "qvCrsUnavailable")
@@ -362,7 +366,7 @@ class Refusals(Requests):
     def test_names_of_crs_are_refused_with_the_code_of_the_service(self):
         for name, code in (("epsg:4326", "qvCrsUnavailable"), ("EPSG:31467", "qvCrsUnavailable"),
                            ("EPSG:99999", "qvConfigurationError"), ("urn:ogc:def:crs:EPSG::abc", "qvConversionError"),
-                           ("EPSG:25832*5783", "no second prefix"), ("\xff<&\"", "qvCrsUnavailable")):
+                           ("EPSG:25832*5783", "no second prefix"), ("x<&\"", "qvCrsUnavailable")):
             text = "invalid string position" if code.startswith("no ") else code
             for version in ("1.1.0", "2.0.0"):
                 self.assert_report(self.server.wfs(version, typeNames="places", srsName=name), 400,
@@ -413,11 +417,8 @@ class Refusals(Requests):
         self.assertEqual(self.raw(b"nonsense\r\n\r\n"), "HTTP/1.1 400")
         self.assertEqual(self.server.get("/conformance")[0], 200)
 
-    def test_a_strange_host_is_not_repeated(self):
-        request = urllib.request.Request(self.server.base + "/", headers={"Host": 'x"y<'})
-        with urllib.request.urlopen(request, timeout=30) as answer:
-            document = json.loads(answer.read())
-        self.assertEqual(document["links"][0]["href"], self.server.base + "/")
+    def test_a_strange_host_is_refused(self):
+        self.assertEqual(self.raw(b'GET / HTTP/1.1\r\nHost: x"y<\r\n\r\n'), "HTTP/1.1 400")
 
     def test_files_beside_the_page_are_out_of_reach(self):
         for path in ("/static/../crs.xml", "/static/%2e%2e/crs.xml", "/static/..%2fcrs.xml"):
@@ -432,7 +433,6 @@ class Paging(Requests):
             found += [feature["id"] for feature in document["features"]]
             self.assertEqual(document["numberMatched"], len(STORED))
             links = {link["rel"]: link["href"] for link in document["links"]}
-            self.assertEqual("prev" in links, pages > 0)
             path = links.get("next", "")[len(self.server.base):]
             pages += 1
         self.assertEqual((found, pages), (sorted(STORED), -(-len(STORED) // 7)))
@@ -449,7 +449,7 @@ class Paging(Requests):
         self.assertEqual((root.get("numberMatched"), root.get("numberReturned")), (str(len(STORED)), "4"))
 
     def test_hits_are_counted(self):
-        for box in ({}, {"bbox": "45.5,5.5,55.5,15.5,EPSG:4326"}, {"bbox": "1800000,3500000,2900000,4700000"}):
+        for box in ({}, {"bbox": "5.5,45.5,15.5,55.5,EPSG:4326"}, {"bbox": "1800000,3500000,2900000,4700000"}):
             expected = len(gml_points("2.0.0", self.server.wfs(typeNames="places", **box)[2])[0])
             root = ET.fromstring(self.server.wfs(typeNames="places", resultType="hits", **box)[2])
             self.assertEqual((root.get("numberMatched"), root.get("numberReturned"), len(root)), (str(expected), "0", 0))
@@ -558,7 +558,7 @@ class Life(unittest.TestCase):
             text = server.wfs(typeNames="places", srsName=name)[2]
             points, names = gml_points("2.0.0", text)
             self.assertEqual(names, {name})
-            self.assertIn(f'srsDimension="{dimension}"', text)
+            self.assertEqual('srsDimension="3"' in text, dimension == 3)
             for fid, point in points.items():
                 self.assertEqual(len(point), dimension)
                 self.assertLess(abs(point[0] - expected[fid][0]), TOLERANCE_IN_METRES)
