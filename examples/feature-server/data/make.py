@@ -12,10 +12,16 @@ Needs python3-gdal. Longitudes and eastings come first in all files.
 
 import os
 import sys
+import unicodedata
 
 from osgeo import gdal, ogr, osr
 
 AREA = (-12.0, 34.0, 40.0, 72.0)  # west, south, east, north
+LONGEST_EDGE = 2.0  # degrees, on either axis
+
+# PLACES is in ISO 8859-1 and has a question mark for any other letter. The spelling is that of CLDR 42, in which it is
+# the Romanian name of the city of the time zone Europe/Chisinau.
+LOST_LETTERS = {"Chi?in?u": "Chișinău"}
 
 gdal.UseExceptions()
 gdal.SetConfigOption("OGR_CURRENT_DATE", "2026-01-01T00:00:00.000Z")
@@ -47,6 +53,38 @@ def parts_of_dimension(geometry, dimension):
             for part in parts_of_dimension(geometry.GetGeometryRef(i), dimension)]
 
 
+def unwrap(geometry):
+    """Adds 360 degrees to the western longitudes of each polygon that crosses the antimeridian, whose edges would
+    otherwise lead back across the whole map. Such a polygon must not cross Greenwich as well; Antarctica does, but is
+    far from the area."""
+    rings = [geometry.GetGeometryRef(i) for i in range(geometry.GetGeometryCount())]
+    if geometry.GetGeometryType() != ogr.wkbPolygon:
+        for part in rings:
+            unwrap(part)
+    elif any(abs(x - other_x) > 180 for ring in rings for (x, _), (other_x, _) in edges(ring)):
+        for ring in rings:
+            for i, (x, y) in enumerate(ring.GetPoints()):
+                ring.SetPoint_2D(i, x % 360, y)
+
+
+def edges(line):
+    points = [point[:2] for point in line.GetPoints()]
+    return zip(points, points[1:])
+
+
+def require_sound(geometry):
+    """Raises ValueError for a polygon that is not valid, or has a long edge that is not an edge of the area."""
+    sides = (AREA[0::2], AREA[1::2])
+    for polygon in parts_of_dimension(geometry, 2):
+        rings = [polygon.GetGeometryRef(i) for i in range(polygon.GetGeometryCount())]
+        for start, end in (edge for ring in rings for edge in edges(ring)):
+            is_side = any(start[axis] == end[axis] and start[axis] in sides[axis] for axis in (0, 1))
+            if not is_side and max(abs(start[0] - end[0]), abs(start[1] - end[1])) > LONGEST_EDGE:
+                raise ValueError(f"An edge leads from {start} to {end}")
+    if not geometry.IsValid():
+        raise ValueError("A geometry is not valid")
+
+
 def clipped(path, layer, kind, dimension):
     """Features with a geometry of one kind, clipped to the area, in the order of the file."""
     box = area()
@@ -55,6 +93,7 @@ def clipped(path, layer, kind, dimension):
         geometry = feature.GetGeometryRef()
         if geometry is None or geometry.IsEmpty():
             continue
+        unwrap(geometry)
         parts = parts_of_dimension(geometry.MakeValid().Intersection(box), dimension)
         if not parts:
             continue
@@ -64,6 +103,7 @@ def clipped(path, layer, kind, dimension):
         whole = ogr.Geometry(kind)
         for part in parts:
             whole.AddGeometry(part)
+        require_sound(whole)
         yield feature, whole
 
 
@@ -85,6 +125,15 @@ def add_feature(layer, geometry, values):
     layer.CreateFeature(feature)
 
 
+def name_of(feature):
+    """The name in NFC. Raises ValueError if it has lost letters."""
+    name = feature.GetField("name")
+    name = unicodedata.normalize("NFC", LOST_LETTERS.get(name, name))
+    if "?" in name:
+        raise ValueError(f"{name} has lost letters")
+    return name
+
+
 def equal_area(geometry):
     flat = geometry.Clone()
     flat.Transform(TO_EQUAL_AREA)
@@ -96,8 +145,8 @@ def add_countries(target, path):
                       [("name", ogr.OFTString), ("iso_n3", ogr.OFTString), ("area_km2", ogr.OFTReal)])
     shapes = []
     for feature, geometry in clipped(path, "countries", ogr.wkbMultiPolygon, 2):
-        shapes.append((feature.GetField("name"), geometry.Clone()))
-        add_feature(layer, geometry, {"name": feature.GetField("name"), "iso_n3": feature.GetField("id"),
+        shapes.append((name_of(feature), geometry.Clone()))
+        add_feature(layer, geometry, {"name": name_of(feature), "iso_n3": feature.GetField("id"),
                                       "area_km2": round(equal_area(shapes[-1][1]).GetArea() / 1e6, 1)})
     return shapes
 
@@ -107,7 +156,7 @@ def add_places(target, path, countries):
                       [("name", ogr.OFTString), ("country", ogr.OFTString)])
     for feature, geometry in clipped(path, "naturalearth_cities", ogr.wkbPoint, 0):
         country = next((name for name, shape in countries if shape.Contains(geometry)), None)
-        add_feature(layer, geometry, {"name": feature.GetField("name"), "country": country})
+        add_feature(layer, geometry, {"name": name_of(feature), "country": country})
 
 
 def add_rivers(target, path):
