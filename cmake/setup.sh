@@ -6,7 +6,7 @@ TEST_PACKAGES="libgtest-dev libgmock-dev libbenchmark-dev dpkg-dev file lintian 
 SERVER_PACKAGES="libcpp-httplib-dev libfmt-dev libgdal-dev libpugixml-dev pkg-config proj-bin python3"
 ANALYSIS_PACKAGES="git doxygen clang libc++-dev libc++abi-dev clang-format clang-tidy g++-mingw-w64-x86-64-posix chromium"
 CLIENT_PACKAGES="gdal-bin python3-gdal python3-numpy python3-owslib python3-qgis python3-selenium chromium chromium-driver
-    fonts-dejavu-core"
+    fonts-dejavu-core postgresql postgresql-postgis"
 
 say() { printf '\n== %s\n' "$*"; }
 
