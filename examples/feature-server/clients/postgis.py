@@ -21,6 +21,7 @@ from xml.etree import ElementTree
 from osgeo import ogr
 
 import answers
+import points
 import reference
 from service import GEOPACKAGE, Service
 
@@ -29,6 +30,7 @@ WFS = {"2.0.0": ("typeNames", "count"), "1.1.0": ("typeName", "maxFeatures")}
 ALL = 1000
 NAMES = ("", "urn:ogc:def:crs:EPSG::4326", "EPSG:4326", "urn:ogc:def:crs:EPSG::3035", "EPSG:25832", "EPSG:3857")
 URL = "http://www.opengis.net/def/crs/"
+BUFFERS = "1MB"  # little, so that a quarter of it is less than the table of points
 
 # What GDAL calls the CRS of a box, the box with easting or longitude first, and the box of a request.
 BOXES = [
@@ -47,12 +49,12 @@ class Database:
         self.user = user_of_server()
         self.folder = tempfile.mkdtemp(prefix="postgis-")
         shutil.chown(self.folder, self.user)
-        self.connection = f"PG:host={self.folder} user=gis dbname=gis"
+        self.connection = f"PG:host={self.folder} user=gis dbname=gis options='-c synchronize_seqscans=off'"
         try:
             self._run("initdb", "--username=gis", "--auth=trust", "--encoding=UTF8", "--locale=C", "--no-sync")
             self._run("pg_ctl", "--wait", "--log=" + os.path.join(self.folder, "log"),
-                      f"--options=-c listen_addresses='' -c unix_socket_directories='{self.folder}' -c fsync=off",
-                      "start")
+                      f"--options=-c listen_addresses='' -c unix_socket_directories='{self.folder}' -c fsync=off "
+                      f"-c shared_buffers={BUFFERS}", "start")
             self._run("createdb", "--host=" + self.folder, "--username=gis", "gis")
             self._run("psql", "--host=" + self.folder, "--username=gis", "--command=CREATE EXTENSION postgis", "gis")
             subprocess.run(["ogr2ogr", "-f", "PostgreSQL", self.connection, geopackage], check=True)
@@ -271,6 +273,25 @@ class Pages(PostGis):
                 answer = answers.ask(following[0])
                 found += features_by_number(answer)
             self.assertEqual(list(expected), found)
+
+
+class LargeTable(unittest.TestCase):
+    """The database may begin to read a table of more than a quarter of its buffers where another reader is."""
+
+    @classmethod
+    def setUpClass(cls):
+        with tempfile.TemporaryDirectory() as folder:
+            path = os.path.join(folder, "points.gpkg")
+            points.make(path)
+            cls.database = Database(path)
+        cls.addClassCleanup(cls.database.end)
+        cls.service = Service(cls.database.connection)
+        cls.addClassCleanup(cls.service.__exit__)
+
+    def test_has_each_feature_on_one_page(self):
+        found = [number for start in range(0, points.COUNT, ALL) for number in features_by_number(
+            answers.ask(f"{self.service.root}/collections/points/items", limit=ALL, offset=start))]
+        self.assertEqual((points.COUNT, points.COUNT), (len(found), len(set(found))))
 
 
 if __name__ == "__main__":

@@ -58,9 +58,10 @@ def box_text(box, order, name=None):
 
 def spellings():
     yield wfs("2.0.0", "EPSG:3034", REGISTRY)
-    for name in (URN + "4326", "EPSG:4326", URL + "4326", GML + "4326", "urn:ogc:def:crs:EPSG:6.12:4326",
-                 "urn:x-ogc:def:crs:EPSG::4326"):
+    for name in (URN + "4326", URL + "4326", "urn:ogc:def:crs:EPSG:6.12:4326", "urn:x-ogc:def:crs:EPSG::4326"):
         yield wfs("2.0.0", "EPSG:4326", REGISTRY, name)
+    for name in ("EPSG:4326", GML + "4326"):
+        yield wfs("2.0.0", "EPSG:4326", EAST_FIRST, name)
     for name in ("urn:ogc:def:crs:OGC:1.3:CRS84", "CRS:84"):
         yield wfs("2.0.0", CRS84, EAST_FIRST, name)
     yield wfs("2.0.0", "EPSG:3035", REGISTRY, URN + "3035")
@@ -81,7 +82,7 @@ def boxes():
     storage = (3000000, 2000000, 4500000, 3500000)
     yield wfs("2.0.0", "EPSG:3034", REGISTRY, box=("EPSG:3034", storage), bbox=box_text(storage, REGISTRY))
     for version, name, definition, order in (
-            ("2.0.0", URN + "4326", "EPSG:4326", REGISTRY), ("2.0.0", "EPSG:4326", "EPSG:4326", REGISTRY),
+            ("2.0.0", URN + "4326", "EPSG:4326", REGISTRY), ("2.0.0", "EPSG:4326", "EPSG:4326", EAST_FIRST),
             ("2.0.0", "urn:ogc:def:crs:OGC:1.3:CRS84", CRS84, EAST_FIRST),
             ("1.1.0", "EPSG:4326", "EPSG:4326", EAST_FIRST), ("1.1.0", URN + "4326", "EPSG:4326", REGISTRY)):
         yield wfs(version, "EPSG:25832", EAST_FIRST, URN + "25832", (definition, CENTRE),
