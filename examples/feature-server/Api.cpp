@@ -12,7 +12,6 @@ namespace {
 
 constexpr char JSON[] = "application/json";
 constexpr char GEOJSON[] = "application/geo+json";
-constexpr std::size_t DEFAULT_LIMIT = 10;
 
 // Separates texts by commas. An item without a text is left out.
 template <typename Items, typename Write>
@@ -60,13 +59,10 @@ void refuseUnknown(const Request& request, const std::set<std::string>& known) {
         if (known.count(name) == 0) throw invalid(name, "There is no such parameter");
 }
 
-// The link to the same request with another offset.
-std::string pageLink(const Context& context, const Request& request, const char* relation, std::size_t offset) {
-    httplib::Params parameters(request.parameters.begin(), request.parameters.end());
-    parameters.erase("offset");
-    parameters.emplace("offset", std::to_string(offset));
-    return context.fill("link", {{"relation", relation},
-                                 {"url", request.base + httplib::append_query_params(request.path, parameters)}});
+std::string link(const Context& context, const char* relation, const std::string& path, const Values& parameters) {
+    const httplib::Params query(parameters.begin(), parameters.end());
+    const std::string url = query.empty() ? path : httplib::append_query_params(path, query);
+    return context.fill("link", {{"relation", relation}, {"url", url}});
 }
 
 // The features of a collection, or the one with an id.
@@ -80,11 +76,13 @@ Answer features(const Context& context, const Request& request, const Layer& lay
                 request.value("bbox"),
                 request.value("bbox-crs", CRS84),
                 request.count("offset", 0, SIZE_MAX, 0),
-                request.count("limit", 1, context.mostFeatures, DEFAULT_LIMIT)};
+                request.count("limit", 1, context.mostFeatures, 10)};
     if (!id.empty()) query.id = std::stoll(id);
     const Result result = find(context.offer, context.store, query);
-    std::string links = pageLink(context, request, "self", query.offset);
-    if (result.more) links += "," + pageLink(context, request, "next", query.offset + query.limit);
+    std::string links = link(context, "self", request.base + request.path, request.parameters);
+    Values next = request.parameters;
+    next["offset"] = std::to_string(query.offset + query.limit);
+    if (result.more) links += "," + link(context, "next", request.base + request.path, next);
     if (!id.empty() && result.written == 0) throw Refusal{"NotFound", "", "There is no feature " + id, 404};
     if (!id.empty()) return {200, GEOJSON, R"({"links":[)" + links + "]," + result.text.substr(1) + "\n", result.url};
     const std::string matched = result.matched ? fmt::format(R"("numberMatched": {}, )", *result.matched) : "";

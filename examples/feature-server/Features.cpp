@@ -11,13 +11,11 @@
 namespace FeatureServer {
 namespace {
 
-class PointVisitor : public OGRDefaultGeometryVisitor {
-public:
+struct PointVisitor : OGRDefaultGeometryVisitor {
     explicit PointVisitor(std::function<void(OGRPoint&)> chosen) : use(std::move(chosen)) {}
     using OGRDefaultGeometryVisitor::visit;
     void visit(OGRPoint* point) override { use(*point); }
 
-private:
     std::function<void(OGRPoint&)> use;
 };
 
@@ -30,14 +28,14 @@ bool transform(OGRGeometry& geometry, PointTransformer& transformer, double scal
     });
     geometry.accept(&collect);
     double* next = points.data();
-    if (transformer.transform(points.size() / 3, next, next + 1, geometry.Is3D() ? next + 2 : nullptr, 3) > 0)
+    if (transformer.transform(points.size() / 3, next, next + 1, geometry.Is3D() != FALSE ? next + 2 : nullptr, 3) > 0)
         return false;
     PointVisitor replace([&](OGRPoint& point) {
         if (scale > 0)
             std::transform(next, next + 3, next, [&](double x) { return std::round(x * scale) / scale + 0.0; });
         point.setX(next[0]);
         point.setY(next[1]);
-        if (point.Is3D()) point.setZ(next[2]);
+        if (point.Is3D() != FALSE) point.setZ(next[2]);
         next += 3;
     });
     geometry.accept(&replace);

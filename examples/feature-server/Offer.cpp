@@ -1,5 +1,4 @@
 #include <fstream>
-#include <iterator>
 #include <sstream>
 
 #include "QuarvelSrv/SrsFormattingOptions.h"

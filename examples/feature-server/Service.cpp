@@ -1,7 +1,6 @@
 #include "Service.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cpl_string.h>
 #include <cstdlib>
 #include <fstream>
@@ -12,10 +11,7 @@
 
 namespace FeatureServer {
 
-std::string lower(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
-    return text;
-}
+std::string lower(const std::string& text) { return CPLString(text).tolower(); }
 
 std::string Request::value(const std::string& name, const std::string& absent) const {
     const auto found = parameters.find(lower(name));

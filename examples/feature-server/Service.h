@@ -104,7 +104,7 @@ struct Layer {
 class Store {
 public:
     // Throws std::runtime_error if the source cannot be opened or has no features in a CRS with an EPSG code.
-    explicit Store(std::string source);
+    explicit Store(std::string dataSource);
 
     const std::vector<Layer>& layers() const { return all; }
     const Layer* find(const std::string& name) const;
@@ -122,7 +122,7 @@ private:
 
 using Values = std::map<std::string, std::string>;
 
-std::string lower(std::string text);
+std::string lower(const std::string& text);
 
 struct Request {
     std::string path;

@@ -15,18 +15,30 @@ constexpr const char* GEOMETRY_TYPES[] = {"gml:GeometryPropertyType",    "gml:Po
                                           "gml:MultiPointPropertyType",  "gml:MultiCurvePropertyType",
                                           "gml:MultiSurfacePropertyType"};
 
-// The source as the calling thread has opened it.
+// The source as this thread has opened it.
+thread_local GDALDatasetUniquePtr opened;
+
+// The text of the failure may reach a client, and the source may name a password. GDAL reports both to the operator.
 GDALDataset& dataset(const std::string& source) {
-    thread_local GDALDatasetUniquePtr opened;
+    CPLErrorReset();
     if (opened == nullptr) opened.reset(GDALDataset::Open(source.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY));
-    if (opened == nullptr) throw std::runtime_error("Cannot open " + source + ": " + CPLGetLastErrorMsg());
+    if (opened == nullptr) throw std::runtime_error("The source of the features cannot be opened");
     return *opened;
 }
 
+// For GDAL a lost connection is the end of the features. The thread opens the source again at its next request.
+void refuseFailure() {
+    if (CPLGetLastErrorType() < CE_Failure) return;
+    opened.reset();
+    throw std::runtime_error("The features cannot be read");
+}
+
 OGRLayer& open(const std::string& source, const Layer& layer) {
-    OGRLayer* const opened = dataset(source).GetLayerByName(layer.table.c_str());
-    if (opened == nullptr) throw std::runtime_error("The layer " + layer.table + " has gone");
-    return *opened;
+    OGRLayer* const found = dataset(source).GetLayerByName(layer.table.c_str());
+    if (found == nullptr) throw std::runtime_error("The layer " + layer.name + " has gone");
+    found->SetSpatialFilter(nullptr);
+    found->SetAttributeFilter(nullptr);
+    return *found;
 }
 
 std::string xmlName(std::string text) {
@@ -39,7 +51,7 @@ std::string xmlName(std::string text) {
 unsigned int crsCodeOf(OGRLayer& layer) {
     const OGRSpatialReference* const crs = layer.GetSpatialRef();
     const char* const code = crs == nullptr ? nullptr : crs->GetAuthorityCode(nullptr);
-    return code == nullptr ? 0 : static_cast<unsigned int>(std::max(0, std::atoi(code)));
+    return code == nullptr ? 0 : static_cast<unsigned int>(std::strtoul(code, nullptr, 10));
 }
 
 std::vector<Field> fieldsOf(OGRLayer& source) {
@@ -72,11 +84,11 @@ Layer describe(OGRLayer& source) {
 
 }  // namespace
 
-Store::Store(std::string path) : source(std::move(path)) {
+Store::Store(std::string dataSource) : source(std::move(dataSource)) {
     GDALAllRegister();
     for (OGRLayer* const layer : dataset(source).GetLayers())
         if (crsCodeOf(*layer) != 0 && layer->GetFeatureCount() > 0) all.push_back(describe(*layer));
-    if (all.empty()) throw std::runtime_error(source + " has no features in a CRS with an EPSG code");
+    if (all.empty()) throw std::runtime_error("There are no features in a CRS with an EPSG code");
 }
 
 const Layer* Store::find(const std::string& name) const {
@@ -85,19 +97,22 @@ const Layer* Store::find(const std::string& name) const {
 }
 
 std::size_t Store::count(const Layer& layer) const {
-    OGRLayer& opened = open(source, layer);
-    opened.SetSpatialFilter(nullptr);
-    return static_cast<std::size_t>(std::max<GIntBig>(0, opened.GetFeatureCount()));
+    const GIntBig number = open(source, layer).GetFeatureCount();
+    refuseFailure();
+    return static_cast<std::size_t>(number);
 }
 
 void Store::read(const Layer& layer, const Bounds* box, const std::int64_t* id,
                  const std::function<bool(OGRFeature&)>& use) const {
-    OGRLayer& opened = open(source, layer);
-    opened.SetSpatialFilter(nullptr);
-    if (box != nullptr) opened.SetSpatialFilterRect(box->minX, box->minY, box->maxX, box->maxY);
-    opened.ResetReading();
-    OGRFeatureUniquePtr feature(id != nullptr ? opened.GetFeature(*id) : opened.GetNextFeature());
-    while (feature != nullptr && use(*feature)) feature.reset(id != nullptr ? nullptr : opened.GetNextFeature());
+    OGRLayer& table = open(source, layer);
+    if (id != nullptr)
+        table.SetAttributeFilter(CPLSPrintf("\"%s\" = " CPL_FRMT_GIB, table.GetFIDColumn(), GIntBig{*id}));
+    if (box != nullptr) table.SetSpatialFilterRect(box->minX, box->minY, box->maxX, box->maxY);
+    table.ResetReading();
+    OGRFeatureUniquePtr feature(table.GetNextFeature());
+    while (feature != nullptr && use(*feature)) feature.reset(table.GetNextFeature());
+    refuseFailure();
+    table.ResetReading();  // ends the transaction of a database
 }
 
 }  // namespace FeatureServer

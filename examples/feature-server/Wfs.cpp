@@ -56,10 +56,9 @@ std::string typeEntry(const Context& context, const Version& version, const Laye
 Answer capabilities(const Context& context, const Version& version, const Request& request) {
     std::string types;
     for (const Layer& layer : context.store.layers()) types += typeEntry(context, version, layer);
-    const std::string mostFeatures = std::to_string(context.mostFeatures);
-    return {200, "text/xml",
-            version.fill(context, "capabilities",
-                         {{"base", request.base}, {"types", types}, {"mostFeatures", mostFeatures}})};
+    const Values values{
+        {"base", request.base}, {"types", types}, {"mostFeatures", std::to_string(context.mostFeatures)}};
+    return {200, "text/xml", version.fill(context, "capabilities", values)};
 }
 
 // Both versions call the parameter by either name. A prefix may be missing.

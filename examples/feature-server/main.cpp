@@ -6,7 +6,6 @@
 #include <fstream>
 #include <httplib.h>
 #include <iostream>
-#include <iterator>
 #include <signal.h>
 #include <thread>
 
@@ -81,8 +80,7 @@ void respond(const Context& context, const httplib::Request& request, httplib::R
 }
 
 void setLimits(httplib::Server& http, std::size_t threads) {
-    constexpr std::size_t LONGEST_BODY = 65536, REQUESTS_PER_CONNECTION = 10000;
-    constexpr int SECONDS = 5;
+    constexpr std::size_t LONGEST_BODY = 65536, REQUESTS_PER_CONNECTION = 10000, SECONDS = 5;
     http.new_task_queue = [threads] { return new httplib::ThreadPool(threads); };
     http.set_payload_max_length(LONGEST_BODY);
     http.set_read_timeout(SECONDS);

@@ -52,9 +52,7 @@ class Database:
         self.connection = f"PG:host={self.folder} user=gis dbname=gis options='-c synchronize_seqscans=off'"
         try:
             self._run("initdb", "--username=gis", "--auth=trust", "--encoding=UTF8", "--locale=C", "--no-sync")
-            self._run("pg_ctl", "--wait", "--log=" + os.path.join(self.folder, "log"),
-                      f"--options=-c listen_addresses='' -c unix_socket_directories='{self.folder}' -c fsync=off "
-                      f"-c shared_buffers={BUFFERS}", "start")
+            self.start()
             self._run("createdb", "--host=" + self.folder, "--username=gis", "gis")
             self._run("psql", "--host=" + self.folder, "--username=gis", "--command=CREATE EXTENSION postgis", "gis")
             subprocess.run(["ogr2ogr", "-f", "PostgreSQL", self.connection, geopackage], check=True)
@@ -74,9 +72,25 @@ class Database:
             if ended.returncode != 0:
                 raise RuntimeError(f"{program} ended with {ended.returncode}: {output.read().decode()}")
 
+    def values(self, query):
+        """The first column of the rows of a query."""
+        source = ogr.Open(self.connection)
+        rows = source.ExecuteSQL(query)
+        found = [row.GetField(0) for row in rows]
+        source.ReleaseResultSet(rows)
+        return found
+
+    def start(self):
+        self._run("pg_ctl", "--wait", "--log=" + os.path.join(self.folder, "log"),
+                  f"--options=-c listen_addresses='' -c unix_socket_directories='{self.folder}' -c fsync=off "
+                  f"-c shared_buffers={BUFFERS}", "start")
+
+    def stop(self):
+        self._run("pg_ctl", "--mode=fast", "--wait", "stop")
+
     def end(self):
         if os.path.exists(os.path.join(self.folder, "data", "postmaster.pid")):
-            self._run("pg_ctl", "--mode=fast", "--wait", "stop")
+            self.stop()
         shutil.rmtree(self.folder)
 
 
@@ -292,6 +306,43 @@ class LargeTable(unittest.TestCase):
         found = [number for start in range(0, points.COUNT, ALL) for number in features_by_number(
             answers.ask(f"{self.service.root}/collections/points/items", limit=ALL, offset=start))]
         self.assertEqual((points.COUNT, points.COUNT), (len(found), len(set(found))))
+
+
+class Connections(PostGis):
+    def test_leave_no_transaction_open(self):
+        """An open transaction would keep the database from removing old rows."""
+        for parameters in ({}, {"count": 3}, {"bbox": BOXES[0][2]}, {"resultType": "hits"}):
+            self.both_wfs("2.0.0", "GetFeature", "countries", **parameters)
+        states = self.database.values("SELECT state FROM pg_stat_activity WHERE datname = 'gis' "
+                                      "AND pid <> pg_backend_pid()")
+        self.assertEqual({"idle"}, set(states))
+
+
+class Failures(PostGis):
+    def test_of_connections_end_with_new_ones(self):
+        """A request may fail, but none may be answered without the features that there are."""
+        url = f"{self.service.root}/collections/places/items"
+        for _ in range(40):
+            answers.ask(url, limit=5)
+        self.database.stop()
+        self.database.start()
+        for path in ["?limit=5", "/17", "?bbox=5,45,15,55&limit=5"] * 60:
+            answer = answers.ask(url + path)
+            self.assertIn(answer.status, (200, 500))
+            if answer.status == 200:
+                self.assertEqual(1 if "/17" in path else 5, len(features_by_number(answer)))
+        self.assertEqual(200, answer.status)
+
+    def test_do_not_show_the_connection_to_clients(self):
+        with Service(self.database.connection + " password=secret") as service:
+            self.database.stop()
+            try:
+                answer = answers.ask(service.root + "/collections/places/items")
+            finally:
+                self.database.start()
+        self.assertEqual(500, answer.status)
+        for secret in ("secret", self.database.folder):
+            self.assertNotIn(secret, answer.body.decode())
 
 
 if __name__ == "__main__":

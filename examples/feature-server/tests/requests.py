@@ -460,6 +460,8 @@ class Paging(Requests):
         for fid in (1, 17, len(STORED)):
             feature = self.server.json(f"/collections/places/items/{fid}", crs=URL + "EPSG/0/25832")
             self.assertEqual(feature["id"], fid)
+            (link,) = feature["links"]
+            self.assertEqual((link["rel"], self.server.json(link["href"][len(self.server.base):])), ("self", feature))
             expected = cs2cs("EPSG:25832", {fid: STORED[fid]})[fid]
             self.assertLess(abs(feature["geometry"]["coordinates"][0] - expected[0]), TOLERANCE_IN_METRES)
 
