@@ -10,7 +10,6 @@
 namespace FeatureServer {
 namespace {
 
-constexpr char JSON[] = "application/json";
 constexpr char GEOJSON[] = "application/geo+json";
 
 // Separates texts by commas. An item without a text is left out.
@@ -47,7 +46,7 @@ std::string collectionEntry(const Context& context, const Request& request, cons
 Answer document(const Context& context, const Request& request) {
     const auto collection = [&](const Layer& layer) { return collectionEntry(context, request, layer); };
     const auto crs = [&](const ListedCrs& entry) { return crsEntry(context, entry); };
-    return {200, request.path == "/api" ? "application/vnd.oai.openapi+json;version=3.0" : JSON,
+    return {200, request.path == "/api" ? "application/vnd.oai.openapi+json;version=3.0" : "application/json",
             context.fill("api " + request.path, {{"base", request.base},
                                                  {"mostFeatures", std::to_string(context.mostFeatures)},
                                                  {"crs", joined(context.offer.listed(), crs)},
@@ -100,7 +99,7 @@ Answer answerApi(const Context& context, const Request& request) {
     const bool isCollection = std::regex_match(request.path, parts, PATH);
     const Layer* const layer = isCollection ? context.store.find(parts[1]) : nullptr;
     if (layer == nullptr) throw Refusal{"NotFound", "", "There is nothing at " + request.path, 404};
-    if (!parts[2].matched) return {200, JSON, collectionEntry(context, request, *layer)};
+    if (!parts[2].matched) return {200, "application/json", collectionEntry(context, request, *layer)};
     return features(context, request, *layer, parts[4]);
 }
 

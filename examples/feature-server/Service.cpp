@@ -60,7 +60,7 @@ Values withBox(const Bounds& box, Values values) {
 }
 
 std::string taken(char* text) {
-    std::string copy(text);
+    std::string copy(text != nullptr ? text : "null");
     CPLFree(text);
     return copy;
 }

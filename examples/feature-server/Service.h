@@ -193,7 +193,7 @@ Answer answerApi(const Context& context, const Request& request);
 
 // Adds west, south, east and north of a box to `values`.
 Values withBox(const Bounds& box, Values values);
-// A copy of a text that GDAL has allocated, and that is freed.
+// A copy of a text that GDAL has allocated, and that is freed; "null" if GDAL has none.
 std::string taken(char* text);
 // Text of an XML element or attribute, without what XML does not allow.
 std::string xml(const std::string& text);

@@ -109,9 +109,12 @@ void Store::read(const Layer& layer, const Bounds* box, const std::int64_t* id,
         table.SetAttributeFilter(CPLSPrintf("\"%s\" = " CPL_FRMT_GIB, table.GetFIDColumn(), GIntBig{*id}));
     if (box != nullptr) table.SetSpatialFilterRect(box->minX, box->minY, box->maxX, box->maxY);
     table.ResetReading();
-    OGRFeatureUniquePtr feature(table.GetNextFeature());
-    while (feature != nullptr && use(*feature)) feature.reset(table.GetNextFeature());
-    refuseFailure();
+    OGRFeatureUniquePtr feature;
+    do {
+        CPLErrorReset();
+        feature.reset(table.GetNextFeature());
+        refuseFailure();
+    } while (feature != nullptr && use(*feature));
     table.ResetReading();  // ends the transaction of a database
 }
 

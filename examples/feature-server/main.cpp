@@ -35,8 +35,7 @@ void addOptions(CLI::App& app, Options& options) {
     app.add_option("--host", options.host, "Address to listen at");
     app.add_option("--port", options.port, "Port; 0 for any that is free")->check(CLI::Range(0, 65535));
     app.add_option("--threads", options.threads, "Worker threads")->check(CLI::Range(1, 1000));
-    app.add_option("--max-features", options.mostFeatures, "Most features in an answer")
-        ->check(CLI::Range(1, 10000000));
+    app.add_option("--max-features", options.mostFeatures, "Most features in an answer")->check(CLI::PositiveNumber);
 }
 
 // The CRS on offer, which requests share and a signal replaces.

@@ -5,6 +5,7 @@ usage: requests.py FEATURE_SERVER [UNITTEST ARGUMENT...]
 """
 
 import atexit
+import contextlib
 import json
 import os
 import re
@@ -543,17 +544,35 @@ class Life(unittest.TestCase):
             self.assertNotEqual(ended.returncode, 0)
             self.assertTrue(ended.stderr, arguments)
 
-    def test_heights_are_carried_along(self):
-        data = os.path.join(self.folder, "heights.gpkg")
+    @contextlib.contextmanager
+    def changed_data(self):
+        """The path of a copy of the data, and a connection that may change its geometries."""
+        data = os.path.join(self.folder, "changed.gpkg")
         shutil.copy(DATA, data)
-        with sqlite3.connect(data) as file:
+        with contextlib.closing(sqlite3.connect(data)) as file:
             for (name,) in file.execute("SELECT name FROM sqlite_master WHERE type = 'trigger'").fetchall():
                 file.execute(f'DROP TRIGGER "{name}"')
+            yield data, file
+            file.commit()
+
+    def test_an_arc_has_no_form_in_geojson(self):
+        with self.changed_data() as (data, file):
+            x, y = STORED[1]
+            arc = struct.pack("<BII6d", 1, 8, 3, x, y, x + 1000, y + 1000, x + 2000, y)
+            file.execute("UPDATE places SET geom = ? WHERE fid = 1", (b"GP\x00\x01" + struct.pack("<i", 3034) + arc,))
+        server = Server("--data", data)
+        first = server.json("/collections/places/items")["features"][0]
+        self.assertEqual((first["id"], first["geometry"]), (1, None))
+        status, _, text = server.wfs(typeNames="places")
+        self.assertEqual((status, text.count("<gml:ArcString")), (200, 1))
+        self.assertEqual(server.stop(), 0)
+
+    def test_heights_are_carried_along(self):
+        with self.changed_data() as (data, file):
             file.execute("UPDATE gpkg_geometry_columns SET z = 1 WHERE table_name = 'places'")
             for fid, (x, y) in STORED.items():
                 blob = b"GP\x00\x01" + struct.pack("<i", 3034) + struct.pack("<BIddd", 1, 1001, x, y, fid * 1.5)
                 file.execute("UPDATE places SET geom = ? WHERE fid = ?", (blob, fid))
-        file.close()
         server = Server("--data", data)
         expected = cs2cs("EPSG:25832", STORED)
         for name, dimension in (("urn:ogc:def:crs,crs:EPSG::25832,crs:EPSG::5783", 3), ("EPSG:25832", 2)):
