@@ -31,8 +31,7 @@ bool transform(OGRGeometry& geometry, PointTransformer& transformer, double scal
     if (transformer.transform(points.size() / 3, next, next + 1, geometry.Is3D() != FALSE ? next + 2 : nullptr, 3) > 0)
         return false;
     PointVisitor replace([&](OGRPoint& point) {
-        if (scale > 0)
-            std::transform(next, next + 3, next, [&](double x) { return std::round(x * scale) / scale + 0.0; });
+        for (int i = 0; scale > 0 && i < 3; ++i) next[i] = std::round(next[i] * scale) / scale + 0.0;
         point.setX(next[0]);
         point.setY(next[1]);
         if (point.Is3D() != FALSE) point.setZ(next[2]);

@@ -114,9 +114,10 @@ bool wantsJson(const Version& version, const Request& request) {
 Query queryOf(const Context& context, const Version& version, const Request& request) {
     for (const char* name : {"sortBy", "storedQuery_id", "resourceId", "featureId"})
         if (!request.value(name).empty()) throw unsupported(name, "The server does not read this parameter");
-    const Layer& layer = layerNamed(context, typeNames(request));
+    const std::string types = typeNames(request), filter = request.value("filter");
+    const Layer& layer = layerNamed(context, types);
     const std::string stored = Offer::urnOf(context.offer.stored(layer.crsCode));
-    const std::string crsName = request.value("srsName", stored), filter = request.value("filter");
+    const std::string crsName = request.value("srsName", stored);
     return {Protocol::WFS,
             wantsJson(version, request) ? Format::GEOJSON : version.gml,
             layer,
