@@ -69,7 +69,7 @@ public:
         : search(PointTransformer(*crs.get(), *stored.get()).transformBounds(box)),
           bounds(box),
           toBox(*stored.get(), *crs.get()) {
-        if (search.minX > search.maxX) search = {-HUGE_VAL, search.minY, HUGE_VAL, search.maxY};
+        if (search.minX > search.maxX) search = {-1e3, search.minY, 1e3, search.maxY};
     }
 
     bool touches(const OGRGeometry& geometry) {

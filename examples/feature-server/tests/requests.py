@@ -567,6 +567,25 @@ class Life(unittest.TestCase):
         self.assertEqual((status, text.count("<gml:ArcString")), (200, 1))
         self.assertEqual(server.stop(), 0)
 
+    def test_a_box_across_the_antimeridian_reads_a_layer_in_degrees(self):
+        with self.changed_data() as (data, file):
+            for table in ("gpkg_contents", "gpkg_geometry_columns"):
+                file.execute(f"UPDATE {table} SET srs_id = 4326 WHERE table_name = 'places'")
+            file.execute("UPDATE gpkg_contents SET min_x = -180, min_y = 50, max_x = 180, max_y = 50")
+            for fid in STORED:
+                x = {1: 175, 2: -175, 3: -1e-12}.get(fid, 10)
+                file.execute("UPDATE places SET geom = ? WHERE fid = ?",
+                             (b"GP\x00\x01" + struct.pack("<iBIdd", 4326, 1, 1, x, 50), fid))
+                file.execute("UPDATE rtree_places_geom SET minx = ?, maxx = ?, miny = 50, maxy = 50 WHERE id = ?",
+                             (x, x, fid))
+        server = Server("--data", data)
+        for box, expected in (("170,40,-170,60", [1, 2]), ("170,40,180,60", [1]),
+                              ("170,40,20,60", sorted(STORED))):
+            found = json_points(server.json("/collections/places/items", limit=1000, bbox=box))
+            self.assertEqual(sorted(found), expected, box)
+        self.assertEqual(str(found[3]), "(0.0, 50.0)")  # not -0.0
+        self.assertEqual(server.stop(), 0)
+
     def test_heights_are_carried_along(self):
         with self.changed_data() as (data, file):
             file.execute("UPDATE gpkg_geometry_columns SET z = 1 WHERE table_name = 'places'")
