@@ -87,7 +87,8 @@ check_tidy() {
     mistakes+=,-bugprone-reserved-identifier,-bugprone-stringview-nullptr,-bugprone-unhandled-self-assignment
     mistakes+=,-bugprone-use-after-move
     say "clang-tidy"
-    cmake --preset tsan -B build/tidy -DCOORDTRANS_SANITIZERS= -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON >build/tidy.log 2>&1 ||
+    cmake --preset tsan -B build/tidy -DCOORDTRANS_SANITIZERS= -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON \
+        -DCOORDTRANS_BUILD_FEATURE_SERVER=ON >build/tidy.log 2>&1 ||
         { cat build/tidy.log >&2 && exit 1; }
     tidy -v "$tests" $together
     tidy -e "$tests" "$mistakes,$together"

@@ -3,9 +3,10 @@
 BUILD_PACKAGES="g++ cmake ninja-build libproj-dev proj-data libboost-dev libboost-filesystem-dev"
 TOOL_PACKAGES="libcli11-dev libeigen3-dev libsqlite3-dev libssl-dev nlohmann-json3-dev"
 TEST_PACKAGES="libgtest-dev libgmock-dev libbenchmark-dev dpkg-dev file lintian pkg-config python3"
-SERVER_PACKAGES="libcpp-httplib-dev libfmt-dev libgdal-dev libpugixml-dev pkg-config proj-bin python3"
+SERVER_PACKAGES="gdal-bin libcpp-httplib-dev libfmt-dev libgdal-dev libpugixml-dev pkg-config proj-bin python3 python3-gdal
+    python3-numpy python3-owslib"
 ANALYSIS_PACKAGES="git doxygen clang libc++-dev libc++abi-dev clang-format clang-tidy g++-mingw-w64-x86-64-posix chromium"
-CLIENT_PACKAGES="gdal-bin python3-gdal python3-numpy python3-owslib python3-qgis python3-selenium chromium chromium-driver
+CLIENT_PACKAGES="python3-qgis python3-selenium chromium chromium-driver
     fonts-dejavu-core postgresql postgresql-postgis"
 
 say() { printf '\n== %s\n' "$*"; }

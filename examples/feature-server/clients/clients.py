@@ -10,8 +10,10 @@ What each client hands on follows from its documentation:
 - GDAL's WFS driver presents coordinates in traditional order ("INVERT_AXIS_ORDER_IF_LAT_LONG" is YES). It takes a
   document's coordinates to be in the registry's order under a URN or http URL, and in traditional order under
   "EPSG:n" and "epsg.xml#n" ("CONSIDER_EPSG_AS_URN" is AUTO), in every version of WFS.
-- GDAL's OAPIF driver asks for CRS84 until version 3.6. Parameters of the connection's URL, such as "crs", are sent
-  with each request; it then presents coordinates in the document's order, since it takes them to be CRS84.
+- GDAL's OAPIF driver asks for no CRS until version 3.6, and is given CRS84. Parameters of the connection's URL, such as
+  "crs", are sent with each request; it then presents coordinates in the document's order, since it takes them to be
+  CRS84. Later versions have the open option "CRS", ask for the storage CRS without it, and present coordinates in
+  traditional order. They take the URL of EPSG:4326 for CRS84, and do not know the URL of a compound CRS.
 - OWSLib hands on the document: the order is the server's. It exchanges the axes of a box for URNs itself.
 - The server's order is the registry's under URN and http URL. Under "EPSG:n" and "epsg.xml#n" easting or longitude comes
   first in WFS. CRS84 has longitude first.
@@ -40,6 +42,8 @@ TRADITIONAL, REGISTRY = "traditional", "registry"
 LIMIT = 10000
 BOX = (-5.0, 50.0, 9.0, 55.0)  # west, south, east and north in degrees
 
+GDAL_NAMES_CRS = "name='CRS'" in gdal.GetDriverByName("OAPIF").GetMetadataItem("DMD_OPENOPTIONLIST")
+
 Case = namedtuple("Case", "definition urn short url gml")
 
 
@@ -63,9 +67,16 @@ def gdal_wfs(service, layer, version, name):
     return found.GetSpatialRef(), [reference.points_of(feature.GetGeometryRef()) for feature in found]
 
 
+def gdal_oapif_source(service, url=None):
+    """Opens the collections through GDAL's OAPIF driver, in another CRS than its default one if a URL is given."""
+    root = f"OAPIF:{service.ogcapi}"
+    if url and GDAL_NAMES_CRS:
+        return gdal.OpenEx(root, gdal.OF_VECTOR, open_options=["CRS=" + url])
+    return gdal.OpenEx(root + (f"?crs={quote(url)}" if url else ""), gdal.OF_VECTOR)
+
+
 def gdal_oapif(service, layer, url=None):
-    """Reads a collection through GDAL's OAPIF driver, with the parameter "crs" if a URL is given."""
-    source = gdal.OpenEx(f"OAPIF:{service.ogcapi}" + (f"?crs={quote(url)}" if url else ""), gdal.OF_VECTOR)
+    source = gdal_oapif_source(service, url)
     found = layer_of(source, layer)
     return [reference.points_of(feature.GetGeometryRef()) for feature in found]
 
@@ -216,18 +227,27 @@ class GdalWfs(ClientTest):
 
 
 class GdalOapif(ClientTest):
-    def test_reads_crs84_without_a_parameter(self):
+    def test_reads_its_default_crs(self):
+        definition = "EPSG:3034" if GDAL_NAMES_CRS else reference.CRS84
         for layer in ("places", "countries", "rivers"):
-            self.check("GDAL OAPIF", "(none)", reference.CRS84, TRADITIONAL, gdal_oapif(self.service, layer), layer)
+            self.check("GDAL OAPIF", "(none)", definition, TRADITIONAL, gdal_oapif(self.service, layer), layer)
 
-    def test_reads_the_document_s_order_with_a_parameter(self):
-        for case in SIMPLE + [LONGITUDE_FIRST, COMPOUND]:
-            self.check("GDAL OAPIF, crs=", case.url, case.definition, REGISTRY,
+    def test_reads_another_crs(self):
+        for case in SIMPLE + [LONGITUDE_FIRST]:
+            self.check("GDAL OAPIF, CRS", case.url, case.definition, TRADITIONAL if GDAL_NAMES_CRS else REGISTRY,
                        gdal_oapif(self.service, "places", case.url))
+
+    def test_reads_a_compound_crs_by_a_parameter_of_the_connection_alone(self):
+        if GDAL_NAMES_CRS:
+            with self.assertRaisesRegex(RuntimeError, "Invalid value for CRS"):
+                gdal_oapif(self.service, "places", COMPOUND.url)
+            return
+        self.check("GDAL OAPIF, CRS", COMPOUND.url, COMPOUND.definition, REGISTRY,
+                   gdal_oapif(self.service, "places", COMPOUND.url))
 
     def test_filters_by_a_box(self):
         expected, _ = self.layers["places"].in_box(reference.CRS84, BOX)
-        source = gdal.OpenEx(f"OAPIF:{self.service.ogcapi}", gdal.OF_VECTOR)
+        source = gdal_oapif_source(self.service, LONGITUDE_FIRST.url)
         layer = layer_of(source, "places")
         layer.SetSpatialFilterRect(*BOX)
         self.assertEqual(len(expected), len(list(layer)))

@@ -347,6 +347,10 @@ class Boxes(Requests):
             text = f'<Filter xmlns="{namespace}" xmlns:gml="x"><BBOX><ValueReference>geom</ValueReference>{envelope}</BBOX></Filter>'
             answer = self.server.wfs(version, typeNames="places", filter=text)[2]
             self.assertEqual(sorted(gml_points(version, answer)[0]), expected)
+        corners = "<gml:lowerCorner>300000 5000000</gml:lowerCorner><gml:upperCorner>900000 6000000</gml:upperCorner>"
+        answer = self.server.wfs(typeNames="places", srsName="urn:ogc:def:crs:EPSG::25832",
+                                 filter=f'<Filter xmlns:gml="x"><BBOX><gml:Envelope>{corners}</gml:Envelope></BBOX></Filter>')[2]
+        self.assertEqual(sorted(gml_points("2.0.0", answer)[0]), self.inside("EPSG:25832", (300000, 5000000, 900000, 6000000)))
         for other in ("<Filter><PropertyIsEqualTo/></Filter>", f"<Filter><Not><BBOX>{envelope}</BBOX></Not></Filter>", "<"):
             self.assert_report(self.server.wfs(typeNames="places", filter=other), 501, "OptionNotSupported", "filter")
 
