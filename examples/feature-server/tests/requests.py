@@ -530,6 +530,7 @@ class Life(unittest.TestCase):
         server = Server("--crs", self.fragment)
         for text in ("<CrsConfiguration>", "<CrsConfiguration><CRS>4326</CRS></CrsConfiguration>",
                      "<CrsConfiguration><CRS>CRS:84</CRS></CrsConfiguration>",
+                     f'<CrsConfiguration><CRS mapToEpsgCode="4326" axisOrder="EN">{URL}OGC/1.3/CRS84</CRS></CrsConfiguration>',
                      "<CrsConfiguration><CRS>99999</CRS></CrsConfiguration>"):
             with open(self.fragment, "w", encoding="utf-8") as file:
                 file.write(text)
