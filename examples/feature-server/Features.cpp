@@ -69,6 +69,7 @@ public:
         : search(PointTransformer(*crs.get(), *stored.get()).transformBounds(box)),
           bounds(box),
           toBox(*stored.get(), *crs.get()) {
+        // A source cannot be searched across the antimeridian, so it is searched at all longitudes.
         if (search.minX > search.maxX) search = {-1e3, search.minY, 1e3, search.maxY};
     }
 
