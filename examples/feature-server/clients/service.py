@@ -24,6 +24,19 @@ def free_port():
         return probe.getsockname()[1]
 
 
+def answers_soon(process, url):
+    """Waits for fifteen seconds, or until the process has ended."""
+    end = time.monotonic() + 15
+    while process.poll() is None and time.monotonic() < end:
+        try:
+            with urllib.request.urlopen(url, timeout=10) as answer:
+                answer.read()
+                return True
+        except OSError:
+            time.sleep(0.05)
+    return False
+
+
 class Service:
     """A running feature server; `with` ends it."""
 
@@ -40,18 +53,10 @@ class Service:
         self._wait()
 
     def _wait(self):
-        for _ in range(300):
-            if self.process.poll() is not None:
-                break
-            try:
-                with urllib.request.urlopen(self.root + "/collections", timeout=10) as answer:
-                    answer.read()
-                    return
-            except OSError:
-                time.sleep(0.05)
-        text = self.output()
-        self.process.kill()
-        raise RuntimeError("the feature server does not answer: " + text)
+        if not answers_soon(self.process, self.root + "/collections"):
+            text = self.output()
+            self.process.kill()
+            raise RuntimeError("the feature server does not answer: " + text)
 
     def output(self):
         self.log.seek(0)

@@ -9,11 +9,9 @@ import signal
 import subprocess
 import sys
 import tempfile
-import time
-import urllib.request
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), os.pardir))
-from service import free_port  # noqa: E402
+from service import answers_soon, free_port  # noqa: E402
 
 PROCESSES = 2
 CODES = "EPSG:3034 EPSG:4326 EPSG:25832 EPSG:3857 EPSG:3035 EPSG:2154 EPSG:27700 EPSG:4258"
@@ -143,15 +141,9 @@ class MapServer:
         self._wait()
 
     def _wait(self):
-        for _ in range(100):
-            try:
-                with urllib.request.urlopen(self.wfs + "?service=WFS&request=GetCapabilities", timeout=10) as answer:
-                    answer.read()
-                    return
-            except OSError:
-                time.sleep(0.1)
-        self.close()
-        raise RuntimeError("MapServer does not answer")
+        if not answers_soon(self.lighttpd, self.wfs + "?service=WFS&request=GetCapabilities"):
+            self.close()
+            raise RuntimeError("MapServer does not answer")
 
     def close(self):
         if self.lighttpd:
